@@ -1,0 +1,19 @@
+# One interface target carries the warnings and definitions of all our own code.
+add_library(corvane_options INTERFACE)
+target_compile_features(corvane_options INTERFACE cxx_std_20)
+target_compile_options(corvane_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wold-style-cast -Wnon-virtual-dtor
+    -Woverloaded-virtual -Wextra-semi -Wformat=2
+    $<$<BOOL:${CORVANE_WARNINGS_AS_ERRORS}>:-Werror>)
+target_compile_definitions(corvane_options INTERFACE
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY QT_NO_URL_CAST_FROM_STRING
+    QT_NO_FOREACH QT_NO_NARROWING_CONVERSIONS_IN_CONNECT QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+
+# corvane_add_library(NAME SOURCES file... PUBLIC target... PRIVATE target...)
+# A static library of one folder: its headers are included by their bare names.
+function(corvane_add_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_include_directories(${name} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
+    target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE corvane_options ${ARG_PRIVATE})
+endfunction()

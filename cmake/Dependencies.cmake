@@ -1,0 +1,13 @@
+# The libraries that the program stands on; all are Debian 12 packages ("./dev setup" installs them).
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui DBus Network)
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(LIBRAW REQUIRED IMPORTED_TARGET libraw_r)
+pkg_check_modules(JPEG REQUIRED IMPORTED_TARGET libjpeg)
+pkg_check_modules(EXIV2 REQUIRED IMPORTED_TARGET exiv2)
+pkg_check_modules(ZIMG REQUIRED IMPORTED_TARGET zimg)
+pkg_check_modules(LCMS2 REQUIRED IMPORTED_TARGET lcms2)
+pkg_check_modules(HEIF REQUIRED IMPORTED_TARGET libheif)
+pkg_check_modules(SQLITE3 REQUIRED IMPORTED_TARGET sqlite3)
+pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
+find_package(SQLiteCpp REQUIRED)
+find_package(CLI11 REQUIRED)
