@@ -1,0 +1,63 @@
+// Without a fuzzing engine a fuzz target replays the seeds that make_seeds wrote and any folder
+// given to it; every crash ever found lies in corpus/TARGET as such a file.
+
+#include <QByteArray>
+#include <QDirIterator>
+#include <QFile>
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace
+{
+
+/// Deterministic small changes of one input: prefixes and flipped bytes.
+void runVariants(const QByteArray& bytes)
+{
+    const auto run = [](const QByteArray& input) {
+        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.constData()),
+                               static_cast<std::size_t>(input.size()));
+    };
+    run(bytes);
+    constexpr int kVariants = 48;
+    for (int variant = 1; variant < kVariants; ++variant) {
+        run(bytes.left(bytes.size() * variant / kVariants));
+        QByteArray changed = bytes;
+        for (qsizetype at = variant; at < changed.size(); at += qsizetype{61} * variant) {
+            changed[at] = static_cast<char>(changed.at(at) ^ (1 << (variant % 8)));
+        }
+        run(changed);
+    }
+}
+
+bool replay(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        std::fprintf(stderr, "cannot read %s\n", qPrintable(path));
+        return false;
+    }
+    runVariants(file.readAll());
+    return true;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    int inputs = 0;
+    for (int index = 1; index < argc; ++index) {
+        QDirIterator folder(QString::fromLocal8Bit(argv[index]), QDir::Files);
+        while (folder.hasNext()) {
+            if (!replay(folder.next())) {
+                return EXIT_FAILURE;
+            }
+            ++inputs;
+        }
+    }
+    std::printf("%d inputs, each with its variants\n", inputs);
+    return inputs > 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+}
