@@ -1,0 +1,355 @@
+#include "AtomicFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QRandomGenerator>
+#include <QStringList>
+
+#include <cerrno>
+#include <climits>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <system_error>
+#include <tuple>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr const char* kTemporarySuffix = ".corvane-new";
+/// Longest file name in bytes on the file systems of Linux.
+constexpr qsizetype kLongestName = 255;
+/// As many links as the kernel follows in one path.
+constexpr int kMostLinks = 40;
+
+/// A file descriptor that is closed at the end of the scope.
+class Descriptor final
+{
+public:
+    explicit Descriptor(int number)
+        : m_number(number)
+    {
+    }
+
+    ~Descriptor()
+    {
+        if (m_number >= 0) {
+            ::close(m_number);
+        }
+    }
+
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    [[nodiscard]] int number() const { return m_number; }
+
+    [[nodiscard]] bool isOpen() const { return m_number >= 0; }
+
+    /// Closes now and tells whether that worked: network file systems report late errors here.
+    [[nodiscard]] bool close()
+    {
+        const int number = m_number;
+        m_number = -1;
+        return ::close(number) == 0 || errno == EINTR;
+    }
+
+private:
+    int m_number;
+};
+
+/// Removes the temporary name at the end of the scope, if it is still there.
+class TemporaryName final
+{
+public:
+    explicit TemporaryName(QByteArray path)
+        : m_path(std::move(path))
+    {
+    }
+
+    ~TemporaryName()
+    {
+        if (!m_path.isEmpty()) {
+            ::unlink(m_path.constData());
+        }
+    }
+
+    TemporaryName(const TemporaryName&) = delete;
+    TemporaryName& operator=(const TemporaryName&) = delete;
+
+    [[nodiscard]] const char* path() const { return m_path.constData(); }
+
+    void forget() { m_path.clear(); }
+
+private:
+    QByteArray m_path;
+};
+
+/// The path with its folder free of links, so that a ".." behind a linked folder means what the
+/// kernel takes it for.
+Result<QByteArray> withRealFolder(const QByteArray& path, const QString& shown)
+{
+    const qsizetype slash = path.lastIndexOf('/');
+    const QByteArray folder = slash < 0 ? QByteArray(".") : path.left(slash + 1);
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(folder.constData(), nullptr),
+                                                           &std::free);
+    if (!real) {
+        return AtomicFile::errorFromErrno(errno, u"write"_s, shown);
+    }
+    const QByteArray realFolder(real.get());
+    return (realFolder == "/" ? QByteArray() : realFolder) + '/' + path.mid(slash + 1);
+}
+
+/// The file that a chain of symbolic links leads to; it need not exist.
+Result<QByteArray> withoutLinks(const QString& path)
+{
+    Result<QByteArray> target = withRealFolder(QFile::encodeName(path), path);
+    for (int followed = 0; target.ok() && followed < kMostLinks; ++followed) {
+        std::array<char, PATH_MAX> link = {};
+        const QByteArray current = target.value();
+        const ssize_t size = ::readlink(current.constData(), link.data(), link.size());
+        if (size < 0) {
+            return target;
+        }
+        const QByteArray content(link.data(), size);
+        const QByteArray folder = current.left(current.lastIndexOf('/') + 1);
+        target = withRealFolder(content.startsWith('/') ? content : folder + content, path);
+    }
+    return target.ok() ? AtomicFile::errorFromErrno(ELOOP, u"write"_s, path) : target;
+}
+
+/// ".NAME.XXXXXXX.corvane-new" beside the target, NAME cut short where that would be too long.
+QByteArray temporaryPath(const QByteArray& target)
+{
+    const QByteArray random =
+        QByteArray::number(QRandomGenerator::system()->generate(), 36).rightJustified(7, '0');
+    const QByteArray tail = '.' + random + kTemporarySuffix;
+    const qsizetype slash = target.lastIndexOf('/');
+    const QByteArray name = target.mid(slash + 1, kLongestName - 1 - tail.size());
+    return target.left(slash + 1) + '.' + name + tail;
+}
+
+bool writeAll(int descriptor, const QByteArray& bytes)
+{
+    qsizetype done = 0;
+    while (done < bytes.size()) {
+        const ssize_t count = ::write(
+            descriptor, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
+        if (count < 0 && errno != EINTR) {
+            return false;
+        }
+        done += count < 0 ? 0 : count;
+    }
+    return true;
+}
+
+void copyExtendedAttributes(const char* from, int to)
+{
+    const ssize_t listSize = ::listxattr(from, nullptr, 0);
+    if (listSize <= 0) {
+        return;
+    }
+    std::vector<char> names(static_cast<size_t>(listSize));
+    const ssize_t namesSize = ::listxattr(from, names.data(), names.size());
+    for (ssize_t start = 0; start < namesSize;) {
+        const char* name = names.data() + start;
+        const ssize_t size = ::getxattr(from, name, nullptr, 0);
+        if (size >= 0) {
+            std::vector<char> value(static_cast<size_t>(size));
+            const ssize_t got = ::getxattr(from, name, value.data(), value.size());
+            if (got >= 0) {
+                // Some name spaces only the system writes; those are not ours to keep.
+                std::ignore = ::fsetxattr(to, name, value.data(), static_cast<size_t>(got), 0);
+            }
+        }
+        start += static_cast<ssize_t>(qstrlen(name)) + 1;
+    }
+}
+
+/// Gives the new file what the old one had. Owner and attributes as far as the system lets us; the
+/// permissions last, since a change of owner resets some of them.
+bool takeOver(const struct stat& old, const char* oldPath, int descriptor)
+{
+    struct stat made = {};
+    if (::fstat(descriptor, &made) != 0) {
+        return false;
+    }
+    if (made.st_uid != old.st_uid || made.st_gid != old.st_gid) {
+        if (::fchown(descriptor, old.st_uid, old.st_gid) != 0) {
+            std::ignore = ::fchown(descriptor, static_cast<uid_t>(-1), old.st_gid);
+        }
+    }
+    copyExtendedAttributes(oldPath, descriptor);
+    return ::fchmod(descriptor, old.st_mode & 07777U) == 0;
+}
+
+/// Renames without ever replacing; file systems that cannot do that in one step get a second name
+/// for the file and lose the first.
+bool renameRefusing(const char* from, const char* to)
+{
+    if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) {
+        return true;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return false;
+    }
+    return ::link(from, to) == 0;
+}
+
+bool flushDescriptor(int descriptor)
+{
+    while (::fsync(descriptor) != 0) {
+        if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// What stands at the target: nothing, or a regular file that may be replaced.
+Result<std::optional<struct stat>>
+inspectTarget(const QByteArray& target, const QString& path, AtomicFile::Existing existing)
+{
+    struct stat found = {};
+    if (::lstat(target.constData(), &found) != 0) {
+        if (errno == ENOENT) {
+            return std::optional<struct stat>();
+        }
+        return AtomicFile::errorFromErrno(errno, u"write"_s, path);
+    }
+    if (existing == AtomicFile::Existing::Refuse) {
+        return AtomicFile::errorFromErrno(EEXIST, u"write"_s, path);
+    }
+    if (!S_ISREG(found.st_mode)) {
+        return Error{ErrorCode::NotWritable,
+                     u"Could not write \"%1\": it is no regular file"_s.arg(path)};
+    }
+    if (::faccessat(AT_FDCWD, target.constData(), W_OK, AT_EACCESS) != 0) {
+        return AtomicFile::errorFromErrno(errno, u"write"_s, path);
+    }
+    return std::optional<struct stat>(found);
+}
+
+} // namespace
+
+Error AtomicFile::errorFromErrno(int errorNumber, const QString& action, const QString& path)
+{
+    ErrorCode code = ErrorCode::Internal;
+    switch (errorNumber) {
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+        code = ErrorCode::OutOfSpace;
+        break;
+    case ENOENT:
+    case ENOTDIR:
+        code = ErrorCode::NotFound;
+        break;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+    case EEXIST:
+    case EISDIR:
+    case ELOOP:
+    case ENAMETOOLONG:
+    case EIO:
+    case ETXTBSY:
+        code = ErrorCode::NotWritable;
+        break;
+    case EBUSY:
+        code = ErrorCode::InUse;
+        break;
+    default:
+        break;
+    }
+    const QString reason = QString::fromStdString(std::generic_category().message(errorNumber));
+    return Error{code, u"Could not %1 \"%2\": %3"_s.arg(action, path, reason)};
+}
+
+Result<void> AtomicFile::write(const QString& path, const QByteArray& bytes, Existing existing)
+{
+    const QString action = u"write"_s;
+    const Result<QByteArray> resolved = withoutLinks(path);
+    if (!resolved.ok()) {
+        return resolved.error();
+    }
+    const QByteArray& target = resolved.value();
+    const Result<std::optional<struct stat>> old = inspectTarget(target, path, existing);
+    if (!old.ok()) {
+        return old.error();
+    }
+
+    TemporaryName temporary(temporaryPath(target));
+    // A file that replaces a private one is private from its first byte.
+    const mode_t mode = old.value().has_value() ? 0600 : 0666;
+    Descriptor file(::open(temporary.path(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (!file.isOpen()) {
+        const int errorNumber = errno;
+        temporary.forget(); // It may be another's.
+        return errorFromErrno(errorNumber, action, path);
+    }
+    if (!writeAll(file.number(), bytes)) {
+        return errorFromErrno(errno, action, path);
+    }
+    if (old.value().has_value() && !takeOver(*old.value(), target.constData(), file.number())) {
+        return errorFromErrno(errno, action, path);
+    }
+    if (!flushDescriptor(file.number()) || !file.close()) {
+        return errorFromErrno(errno, action, path);
+    }
+    const bool renamed = existing == Existing::Refuse
+                             ? renameRefusing(temporary.path(), target.constData())
+                             : ::rename(temporary.path(), target.constData()) == 0;
+    if (!renamed) {
+        return errorFromErrno(errno, action, path);
+    }
+    return flushFolder(QFile::decodeName(target.left(target.lastIndexOf('/') + 1)));
+}
+
+Result<void> AtomicFile::makeFolder(const QString& path)
+{
+    QStringList missing;
+    QString folder = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    while (!QFileInfo::exists(folder) && !QDir(folder).isRoot()) {
+        missing.prepend(folder);
+        folder = QFileInfo(folder).absolutePath();
+    }
+    if (missing.isEmpty() && !QFileInfo(folder).isDir()) {
+        return errorFromErrno(ENOTDIR, u"make the folder"_s, path);
+    }
+    for (const QString& name : missing) {
+        // Another program may have made it in between, which is as good.
+        if (::mkdir(QFile::encodeName(name).constData(), 0777) != 0 && errno != EEXIST) {
+            return errorFromErrno(errno, u"make the folder"_s, name);
+        }
+        const Result<void> flushed = flushFolder(QFileInfo(name).absolutePath());
+        if (!flushed.ok()) {
+            return flushed;
+        }
+    }
+    return {};
+}
+
+Result<void> AtomicFile::flushFolder(const QString& path)
+{
+    const Descriptor folder(
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder.isOpen()) {
+        return errorFromErrno(errno, u"flush the folder"_s, path);
+    }
+    // Some network file systems cannot flush a folder; their server orders the changes itself.
+    if (!flushDescriptor(folder.number()) && errno != EINVAL && errno != ENOTSUP) {
+        return errorFromErrno(errno, u"flush the folder"_s, path);
+    }
+    return {};
+}

@@ -1,0 +1,86 @@
+#include "PropertyList.h"
+
+#include "PropertyListForms.h"
+
+#include <QFile>
+#include <QStringList>
+
+#include <limits>
+
+using namespace Qt::StringLiterals;
+
+Result<QVariant> PropertyList::parse(const QByteArray& bytes)
+{
+    return bytes.startsWith("bplist") ? PropertyListForms::readBinary(bytes)
+                                      : PropertyListForms::readXml(bytes);
+}
+
+Result<QVariant> PropertyList::read(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        const bool exists = file.exists();
+        return Error{exists ? ErrorCode::Unreadable : ErrorCode::NotFound,
+                     u"Could not read \"%1\": %2"_s.arg(path, file.errorString())};
+    }
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        return Error{ErrorCode::Unreadable,
+                     u"Could not read \"%1\": %2"_s.arg(path, file.errorString())};
+    }
+    Result<QVariant> parsed = parse(bytes);
+    if (!parsed.ok()) {
+        return Error{parsed.error().code, u"\"%1\": %2"_s.arg(path, parsed.error().message)};
+    }
+    return parsed;
+}
+
+Result<QByteArray> PropertyList::toXml(const QVariant& value)
+{
+    return PropertyListForms::writeXml(value);
+}
+
+Result<QByteArray> PropertyList::toBinary(const QVariant& value)
+{
+    return PropertyListForms::writeBinary(value);
+}
+
+QVariant PropertyListForms::normalised(const QVariant& value)
+{
+    switch (value.typeId()) {
+    case QMetaType::QVariantMap:
+    case QMetaType::QVariantList:
+    case QMetaType::QString:
+    case QMetaType::LongLong:
+    case QMetaType::Double:
+    case QMetaType::Bool:
+    case QMetaType::QByteArray:
+        return value;
+    case QMetaType::QStringList: {
+        const QStringList texts = value.toStringList();
+        return QVariantList(texts.cbegin(), texts.cend());
+    }
+    case QMetaType::Float:
+        return value.toDouble();
+    case QMetaType::Int:
+    case QMetaType::Long:
+    case QMetaType::Short:
+    case QMetaType::Char:
+    case QMetaType::SChar:
+    case QMetaType::UChar:
+    case QMetaType::UShort:
+    case QMetaType::UInt:
+        return value.toLongLong();
+    case QMetaType::ULong:
+    case QMetaType::ULongLong:
+        // One integer has one form, whatever type it comes in.
+        return value.toULongLong() <= quint64{std::numeric_limits<qint64>::max()}
+                   ? QVariant(value.toLongLong())
+                   : QVariant(value.toULongLong());
+    default:
+        break;
+    }
+    const bool isOwnType = value.metaType() == QMetaType::fromType<PropertyList::Date>() ||
+                           value.metaType() == QMetaType::fromType<PropertyList::Uid>();
+    return isOwnType ? value : QVariant();
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Result.h"
+
+#include <QByteArray>
+#include <QMetaType>
+#include <QVariant>
+
+/// Apple property lists, XML and binary. Every number and date is kept to its last bit in the binary
+/// form; the XML form tells dates to the second and has no control characters.
+///
+/// Types: dictionary = QVariantMap, array = QVariantList, string = QString, integer = qlonglong
+/// (qulonglong when it does not fit), real = double, boolean = bool, data = QByteArray,
+/// date = PropertyList::Date, keyed-archive uid = PropertyList::Uid.
+namespace PropertyList
+{
+
+/// A date in a property list: seconds since 2001-01-01T00:00:00 UTC, with fractions.
+struct Date {
+    double secondsSince2001{0.0};
+    friend bool operator==(const Date&, const Date&) = default;
+};
+
+/// A reference inside a keyed archive.
+struct Uid {
+    quint64 value{0};
+    friend bool operator==(const Uid&, const Uid&) = default;
+};
+
+/// Parses either form (recognised by its content).
+/// Errors: Damaged for bytes that are no property list; never crashes on hostile input.
+[[nodiscard]] Result<QVariant> parse(const QByteArray& bytes);
+/// As parse(), of a whole file. Errors: NotFound, Unreadable, Damaged; the message names the file.
+[[nodiscard]] Result<QVariant> read(const QString& path);
+
+/// Other integer types, float and QStringList are written as what they amount to.
+/// Errors: Unsupported for a value of a type not named above.
+[[nodiscard]] Result<QByteArray> toXml(const QVariant& value);
+[[nodiscard]] Result<QByteArray> toBinary(const QVariant& value);
+
+} // namespace PropertyList
+
+Q_DECLARE_METATYPE(PropertyList::Date)
+Q_DECLARE_METATYPE(PropertyList::Uid)
