@@ -1,0 +1,19 @@
+#include "ProgressIndicator.h"
+
+void ProgressIndicator::setMaxValue(double value)
+{
+    m_maxValue = value;
+    emit maxValueChanged(value);
+}
+
+void ProgressIndicator::setDoubleValue(double value)
+{
+    m_doubleValue = value;
+    emit doubleValueChanged(value);
+}
+
+void ProgressIndicator::setIndeterminate(bool indeterminate)
+{
+    m_indeterminate = indeterminate;
+    emit indeterminateChanged(indeterminate);
+}

@@ -1,0 +1,109 @@
+#include "TemporaryDirectory.h"
+
+#include "AtomicFile.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QLockFile>
+#include <QTemporaryDir>
+
+#include <cerrno>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr QLatin1StringView kNamePrefix = "corvane-"_L1;
+constexpr QLatin1StringView kLockName = "/lock"_L1;
+/// A folder without a lock may belong to a run that is just about to make it.
+constexpr qint64 kSecondsUntilLocked = 3600;
+
+std::unique_ptr<QLockFile> lockOf(const QString& folder)
+{
+    auto lock = std::make_unique<QLockFile>(folder + kLockName);
+    // However long a scan takes, only the end of its process makes its lock stale.
+    lock->setStaleLockTime(0);
+    return lock;
+}
+
+/// Removes the folder when the run that made it is dead.
+void sweep(const QFileInfo& folder)
+{
+    if (folder.isSymLink() || folder.ownerId() != ::geteuid()) {
+        return;
+    }
+    const QString path = folder.absoluteFilePath();
+    if (!QFileInfo::exists(path + kLockName)) {
+        const bool isOld =
+            folder.lastModified().secsTo(QDateTime::currentDateTime()) > kSecondsUntilLocked;
+        // Only an empty one goes: without a lock nothing says that the content was a run's.
+        if (isOld) {
+            QDir().rmdir(path);
+        }
+        return;
+    }
+    const std::unique_ptr<QLockFile> lock = lockOf(path);
+    // An empty path would mean the current folder: nothing but a folder of that name is removed.
+    if (folder.fileName().startsWith(kNamePrefix) && lock->tryLock(0)) {
+        QDir(path).removeRecursively();
+    }
+}
+
+} // namespace
+
+TemporaryDirectory::TemporaryDirectory(std::unique_ptr<QTemporaryDir> folder)
+    : m_folder(std::move(folder))
+    , m_lock(lockOf(m_folder->path()))
+{
+}
+
+TemporaryDirectory::TemporaryDirectory(TemporaryDirectory&&) noexcept = default;
+
+TemporaryDirectory& TemporaryDirectory::operator=(TemporaryDirectory&& other) noexcept
+{
+    std::swap(m_folder, other.m_folder);
+    std::swap(m_lock, other.m_lock);
+    return *this;
+}
+
+TemporaryDirectory::~TemporaryDirectory() = default;
+
+Result<TemporaryDirectory> TemporaryDirectory::create()
+{
+    // Empty where the variable names no folder; a path made of that would lie in the root folder.
+    const QString system = QDir::tempPath();
+    if (system.isEmpty()) {
+        return AtomicFile::errorFromErrno(
+            ENOENT, u"make a folder in"_s, qEnvironmentVariable("TMPDIR"));
+    }
+    const QDir parent(system);
+    const QFileInfoList found = parent.entryInfoList(
+        {kNamePrefix + "??????"_L1}, QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot);
+    for (const QFileInfo& folder : found) {
+        sweep(folder);
+    }
+
+    errno = 0;
+    auto folder = std::make_unique<QTemporaryDir>(parent.filePath(kNamePrefix + "XXXXXX"_L1));
+    if (!folder->isValid()) {
+        const int errorNumber = errno;
+        return AtomicFile::errorFromErrno(
+            errorNumber == 0 ? EACCES : errorNumber, u"make a folder in"_s, parent.path());
+    }
+    TemporaryDirectory made(std::move(folder));
+    if (!made.m_lock->tryLock(0)) {
+        const bool isDenied = made.m_lock->error() == QLockFile::PermissionError;
+        return AtomicFile::errorFromErrno(
+            isDenied ? EACCES : ENOSPC, u"write a lock file in"_s, made.m_folder->path());
+    }
+    return made;
+}
+
+QString TemporaryDirectory::path() const
+{
+    return m_folder->path() + u'/';
+}
