@@ -1,0 +1,143 @@
+#include "JpegConversion.h"
+
+#include "CorvaneDelegate.h"
+#include "ImageSource.h"
+#include "JpegDestination.h"
+#include "JpegProof.h"
+#include "Resampler.h"
+#include "Scripting.h"
+#include "SystemLog.h"
+#include "TargetSize.h"
+#include "Texts.h"
+
+#include <QFileInfo>
+#include <QImageReader>
+#include <QTransform>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+bool isSameFile(const QString& left, const QString& right)
+{
+    if (left == right) {
+        return true;
+    }
+    const QString canonical = QFileInfo(left).canonicalFilePath();
+    return !canonical.isEmpty() && canonical == QFileInfo(right).canonicalFilePath();
+}
+
+bool isFileOf(const PhotoEvidence& evidence, const QString& path)
+{
+    return std::ranges::any_of(evidence.files,
+                               [&](const QString& file) { return isSameFile(file, path); });
+}
+
+Result<ImageProperties> propertiesForCopy(const QString& source, Photo& photo)
+{
+    Result<ImageProperties> read = ImageProperties::read(source);
+    if (!read.ok()) {
+        return read.error();
+    }
+    ImageProperties properties = std::move(read).value();
+    if (!properties.hasGps()) {
+        const double latitude = photo.latitude();
+        const double longitude = photo.longitude();
+        properties.setGps(JpegConversion::gpsPosition(latitude, longitude));
+    }
+    if (properties.hasIptc()) {
+        properties.removeIptcKeywords();
+    }
+    properties.removeXmpSubjects();
+    return properties;
+}
+
+Result<Bitmap> resized(Bitmap bitmap, const QString& source, const OutputSize& wanted)
+{
+    const std::optional<QSize> target = targetSize(bitmap.size(), wanted);
+    if (!target) {
+        return Error{ErrorCode::Unsupported, Texts::noPixelsLeft(source)};
+    }
+    return *target == bitmap.size() ? Result<Bitmap>(std::move(bitmap))
+                                    : Resampler::scale(bitmap, *target);
+}
+
+/// The library's own rendering of an unedited photo, turned so that it lies as the master's rows.
+QImage libraryPreview(const PhotoEvidence& evidence)
+{
+    constexpr int kLongestSideCompared = 1024;
+    QImageReader reader(evidence.previewPath);
+    reader.setAutoTransform(true);
+    const QSize size = reader.size();
+    if (size.width() > kLongestSideCompared || size.height() > kLongestSideCompared) {
+        reader.setScaledSize(
+            size.scaled(kLongestSideCompared, kLongestSideCompared, Qt::KeepAspectRatio));
+    }
+    const QImage upright = reader.read();
+    return upright.isNull() ? upright
+                            : upright.transformed(QTransform().rotate(-evidence.rotation));
+}
+
+QList<QImage> referencesOf(const QString& source, const PhotoEvidence& evidence)
+{
+    QList<QImage> references;
+    if (const std::optional<QImage> embedded = ImageSource::embeddedPreview(source)) {
+        references.append(*embedded);
+    }
+    const bool isMaster = !isSameFile(source, evidence.previewPath);
+    if (isMaster && !evidence.edited && !evidence.previewPath.isEmpty()) {
+        const QImage preview = libraryPreview(evidence);
+        if (!preview.isNull()) {
+            references.append(preview);
+        }
+    }
+    return references;
+}
+
+} // namespace
+
+Result<ConvertedJpeg>
+JpegConversion::convert(const QString& source, Photo& photo, const CorvaneDelegate& delegate)
+{
+    const PhotoEvidence evidence = photo.evidence();
+    if (!isFileOf(evidence, source)) {
+        return Error{ErrorCode::Damaged, Texts::pictureOfAnotherPhoto(source)};
+    }
+    Result<Bitmap> decoded = ImageSource::decode(source);
+    if (!decoded.ok()) {
+        return decoded.error();
+    }
+    const Result<ImageProperties> properties = propertiesForCopy(source, photo);
+    if (!properties.ok()) {
+        return properties.error();
+    }
+    const Result<Bitmap> bitmap =
+        resized(std::move(decoded).value(), source, OutputSize::of(delegate));
+    if (!bitmap.ok()) {
+        return bitmap.error();
+    }
+    const Result<QByteArray> jpeg =
+        JpegDestination::encode(bitmap.value(), properties.value(), delegate.compressionFactor());
+    if (!jpeg.ok()) {
+        systemLog(u"***Could not create data from image destination ***"_s);
+        return jpeg.error();
+    }
+    const Result<void> proof =
+        JpegProof::prove(jpeg.value(), bitmap.value(), referencesOf(source, evidence));
+    if (!proof.ok()) {
+        return proof.error();
+    }
+    return ConvertedJpeg{jpeg.value(), bitmap.value().size()};
+}
+
+GpsPosition JpegConversion::gpsPosition(double latitude, double longitude)
+{
+    return GpsPosition{.latitude = std::abs(latitude),
+                       .latitudeRef = latitude >= 0.0 ? u"N"_s : u"S"_s,
+                       .longitude = std::abs(longitude),
+                       .longitudeRef = longitude >= 0.0 ? u"E"_s : u"W"_s};
+}

@@ -1,0 +1,309 @@
+#include "SBUtils-iPhoto.h"
+
+#include "Assertion.h"
+#include "Bundle.h"
+#include "Clock.h"
+#include "CorvaneDelegate.h"
+#include "Description.h"
+#include "MainThread.h"
+#include "NumberValue.h"
+#include "SystemLog.h"
+#include "Texts.h"
+#include "WaitForImport.h"
+#include "helpers.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int kSupportedMajorVersion = 9;
+
+/// The digits that a text starts with, as a number; 0 without any.
+qint64 leadingNumber(const QString& text)
+{
+    const auto end = std::ranges::find_if_not(
+        text, [](QChar character) { return character >= u'0' && character <= u'9'; });
+    return NumberValue::integer(text.left(std::distance(text.begin(), end)));
+}
+
+/// Of the required keywords those that have no equal among the names, in any letter case.
+QStringList missingOf(const QStringList& required, const QStringList& names)
+{
+    QStringList missing;
+    for (const QString& keyword : required) {
+        if (!names.contains(keyword, Qt::CaseInsensitive)) {
+            missing.append(keyword);
+        }
+    }
+    return missing;
+}
+
+/// The low 32 bits, as a signed integer: what a 32-bit read of a number object gives.
+qint32 integer32(const QVariant& number)
+{
+    return static_cast<qint32>(NumberValue::integer(number));
+}
+
+bool fileExistsAt(const QVariant& path)
+{
+    return !path.isNull() && QFileInfo::exists(path.toString());
+}
+
+} // namespace
+
+SBUtils::SBUtils(ScriptingBridge& bridge, const Bundle& bundle, Clock& clock)
+    : m_bundle(bundle)
+    , m_clock(clock)
+    , m_photoApplication(bridge.applicationWithBundleIdentifier(u"com.apple.iPhoto"_s))
+    , m_help(std::make_unique<helpers>())
+{
+}
+
+SBUtils::~SBUtils() = default;
+
+QList<ScriptingObjectPtr> SBUtils::getSelection()
+{
+    return m_photoApplication->selection();
+}
+
+QString SBUtils::getVersion()
+{
+    return m_photoApplication->version();
+}
+
+bool SBUtils::versionCheck(bool /*showAlert*/)
+{
+    QString version;
+    try {
+        version = getVersion();
+    } catch (const ScriptingException& exception) {
+        m_appDelegate->showAlertOfClass(
+            Texts::communicationFailed(exception.name(), exception.reason()), Texts::errorTitle());
+        return true;
+    }
+    systemLog(u"iPhoto Version "_s + version);
+    if (leadingNumber(version.section(u'.', 0, 0)) != kSupportedMajorVersion) {
+        m_appDelegate->showAlertOfClass(Texts::unsupportedVersion(),
+                                        Texts::unsupportedVersionTitle());
+        return true;
+    }
+    return false;
+}
+
+bool SBUtils::verifyKeywords(const QStringList& required, const QString& product)
+{
+    for (;;) {
+        QStringList names = keywordNames();
+        // Without any required keyword the picture is imported too: nothing marks all as found.
+        if (required.isEmpty() || !missingOf(required, names).isEmpty()) {
+            importKeywordPicture();
+            names = keywordNames();
+        }
+        const QStringList missing = missingOf(required, names);
+        if (missing.isEmpty()) {
+            return false;
+        }
+        m_appDelegate->showAlertOfClass(Texts::missingKeywords(missing, product),
+                                        Texts::missingKeywordsTitle());
+    }
+}
+
+bool SBUtils::loadData(const QList<ScriptingObjectPtr>& selection)
+{
+    m_imagesWithIssues.clear();
+    m_issueDescriptors.clear();
+    m_appDelegate->cfgInfoText(Texts::keepAwayFromPhotoApplication());
+    clearLists(selection.size());
+    m_selectionList = selection;
+    prepareProgressBar(selection.size());
+    for (qsizetype index = 0; index < selection.size(); ++index) {
+        performOnMainThread(
+            [delegate = m_appDelegate, shown = static_cast<quint32>(index + 1)] {
+                delegate->cfgProgressBarCurrentValue(shown);
+            },
+            Wait::No);
+        if (m_appDelegate->cancelled()) {
+            return false;
+        }
+        const ScriptingObjectPtr& photo = selection.at(index);
+        appendRecord(photo, recordOf(photo));
+    }
+    checkLengths();
+    computeLists();
+    reportImageIssues();
+    return true;
+}
+
+quint64 SBUtils::imagefs(qsizetype index) const
+{
+    const QVariant original = m_originalsPathList.value(index);
+    const QVariant path = fileExistsAt(original) ? original : m_pathList.value(index);
+    return fileExistsAt(path) ? static_cast<quint64>(QFileInfo(path.toString()).size()) : 0;
+}
+
+void SBUtils::tagImage(const PhotoPtr& photo, const QString& keyword)
+{
+    if (photo->keywords().contains(Keyword{keyword})) {
+        return;
+    }
+    photo->select();
+    m_photoApplication->assignKeywordString(keyword);
+}
+
+std::optional<QUrl> SBUtils::exportImage(const ScriptingObjectPtr& photo, bool /*mastersOnly*/)
+{
+    const QVariant path = m_pathList.value(indexInSelection(photo));
+    if (path.isNull() || !helpers::fileExists(path, *m_appDelegate)) {
+        return std::nullopt;
+    }
+    return QUrl::fromLocalFile(path.toString());
+}
+
+void SBUtils::logImageIssue(const ScriptingObjectPtr& photo, const QString& issue)
+{
+    // Most often the photo noted last: the search begins there.
+    for (qsizetype index = m_imagesWithIssues.size() - 1; index >= 0; --index) {
+        if (isSameObject(photo, m_imagesWithIssues.at(index))) {
+            m_issueDescriptors[index].append(issue);
+            return;
+        }
+    }
+    m_imagesWithIssues.append(photo);
+    m_issueDescriptors.append(QStringList{issue});
+}
+
+void SBUtils::reportImageIssues()
+{
+    for (qsizetype issue = 0; issue < m_imagesWithIssues.size(); ++issue) {
+        const ScriptingObjectPtr& photo = m_imagesWithIssues.at(issue);
+        const qsizetype index = indexInSelection(photo);
+        systemLog(u"Issue: %1\n-%2\n-%3 of size %4"_s.arg(photo->description(),
+                                                          describe(m_issueDescriptors.at(issue)),
+                                                          describe(m_filenameList.value(index)),
+                                                          describe(m_sizeList.value(index))));
+    }
+    systemLog(u"Found %1 images with issues"_s.arg(m_imagesWithIssues.size()));
+}
+
+void SBUtils::clearLists(qsizetype capacity)
+{
+    for (QVariantList* list : {&m_sizeList,
+                               &m_idList,
+                               &m_filenameList,
+                               &m_dimsList,
+                               &m_dateList,
+                               &m_pathList,
+                               &m_originalsPathList,
+                               &m_heights,
+                               &m_widths}) {
+        list->clear();
+        list->reserve(capacity);
+    }
+    m_hashList.clear();
+    m_hashList.reserve(capacity);
+}
+
+void SBUtils::prepareProgressBar(qsizetype count)
+{
+    CorvaneDelegate* delegate = m_appDelegate;
+    performOnMainThread([delegate] { delegate->cfgProgressBarDeterminate(); }, Wait::Yes);
+    performOnMainThread(
+        [delegate, count] { delegate->cfgProgressBarMaxValue(static_cast<int>(count)); },
+        Wait::Yes);
+    performOnMainThread([delegate] { delegate->cfgProgressBarCurrentValue(0.0); }, Wait::No);
+}
+
+QVariantMap SBUtils::recordOf(const ScriptingObjectPtr& object)
+{
+    // An album among the photos has no record of a photo.
+    const auto photo = std::dynamic_pointer_cast<Photo>(object);
+    const std::optional<QVariantMap> properties = photo ? photo->properties() : std::nullopt;
+    if (!properties) {
+        logImageIssue(object, u"Invalid Properties"_s);
+    }
+    return properties.value_or(QVariantMap());
+}
+
+void SBUtils::appendRecord(const ScriptingObjectPtr& photo, const QVariantMap& record)
+{
+    const auto value = [&](const QString& key, const QVariant& fallback, const QString& issue) {
+        return valueOf(photo, record, key, fallback, issue);
+    };
+    m_filenameList.append(value(u"imageFilename"_s, u""_s, u"Invalid Filename"_s));
+    m_pathList.append(value(u"imagePath"_s, u""_s, u"Invalid Path"_s));
+    m_originalsPathList.append(value(u"originalPath"_s, u""_s, u"Invalid Path"_s));
+    const PhotoDate now{m_clock.now(), u"GMT"_s};
+    m_dateList.append(value(u"date"_s, QVariant::fromValue(now), u"Invalid Date"_s));
+    m_idList.append(value(u"id"_s, u""_s, u"Invalid ID"_s));
+    m_heights.append(value(u"height"_s, 0, u"Invalid Height"_s));
+    m_widths.append(value(u"width"_s, 0, u"Invalid Width"_s));
+}
+
+QVariant SBUtils::valueOf(const ScriptingObjectPtr& photo,
+                          const QVariantMap& record,
+                          const QString& key,
+                          const QVariant& fallback,
+                          const QString& issue)
+{
+    const auto entry = record.constFind(key);
+    if (entry != record.cend()) {
+        return *entry;
+    }
+    logImageIssue(photo, issue);
+    return fallback;
+}
+
+void SBUtils::checkLengths() const
+{
+    const QString file = u"Shared Code/SBUtils-iPhoto"_s;
+    const qsizetype count = m_selectionList.size();
+    CORVANE_CONSISTENCY_ASSERT(m_filenameList.size() == count, u"Missing filenames"_s, file);
+    CORVANE_CONSISTENCY_ASSERT(m_idList.size() == count, u"Missing image ids"_s, file);
+    CORVANE_CONSISTENCY_ASSERT(m_pathList.size() == count, u"Missing file paths"_s, file);
+    CORVANE_CONSISTENCY_ASSERT(m_dateList.size() == count, u"Missing image dates"_s, file);
+    CORVANE_CONSISTENCY_ASSERT(m_heights.size() == count, u"Missing image heights"_s, file);
+    CORVANE_CONSISTENCY_ASSERT(m_widths.size() == count, u"Missing image widths"_s, file);
+}
+
+void SBUtils::computeLists()
+{
+    systemLog(u"Building Lists"_s);
+    for (qsizetype index = 0; index < m_selectionList.size(); ++index) {
+        const qint32 width = integer32(m_widths.at(index));
+        const qint32 height = integer32(m_heights.at(index));
+        const double ratio = height == 0 ? 0.0 : static_cast<double>(width) / height;
+        m_dimsList.append(static_cast<float>(ratio));
+        m_sizeList.append(static_cast<qint64>(imagefs(index)));
+        m_hashList.append(u""_s);
+    }
+    m_widths.clear();
+}
+
+QStringList SBUtils::keywordNames()
+{
+    QStringList names;
+    for (const Keyword& keyword : m_photoApplication->keywords()) {
+        names.append(keyword.name);
+    }
+    return names;
+}
+
+void SBUtils::importKeywordPicture()
+{
+    const QString picture = m_bundle.pathForResource(u"iPhoto Keywords"_s, u"jpg"_s);
+    const AlbumPtr album = m_photoApplication->photoLibraryAlbum();
+    album->importFrom(picture, true, album);
+    waitForImport(*m_photoApplication, m_clock);
+}
+
+qsizetype SBUtils::indexInSelection(const ScriptingObjectPtr& photo) const
+{
+    const auto place = std::ranges::find_if(
+        m_selectionList, [&](const auto& other) { return isSameObject(photo, other); });
+    return place == m_selectionList.end() ? -1 : std::distance(m_selectionList.begin(), place);
+}
