@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Result.h"
+
+#include <QByteArray>
+#include <QString>
+
+/// Files that are either wholly there or not at all, also after a power cut. Any thread.
+namespace AtomicFile {
+
+/// Whether an existing file may be replaced.
+enum class Existing : quint8 { Replace, Refuse };
+
+/// Writes beside the target under a temporary name (".NAME.XXXXXX.corvane-new"), flushes the
+/// file, renames it into place and flushes the folder. Keeps the replaced file's permissions and,
+/// where possible, owner and extended attributes. A symbolic link at `path` is followed, never
+/// replaced. The folder must exist.
+/// Errors: NotWritable, OutOfSpace (also quota), NotFound; the message names the file; on error
+/// the target is as before and no temporary file stays.
+[[nodiscard]] Result<void>
+write(const QString& path, const QByteArray& bytes, Existing existing = Existing::Replace);
+
+/// Makes the folder and its missing parents and flushes what was made.
+[[nodiscard]] Result<void> makeFolder(const QString& path);
+
+/// Flushes a folder's entries to disk.
+[[nodiscard]] Result<void> flushFolder(const QString& path);
+
+/// "No space left", "Permission denied" and the like as an Error for `path` from errno.
+[[nodiscard]] Error errorFromErrno(int errorNumber, const QString& action, const QString& path);
+
+} // namespace AtomicFile
