@@ -1,0 +1,100 @@
+#pragma once
+
+#include "LibraryFacts.h"
+#include "Result.h"
+#include "Scripting.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+class PhotoLibraryPrivate;
+
+/// What an opening is for.
+enum class Access : quint8 { Read, Write };
+
+struct OpenOptions {
+    Access access{Access::Read};
+    /// Accept for writing a library that iPhoto did not close properly, once its integrity check
+    /// passes and nothing is wrong but what follows the databases anyway.
+    bool afterCrash{false};
+};
+
+/// A picture to be taken into the library by a program of our own.
+struct ImportRequest {
+    QString sourcePath;
+    QString fileName;  ///< in the library; empty: the source's
+    QString eventName; ///< imports of one run with the same name share an event
+    /// An upright JPEG of full size, required for RAW masters: becomes the rendered preview.
+    QByteArray preview;
+    std::optional<double> latitude; ///< signed degrees; in place of the file's own, both or none
+    std::optional<double> longitude;
+};
+
+/// An iPhoto '11 library package on disk, and the photo application that it stands in for: the
+/// scripting surface (ScriptingBridge) and the plain reads and writes that the faces need.
+///
+/// The databases are the truth. A write outside a photo's turn is one transaction that commits at
+/// once; inside a turn (see PhotoTurn) everything is one transaction. Sidecar property lists and
+/// catalogues follow at synchronise(), at the latest when the library is closed. Before the first
+/// write of a run a dated backup of databases and catalogues is made outside the package.
+///
+/// Threads: every method from any thread unless said otherwise; each thread has a connection of
+/// its own; one thread writes at a time, others wait for it.
+/// Lifetime: scripting objects may outlive it; their calls raise after it is closed.
+class PhotoLibrary final : public ScriptingBridge
+{
+public:
+    /// Opens the package. For writing: takes the writer's lock, recovers what a crash left
+    /// (rolled-back journals, files of an unfinished turn, sidecars that lag).
+    /// Errors, each naming the path and the remedy: NotFound, Unsupported (no library, foreign
+    /// version, foreign triggers, Aperture), InUse, Unreadable, NotWritable, Damaged. Nothing is
+    /// changed by a failed opening.
+    [[nodiscard]] static Result<std::unique_ptr<PhotoLibrary>> open(const QString& path,
+                                                                    const OpenOptions& options);
+    ~PhotoLibrary() override; ///< close() without its result
+    PhotoLibrary(const PhotoLibrary&) = delete;
+    PhotoLibrary& operator=(const PhotoLibrary&) = delete;
+
+    // -- as the photo application -----------------------------------------------------------
+    [[nodiscard]] PhotoApplicationPtr
+    applicationWithBundleIdentifier(const QString& identifier) override;
+    [[nodiscard]] std::unique_ptr<PhotoTurn> beginPhotoTurn() override;
+
+    /// What the user selected, in this order, as the application's selection.
+    void setSelection(const QList<qint64>& photoIds);
+    /// Asks every import from now on to raise "Interrupted". Any thread, not a signal handler.
+    void requestStop();
+
+    // -- plain reads -------------------------------------------------------------------------
+    [[nodiscard]] QString path() const;    ///< absolute
+    [[nodiscard]] QString version() const; ///< of the application, "9.6.1"
+    /// All photos out of the trash in the catalogue's order (by event, then by date), hidden ones
+    /// marked.
+    [[nodiscard]] Result<QList<PhotoFacts>> photos();
+    [[nodiscard]] Result<QList<PhotoFacts>> trashedPhotos();
+    [[nodiscard]] Result<LibrarySummary> summary();
+
+    // -- plain writes (library opened for writing) ------------------------------------------
+    /// Imports a picture, RAW masters too, as one transaction; returns the photo's id.
+    [[nodiscard]] Result<qint64> importPhoto(const ImportRequest& request);
+    /// Takes photos out of the trash. Photos that are not in it stay as they are. Returns how many
+    /// were restored.
+    [[nodiscard]] Result<int> restoreFromTrash(const QList<qint64>& photoIds);
+    /// Deletes the trash's photos for good: rows first, then files. Referenced masters are never
+    /// deleted. Returns the bytes freed on disk.
+    [[nodiscard]] Result<qint64> emptyTrash();
+
+    /// Brings sidecars, AlbumData.xml and AlbumData2.xml in step with the databases. Does nothing
+    /// when nothing changed since the last call.
+    [[nodiscard]] Result<void> synchronise();
+    /// synchronise(), then gives up locks and connections.
+    [[nodiscard]] Result<void> close();
+
+private:
+    explicit PhotoLibrary(std::shared_ptr<PhotoLibraryPrivate> d);
+
+    std::shared_ptr<PhotoLibraryPrivate> m_d;
+};

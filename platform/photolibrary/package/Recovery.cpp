@@ -1,0 +1,172 @@
+#include "Recovery.h"
+
+#include "PackageFiles.h"
+#include "Queries.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr QLatin1StringView kMasters("Masters/");
+
+QString databaseFolder(Connection& connection)
+{
+    return connection.packagePath() + "/Database/apdb/"_L1;
+}
+
+bool masterFileIsKnown(Connection& connection, const QString& relative)
+{
+    return Sql::firstInteger(connection,
+                             "SELECT modelId FROM RKMaster WHERE imagePath = ?",
+                             relative.mid(kMasters.size()))
+        .has_value();
+}
+
+/// Whether a master or a version has the uuid.
+bool photoIsKnown(Connection& connection, const QString& uuid)
+{
+    return Sql::firstInteger(connection,
+                             "SELECT modelId FROM RKMaster WHERE uuid = ?1 UNION ALL"
+                             " SELECT modelId FROM RKVersion WHERE uuid = ?1",
+                             uuid)
+        .has_value();
+}
+
+/// The journals of the three databases: with their write lock held, and nothing written since, one
+/// that is still there is dead. SQLite would have rolled back and removed any other.
+void removeDeadJournals(const QString& folder)
+{
+    for (const QLatin1StringView name :
+         {"Library.apdb"_L1, "Properties.apdb"_L1, "ImageProxies.apdb"_L1}) {
+        QFile::remove(folder + name + "-journal"_L1);
+    }
+}
+
+/// A super-journal lists the full paths of its journals, each ended by NUL. While one of those is
+/// left, of whichever database, it decides about that database's last transaction.
+void removeDeadSuperJournals(const QString& folder)
+{
+    const QStringList names = QDir(folder).entryList(
+        {u"Library.apdb-mj*"_s, u"Properties.apdb-mj*"_s, u"ImageProxies.apdb-mj*"_s}, QDir::Files);
+    for (const QString& name : names) {
+        QFile file(folder + name);
+        if (!file.open(QIODevice::ReadOnly)) {
+            continue;
+        }
+        const QList<QByteArray> journals = file.readAll().split('\0');
+        file.close();
+        const bool needed =
+            std::any_of(journals.begin(), journals.end(), [](const QByteArray& journal) {
+                return !journal.isEmpty() && QFile::exists(QFile::decodeName(journal));
+            });
+        if (!needed) {
+            file.remove();
+        }
+    }
+}
+
+bool wasCommitted(Connection& connection, const QStringList& made)
+{
+    return std::any_of(made.begin(), made.end(), [&connection](const QString& path) {
+        return path.startsWith(kMasters) && masterFileIsKnown(connection, path);
+    });
+}
+
+/// A deletion is one transaction: as long as the databases know any of it, it has not happened.
+bool deletionWasCommitted(Connection& connection, const TrashRows::Leftovers& doomed)
+{
+    const bool folderKnown =
+        std::any_of(doomed.folders.begin(), doomed.folders.end(), [&](const QString& folder) {
+            return photoIsKnown(connection, folder.section(u'/', -1));
+        });
+    const bool fileKnown =
+        std::any_of(doomed.files.begin(), doomed.files.end(), [&](const QString& file) {
+            return file.startsWith(kMasters) && masterFileIsKnown(connection, file);
+        });
+    return !doomed.folders.isEmpty() && !folderKnown && !fileKnown;
+}
+
+void finishDeletion(const QString& package, const TrashRows::Leftovers& doomed)
+{
+    for (const QString& path : doomed.folders + doomed.files) {
+        PackageFiles::remove(package, path);
+    }
+    PackageFiles::removeEmpty(package, doomed.emptyFolders);
+}
+
+void keepKnown(Connection& connection, QSet<QString>& uuids, const char* sql)
+{
+    uuids.removeIf([&](const QString& uuid) {
+        return !Sql::firstInteger(connection, sql, uuid).has_value();
+    });
+}
+
+/// Sidecars and catalogues are written beside the old ones and renamed; a run that was ended in
+/// between leaves the unfinished ones.
+void removeUnfinishedSidecars(Connection& connection, const Changes& changes)
+{
+    const QString& package = connection.packagePath();
+    PackageFiles::removeUnfinished(package, QString(), u"AlbumData.xml"_s);
+    PackageFiles::removeUnfinished(package, u"iLifeShared"_s, u"AlbumData2.xml"_s);
+    for (const QString& name : {u"Keywords.plist"_s, u"DataModelVersion.plist"_s}) {
+        PackageFiles::removeUnfinished(package, u"Database"_s, name);
+    }
+    PackageFiles::removeUnfinished(package, u"Database/Albums"_s);
+    PackageFiles::removeUnfinished(package, u"Database/Folders"_s);
+    for (const QString& master : changes.masters) {
+        const QString path =
+            Sql::firstText(connection, "SELECT imagePath FROM RKMaster WHERE uuid = ?", master);
+        const QString group = path.section(u'/', 0, -2);
+        if (!group.isEmpty()) {
+            PackageFiles::removeUnfinished(package,
+                                           "Database/Versions/"_L1 + group + u'/' + master);
+        }
+    }
+}
+
+} // namespace
+
+namespace Recovery
+{
+
+Changes run(Connection& connection, const QList<JournaledTurn>& turns)
+{
+    const QString& package = connection.packagePath();
+    removeDeadJournals(databaseFolder(connection));
+    removeDeadSuperJournals(databaseFolder(connection));
+    Changes changes;
+    for (const JournaledTurn& turn : turns) {
+        if (!turn.made.isEmpty() && !wasCommitted(connection, turn.made)) {
+            PackageFiles::removeMade(package, turn.made);
+        }
+        if (deletionWasCommitted(connection, turn.doomed)) {
+            finishDeletion(package, turn.doomed);
+        }
+        changes.unite(turn.changes);
+    }
+    // What a transaction was about to make and did not, no sidecar can follow.
+    keepKnown(connection, changes.masters, "SELECT modelId FROM RKMaster WHERE uuid = ?");
+    keepKnown(connection, changes.albums, "SELECT modelId FROM RKAlbum WHERE uuid = ?");
+    keepKnown(connection, changes.folders, "SELECT modelId FROM RKFolder WHERE uuid = ?");
+    if (!changes.isEmpty()) {
+        removeUnfinishedSidecars(connection, changes);
+    }
+    return changes;
+}
+
+QSet<QString> named(const QList<JournaledTurn>& turns)
+{
+    QStringList paths;
+    for (const JournaledTurn& turn : turns) {
+        paths << turn.made << turn.doomed.files;
+    }
+    return {paths.begin(), paths.end()};
+}
+
+} // namespace Recovery

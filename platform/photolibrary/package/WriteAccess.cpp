@@ -1,0 +1,203 @@
+#include "WriteAccess.h"
+
+#include "AtomicFile.h"
+#include "Backup.h"
+#include "Clock.h"
+#include "LibraryErrors.h"
+#include "PackageFiles.h"
+#include "Queries.h"
+#include "SystemLog.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+WriteTransaction::WriteTransaction(WriteAccessPtr access, Connection& connection, qint64 turn)
+    : m_access(std::move(access))
+    , m_connection(connection)
+    , m_turn(turn)
+{
+}
+
+WriteTransaction::~WriteTransaction()
+{
+    rollback();
+}
+
+Writer WriteTransaction::writer()
+{
+    return {m_connection, m_changes, SystemClock().now()};
+}
+
+Result<void> WriteTransaction::announceFiles(const QStringList& relativePaths)
+{
+    Result<void> noted = m_access->m_journal->filesWillBeMade(m_turn, relativePaths);
+    if (noted.ok()) {
+        m_made << relativePaths;
+    }
+    return noted;
+}
+
+Result<void> WriteTransaction::makeFile(const QString& relativePath, const QByteArray& bytes)
+{
+    const QString path = m_access->places().package + u'/' + relativePath;
+    const Result<void> folder = AtomicFile::makeFolder(QFileInfo(path).absolutePath());
+    return folder.ok() ? AtomicFile::write(path, bytes, AtomicFile::Existing::Refuse) : folder;
+}
+
+Result<void> WriteTransaction::doom(const TrashRows::Leftovers& leftovers)
+{
+    return m_access->m_journal->filesAreDoomed(m_turn, leftovers);
+}
+
+Result<void> WriteTransaction::commit()
+{
+    if (m_spoilt) {
+        rollback();
+        return Error{ErrorCode::Internal, u"A step failed before, so all of them were undone."_s};
+    }
+    Result<void> done = m_access->m_journal->turnWillCommit(m_turn, m_changes);
+    if (done.ok()) {
+        done = LibraryErrors::caught(m_access->places().package, [this]() -> Result<void> {
+            m_connection.commit();
+            return {};
+        });
+    }
+    if (!done.ok()) {
+        rollback();
+        return done;
+    }
+    m_open = false;
+    m_access->addPending(m_changes);
+    m_access->m_gate.leave();
+    return {};
+}
+
+void WriteTransaction::rollback()
+{
+    if (!m_open) {
+        return;
+    }
+    m_open = false;
+    m_connection.rollback();
+    // When the outcome is in doubt everything stays: the next opening decides by the notebook.
+    const bool allGone =
+        m_made.isEmpty() ||
+        (madeFilesAreUnknown() && PackageFiles::removeMade(m_access->places().package, m_made));
+    if (const Result<void> settled = m_access->settle(m_turn, allGone); !settled.ok()) {
+        systemLog(settled.error().message);
+    }
+    m_access->m_gate.leave();
+}
+
+bool WriteTransaction::madeFilesAreUnknown()
+{
+    try {
+        return std::none_of(m_made.begin(), m_made.end(), [this](const QString& path) {
+            constexpr QLatin1StringView kMasters("Masters/");
+            return path.startsWith(kMasters) &&
+                   Sql::firstInteger(m_connection,
+                                     "SELECT modelId FROM RKMaster WHERE imagePath = ?",
+                                     path.mid(kMasters.size()))
+                       .has_value();
+        });
+    } catch (const SQLite::Exception& exception) {
+        systemLog(LibraryErrors::fromSqlite(exception, m_access->places().package).message);
+        return false;
+    }
+}
+
+Result<WriteAccessPtr> WriteAccess::open(const Places& places, std::unique_ptr<LibraryLock> lock)
+{
+    Result<std::unique_ptr<TurnJournal>> journal = TurnJournal::open(places.state);
+    if (!journal.ok()) {
+        return journal.error();
+    }
+    return WriteAccessPtr(new WriteAccess(places, std::move(lock), std::move(journal).value()));
+}
+
+WriteAccess::WriteAccess(Places places,
+                         std::unique_ptr<LibraryLock> lock,
+                         std::unique_ptr<TurnJournal> journal)
+    : m_places(std::move(places))
+    , m_lock(std::move(lock))
+    , m_journal(std::move(journal))
+{
+}
+
+Result<std::unique_ptr<WriteTransaction>> WriteAccess::begin(Connection& connection)
+{
+    m_gate.enter();
+    if (m_shutDown) {
+        m_gate.leave();
+        return Error{ErrorCode::NotFound, u"The library \"%1\" is closed."_s.arg(m_places.package)};
+    }
+    const Result<void> begun =
+        LibraryErrors::caught(m_places.package, [&connection]() -> Result<void> {
+            connection.beginImmediate();
+            return {};
+        });
+    if (!begun.ok()) {
+        m_gate.leave();
+        return begun.error();
+    }
+    if (const Result<void> backedUp = backUpOnce(); !backedUp.ok()) {
+        connection.rollback();
+        m_gate.leave();
+        return backedUp.error();
+    }
+    return std::unique_ptr<WriteTransaction>(
+        new WriteTransaction(shared_from_this(), connection, m_journal->nextTurn()));
+}
+
+void WriteAccess::shutDown()
+{
+    const WriterGate::Scope taken(m_gate);
+    m_shutDown = true;
+    m_lock.reset();
+}
+
+Result<void> WriteAccess::settle(qint64 turn, bool allGone)
+{
+    if (!allGone) {
+        m_unsettled = true;
+        return {};
+    }
+    return m_journal->turnIsSettled(turn);
+}
+
+void WriteAccess::addPending(const Changes& changes)
+{
+    const std::lock_guard lock(m_mutex);
+    m_pending.unite(changes);
+}
+
+Result<void> WriteAccess::backUpOnce()
+{
+    if (!m_backedUp) {
+        const Result<QString> made = Backup::make(m_places.package, m_places.backups);
+        if (!made.ok()) {
+            return made.error();
+        }
+        m_backedUp = true;
+    }
+    return {};
+}
+
+Changes WriteAccess::pending()
+{
+    const std::lock_guard lock(m_mutex);
+    return m_pending;
+}
+
+Result<void> WriteAccess::forgetPending()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_pending = {};
+    }
+    // What could not be removed now is left to the next opening, which needs the notebook for it.
+    return m_unsettled ? Result<void>() : m_journal->clear();
+}

@@ -1,0 +1,126 @@
+#pragma once
+
+#include "Changes.h"
+#include "Connection.h"
+#include "LibraryLock.h"
+#include "Result.h"
+#include "TrashRows.h"
+#include "TurnJournal.h"
+#include "Writer.h"
+#include "WriterGate.h"
+
+#include <QStringList>
+
+#include <memory>
+#include <mutex>
+
+class WriteAccess;
+using WriteAccessPtr = std::shared_ptr<WriteAccess>;
+
+/// One transaction over the three databases together with the files that it makes. It holds the
+/// writer's place from begin to commit or rollback; destruction rolls back. Used by one thread.
+class WriteTransaction final
+{
+public:
+    ~WriteTransaction();
+    WriteTransaction(const WriteTransaction&) = delete;
+    WriteTransaction& operator=(const WriteTransaction&) = delete;
+
+    /// What row operations work on; the moment is now.
+    [[nodiscard]] Writer writer();
+
+    /// Notes in the journal, before any of them exists, the files that will be made.
+    [[nodiscard]] Result<void> announceFiles(const QStringList& relativePaths);
+    /// Makes an announced file with its folders, flushed. Errors: NotWritable, OutOfSpace.
+    [[nodiscard]] Result<void> makeFile(const QString& relativePath, const QByteArray& bytes);
+    /// Notes in the journal what is to be removed once the transaction is committed.
+    [[nodiscard]] Result<void> doom(const TrashRows::Leftovers& leftovers);
+
+    /// Number in the journal.
+    [[nodiscard]] qint64 turn() const { return m_turn; }
+
+    /// A step failed: commit() will refuse, since half a turn is none.
+    void spoil() { m_spoilt = true; }
+
+    /// Makes everything durable, or undoes everything and says why.
+    [[nodiscard]] Result<void> commit();
+    void rollback();
+
+private:
+    friend class WriteAccess;
+    WriteTransaction(WriteAccessPtr access, Connection& connection, qint64 turn);
+    [[nodiscard]] bool madeFilesAreUnknown();
+
+    WriteAccessPtr m_access;
+    Connection& m_connection;
+    qint64 m_turn;
+    Changes m_changes;
+    QStringList m_made;
+    bool m_spoilt{false};
+    bool m_open{true};
+};
+
+/// The right to write to a library: lock, journal, backup, and what sidecars and catalogues still
+/// have to follow. Shared by all threads of the process. Any thread.
+class WriteAccess final : public std::enable_shared_from_this<WriteAccess>
+{
+public:
+    struct Places {
+        QString package; ///< absolute
+        QString state;   ///< folder of lock and journal, outside the package
+        QString backups; ///< folder of the dated backups
+    };
+
+    /// `lock`: the writer's lock, held until shutDown().
+    [[nodiscard]] static Result<WriteAccessPtr> open(const Places& places,
+                                                     std::unique_ptr<LibraryLock> lock);
+
+    /// Waits for the writer's place, then begins on the databases. The first one of a run makes the
+    /// backup. Errors: InUse, NotWritable, OutOfSpace, NotFound after shutDown().
+    [[nodiscard]] Result<std::unique_ptr<WriteTransaction>> begin(Connection& connection);
+
+    /// Runs `follow(const Changes&)`, which returns Result<void>, with what is pending while nobody
+    /// writes; what succeeded is no longer pending. Does nothing when nothing is pending.
+    template <typename Follow>
+    [[nodiscard]] Result<void> synchronise(Follow&& follow);
+    void addPending(const Changes& changes);
+
+    /// Notes that the files of a turn need no more attention, unless some could not be removed.
+    [[nodiscard]] Result<void> settle(qint64 turn, bool allGone);
+    /// Waits for the writer, then gives up the lock; nothing is written afterwards.
+    void shutDown();
+
+    [[nodiscard]] const Places& places() const { return m_places; }
+
+private:
+    friend class WriteTransaction;
+    WriteAccess(Places places,
+                std::unique_ptr<LibraryLock> lock,
+                std::unique_ptr<TurnJournal> journal);
+    [[nodiscard]] Result<void> backUpOnce();
+    [[nodiscard]] Changes pending();
+    [[nodiscard]] Result<void> forgetPending();
+
+    const Places m_places;
+    std::unique_ptr<LibraryLock> m_lock;
+    const std::unique_ptr<TurnJournal> m_journal;
+    WriterGate m_gate;
+    bool m_backedUp{false};  ///< under the gate
+    bool m_shutDown{false};  ///< under the gate
+    bool m_unsettled{false}; ///< under the gate
+
+    std::mutex m_mutex; ///< guards what follows
+    Changes m_pending;
+};
+
+template <typename Follow>
+Result<void> WriteAccess::synchronise(Follow&& follow)
+{
+    const WriterGate::Scope taken(m_gate);
+    const Changes changes = pending();
+    if (changes.isEmpty()) {
+        return m_shutDown || m_unsettled ? Result<void>() : m_journal->clear();
+    }
+    const Result<void> followed = follow(changes);
+    return followed.ok() ? forgetPending() : followed;
+}
