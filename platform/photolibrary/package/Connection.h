@@ -1,0 +1,89 @@
+#pragma once
+
+#include "Result.h"
+
+#include <QByteArray>
+#include <QString>
+#include <QVariant>
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+/// One SQLite connection to the three databases of a library that belong together: Library.apdb as
+/// main, Properties.apdb as prop, ImageProxies.apdb as prox. A transaction spans all three.
+/// Thread: the one that opened it. Errors after opening: SQLite::Exception.
+class Connection final
+{
+public:
+    enum class Mode : quint8 {
+        Read,   ///< never changes anything, but lets SQLite undo a transaction cut off by a crash
+        Write,  ///< everything that is committed is on the disk
+        Create, ///< as Write; the databases need not exist yet
+    };
+
+    /// How long a lock of another program is waited for before the library counts as in use.
+    static constexpr int kBusyMilliseconds = 30000;
+
+    /// Errors: NotFound (one of the three is missing), InUse, Damaged, NotWritable, OutOfSpace,
+    /// Unreadable (also read-only media with an interrupted transaction to undo).
+    [[nodiscard]] static Result<std::unique_ptr<Connection>>
+    open(const QString& packagePath, Mode mode, int busyMilliseconds = kBusyMilliseconds);
+
+    /// What an exception of SQLite means for the library in `packagePath`; a sentence for people.
+    [[nodiscard]] static Error errorFrom(const SQLite::Exception& exception,
+                                         const QString& packagePath);
+
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+    /// Rolls back what is not committed.
+    ~Connection();
+
+    [[nodiscard]] SQLite::Database& database() { return m_database; }
+
+    [[nodiscard]] const QString& packagePath() const { return m_packagePath; }
+
+    /// The prepared statement of this text, reset and without bindings; prepared once a connection.
+    /// The text must not be asked for again while its rows are still being read.
+    [[nodiscard]] SQLite::Statement& statement(const char* sql);
+    /// Ends every unfinished read, which would otherwise hold its lock.
+    void resetStatements();
+
+    /// Takes the write locks of all three databases at once.
+    void beginImmediate();
+    void commit();
+    /// Nothing happens outside a transaction.
+    void rollback() noexcept;
+    [[nodiscard]] bool inTransaction() const;
+
+private:
+    Connection(QString packagePath, Mode mode, int busyMilliseconds);
+
+    QString m_packagePath;
+    SQLite::Database m_database;
+    std::unordered_map<std::string, std::unique_ptr<SQLite::Statement>> m_statements;
+};
+
+/// Values of SQLite as values of Qt.
+namespace Sql
+{
+
+/// Null when the column is NULL.
+[[nodiscard]] QString text(const SQLite::Column& column);
+[[nodiscard]] QByteArray blob(const SQLite::Column& column);
+/// NULL is a null QVariant, INTEGER qlonglong, FLOAT double, TEXT QString, BLOB QByteArray.
+[[nodiscard]] QVariant value(const SQLite::Column& column);
+
+void bind(SQLite::Statement& statement, int index, int value);
+void bind(SQLite::Statement& statement, int index, qint64 value);
+void bind(SQLite::Statement& statement, int index, double value);
+/// A null string or array is bound as NULL, an empty one as empty.
+void bind(SQLite::Statement& statement, int index, const QString& value);
+void bind(SQLite::Statement& statement, int index, QLatin1StringView value);
+void bind(SQLite::Statement& statement, int index, const QByteArray& value);
+/// As value() gives it; any other type counts as its text.
+void bind(SQLite::Statement& statement, int index, const QVariant& value);
+
+} // namespace Sql
