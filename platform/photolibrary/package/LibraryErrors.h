@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Result.h"
+
+#include <QString>
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <type_traits>
+#include <utility>
+
+/// Where SQLite's exceptions become errors, and errors the exceptions of the scripting surface.
+namespace LibraryErrors {
+
+/// What SQLite raised on the library at `package`, in words.
+[[nodiscard]] Error fromSqlite(const SQLite::Exception& exception, const QString& package);
+
+/// Raises ScriptingException with the error's message.
+[[noreturn]] void raise(const Error& error);
+
+/// Runs `step`, which returns a Result; SQLite::Exception becomes its error.
+template <typename Step>
+[[nodiscard]] auto caught(const QString& package, Step&& step) -> std::invoke_result_t<Step>
+{
+    try {
+        return std::forward<Step>(step)();
+    } catch (const SQLite::Exception& exception) {
+        return fromSqlite(exception, package);
+    }
+}
+
+} // namespace LibraryErrors

@@ -1,0 +1,150 @@
+#include "LibraryOpening.h"
+
+#include "AdminData.h"
+#include "IntegrityCheck.h"
+#include "LibraryErrors.h"
+#include "OpeningChecks.h"
+#include "PhotoLibraryPrivate.h"
+#include "Recovery.h"
+#include "StateFolder.h"
+#include "SystemLog.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// How long another program's lock is waited for before the library counts as in use.
+constexpr int kOpeningBusyMilliseconds = 2000;
+
+WriteAccess::Places placesOf(Connection& connection)
+{
+    const QString uuid = AdminData::text(connection, u"database"_s, u"databaseUuid"_s);
+    const QString& package = connection.packagePath();
+    const QString key = StateFolder::keyOf(QFileInfo(package).canonicalFilePath(), uuid);
+    return {package, StateFolder::ofLibrary(key), StateFolder::ofBackups(key)};
+}
+
+Error notClosed(const QString& package)
+{
+    return {ErrorCode::NotWritable,
+            u"iPhoto did not close the library \"%1\" properly, so it is not written to. Open and "
+            "quit it in iPhoto, or accept it as it is with --after-crash."_s.arg(package)};
+}
+
+Error notSound(const QString& package, const QStringList& problems)
+{
+    return {ErrorCode::Damaged,
+            u"The library \"%1\" is damaged, so it is not written to: %2 Let iPhoto repair it, or "
+            "restore it from a backup."_s.arg(package, problems.first())};
+}
+
+Result<void> checkForWriting(Connection& connection,
+                             const OpenOptions& options,
+                             const QList<JournaledTurn>& turns)
+{
+    const QString& package = connection.packagePath();
+    if (const Result<void> schema = OpeningChecks::writableSchema(connection); !schema.ok()) {
+        return schema;
+    }
+    const bool clean = OpeningChecks::closedClean(connection);
+    if (!clean && !options.afterCrash) {
+        return notClosed(package);
+    }
+    if (clean) {
+        return OpeningChecks::soundDatabases(connection);
+    }
+    const QStringList problems = IntegrityCheck::problems(connection, Recovery::named(turns));
+    return problems.isEmpty() ? Result<void>() : notSound(package, problems);
+}
+
+/// With the write lock of the databases: what a crash left is cleared away. Returns what sidecars
+/// and catalogues have to follow.
+Result<Changes>
+recovered(Connection& connection, const OpenOptions& options, const QString& stateFolder)
+{
+    connection.beginImmediate();
+    const QList<JournaledTurn> turns = TurnJournal::read(stateFolder);
+    const Result<void> checked = checkForWriting(connection, options, turns);
+    if (!checked.ok()) {
+        connection.rollback();
+        return checked.error();
+    }
+    Changes changes = Recovery::run(connection, turns);
+    connection.resetStatements();
+    connection.rollback();
+    return changes;
+}
+
+Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Connection> connection,
+                                                            const OpenOptions& options,
+                                                            const QString& version)
+{
+    const WriteAccess::Places places = placesOf(*connection);
+    Result<std::unique_ptr<LibraryLock>> lock = LibraryLock::take(places.package, places.state);
+    if (!lock.ok()) {
+        return lock.error();
+    }
+    if (!lock.value()->leftBehind().isEmpty()) {
+        systemLog(u"The library \"%1\" was not closed by %2."_s.arg(places.package,
+                                                                    lock.value()->leftBehind()));
+    }
+    const Result<Changes> changes = recovered(*connection, options, places.state);
+    if (!changes.ok()) {
+        return changes.error();
+    }
+    connection->database().setBusyTimeout(Connection::kBusyMilliseconds);
+    connection->database().exec("PRAGMA cache_spill=OFF");
+    const Result<WriteAccessPtr> write = WriteAccess::open(places, std::move(lock).value());
+    if (!write.ok()) {
+        return write.error();
+    }
+    write.value()->addPending(changes.value());
+    auto library = std::make_shared<PhotoLibraryPrivate>(
+        places, version, std::move(connection), write.value());
+    if (const Result<void> followed = library->synchronise(); !followed.ok()) {
+        // They are tried again at the end; the databases are what counts.
+        systemLog(followed.error().message);
+    }
+    return library;
+}
+
+} // namespace
+
+Result<std::shared_ptr<PhotoLibraryPrivate>> LibraryOpening::open(const QString& path,
+                                                                  const OpenOptions& options)
+{
+    const QString package = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    const Result<QString> version = OpeningChecks::recognise(package);
+    if (!version.ok()) {
+        return version.error();
+    }
+    const bool forWriting = options.access == Access::Write;
+    if (forWriting) {
+        if (const Result<void> permitted = OpeningChecks::permissions(package); !permitted.ok()) {
+            return permitted.error();
+        }
+    }
+    Result<std::unique_ptr<Connection>> connection =
+        Connection::open(package,
+                         forWriting ? Connection::Mode::Write : Connection::Mode::Read,
+                         forWriting ? kOpeningBusyMilliseconds : Connection::kBusyMilliseconds);
+    if (!connection.ok()) {
+        return connection.error();
+    }
+    return LibraryErrors::caught(package, [&]() -> Result<std::shared_ptr<PhotoLibraryPrivate>> {
+        const Result<void> readable = OpeningChecks::readable(*connection.value());
+        if (!readable.ok()) {
+            return readable.error();
+        }
+        if (forWriting) {
+            return openForWriting(std::move(connection).value(), options, version.value());
+        }
+        const WriteAccess::Places places = placesOf(*connection.value());
+        return std::make_shared<PhotoLibraryPrivate>(
+            places, version.value(), std::move(connection).value(), nullptr);
+    });
+}

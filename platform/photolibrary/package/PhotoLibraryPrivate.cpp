@@ -1,0 +1,377 @@
+#include "PhotoLibraryPrivate.h"
+
+#include "AlbumRows.h"
+#include "Catalogues.h"
+#include "Clock.h"
+#include "EventRows.h"
+#include "ImportGroup.h"
+#include "ImportRows.h"
+#include "PackageFiles.h"
+#include "PackageTurn.h"
+#include "Queries.h"
+#include "Sidecars.h"
+#include "TrashRows.h"
+#include "Uuid.h"
+
+#include <QDate>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// Connections of a library opened for writing never let a large transaction spill into the
+/// database file before it commits: that would lock out the other threads' reads until then.
+Result<std::unique_ptr<Connection>> connectTo(const QString& package, bool forWriting)
+{
+    auto opened =
+        Connection::open(package, forWriting ? Connection::Mode::Write : Connection::Mode::Read);
+    if (opened.ok() && forWriting) {
+        opened.value()->database().exec("PRAGMA cache_spill=OFF");
+    }
+    return opened;
+}
+
+/// The event of that name that this run made before, unless the turn that made it was undone or
+/// the user has thrown it away; else a new one.
+QString eventFor(Writer& writer, QString& known, const QString& name)
+{
+    const bool stillThere =
+        !known.isNull() && Sql::firstInteger(writer.connection,
+                                             "SELECT modelId FROM RKFolder WHERE uuid = ?"
+                                             " AND isInTrash = 0",
+                                             known)
+                               .has_value();
+    if (!stillThere) {
+        known = EventRows::createEvent(writer, name);
+    }
+    return known;
+}
+
+Result<void> makeFiles(WriteTransaction& transaction,
+                       const PreparedPicture& picture,
+                       const ImportIdentity& identity)
+{
+    QList<std::pair<QString, const QByteArray*>> files{
+        {"Masters/"_L1 + identity.masterPath(picture), &picture.bytes},
+        {"Thumbnails/"_L1 + identity.thumbnailPath(picture), &picture.thumbnail},
+        {"Thumbnails/"_L1 + identity.miniaturePath(picture), &picture.miniature}};
+    if (!picture.preview.isEmpty()) {
+        files << std::pair{"Previews/"_L1 + identity.previewPath(picture), &picture.preview};
+    }
+    QStringList names;
+    for (const auto& file : std::as_const(files)) {
+        names << file.first;
+    }
+    Result<void> done = transaction.announceFiles(names);
+    for (auto file = files.cbegin(); file != files.cend() && done.ok(); ++file) {
+        done = transaction.makeFile(file->first, *file->second);
+    }
+    return done;
+}
+
+/// Removes what deleted photos left on disk; returns the bytes that it took.
+qint64 removeLeftovers(const QString& package, const TrashRows::Leftovers& leftovers, bool& allGone)
+{
+    qint64 bytes = 0;
+    for (const QString& path : leftovers.folders + leftovers.files) {
+        const qint64 size = PackageFiles::bytesOf(package, path);
+        const bool gone = PackageFiles::remove(package, path);
+        bytes += gone ? size : 0;
+        allGone = allGone && gone;
+    }
+    PackageFiles::removeEmpty(package, leftovers.emptyFolders);
+    return bytes;
+}
+
+} // namespace
+
+PhotoLibraryPrivate::PhotoLibraryPrivate(WriteAccess::Places places,
+                                         QString version,
+                                         std::unique_ptr<Connection> connection,
+                                         WriteAccessPtr write)
+    : m_places(std::move(places))
+    , m_version(std::move(version))
+    , m_write(std::move(write))
+{
+    auto first = std::make_shared<Session>();
+    first->thread = currentThreadMark();
+    first->connection = std::move(connection);
+    m_sessions.push_back(std::move(first));
+}
+
+PhotoLibraryPrivate::~PhotoLibraryPrivate() = default;
+
+Result<std::shared_ptr<Session>> PhotoLibraryPrivate::session()
+{
+    if (m_closed) {
+        return closedError();
+    }
+    const ThreadMark mark = currentThreadMark();
+    if (std::shared_ptr<Session> known = knownSession(mark)) {
+        return known;
+    }
+    Result<std::unique_ptr<Connection>> opened = connectTo(path(), isForWriting());
+    if (!opened.ok()) {
+        return opened.error();
+    }
+    auto made = std::make_shared<Session>();
+    made->thread = mark;
+    made->connection = std::move(opened).value();
+    const std::lock_guard lock(m_mutex);
+    m_sessions.push_back(made);
+    return made;
+}
+
+std::shared_ptr<Session> PhotoLibraryPrivate::knownSession(const ThreadMark& mark)
+{
+    std::vector<std::shared_ptr<Session>> ended; // given up outside the lock
+    const std::lock_guard lock(m_mutex);
+    std::shared_ptr<Session> known;
+    for (auto entry = m_sessions.begin(); entry != m_sessions.end();) {
+        const ThreadMark owner = (*entry)->thread.lock();
+        if (!owner) {
+            ended.push_back(std::move(*entry));
+            entry = m_sessions.erase(entry);
+            continue;
+        }
+        if (owner == mark) {
+            known = *entry;
+        }
+        ++entry;
+    }
+    return known;
+}
+
+Error PhotoLibraryPrivate::closedError() const
+{
+    return {ErrorCode::NotFound, u"The library \"%1\" is closed."_s.arg(path())};
+}
+
+std::unique_ptr<PhotoTurn> PhotoLibraryPrivate::beginTurn()
+{
+    const Result<std::shared_ptr<Session>> mine = session();
+    if (!mine.ok()) {
+        LibraryErrors::raise(mine.error());
+    }
+    if (mine.value()->turnOpen) {
+        LibraryErrors::raise({ErrorCode::Internal, u"This thread has a photo's turn already."_s});
+    }
+    return std::make_unique<PackageTurn>(shared_from_this(), mine.value());
+}
+
+QList<qint64> PhotoLibraryPrivate::selection()
+{
+    const Result<std::shared_ptr<Session>> mine = session();
+    if (!mine.ok()) {
+        LibraryErrors::raise(mine.error());
+    }
+    if (mine.value()->turnSelection) {
+        return *mine.value()->turnSelection;
+    }
+    const std::lock_guard lock(m_mutex);
+    return m_selection;
+}
+
+void PhotoLibraryPrivate::setSelection(const QList<qint64>& photos)
+{
+    const std::lock_guard lock(m_mutex);
+    m_selection = photos;
+}
+
+void PhotoLibraryPrivate::select(qint64 photo)
+{
+    const Result<std::shared_ptr<Session>> mine = session();
+    if (!mine.ok()) {
+        LibraryErrors::raise(mine.error());
+    }
+    if (mine.value()->turnOpen) {
+        mine.value()->turnSelection = QList<qint64>{photo};
+    } else {
+        setSelection({photo});
+    }
+}
+
+std::optional<QList<qint64>> PhotoLibraryPrivate::lastImport()
+{
+    const Result<std::shared_ptr<Session>> mine = session();
+    if (!mine.ok()) {
+        LibraryErrors::raise(mine.error());
+    }
+    return mine.value()->lastImport;
+}
+
+void PhotoLibraryPrivate::importPicture(const QString& path, std::optional<qint64> target)
+{
+    const Result<qint64> imported = importInTurn(path, target);
+    if (imported.ok()) {
+        return;
+    }
+    const bool interrupted = imported.error().code == ErrorCode::Interrupted;
+    throw ScriptingException(interrupted ? u"Interrupted"_s : u"ImportFailed"_s,
+                             imported.error().message);
+}
+
+Result<qint64> PhotoLibraryPrivate::importInTurn(const QString& path, std::optional<qint64> target)
+{
+    const Result<std::shared_ptr<Session>> mine = session();
+    if (!mine.ok()) {
+        return mine.error();
+    }
+    Session& own = *mine.value();
+    own.lastImport = QList<qint64>();
+    const Error interrupted{ErrorCode::Interrupted, u"The import was interrupted."_s};
+    if (m_stopRequested) {
+        return interrupted;
+    }
+    Result<PreparedPicture> picture = PictureIntake::jpeg(path, path.section(u'/', -1));
+    if (!picture.ok()) {
+        return picture.error();
+    }
+    const bool opensTransaction = own.turnOpen && !own.transaction && m_write;
+    if (opensTransaction) {
+        Result<std::unique_ptr<WriteTransaction>> begun = m_write->begin(*own.connection);
+        if (!begun.ok()) {
+            return begun.error();
+        }
+        own.transaction = std::move(begun).value();
+    }
+    // The writer's place may have been waited for.
+    Result<qint64> imported =
+        m_stopRequested ? Result<qint64>(interrupted)
+                        : insertPicture(std::move(picture).value(), runEventName(), target);
+    if (imported.ok()) {
+        own.lastImport = QList<qint64>{imported.value()};
+    } else if (opensTransaction) {
+        own.transaction.reset();
+    }
+    return imported;
+}
+
+Result<qint64> PhotoLibraryPrivate::importRequest(const ImportRequest& request)
+{
+    const QString fileName =
+        request.fileName.isEmpty() ? request.sourcePath.section(u'/', -1) : request.fileName;
+    Result<PreparedPicture> picture =
+        request.preview.isEmpty()
+            ? PictureIntake::jpeg(request.sourcePath, fileName)
+            : PictureIntake::raw(request.sourcePath, fileName, request.preview);
+    if (!picture.ok()) {
+        return picture.error();
+    }
+    if (request.latitude && request.longitude) {
+        picture.value().latitude = request.latitude;
+        picture.value().longitude = request.longitude;
+    }
+    return insertPicture(std::move(picture).value(), request.eventName, std::nullopt);
+}
+
+Result<qint64> PhotoLibraryPrivate::insertPicture(PreparedPicture picture,
+                                                  const QString& event,
+                                                  std::optional<qint64> target)
+{
+    return tryWrite([&](WriteTransaction& transaction) -> Result<qint64> {
+        Writer writer = transaction.writer();
+        ImportIdentity identity{Uuid::create(), Uuid::create(), Uuid::create(), {}, {}};
+        identity.stamp =
+            ImportGroup::freeStamp(writer.connection, path(), QDateTime::currentDateTime());
+        if (const Result<void> made = makeFiles(transaction, picture, identity); !made.ok()) {
+            return made.error();
+        }
+        {
+            const std::lock_guard lock(m_mutex);
+            identity.eventUuid = eventFor(writer, m_events[event], event);
+        }
+        const qint64 photo = ImportRows::insert(writer, picture, identity);
+        AlbumRows::replaceLastImport(writer, {photo});
+        if (target) {
+            AlbumRows::addPhotos(writer, *target, {photo});
+        }
+        return photo;
+    });
+}
+
+QString PhotoLibraryPrivate::runEventName()
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_runEventName.isEmpty()) {
+        m_runEventName = "Corvane "_L1 + QDate::currentDate().toString(Qt::ISODate);
+    }
+    return m_runEventName;
+}
+
+Result<qint64> PhotoLibraryPrivate::emptyTrash()
+{
+    TrashRows::Leftovers leftovers;
+    qint64 turn = 0;
+    const Result<void> deleted = tryWrite([&](WriteTransaction& transaction) -> Result<void> {
+        Writer writer = transaction.writer();
+        leftovers = TrashRows::deleteForGood(
+            writer,
+            Sql::integers(writer.connection,
+                          "SELECT modelId FROM RKVersion WHERE showInLibrary = 1"
+                          " AND isInTrash <> 0"));
+        turn = transaction.turn();
+        return transaction.doom(leftovers);
+    });
+    if (!deleted.ok()) {
+        return deleted.error();
+    }
+    bool allGone = true;
+    const qint64 bytes = removeLeftovers(path(), leftovers, allGone);
+    const Result<void> settled = m_write->settle(turn, allGone);
+    return settled.ok() ? Result<qint64>(bytes) : settled.error();
+}
+
+Result<void> PhotoLibraryPrivate::synchronise()
+{
+    const Result<std::shared_ptr<Session>> mine = session();
+    if (!mine.ok()) {
+        return mine.error();
+    }
+    if (!m_write) {
+        return {};
+    }
+    if (mine.value()->transaction) {
+        return Error{ErrorCode::Internal,
+                     u"The catalogues cannot follow in the midst of a photo's turn."_s};
+    }
+    Connection& connection = *mine.value()->connection;
+    Result<void> done = m_write->synchronise([&](const Changes& changes) {
+        return LibraryErrors::caught(path(), [&]() -> Result<void> {
+            const double now = SystemClock().now();
+            if (const Result<void> written = Sidecars::write(connection, changes, now);
+                !written.ok()) {
+                return written;
+            }
+            if (!changes.catalogues) {
+                return {};
+            }
+            const Result<Catalogues::CarriedOver> written = Catalogues::write(connection, now);
+            return written.ok() ? Result<void>() : written.error();
+        });
+    });
+    connection.resetStatements();
+    return done;
+}
+
+Result<void> PhotoLibraryPrivate::close()
+{
+    if (m_closed) {
+        return {};
+    }
+    const ThreadMark mark = currentThreadMark();
+    if (const std::shared_ptr<Session> own = knownSession(mark)) {
+        own->transaction.reset();
+    }
+    Result<void> result = synchronise();
+    m_closed = true;
+    if (m_write) {
+        m_write->shutDown();
+    }
+    std::vector<std::shared_ptr<Session>> sessions; // given up outside the lock
+    const std::lock_guard lock(m_mutex);
+    sessions.swap(m_sessions);
+    return result;
+}
