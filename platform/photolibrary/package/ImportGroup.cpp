@@ -1,0 +1,43 @@
+#include "ImportGroup.h"
+
+#include "Queries.h"
+
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+QDateTime
+ImportGroup::freeStamp(Connection& connection, const QString& package, QDateTime moment)
+{
+    const auto isTaken = [&](const QDateTime& stamp) {
+        const QString relative = folder(stamp);
+        const bool known =
+            Sql::firstInteger(connection,
+                              "SELECT modelId FROM RKImportGroup WHERE importYear = ?1 AND"
+                              " importMonth = ?2 AND importDay = ?3 AND importTime = ?4",
+                              stamp.toString(u"yyyy"_s),
+                              stamp.toString(u"MM"_s),
+                              stamp.toString(u"dd"_s),
+                              stamp.toString(u"HHmmss"_s))
+                .has_value();
+        if (known) {
+            return true;
+        }
+        for (const QLatin1StringView root :
+             {"Masters/"_L1, "Previews/"_L1, "Thumbnails/"_L1, "Database/Versions/"_L1}) {
+            if (QFileInfo::exists(package + u'/' + root + relative)) {
+                return true;
+            }
+        }
+        return false;
+    };
+    while (isTaken(moment)) {
+        moment = moment.addSecs(1);
+    }
+    return moment;
+}
+
+QString ImportGroup::folder(const QDateTime& stamp)
+{
+    return stamp.toString(u"yyyy/MM/dd/yyyyMMdd-HHmmss"_s);
+}

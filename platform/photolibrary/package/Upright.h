@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Bitmap.h"
+
+/// What an EXIF orientation (1..8, CIPA DC-008) does to a picture. Any thread.
+namespace Upright {
+
+/// Whether showing the picture upright swaps its sides.
+[[nodiscard]] bool isTransposed(int orientation);
+/// Clockwise degrees of the turn, 0, 90, 180 or 270; a mirroring is not told.
+[[nodiscard]] int rotation(int orientation);
+/// The picture as it is to be shown.
+[[nodiscard]] Bitmap turned(const Bitmap& bitmap, int orientation);
+
+} // namespace Upright
