@@ -194,8 +194,8 @@ quint64 CorvaneAppDelegate::selectionCount()
         return 0;
     }
     const QList<ScriptingObjectPtr> selection = application->selection();
-    if (selection.size() == 1 && selection.first()->scriptingClass() ==
-                                     application->photoLibraryAlbum()->scriptingClass()) {
+    if (selection.size() == 1 &&
+        selection.first()->scriptingClass() == application->photoLibraryAlbum()->scriptingClass()) {
         return 0;
     }
     return static_cast<quint64>(selection.size());

@@ -6,14 +6,14 @@
 #include <QRandomGenerator>
 #include <QStringList>
 
-#include <cerrno>
-#include <climits>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -143,8 +143,8 @@ bool writeAll(int descriptor, const QByteArray& bytes)
 {
     qsizetype done = 0;
     while (done < bytes.size()) {
-        const ssize_t count = ::write(
-            descriptor, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
+        const ssize_t count =
+            ::write(descriptor, bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
         if (count < 0 && errno != EINTR) {
             return false;
         }

@@ -98,8 +98,8 @@ QString NumberValue::withTwoDecimals(double number)
 {
     // The largest double has 309 digits before the point.
     std::array<char, 320> text = {};
-    const auto [end, error] = std::to_chars(
-        text.data(), text.data() + text.size(), number, std::chars_format::fixed, 2);
+    const auto [end, error] =
+        std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed, 2);
     Q_ASSERT(error == std::errc());
     return QString::fromLatin1(text.data(), end - text.data());
 }

@@ -53,7 +53,8 @@ void appendInteger(QByteArray& bytes, const QVariant& value)
 void appendMarker(QByteArray& bytes, int kind, qsizetype count)
 {
     const bool isShort = count < 0xF;
-    bytes.append(static_cast<char>(static_cast<quint8>((kind << 4) | (isShort ? int(count) : 0xF))));
+    bytes.append(
+        static_cast<char>(static_cast<quint8>((kind << 4) | (isShort ? int(count) : 0xF))));
     if (!isShort) {
         appendInteger(bytes, QVariant(static_cast<qlonglong>(count)));
     }
@@ -81,9 +82,9 @@ public:
     [[nodiscard]] Result<QByteArray> write(const QVariant& root)
     {
         if (!collect(root, 0)) {
-            return Error{ErrorCode::Unsupported,
-                         u"a value of the type %1 has no place in a property list"_s.arg(
-                             m_unsupported)};
+            return Error{
+                ErrorCode::Unsupported,
+                u"a value of the type %1 has no place in a property list"_s.arg(m_unsupported)};
         }
         m_referenceSize = widthOf(m_values.size());
         QByteArray bytes("bplist00");

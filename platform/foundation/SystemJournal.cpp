@@ -3,8 +3,6 @@
 #include <QFile>
 #include <QtEndian>
 
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
@@ -13,6 +11,8 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
+#include <cstring>
 
 using namespace Qt::StringLiterals;
 
@@ -53,9 +53,9 @@ bool sendAsMemoryFile(int socket, msghdr message, const QByteArray& bytes)
             static_cast<ssize_t>(bytes.size())) {
         return false;
     }
-    if (::fcntl(
-            file.number, F_ADD_SEALS, F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE | F_SEAL_SEAL) !=
-        0) {
+    if (::fcntl(file.number,
+                F_ADD_SEALS,
+                F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE | F_SEAL_SEAL) != 0) {
         return false;
     }
     alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> control = {};

@@ -19,9 +19,7 @@ namespace
 
 /// One plain line on standard error for each message; entries of this program's log also to the
 /// system journal. It stands in for Qt's own handler, whose lines begin with the category.
-void plainLineHandler(QtMsgType /*type*/,
-                      const QMessageLogContext& context,
-                      const QString& message)
+void plainLineHandler(QtMsgType /*type*/, const QMessageLogContext& context, const QString& message)
 {
     const QByteArray line = message.toUtf8() + '\n';
     std::ignore = std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stderr);

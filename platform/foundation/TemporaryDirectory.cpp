@@ -9,8 +9,9 @@
 #include <QLockFile>
 #include <QTemporaryDir>
 
-#include <cerrno>
 #include <unistd.h>
+
+#include <cerrno>
 
 using namespace Qt::StringLiterals;
 

@@ -59,8 +59,8 @@ void DesktopNotificationCenter::deliver(const UserNotification& notification)
     }
     // A service that reads markup would take "<" and "&" of a file name for its own.
     const bool readsMarkup = capabilities.value().contains(u"body-markup"_s);
-    const QString body = readsMarkup ? notification.informativeText.toHtmlEscaped()
-                                     : notification.informativeText;
+    const QString body =
+        readsMarkup ? notification.informativeText.toHtmlEscaped() : notification.informativeText;
     QVariantMap hints{{u"desktop-entry"_s, u"corvane"_s}};
     if (notification.defaultSound) {
         hints.insert(u"sound-name"_s, u"message-new-instant"_s);

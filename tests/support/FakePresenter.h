@@ -6,9 +6,9 @@
 #include <QList>
 #include <QThread>
 
-#include <functional>
-
 #include <gtest/gtest.h>
+
+#include <functional>
 
 /// Plays the user by a script: open panels are answered from a list (running out of answers fails
 /// the test and says OK), alerts are dismissed at once. Records everything in order.

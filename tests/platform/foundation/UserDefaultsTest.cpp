@@ -124,9 +124,8 @@ TEST_F(UserDefaultsTest, twoProgramsThatShareTheFileLoseNothing)
     two.setInteger(u"Two"_s, 2);
     one.setInteger(u"Three"_s, 3);
     EXPECT_EQ(stored(),
-              (QVariantMap{{u"One"_s, qlonglong{1}},
-                           {u"Two"_s, qlonglong{2}},
-                           {u"Three"_s, qlonglong{3}}}));
+              (QVariantMap{
+                  {u"One"_s, qlonglong{1}}, {u"Two"_s, qlonglong{2}}, {u"Three"_s, qlonglong{3}}}));
     EXPECT_EQ(one.integerValue(u"Two"_s), 2) << "a write reads what others wrote";
 }
 
