@@ -1,0 +1,124 @@
+#include "Documents.h"
+
+#include "TextLayout.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QJsonValue numberOrNull(const std::optional<double>& number)
+{
+    return number ? QJsonValue(*number) : QJsonValue(QJsonValue::Null);
+}
+
+QJsonArray sortedKeywords(QStringList keywords)
+{
+    keywords.sort(Qt::CaseInsensitive);
+    return QJsonArray::fromStringList(keywords);
+}
+
+QJsonObject photoObject(const PhotoFacts& photo)
+{
+    return {
+        {u"id"_s, photo.id},
+        {u"guid"_s, photo.guid},
+        {u"filename"_s, photo.filename},
+        {u"name"_s, photo.name},
+        {u"title"_s, photo.title},
+        {u"comment"_s, photo.comment},
+        {u"rating"_s, photo.rating},
+        {u"date"_s, Documents::textOrNull(photo.wallClock())},
+        {u"width"_s, photo.width},
+        {u"height"_s, photo.height},
+        {u"latitude"_s, numberOrNull(photo.latitude)},
+        {u"longitude"_s, numberOrNull(photo.longitude)},
+        {u"altitude"_s, numberOrNull(photo.altitude)},
+        {u"keywords"_s, sortedKeywords(photo.keywords)},
+        {u"albums"_s, QJsonArray::fromStringList(photo.albums)},
+        {u"roll"_s, QJsonObject{{u"id"_s, photo.rollId}, {u"name"_s, photo.rollName}}},
+        {u"imagePath"_s, Documents::textOrNull(photo.imagePath)},
+        {u"originalPath"_s, Documents::textOrNull(photo.originalPath)},
+        {u"previewPath"_s, Documents::textOrNull(photo.previewPath)},
+        {u"thumbnailPath"_s, Documents::textOrNull(photo.thumbnailPath)},
+        {u"raw"_s, photo.raw},
+        {u"edited"_s, photo.edited},
+        {u"rotated"_s, photo.rotated},
+        {u"hidden"_s, photo.hidden},
+        {u"bytes"_s, photo.bytes},
+        {u"missing"_s, photo.missing},
+    };
+}
+
+} // namespace
+
+QJsonObject
+Documents::list(const QString& library, const QString& version, const QList<PhotoFacts>& photos)
+{
+    QJsonArray array;
+    for (const PhotoFacts& photo : photos) {
+        array += photoObject(photo);
+    }
+    return {{u"library"_s, library}, {u"version"_s, version}, {u"photos"_s, array}};
+}
+
+QJsonObject
+Documents::info(const QString& library, const QString& version, const LibrarySummary& summary)
+{
+    return {
+        {u"library"_s, library},
+        {u"version"_s, version},
+        {u"photos"_s, summary.photos},
+        {u"rolls"_s, summary.rolls},
+        {u"albums"_s, summary.albums},
+        {u"keywords"_s, summary.keywords},
+        {u"raw"_s, QJsonObject{{u"photos"_s, summary.rawPhotos}, {u"bytes"_s, summary.rawBytes}}},
+        {u"processed"_s, QJsonObject{{u"photos"_s, summary.processedPhotos}}},
+        {u"trash"_s,
+         QJsonObject{{u"photos"_s, summary.trashPhotos}, {u"bytes"_s, summary.trashBytes}}},
+        {u"missing"_s, summary.missing},
+        {u"writable"_s, summary.writable},
+        {u"problems"_s, QJsonArray::fromStringList(summary.problems)},
+    };
+}
+
+QJsonObject Documents::trash(const QList<PhotoFacts>& photos)
+{
+    QJsonArray array;
+    qint64 bytes = 0;
+    for (const PhotoFacts& photo : photos) {
+        array += QJsonObject{
+            {u"id"_s, photo.id},
+            {u"filename"_s, photo.filename},
+            {u"bytes"_s, photo.bytes},
+        };
+        bytes += photo.bytes;
+    }
+    return {{u"photos"_s, array}, {u"bytes"_s, bytes}};
+}
+
+QByteArray Documents::text(const QJsonObject& document)
+{
+    const QString plain =
+        QString::fromUtf8(QJsonDocument(document).toJson(QJsonDocument::Indented));
+    QString escaped;
+    escaped.reserve(plain.size());
+    for (const QChar character : plain) {
+        // All of them stand inside strings and in the basic plane, so one escape each will do.
+        const bool steers = (character.category() == QChar::Other_Control && character != u'\n') ||
+                            character.category() == QChar::Separator_Line ||
+                            character.category() == QChar::Separator_Paragraph ||
+                            TextLayout::isDirectionMark(character.unicode());
+        escaped += steers ? u"\\u%1"_s.arg(character.unicode(), 4, 16, QLatin1Char('0'))
+                          : QString(character);
+    }
+    return escaped.toUtf8();
+}
+
+QJsonValue Documents::textOrNull(const QString& text)
+{
+    return text.isEmpty() ? QJsonValue(QJsonValue::Null) : QJsonValue(text);
+}

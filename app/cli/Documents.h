@@ -1,0 +1,27 @@
+#pragma once
+
+#include "LibraryFacts.h"
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QList>
+#include <QString>
+
+/// The JSON documents that scripts read; their keys are fixed.
+namespace Documents
+{
+
+[[nodiscard]] QJsonObject
+list(const QString& library, const QString& version, const QList<PhotoFacts>& photos);
+[[nodiscard]] QJsonObject
+info(const QString& library, const QString& version, const LibrarySummary& summary);
+[[nodiscard]] QJsonObject trash(const QList<PhotoFacts>& photos);
+
+/// The document as text: UTF-8, control characters and direction marks as \u escapes, so that a
+/// terminal that shows it is not steered by them and no reader loses them; ends in a line end.
+[[nodiscard]] QByteArray text(const QJsonObject& document);
+
+/// The text, or null where there is none.
+[[nodiscard]] QJsonValue textOrNull(const QString& text);
+
+} // namespace Documents

@@ -1,0 +1,51 @@
+#include "LibraryCommand.h"
+
+#include "CommandLineTexts.h"
+#include "Console.h"
+#include "ExitStatus.h"
+#include "Interruption.h"
+
+#include <utility>
+
+LibraryCommand::LibraryCommand(LibraryOptions options)
+    : m_libraryOptions(std::move(options))
+{
+}
+
+int LibraryCommand::execute(const CommandServices& services)
+{
+    if (const std::optional<int> status = prepare(services)) {
+        return *status;
+    }
+    Result<std::unique_ptr<PhotoLibrary>> opened = PhotoLibrary::open(
+        m_libraryOptions.library, {.access = access(), .afterCrash = m_libraryOptions.afterCrash});
+    if (services.interruption.isRequested()) {
+        return interruptedEarly(services);
+    }
+    if (!opened.ok()) {
+        return failed(opened.error(), services);
+    }
+    PhotoLibrary& library = *opened.value();
+    const int status = executeWithLibrary(library, services);
+    if (const Result<void> closed = library.close(); !closed.ok()) {
+        return failed(closed.error(), services);
+    }
+    return status;
+}
+
+std::optional<int> LibraryCommand::prepare(const CommandServices& /*services*/)
+{
+    return std::nullopt;
+}
+
+int LibraryCommand::interruptedEarly(const CommandServices& services)
+{
+    services.console.say(CommandLineTexts::interrupted());
+    return ExitStatus::kInterrupted;
+}
+
+int LibraryCommand::failed(const Error& error, const CommandServices& services)
+{
+    services.console.say(error.message);
+    return ExitStatus::kLibrary;
+}

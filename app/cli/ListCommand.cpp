@@ -1,0 +1,61 @@
+#include "ListCommand.h"
+
+#include "Console.h"
+#include "Documents.h"
+#include "ExitStatus.h"
+#include "PhotoSelection.h"
+#include "TextLayout.h"
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QStringList rowOf(const PhotoFacts& photo)
+{
+    QStringList keywords = photo.keywords;
+    keywords.sort(Qt::CaseInsensitive);
+    return {
+        QString::number(photo.id),
+        TextLayout::printable(photo.filename),
+        TextLayout::printable(photo.rollName),
+        u"%1x%2"_s.arg(photo.width).arg(photo.height),
+        photo.missing ? u"missing"_s : TextLayout::megabytes(photo.bytes),
+        TextLayout::printable(keywords.join(u", "_s)),
+    };
+}
+
+} // namespace
+
+ListCommand::ListCommand(LibraryOptions libraryOptions, Options options)
+    : LibraryCommand(std::move(libraryOptions))
+    , m_options(std::move(options))
+{
+}
+
+int ListCommand::executeWithLibrary(PhotoLibrary& library, const CommandServices& services)
+{
+    const Result<QList<PhotoFacts>> photos = library.photos();
+    if (!photos.ok()) {
+        return failed(photos.error(), services);
+    }
+    const ChosenPhotos chosen = PhotoSelection::choose(
+        photos.value(), m_options.selection, PhotoSelection::WithoutSelection::All);
+    PhotoSelection::explain(chosen, services.console);
+    if (m_options.json) {
+        services.console.printDocument(
+            Documents::text(Documents::list(library.path(), library.version(), chosen.photos)));
+        return ExitStatus::kDone;
+    }
+    QList<QStringList> rows;
+    for (const PhotoFacts& photo : chosen.photos) {
+        rows += rowOf(photo);
+    }
+    if (!rows.isEmpty()) {
+        using enum TextLayout::Align;
+        services.console.print(TextLayout::table(rows, {Right, Left, Left, Right, Right, Left}));
+    }
+    return ExitStatus::kDone;
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Command.h"
+
+#include <QString>
+
+/// Writes a small library to try the program on.
+class SampleCommand final : public Command
+{
+public:
+    struct Options {
+        QString directory;
+        int photos{12};         ///< RAW photos
+        double megapixels{6.0}; ///< of each of them
+        bool quiet{false};
+    };
+
+    explicit SampleCommand(Options options);
+
+    [[nodiscard]] int execute(const CommandServices& services) override;
+
+private:
+    const Options m_options;
+};

@@ -1,0 +1,81 @@
+#include "ScanProgress.h"
+
+#include "CommandLineTexts.h"
+#include "Console.h"
+#include "CorvaneAppDelegate.h"
+#include "ProgressLine.h"
+#include "Texts.h"
+
+namespace
+{
+
+constexpr int kShortestPauseMilliseconds = 100;
+
+} // namespace
+
+ScanProgress::ScanProgress(CorvaneAppDelegate& controller, Console& console)
+    : m_controller(controller)
+    , m_console(console)
+{
+    m_timer.setSingleShot(true);
+    m_timer.setInterval(kShortestPauseMilliseconds);
+    connect(&m_timer, &QTimer::timeout, this, &ScanProgress::draw);
+    if (console.isTerminal()) {
+        follow(controller);
+    }
+}
+
+ScanProgress::~ScanProgress()
+{
+    m_console.clearStatus();
+}
+
+void ScanProgress::follow(CorvaneAppDelegate& controller)
+{
+    if (!m_console.canRedraw()) {
+        connect(&controller, &CorvaneAppDelegate::photoDone, this, &ScanProgress::sayFinished);
+        return;
+    }
+    // Controls may be set on the scan's thread; this object lives on the main one, so what they
+    // tell arrives queued.
+    connect(
+        &controller.statusLabel(), &TextField::stringValueChanged, this, &ScanProgress::drawSoon);
+    connect(
+        &controller.countLabel(), &TextField::stringValueChanged, this, &ScanProgress::drawSoon);
+    connect(&controller.progressIndicator(),
+            &ProgressIndicator::doubleValueChanged,
+            this,
+            &ScanProgress::drawSoon);
+    connect(&controller, &CorvaneAppDelegate::timeRemainingChanged, this, &ScanProgress::drawSoon);
+}
+
+void ScanProgress::drawSoon()
+{
+    if (!m_timer.isActive()) {
+        m_timer.start();
+    }
+}
+
+void ScanProgress::draw()
+{
+    if (!m_controller.nowProcessing()) {
+        m_console.clearStatus();
+        return;
+    }
+    const ProgressIndicator& bar = m_controller.progressIndicator();
+    const QString time = m_controller.timeRemaining();
+    m_console.showStatus(
+        ProgressLine::render({.activity = m_controller.statusLabel().stringValue(),
+                              .position = static_cast<qint64>(bar.doubleValue()),
+                              .total = static_cast<qint64>(bar.maxValue()),
+                              .timeRemaining = time == Texts::noTimeRemaining() ? QString() : time,
+                              .name = m_controller.countLabel().stringValue()},
+                             m_console.columns()));
+}
+
+void ScanProgress::sayFinished(const PhotoOutcome& outcome)
+{
+    const auto total = static_cast<qint64>(m_controller.progressIndicator().maxValue());
+    m_console.say(CommandLineTexts::photoFinished(
+        outcome.selectionIndex + 1, total, outcome.source.section(u'/', -1)));
+}
