@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Writer.h"
+
+#include <QList>
+#include <QStringList>
+#include <QVariant>
+
+/// The library's own indexes: for each value of certain columns, the set of rows that have it
+/// (tables X_RidIndexes). The application answers smart albums, trash and filters from them, so
+/// every change of such a column is followed here.
+///
+/// Tables: RKVersion, RKMaster, RKAlbum, RKFolder (modelIds), RKAlbumVersion, RKImageProxyState
+/// (their versionIds), RKIptcProperty, RKOtherProperty, RKExifStringProperty (their
+/// searchStringIds). Any other is a programming error.
+/// Errors: SQLite::Exception, SQLITE_CORRUPT for a stored set that is none.
+namespace RowIdIndexes
+{
+
+/// Adds ids to the set of a value. A null value is the index's "no value".
+void add(Writer& writer,
+         const char* table,
+         const QString& index,
+         const QVariant& value,
+         const QList<qint64>& ids);
+/// The row of a set that became empty goes.
+void remove(Writer& writer,
+            const char* table,
+            const QString& index,
+            const QVariant& value,
+            const QList<qint64>& ids);
+
+/// Adds rows that exist to all indexes of their table; right after they were inserted.
+void addRows(Writer& writer, const char* table, const QList<qint64>& modelIds);
+/// Takes rows that still exist out of all indexes of their table; right before they are deleted.
+void removeRows(Writer& writer, const char* table, const QList<qint64>& modelIds);
+
+/// Writes every index anew from the tables.
+void recomputeAll(Writer& writer);
+
+/// A line for each index that says otherwise than the tables; empty when all are right. Sets of
+/// string ids and of albums below a folder may hold more than needed: the application leaves stale
+/// ids there.
+[[nodiscard]] QStringList mismatches(Connection& connection);
+
+} // namespace RowIdIndexes
