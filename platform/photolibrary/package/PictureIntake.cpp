@@ -1,0 +1,200 @@
+#include "PictureIntake.h"
+
+#include "Clock.h"
+#include "JpegDestination.h"
+#include "JpegProof.h"
+#include "Resampler.h"
+#include "Upright.h"
+#include "Uuid.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// The library's own settings of its previews ("previewQuality").
+constexpr double kPictureQuality = 5.0 / 6.0;
+constexpr int kThumbnailSide = 1024;
+constexpr int kMiniatureSide = 360;
+/// Longest name in bytes on the file systems of Linux and the Mac, and room for "_1024.jpg".
+constexpr qsizetype kLongestName = 255;
+constexpr qsizetype kLongestBase = 240;
+
+double secondsSince2001(const QDateTime& moment)
+{
+    const QDateTime known = moment.isValid() ? moment : QDateTime::currentDateTimeUtc();
+    return static_cast<double>(known.toMSecsSinceEpoch()) / 1000.0 - kSecondsFrom1970To2001;
+}
+
+Result<QByteArray> readWhole(const QString& path)
+{
+    QFile file(path);
+    if (!QFileInfo::exists(path)) {
+        return Error{ErrorCode::NotFound, u"There is no file \"%1\"."_s.arg(path)};
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        return Error{ErrorCode::Unreadable,
+                     u"The file \"%1\" cannot be read: %2."_s.arg(path, file.errorString())};
+    }
+    QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError) {
+        return Error{ErrorCode::Unreadable,
+                     u"The file \"%1\" cannot be read: %2."_s.arg(path, file.errorString())};
+    }
+    return bytes;
+}
+
+QString baseOf(const QString& fileName)
+{
+    const qsizetype dot = fileName.lastIndexOf(u'.');
+    QString base = dot > 0 ? fileName.left(dot) : fileName;
+    while (base.toUtf8().size() > kLongestBase) {
+        const bool pair = base.size() > 1 && base.back().isLowSurrogate();
+        base.chop(pair ? 2 : 1);
+    }
+    return base;
+}
+
+/// The upright picture, its longest side at most `side`; never made larger.
+Result<Bitmap> reduced(const Bitmap& bitmap, int side)
+{
+    const QSize limit = bitmap.size().scaled(side, side, Qt::KeepAspectRatio);
+    if (limit.width() >= bitmap.pixelsWide()) {
+        return Bitmap(bitmap);
+    }
+    return Resampler::scale(bitmap, limit.expandedTo(QSize(1, 1)));
+}
+
+Result<void> encodeInto(QByteArray& target, const Bitmap& bitmap)
+{
+    Result<QByteArray> encoded = JpegDestination::encodePlain(bitmap, kPictureQuality);
+    if (!encoded.ok()) {
+        return encoded.error();
+    }
+    target = std::move(encoded).value();
+    return {};
+}
+
+/// Thumbnails are made from the small picture, which is then turned: turning the large one costs
+/// as much memory again.
+Result<void> makeThumbnails(PreparedPicture& picture, const Bitmap& decoded, int orientation)
+{
+    const Result<Bitmap> large = reduced(decoded, kThumbnailSide);
+    if (!large.ok()) {
+        return large.error();
+    }
+    const Bitmap upright = Upright::turned(large.value(), orientation);
+    const Result<Bitmap> small = reduced(upright, kMiniatureSide);
+    if (!small.ok()) {
+        return small.error();
+    }
+    picture.thumbnailSize = upright.size();
+    picture.miniatureSize = small.value().size();
+    const Result<void> encoded = encodeInto(picture.thumbnail, upright);
+    return encoded.ok() ? encodeInto(picture.miniature, small.value()) : encoded;
+}
+
+Result<PreparedPicture> taken(const QString& path, const QString& fileName)
+{
+    if (!PictureIntake::isUsableName(fileName)) {
+        return Error{ErrorCode::Unsupported,
+                     u"\"%1\" cannot be the name of a file in the library."_s.arg(fileName)};
+    }
+    Result<QByteArray> bytes = readWhole(path);
+    if (!bytes.ok()) {
+        return bytes.error();
+    }
+    PreparedPicture picture;
+    picture.bytes = std::move(bytes).value();
+    picture.fileName = fileName;
+    picture.baseName = baseOf(fileName);
+    const QFileInfo file(path);
+    picture.fileModified = secondsSince2001(file.lastModified());
+    const QDateTime birth = file.birthTime();
+    picture.fileCreated = birth.isValid() ? secondsSince2001(birth) : picture.fileModified;
+    return picture;
+}
+
+/// A position of exactly 0, 0 is what writers of metadata put where they know of none.
+void takeFacts(PreparedPicture& picture, ImageFacts facts)
+{
+    picture.facts = std::move(facts);
+    const ImageFacts& known = picture.facts;
+    const bool nowhere = known.latitude == 0.0 && known.longitude == 0.0;
+    if (known.latitude && known.longitude && !nowhere) {
+        picture.latitude = known.latitude;
+        picture.longitude = known.longitude;
+    }
+}
+
+Error noPicture(const QString& path, const Error& reason)
+{
+    return {reason.code == ErrorCode::OutOfSpace ? reason.code : ErrorCode::Damaged,
+            u"The file \"%1\" is no JPEG picture that can be decoded whole: %2."_s.arg(
+                path, reason.message)};
+}
+
+} // namespace
+
+bool PictureIntake::isUsableName(const QString& name)
+{
+    return Uuid::isSafeName(name) && name.toUtf8().size() <= kLongestName;
+}
+
+Result<PreparedPicture> PictureIntake::jpeg(const QString& path, const QString& fileName)
+{
+    Result<PreparedPicture> result = taken(path, fileName);
+    if (!result.ok()) {
+        return result;
+    }
+    PreparedPicture& picture = result.value();
+    const Result<Bitmap> decoded = JpegProof::decodeWhole(picture.bytes);
+    if (!decoded.ok()) {
+        return noPicture(path, decoded.error());
+    }
+    const Result<ImageProperties> properties = ImageProperties::fromBytes(picture.bytes);
+    takeFacts(picture, properties.ok() ? properties.value().facts() : ImageFacts());
+    const int orientation = picture.facts.orientation;
+    picture.stored = decoded.value().size();
+    picture.shown =
+        Upright::isTransposed(orientation) ? picture.stored.transposed() : picture.stored;
+    picture.rotation = Upright::rotation(orientation);
+    Result<void> made = makeThumbnails(picture, decoded.value(), orientation);
+    if (made.ok() && orientation >= 2 && orientation <= 8) {
+        made = encodeInto(picture.preview, Upright::turned(decoded.value(), orientation));
+    }
+    return made.ok() ? std::move(result) : Result<PreparedPicture>(made.error());
+}
+
+Result<PreparedPicture>
+PictureIntake::raw(const QString& path, const QString& fileName, const QByteArray& preview)
+{
+    Result<PreparedPicture> result = taken(path, fileName);
+    if (!result.ok()) {
+        return result;
+    }
+    PreparedPicture& picture = result.value();
+    const Result<ImageProperties> properties = ImageProperties::read(path);
+    if (!properties.ok()) {
+        return properties.error();
+    }
+    const Result<Bitmap> decoded = JpegProof::decodeWhole(preview);
+    if (!decoded.ok()) {
+        return noPicture(u"preview of "_s + path, decoded.error());
+    }
+    takeFacts(picture, properties.value().facts());
+    const int orientation = picture.facts.orientation;
+    picture.raw = true;
+    picture.preview = preview;
+    picture.shown = decoded.value().size();
+    picture.stored =
+        Upright::isTransposed(orientation) ? picture.shown.transposed() : picture.shown;
+    picture.rotation = Upright::rotation(orientation);
+    constexpr int kUpright = 1;
+    const Result<void> made = makeThumbnails(picture, decoded.value(), kUpright);
+    return made.ok() ? std::move(result) : Result<PreparedPicture>(made.error());
+}
