@@ -19,21 +19,21 @@ struct Place {
 
 /// What the camera notes about a photo.
 struct ShotFacts {
-    QDateTime taken; ///< as the camera's clock shows it; the zone plays no part
+    QDateTime taken{}; ///< as the camera's clock shows it; the zone plays no part
     int iso{100};
     double exposureSeconds{1.0 / 125.0};
     double aperture{8.0};     ///< f-number
     double focalLength{50.0}; ///< millimetres
     Orientation orientation{Orientation::Upright};
-    std::optional<Place> position; ///< written into the file
-    QString description;           ///< empty: none
-    QStringList keywords;          ///< JPEG files only
+    std::optional<Place> position{}; ///< written into the file
+    QString description{};           ///< empty: none
+    QStringList keywords{};          ///< JPEG files only
 };
 
 /// A photo to be taken.
 struct Shot {
     SceneMaker scene{nullptr};
     quint32 seed{0};
-    QSize picture; ///< pixels as they lie on the sensor; even sides
-    ShotFacts facts;
+    QSize picture{}; ///< pixels as they lie on the sensor; even sides
+    ShotFacts facts{};
 };

@@ -1,0 +1,268 @@
+#include "SampleLibrary.h"
+
+#include "AtomicFile.h"
+#include "LibraryCreator.h"
+#include "PhotoLibrary.h"
+#include "PhotoRenderer.h"
+#include "SamplePlan.h"
+#include "TemporaryDirectory.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+
+#include <algorithm>
+#include <deque>
+#include <future>
+#include <memory>
+#include <new>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int kMostPhotos = 1000;
+constexpr double kFewestMegapixels = 0.05;
+constexpr double kMostMegapixels = 100.0;
+/// Megapixels that are rendered at the same time, so that memory suffices.
+constexpr double kMegapixelsAtOnce = 60.0;
+constexpr int kMostThreads = 8;
+
+constexpr QLatin1StringView kPackageName = "Sample.photolibrary"_L1;
+
+using Rendered = Result<PhotoRenderer::RawPhoto>;
+
+/// The file of a photo in `dng` or, of a JPEG photo, there too, with an empty preview.
+Rendered take(const PlannedPhoto& photo)
+{
+    try {
+        if (photo.raw) {
+            return PhotoRenderer::takeRaw(photo.shot);
+        }
+        const auto jpeg = PhotoRenderer::takeJpeg(photo.shot);
+        if (!jpeg.ok()) {
+            return jpeg.error();
+        }
+        return PhotoRenderer::RawPhoto{jpeg.value(), {}};
+    } catch (const std::bad_alloc&) {
+        return Error{ErrorCode::OutOfSpace,
+                     u"There is not enough memory for \"%1\""_s.arg(photo.fileName)};
+    }
+}
+
+/// Takes photos ahead on threads of its own and hands them out in order. Destruction waits for
+/// those that are under way.
+class Photographer final
+{
+public:
+    Photographer(const QList<PlannedPhoto>& photos, int threads)
+        : m_photos(photos)
+    {
+        for (int i = 0; i < threads; ++i) {
+            start();
+        }
+    }
+
+    /// The next photo. Called as often as there are photos.
+    [[nodiscard]] Rendered next()
+    {
+        Rendered rendered = m_underWay.front().get();
+        m_underWay.pop_front();
+        start();
+        return rendered;
+    }
+
+private:
+    void start()
+    {
+        if (m_started < m_photos.size()) {
+            const PlannedPhoto& photo = m_photos.at(m_started++);
+            m_underWay.push_back(std::async(std::launch::async, [&photo] { return take(photo); }));
+        }
+    }
+
+    const QList<PlannedPhoto>& m_photos;
+    qsizetype m_started{0};
+    std::deque<std::future<Rendered>> m_underWay;
+};
+
+int threadsFor(double megapixels)
+{
+    const auto processors = static_cast<int>(std::thread::hardware_concurrency());
+    const auto inMemory = static_cast<int>(kMegapixelsAtOnce / megapixels);
+    return std::clamp(std::min(processors, inMemory), 1, kMostThreads);
+}
+
+/// Imports all photos; returns their ids in the same order.
+Result<QList<qint64>> importAll(PhotoLibrary& library,
+                                const QList<PlannedPhoto>& photos,
+                                double megapixels,
+                                const std::function<void(int done, int total)>& progress)
+{
+    const auto folder = TemporaryDirectory::create();
+    if (!folder.ok()) {
+        return folder.error();
+    }
+    Photographer photographer(photos, threadsFor(megapixels));
+    QList<qint64> ids;
+    for (const PlannedPhoto& photo : photos) {
+        const Rendered rendered = photographer.next();
+        if (!rendered.ok()) {
+            return rendered.error();
+        }
+        const QString path = folder.value().path() + photo.fileName;
+        if (const auto written = AtomicFile::write(path, rendered.value().dng); !written.ok()) {
+            return written.error();
+        }
+        ImportRequest request;
+        request.sourcePath = path;
+        request.fileName = photo.fileName;
+        request.eventName = photo.event;
+        request.preview = rendered.value().preview;
+        if (photo.place) {
+            request.latitude = photo.place->latitude;
+            request.longitude = photo.place->longitude;
+        }
+        const auto id = library.importPhoto(request);
+        QFile::remove(path);
+        if (!id.ok()) {
+            return id.error();
+        }
+        ids.append(id.value());
+        if (progress) {
+            progress(static_cast<int>(ids.size()), static_cast<int>(photos.size()));
+        }
+    }
+    return ids;
+}
+
+/// What a person would have typed in. Raises ScriptingException.
+void describe(PhotoApplication& application, const PlannedPhoto& planned, Photo& photo)
+{
+    if (!planned.name.isEmpty()) {
+        photo.setName(planned.name);
+    }
+    if (!planned.comment.isEmpty()) {
+        photo.setComment(planned.comment);
+    }
+    if (planned.rating > 0) {
+        photo.setRating(planned.rating);
+    }
+    if (planned.place) {
+        photo.setAltitude(planned.place->altitude);
+    }
+    if (!planned.keywords.isEmpty()) {
+        photo.select();
+        for (const QString& keyword : planned.keywords) {
+            application.assignKeywordString(keyword);
+        }
+    }
+}
+
+/// Makes the albums and describes the photos. Raises ScriptingException.
+void arrange(PhotoApplication& application,
+             const QList<PlannedPhoto>& planned,
+             const QList<qint64>& ids)
+{
+    for (const QString& name : SamplePlan::albums()) {
+        application.newAlbumName(name);
+    }
+    QHash<QString, AlbumPtr> albums;
+    for (const AlbumPtr& album : application.albums()) {
+        if (album->type() == kRegularAlbumType) {
+            albums.insert(album->name(), album);
+        }
+    }
+    QHash<qint64, PhotoPtr> photos;
+    for (const PhotoPtr& photo : application.photoLibraryAlbum()->photos()) {
+        photos.insert(photo->id(), photo);
+    }
+    for (qsizetype i = 0; i < planned.size(); ++i) {
+        const PhotoPtr photo = photos.value(ids.at(i));
+        if (!photo) {
+            throw ScriptingException(
+                u"PhotoMissing"_s,
+                u"\"%1\" did not arrive in the library"_s.arg(planned.at(i).fileName));
+        }
+        describe(application, planned.at(i), *photo);
+        for (const QString& name : planned.at(i).albums) {
+            photo->addTo(albums.value(name));
+        }
+    }
+}
+
+/// Fills a library that was just created.
+Result<void> fill(const QString& package,
+                  const SampleOptions& options,
+                  const std::function<void(int done, int total)>& progress)
+{
+    auto library = PhotoLibrary::open(package, {.access = Access::Write});
+    if (!library.ok()) {
+        return library.error();
+    }
+    const QList<PlannedPhoto> planned = SamplePlan::photos(options);
+    const auto ids = importAll(*library.value(), planned, options.megapixels, progress);
+    if (!ids.ok()) {
+        return ids.error();
+    }
+    try {
+        const auto application =
+            library.value()->applicationWithBundleIdentifier(u"com.apple.iPhoto"_s);
+        arrange(*application, planned, ids.value());
+    } catch (const ScriptingException& exception) {
+        return Error{ErrorCode::Internal, exception.reason()};
+    }
+    return library.value()->close();
+}
+
+/// Deletes a package that this call has made, and nothing but that.
+void removePackage(const QString& package)
+{
+    const QFileInfo info(package);
+    if (info.isAbsolute() && info.fileName() == kPackageName && info.isDir() && !info.isSymLink()) {
+        QDir(package).removeRecursively();
+    }
+}
+
+Result<void> checkOptions(const SampleOptions& options)
+{
+    if (options.photos < 1 || options.photos > kMostPhotos) {
+        return Error{ErrorCode::Unsupported, u"A sample library holds 1 to 1000 RAW photos"_s};
+    }
+    // Put this way round, no number at all is refused too.
+    if (!(options.megapixels >= kFewestMegapixels && options.megapixels <= kMostMegapixels)) {
+        return Error{ErrorCode::Unsupported, u"Sample photos have 0.05 to 100 megapixels"_s};
+    }
+    return {};
+}
+
+} // namespace
+
+Result<QString> SampleLibrary::write(const QString& directory,
+                                     const SampleOptions& options,
+                                     const std::function<void(int done, int total)>& progress)
+{
+    if (const auto checked = checkOptions(options); !checked.ok()) {
+        return checked.error();
+    }
+    const QFileInfo folder(directory);
+    if (directory.isEmpty() || !folder.isDir()) {
+        return Error{ErrorCode::NotFound, u"There is no folder \"%1\""_s.arg(directory)};
+    }
+    const QString package = QDir(folder.absoluteFilePath()).filePath(kPackageName);
+    // A link that leads nowhere is something too.
+    if (const QFileInfo existing(package); existing.exists() || existing.isSymLink()) {
+        return Error{ErrorCode::NotWritable, u"\"%1\" exists already"_s.arg(package)};
+    }
+    if (const auto created = LibraryCreator::create(package); !created.ok()) {
+        return created.error();
+    }
+    if (const auto filled = fill(package, options, progress); !filled.ok()) {
+        removePackage(package);
+        return filled.error();
+    }
+    return package;
+}
