@@ -20,9 +20,9 @@ int main(int argc, char** argv)
 {
     // A closed pipe is an error of a write, not the end of the process in the midst of a turn.
     std::signal(SIGPIPE, SIG_IGN);
+    const QCoreApplication application(argc, argv);
     Interruption interruption;
     const SignalWatcher watcher(interruption);
-    const QCoreApplication application(argc, argv);
     QFile output;
     QFile error;
     if (!output.open(stdout, QIODevice::WriteOnly) || !error.open(stderr, QIODevice::WriteOnly)) {
