@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Bitmap.h"
+#include "JpegSegment.h"
+#include "Result.h"
+
+#include <QByteArray>
+#include <QList>
+
+/// The encoding itself, with libjpeg-turbo. Any thread, several at once.
+namespace JpegEncoder
+{
+
+/// Resolution of the colour difference planes against the lightness plane.
+enum class Chroma : quint8 {
+    Full,    ///< 4:4:4
+    Quarter, ///< 4:2:0
+};
+
+struct Options {
+    int quality{90}; ///< libjpeg's, 1..100
+    Chroma chroma{Chroma::Quarter};
+    /// Written before the picture in this order; where there are any, the JFIF segment is left
+    /// out, since Exif wants to come first (CIPA DC-008, 4.7.1).
+    QList<JpegSegment> segments;
+    QByteArray iccProfile; ///< an empty one is left out
+};
+
+/// The libjpeg quality of a quality 0..1: rounded, at least 1, at most 100.
+[[nodiscard]] int libjpegQuality(double quality);
+
+/// Progressive, with Huffman tables made for this picture; pixels are rounded to 8 bits here.
+/// Errors: Internal (segments too long, sides above 65500), OutOfSpace.
+[[nodiscard]] Result<QByteArray> encode(const Bitmap& bitmap, const Options& options);
+
+} // namespace JpegEncoder
