@@ -1,5 +1,7 @@
 #pragma once
 
+#include "NumberValue.h"
+
 #include <QCoreApplication>
 #include <QString>
 #include <QStringList>
@@ -175,7 +177,7 @@ inline QString imageMissing(const QString& name, const QString& path)
 /// A byte count in units of 1,048,576 bytes, with two decimals.
 inline QString megabytes(qint64 bytes)
 {
-    return QString::number(static_cast<double>(bytes) / 1024.0 / 1024.0, 'f', 2);
+    return NumberValue::withTwoDecimals(static_cast<double>(bytes) / 1024.0 / 1024.0);
 }
 
 inline QString finished(qint64 originalsBytes, qint64 convertedBytes)
