@@ -1,0 +1,23 @@
+#pragma once
+
+#include "ImageProperties.h"
+
+#include <QByteArray>
+#include <QSize>
+
+#include <exiv2/exif.hpp>
+#include <exiv2/iptc.hpp>
+#include <exiv2/types.hpp>
+#include <exiv2/xmp_exiv2.hpp>
+
+/// What ImageProperties holds: the decoded blocks, and what the file says beside them.
+struct ImageProperties::Content {
+    Exiv2::ExifData exif;
+    Exiv2::IptcData iptc;
+    Exiv2::XmpData xmp;
+    /// Byte order of the Exif block; maker notes survive best when it is written in the same.
+    Exiv2::ByteOrder byteOrder{Exiv2::littleEndian};
+    QSize pixels;         ///< stored size of the main picture; empty where unknown
+    int bitsPerSample{0}; ///< 0 where unknown
+    QByteArray iccProfile;
+};

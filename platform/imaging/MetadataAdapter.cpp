@@ -1,0 +1,158 @@
+#include "MetadataAdapter.h"
+
+#include "ImagePropertiesContent.h"
+#include "RawMetadata.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QFileInfo>
+#include <QImageReader>
+
+#include <exception>
+#include <exiv2/bmffimage.hpp>
+#include <exiv2/error.hpp>
+#include <exiv2/image.hpp>
+#include <mutex>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// Exiv2 is prepared on first use: silent, with the readers of HEIC and CR3, and with the XMP
+/// toolkit started before two threads could start it at once.
+std::mutex& preparedLibrary()
+{
+    static std::mutex mutex;
+    static const bool prepared = [] {
+        Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
+        Exiv2::enableBMFF(true);
+        // All calls come through attempt(), whose lock is the only one needed.
+        return Exiv2::XmpParser::initialize();
+    }();
+    static_cast<void>(prepared);
+    return mutex;
+}
+
+bool guarded(const std::function<void()>& work)
+{
+    try {
+        work();
+        return true;
+    } catch (const std::exception&) {
+        // Exiv2's AnyError is a std::exception as well.
+        return false;
+    } catch (...) {
+        // The XMP toolkit throws a class of its own.
+        return false;
+    }
+}
+
+int bitsPerSample(const Exiv2::ExifData& exif)
+{
+    const auto found = exif.findKey(Exiv2::ExifKey("Exif.Image.BitsPerSample"));
+    return found == exif.end() || found->count() == 0 ? 0 : static_cast<int>(found->toLong(0));
+}
+
+/// Takes over what the reader holds; each block by itself, so that one that cannot be taken (or was
+/// not reached) leaves the others.
+void take(Exiv2::Image& image, ImageProperties::Content& content)
+{
+    static_cast<void>(guarded([&] { content.exif = image.exifData(); }));
+    static_cast<void>(guarded([&] { content.iptc = image.iptcData(); }));
+    static_cast<void>(guarded([&] { content.xmp = image.xmpData(); }));
+    if (image.byteOrder() != Exiv2::invalidByteOrder) {
+        content.byteOrder = image.byteOrder();
+    }
+    static_cast<void>(guarded([&] {
+        content.pixels = QSize(image.pixelWidth(), image.pixelHeight());
+        content.bitsPerSample = bitsPerSample(content.exif);
+    }));
+    static_cast<void>(guarded([&] {
+        const Exiv2::DataBuf* const profile = image.iccProfile();
+        if (image.iccProfileDefined() && profile != nullptr && profile->size_ > 0) {
+            content.iccProfile = QByteArray(reinterpret_cast<const char*>(profile->pData_),
+                                            static_cast<qsizetype>(profile->size_));
+        }
+    }));
+}
+
+/// False where Exiv2 does not know the type.
+template <typename Open>
+bool readWithExiv2(const Open& open, ImageProperties::Content& content)
+{
+    return guarded([&] {
+        auto image = open();
+        // Damage in the middle leaves what stood before it.
+        static_cast<void>(guarded([&] { image->readMetadata(); }));
+        take(*image, content);
+    });
+}
+
+/// For pictures of types that only Qt reads: they have no blocks that would be carried over.
+Result<void> readWithQt(QIODevice& device, const QString& name, ImageProperties::Content& content)
+{
+    QImageReader reader(&device);
+    if (!reader.canRead()) {
+        return Error{ErrorCode::Unsupported, u"%1 is no picture of a known type"_s.arg(name)};
+    }
+    content.pixels = reader.size();
+    return {};
+}
+
+} // namespace
+
+namespace MetadataAdapter
+{
+
+bool attempt(const std::function<void()>& work)
+{
+    const std::scoped_lock lock(preparedLibrary());
+    return guarded(work);
+}
+
+Result<void> readFile(const QString& path, ImageProperties::Content& content)
+{
+    const QFileInfo info(path);
+    if (!info.isFile()) {
+        return Error{ErrorCode::NotFound, u"%1 does not exist"_s.arg(path)};
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return Error{ErrorCode::Unreadable,
+                     u"%1 cannot be read: %2"_s.arg(path, file.errorString())};
+    }
+    // An absolute path is never taken for standard input or an address.
+    const QByteArray name = QFile::encodeName(info.absoluteFilePath());
+    bool known = false;
+    static_cast<void>(attempt([&] {
+        known =
+            readWithExiv2([&] { return Exiv2::ImageFactory::open(name.toStdString()); }, content);
+        known = RawMetadata::completeFromFile(name, content) || known;
+    }));
+    return known ? Result<void>{} : readWithQt(file, path, content);
+}
+
+Result<void> readBytes(const QByteArray& bytes, ImageProperties::Content& content)
+{
+    if (bytes.isEmpty()) {
+        return Error{ErrorCode::Unsupported, u"There is no picture in no bytes"_s};
+    }
+    bool known = false;
+    static_cast<void>(attempt([&] {
+        known = readWithExiv2(
+            [&] {
+                return Exiv2::ImageFactory::open(
+                    reinterpret_cast<const Exiv2::byte*>(bytes.constData()),
+                    static_cast<long>(bytes.size()));
+            },
+            content);
+        known = RawMetadata::completeFromBytes(bytes, content) || known;
+    }));
+    QBuffer buffer;
+    buffer.setData(bytes);
+    buffer.open(QIODevice::ReadOnly);
+    return known ? Result<void>{} : readWithQt(buffer, u"The data"_s, content);
+}
+
+} // namespace MetadataAdapter

@@ -1,0 +1,137 @@
+#include "RawMetadata.h"
+
+#include "ImagePropertiesContent.h"
+
+#include <QDateTime>
+#include <QString>
+
+#include <libraw/libraw.h>
+
+#include <cmath>
+#include <memory>
+#include <string>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+bool has(const Exiv2::ExifData& exif, const char* key)
+{
+    return exif.findKey(Exiv2::ExifKey(key)) != exif.end();
+}
+
+void addText(Exiv2::ExifData& exif, const char* key, const std::string& text)
+{
+    if (!text.empty() && !has(exif, key)) {
+        exif[key] = text;
+    }
+}
+
+/// Times below a third of a second are written as one over a whole number, as cameras do.
+void addExposureTime(Exiv2::ExifData& exif, double seconds)
+{
+    constexpr auto kKey = "Exif.Photo.ExposureTime";
+    if (!(seconds > 0.0) || seconds > 86400.0 || has(exif, kKey)) {
+        return;
+    }
+    const double inverse = std::round(1.0 / seconds);
+    const bool isFraction = seconds < 1.0 / 3.0 && inverse < 1e6;
+    exif[kKey] = isFraction
+                     ? Exiv2::URational(1, static_cast<uint32_t>(inverse))
+                     : Exiv2::URational(static_cast<uint32_t>(std::lround(seconds * 1000.0)), 1000);
+}
+
+void addTenths(Exiv2::ExifData& exif, const char* key, double value)
+{
+    if (value > 0.0 && value < 1e5 && !has(exif, key)) {
+        exif[key] = Exiv2::URational(static_cast<uint32_t>(std::lround(value * 10.0)), 10);
+    }
+}
+
+/// LibRaw's turns: 3 is half a turn, 5 a quarter to the left, 6 a quarter to the right.
+uint16_t orientationOfFlip(int flip)
+{
+    switch (flip) {
+    case 3:
+        return 3;
+    case 5:
+        return 8;
+    case 6:
+        return 6;
+    default:
+        return 1;
+    }
+}
+
+void complete(const LibRaw& raw, ImageProperties::Content& content)
+{
+    const libraw_data_t& data = raw.imgdata;
+    Exiv2::ExifData& exif = content.exif;
+    addText(exif, "Exif.Image.Make", data.idata.make);
+    addText(exif, "Exif.Image.Model", data.idata.model);
+    if (data.other.timestamp > 0) {
+        // LibRaw makes the camera's wall clock a time stamp by the local time zone.
+        const QString text =
+            QDateTime::fromSecsSinceEpoch(data.other.timestamp).toString(u"yyyy:MM:dd HH:mm:ss");
+        addText(exif, "Exif.Photo.DateTimeOriginal", text.toStdString());
+    }
+    addExposureTime(exif, static_cast<double>(data.other.shutter));
+    addTenths(exif, "Exif.Photo.FNumber", static_cast<double>(data.other.aperture));
+    addTenths(exif, "Exif.Photo.FocalLength", static_cast<double>(data.other.focal_len));
+    const float speed = data.other.iso_speed;
+    if (speed >= 1.0F && speed < 65535.0F && !has(exif, "Exif.Photo.ISOSpeedRatings")) {
+        exif["Exif.Photo.ISOSpeedRatings"] = static_cast<uint16_t>(std::lround(speed));
+    }
+    if (!has(exif, "Exif.Image.Orientation")) {
+        exif["Exif.Image.Orientation"] = orientationOfFlip(data.sizes.flip);
+    }
+    if (content.pixels.isEmpty()) {
+        content.pixels = QSize(data.sizes.width, data.sizes.height);
+    }
+}
+
+/// A file that names its camera, or carries XMP, has told Exiv2 what it has to tell.
+bool saysEnough(const ImageProperties::Content& content)
+{
+    return has(content.exif, "Exif.Image.Make") || has(content.exif, "Exif.PanasonicRaw.Make") ||
+           !content.pixels.isEmpty();
+}
+
+template <typename Open>
+bool completeWith(const Open& open, ImageProperties::Content& content)
+{
+    if (saysEnough(content)) {
+        return false;
+    }
+    // LibRaw's object is too large for the stack of a thread.
+    const auto raw = std::make_unique<LibRaw>();
+    if (open(*raw) != LIBRAW_SUCCESS) {
+        return false;
+    }
+    complete(*raw, content);
+    return true;
+}
+
+} // namespace
+
+namespace RawMetadata
+{
+
+bool completeFromFile(const QByteArray& path, ImageProperties::Content& content)
+{
+    return completeWith([&](LibRaw& raw) { return raw.open_file(path.constData()); }, content);
+}
+
+bool completeFromBytes(const QByteArray& bytes, ImageProperties::Content& content)
+{
+    return completeWith(
+        [&](LibRaw& raw) {
+            // LibRaw takes a pointer to what it does not change.
+            return raw.open_buffer(const_cast<char*>(bytes.constData()),
+                                   static_cast<size_t>(bytes.size()));
+        },
+        content);
+}
+
+} // namespace RawMetadata
