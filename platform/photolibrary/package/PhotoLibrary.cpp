@@ -1,0 +1,111 @@
+#include "PhotoLibrary.h"
+
+#include "LibraryOpening.h"
+#include "LibraryReader.h"
+#include "OpeningChecks.h"
+#include "PackageApplication.h"
+#include "PackageTurn.h"
+#include "PhotoLibraryPrivate.h"
+#include "Recovery.h"
+#include "SystemLog.h"
+#include "TrashRows.h"
+
+using namespace Qt::StringLiterals;
+
+Result<std::unique_ptr<PhotoLibrary>> PhotoLibrary::open(const QString& path,
+                                                         const OpenOptions& options)
+{
+    Result<std::shared_ptr<PhotoLibraryPrivate>> opened = LibraryOpening::open(path, options);
+    if (!opened.ok()) {
+        return opened.error();
+    }
+    return std::unique_ptr<PhotoLibrary>(new PhotoLibrary(std::move(opened).value()));
+}
+
+PhotoLibrary::PhotoLibrary(std::shared_ptr<PhotoLibraryPrivate> d)
+    : m_d(std::move(d))
+{
+}
+
+PhotoLibrary::~PhotoLibrary()
+{
+    if (const Result<void> closed = m_d->close(); !closed.ok()) {
+        systemLog(closed.error().message);
+    }
+}
+
+PhotoApplicationPtr PhotoLibrary::applicationWithBundleIdentifier(const QString& identifier)
+{
+    return std::make_shared<PackageApplication>(m_d, identifier == "com.apple.iPhoto"_L1);
+}
+
+std::unique_ptr<PhotoTurn> PhotoLibrary::beginPhotoTurn()
+{
+    return m_d->beginTurn();
+}
+
+void PhotoLibrary::setSelection(const QList<qint64>& photoIds)
+{
+    m_d->setSelection(photoIds);
+}
+
+void PhotoLibrary::requestStop()
+{
+    m_d->requestStop();
+}
+
+QString PhotoLibrary::path() const
+{
+    return m_d->path();
+}
+
+QString PhotoLibrary::version() const
+{
+    return m_d->version();
+}
+
+Result<QList<PhotoFacts>> PhotoLibrary::photos()
+{
+    return m_d->tryRead([](Connection& connection) { return LibraryReader::photos(connection); });
+}
+
+Result<QList<PhotoFacts>> PhotoLibrary::trashedPhotos()
+{
+    return m_d->tryRead(
+        [](Connection& connection) { return LibraryReader::trashedPhotos(connection); });
+}
+
+Result<LibrarySummary> PhotoLibrary::summary()
+{
+    const QSet<QString> named = Recovery::named(TurnJournal::read(m_d->places().state));
+    return m_d->tryRead(
+        [&named](Connection& connection) { return LibraryReader::summary(connection, named); });
+}
+
+Result<qint64> PhotoLibrary::importPhoto(const ImportRequest& request)
+{
+    return m_d->importRequest(request);
+}
+
+Result<int> PhotoLibrary::restoreFromTrash(const QList<qint64>& photoIds)
+{
+    return m_d->tryWrite([&photoIds](WriteTransaction& transaction) -> Result<int> {
+        Writer writer = transaction.writer();
+        return TrashRows::restore(writer, photoIds);
+    });
+}
+
+Result<qint64> PhotoLibrary::emptyTrash()
+{
+    return m_d->emptyTrash();
+}
+
+Result<void> PhotoLibrary::synchronise()
+{
+    return m_d->synchronise();
+}
+
+Result<void> PhotoLibrary::close()
+{
+    return m_d->close();
+}
