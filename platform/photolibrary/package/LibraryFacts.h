@@ -1,59 +1,60 @@
 #pragma once
 
-#include <QList>
 #include <QString>
 #include <QStringList>
+#include <QtGlobal>
 
 #include <optional>
 
-/// What the library knows of a photo, in one record. Paths are absolute; empty means none.
+/// What the library knows of one photo, as listings show it: a copy that holds nothing open. Any
+/// thread.
 struct PhotoFacts {
-    qint64 id{0}; ///< key in the catalogue
-    QString guid;
-    QString masterGuid;
-    QString fileName; ///< the master's
-    QString name;     ///< iPhoto keeps one title: name and title are the same
-    QString comment;
-    int rating{0};    ///< 0..5
-    double date{0.0}; ///< seconds since 2001-01-01 UTC; see zoneName
-    QString zoneName; ///< "GMT": `date` is the wall clock itself
-    int width{0};     ///< pixels, as shown
-    int height{0};
-    std::optional<double> latitude; ///< signed degrees
-    std::optional<double> longitude;
-    std::optional<double> altitude; ///< metres
-    QStringList keywords;           ///< sorted without regard to case
-    QStringList albums;             ///< regular albums of the user
-    qint64 rollId{0};               ///< the event's row
+    qint64 id{0}; ///< key in the catalogue; modelId of the visible version
+    QString guid; ///< uuid of the visible version; names the folders of preview and thumbnails
+    QString masterGuid;              ///< uuid of the active master
+    QString fileName;                ///< the master's
+    QString name;                    ///< the title; scripting knows it as name and as title
+    QString comment;                 ///< empty where there is none
+    int rating{0};                   ///< 0..5
+    double date{0.0};                ///< seconds since 2001-01-01T00:00:00 UTC; see zoneName
+    QString zoneName;                ///< the zone the date is shown in; "GMT": shown as it is
+    int width{0};                    ///< pixels, as shown
+    int height{0};                   ///< pixels, as shown
+    std::optional<double> latitude;  ///< signed degrees
+    std::optional<double> longitude; ///< signed degrees
+    std::optional<double> altitude;  ///< metres
+    QStringList keywords;            ///< sorted without regard to case
+    QStringList albums;              ///< names of the user's regular albums, sorted likewise
+    qint64 rollId{0};                ///< the event's modelId; 0 when it has none
     QString rollName;
-    QString imagePath;     ///< rendered preview where there is one, else the master
-    QString originalPath;  ///< the master; empty when offline or leading out of the package
-    QString previewPath;   ///< empty when the library has no rendered preview
-    QString thumbnailPath; ///< the 360-pixel one
-    bool raw{false};
-    bool edited{false};
-    bool rotated{false}; ///< turned by the user otherwise than its file says
+    QString imagePath;     ///< absolute: the rendered preview, else the master; empty = none
+    QString originalPath;  ///< absolute: the master, of a pair the RAW one; empty = out of reach
+    QString previewPath;   ///< absolute: the rendered preview; empty = none
+    QString thumbnailPath; ///< absolute: the 360-pixel thumbnail; empty = none
+    bool raw{false};       ///< a master of it is RAW
+    bool edited{false};    ///< the user edited it
+    bool rotated{false};   ///< the user turned it otherwise than its file says
     bool hidden{false};
     bool movie{false};
-    bool missing{false}; ///< master absent or unreadable
-    qint64 bytes{0};     ///< master's size on disk, 0 when missing; both of a pair in the trash
+    bool missing{false}; ///< its original is no file that exists
+    qint64 bytes{0};     ///< of the original on disk; 0 when missing
 
-    /// Wall clock "2018-10-13T09:18:12" as the photo shows it.
+    /// The date as the photo shows it, ISO 8601 without zone: "2018-10-13T09:18:12".
     [[nodiscard]] QString wallClock() const;
 };
 
+/// The library in figures. Any thread.
 struct LibrarySummary {
-    int photos{0};
-    int rolls{0};
-    int albums{0};
-    int keywords{0};
-    int rawPhotos{0};
-    qint64 rawBytes{0};
-    /// Copies filed from an original: keyword "Corvane Processed" without "Corvane Original".
-    int processedPhotos{0};
+    int photos{0};          ///< neither in the trash nor hidden
+    int rolls{0};           ///< events that have a visible photo
+    int albums{0};          ///< the user's regular ones
+    int keywords{0};        ///< that the library defines
+    int rawPhotos{0};       ///< visible ones with a RAW master
+    qint64 rawBytes{0};     ///< of the RAW masters on disk; a pair's counts once
+    int processedPhotos{0}; ///< copies filed from an original
     int trashedPhotos{0};
-    qint64 trashedBytes{0};
-    int missing{0};
+    qint64 trashedBytes{0}; ///< of the masters of the trash, both of a pair
+    int missing{0};         ///< visible photos whose original is no file that exists
     bool writable{false};
     QStringList problems; ///< what the integrity check found, one sentence each
 };
