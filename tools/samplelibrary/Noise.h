@@ -4,13 +4,13 @@
 
 #include <vector>
 
-/// A number that looks random and depends on the arguments alone: an integer mix with good
-/// avalanche (two multiply-xorshift rounds). Any thread.
+/// A number that looks random and depends on the arguments alone: multiply-xorshift rounds, y
+/// joining in after the first so that no combination of small arguments cancels out. Any thread.
 [[nodiscard]] constexpr quint32 scatter(quint32 seed, int x, int y)
 {
-    quint32 bits = seed * 0x9E3779B1U ^ static_cast<quint32>(x) * 0x85EBCA77U ^
-                   static_cast<quint32>(y) * 0xC2B2AE3DU;
+    quint32 bits = seed * 0x9E3779B1U + static_cast<quint32>(x) * 0x85EBCA77U;
     bits = (bits ^ (bits >> 15)) * 0x2C1B3C6DU;
+    bits += static_cast<quint32>(y) * 0xC2B2AE3DU;
     bits = (bits ^ (bits >> 12)) * 0x297A2D39U;
     return bits ^ (bits >> 15);
 }
