@@ -1,0 +1,164 @@
+#include "Backup.h"
+
+#include "AtomicFile.h"
+#include "LibraryErrors.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+
+#include <SQLiteCpp/Backup.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr qsizetype kLastKept = 3;
+constexpr QLatin1StringView kUnfinished(".unfinished");
+
+/// The databases that this process has open.
+const QStringList& openDatabases()
+{
+    static const QStringList kNames{
+        u"Library.apdb"_s, u"Properties.apdb"_s, u"ImageProxies.apdb"_s};
+    return kNames;
+}
+
+Result<void> flush(const QString& path)
+{
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        return AtomicFile::errorFromErrno(errno, u"write"_s, path);
+    }
+    const bool flushed = ::fsync(descriptor) == 0;
+    const int number = errno;
+    ::close(descriptor);
+    return flushed ? Result<void>() : AtomicFile::errorFromErrno(number, u"write"_s, path);
+}
+
+Result<void> copyFile(const QString& from, const QString& to)
+{
+    QFile source(from);
+    if (!source.copy(to)) {
+        return Error{ErrorCode::NotWritable,
+                     u"The backup \"%1\" cannot be written: %2."_s.arg(to, source.errorString())};
+    }
+    QFile::setPermissions(to, QFile::permissions(to) | QFile::WriteOwner);
+    return flush(to);
+}
+
+Result<void> copyDatabase(const QString& from, const QString& to)
+{
+    Result<void> copied = LibraryErrors::caught(from, [&]() -> Result<void> {
+        SQLite::Database source(QFile::encodeName(from).toStdString(), SQLite::OPEN_READONLY);
+        SQLite::Database target(QFile::encodeName(to).toStdString(),
+                                SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+        SQLite::Backup backup(target, source);
+        constexpr int kAllPages = -1;
+        static_cast<void>(backup.executeStep(kAllPages));
+        return {};
+    });
+    return copied.ok() ? flush(to) : copied;
+}
+
+/// Every file below `folder` of the package, by its path relative to the package.
+QStringList filesBelow(const QString& package, const QString& folder)
+{
+    QStringList files;
+    QDirIterator walk(package + u'/' + folder,
+                      QDir::Files | QDir::Hidden | QDir::NoSymLinks,
+                      QDirIterator::Subdirectories);
+    while (walk.hasNext()) {
+        files.append(walk.next().mid(package.size() + 1));
+    }
+    return files;
+}
+
+Result<void> copyPart(const QString& package, const QString& target, const QString& relative)
+{
+    const QString to = target + u'/' + relative;
+    if (!QDir().mkpath(QFileInfo(to).absolutePath())) {
+        return Error{ErrorCode::NotWritable, u"The backup \"%1\" cannot be written."_s.arg(to)};
+    }
+    const QString from = package + u'/' + relative;
+    const QString name = relative.section(u'/', -1);
+    const bool inDatabases = relative.startsWith("Database/apdb/"_L1);
+    if (inDatabases && (name.contains("-journal"_L1) || name.contains("-mj"_L1))) {
+        return {}; // belongs to a transaction, not to the state
+    }
+    return inDatabases && openDatabases().contains(name) ? copyDatabase(from, to)
+                                                         : copyFile(from, to);
+}
+
+Result<void> copyAll(const QString& package, const QString& target)
+{
+    QStringList parts = filesBelow(package, u"Database"_s) + filesBelow(package, u"iLifeShared"_s);
+    for (const QString& file : {u"AlbumData.xml"_s, u"Info.plist"_s}) {
+        if (QFileInfo::exists(package + u'/' + file)) {
+            parts.append(file);
+        }
+    }
+    for (const QString& part : std::as_const(parts)) {
+        if (const Result<void> copied = copyPart(package, target, part); !copied.ok()) {
+            return copied;
+        }
+    }
+    return AtomicFile::flushFolder(target);
+}
+
+/// Removes one of our own dated folders; its name is checked, so that nothing else can be meant.
+void removeCopy(const QString& backupsFolder, const QString& name)
+{
+    const bool isDated = name.size() >= 15 && name.at(0).isDigit() && !name.contains(u'/');
+    const QString path = backupsFolder + u'/' + name;
+    if (isDated && QDir::isAbsolutePath(path)) {
+        QDir(path).removeRecursively();
+    }
+}
+
+void keepFirstAndLast(const QString& backupsFolder)
+{
+    QStringList names =
+        QDir(backupsFolder).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+    names.removeIf([](const QString& name) { return name.endsWith(kUnfinished); });
+    for (qsizetype index = 1; index < names.size() - kLastKept; ++index) {
+        removeCopy(backupsFolder, names.at(index));
+    }
+}
+
+} // namespace
+
+Result<QString> Backup::make(const QString& package, const QString& backupsFolder)
+{
+    if (const Result<void> folder = AtomicFile::makeFolder(backupsFolder); !folder.ok()) {
+        return folder.error();
+    }
+    const QString stamp = QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss-zzz"_s);
+    const QString unfinished = backupsFolder + u'/' + stamp + kUnfinished;
+    const QString finished = backupsFolder + u'/' + stamp;
+    if (!QDir().mkdir(unfinished)) {
+        return AtomicFile::errorFromErrno(errno, u"write"_s, unfinished);
+    }
+    Result<void> copied = copyAll(package, unfinished);
+    if (copied.ok() && !QDir().rename(unfinished, finished)) {
+        copied = AtomicFile::errorFromErrno(errno, u"write"_s, finished);
+    }
+    if (copied.ok()) {
+        copied = AtomicFile::flushFolder(backupsFolder);
+    }
+    if (!copied.ok()) {
+        removeCopy(backupsFolder, stamp + kUnfinished);
+        return Error{copied.error().code,
+                     u"No backup of the library's databases could be made, so nothing was "
+                     "written: %1"_s.arg(copied.error().message)};
+    }
+    keepFirstAndLast(backupsFolder);
+    return finished;
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Connection.h"
+#include "Result.h"
+
+#include <QString>
+
+/// What is asked of a package before it is opened. Nothing is changed. Any thread. Every error's
+/// message names the path and the remedy.
+namespace OpeningChecks
+{
+
+/// Recognises an iPhoto library by its content; returns the application's version from its
+/// Info.plist. Errors: NotFound, Unsupported, Unreadable.
+[[nodiscard]] Result<QString> recognise(const QString& package);
+
+/// Whether this user may write what a scan writes. Errors: NotWritable.
+[[nodiscard]] Result<void> permissions(const QString& package);
+
+/// Whether it is an iPhoto library of a schema that can be read, with safe file names. Errors:
+/// Unsupported, Damaged; SQLite::Exception.
+[[nodiscard]] Result<void> readable(Connection& connection);
+
+/// Whether its schema is exactly one that is written: version, columns, no foreign triggers or
+/// virtual tables. Errors: Unsupported; SQLite::Exception.
+[[nodiscard]] Result<void> writableSchema(Connection& connection);
+
+/// Whether iPhoto closed the library properly.
+[[nodiscard]] bool closedClean(Connection& connection);
+
+/// SQLite's own check of the three databases. Errors: Damaged; SQLite::Exception.
+[[nodiscard]] Result<void> soundDatabases(Connection& connection);
+
+} // namespace OpeningChecks

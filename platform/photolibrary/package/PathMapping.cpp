@@ -1,0 +1,67 @@
+#include "PathMapping.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QStringList>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+bool staysInside(const QString& relative)
+{
+    if (relative.isEmpty() || relative.startsWith(u'/') || relative.contains(QChar(u'\0'))) {
+        return false;
+    }
+    return !relative.split(u'/').contains(u".."_s);
+}
+
+/// The entry of `folder` that the Mac would have meant by `name`; null when there is none.
+QString entryNamed(const QString& folder, const QString& name)
+{
+    const QString composed = name.normalized(QString::NormalizationForm_C);
+    QString alike;
+    const QStringList entries =
+        QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    for (const QString& entry : entries) {
+        const QString candidate = entry.normalized(QString::NormalizationForm_C);
+        if (candidate == composed) {
+            return entry;
+        }
+        if (alike.isNull() && candidate.compare(composed, Qt::CaseInsensitive) == 0) {
+            alike = entry;
+        }
+    }
+    return alike;
+}
+
+} // namespace
+
+QString
+PathMapping::inside(const QString& package, QLatin1StringView folder, const QString& relative)
+{
+    if (!staysInside(relative)) {
+        return {};
+    }
+    const QString root = package + u'/' + folder;
+    const QString exact = root + u'/' + relative;
+    if (QFileInfo::exists(exact)) {
+        return exact;
+    }
+    QString path = root;
+    const QStringList names = relative.split(u'/', Qt::SkipEmptyParts);
+    for (const QString& name : names) {
+        const QString entry = entryNamed(path, name);
+        if (entry.isNull()) {
+            return exact; // not there under any spelling
+        }
+        path += u'/' + entry;
+    }
+    return path;
+}
+
+QString PathMapping::master(const QString& package, const QString& imagePath, bool isReference)
+{
+    return isReference ? QString() : inside(package, "Masters"_L1, imagePath);
+}
