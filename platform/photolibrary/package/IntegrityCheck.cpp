@@ -1,0 +1,200 @@
+#include "IntegrityCheck.h"
+
+#include "PathMapping.h"
+#include "Queries.h"
+#include "RowIdIndexes.h"
+
+#include <QDirIterator>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// A question whose first column names what is wrong, and the sentence that it goes into.
+struct Question {
+    const char* sql;
+    const char* sentence; ///< %1 is the first finding, %2 how many there are
+};
+
+constexpr Question kQuestions[] = {
+    {"SELECT v.modelId FROM RKVersion v LEFT JOIN RKMaster m ON m.uuid = v.masterUuid"
+     " WHERE m.modelId IS NULL",
+     "%2 photo version(s) have no master, the first is %1."},
+    {"SELECT v.modelId FROM RKVersion v JOIN RKMaster m ON m.uuid = v.masterUuid"
+     " WHERE v.masterId <> m.modelId OR v.isInTrash <> m.isInTrash",
+     "%2 photo version(s) contradict their masters, the first is %1."},
+    {"SELECT v.modelId FROM RKVersion v LEFT JOIN RKFolder f ON f.uuid = v.projectUuid"
+     " WHERE f.modelId IS NULL",
+     "%2 photo version(s) belong to no event, the first is %1."},
+    {"SELECT v.modelId FROM RKVersion v WHERE (v.hasKeywords <> 0) <> EXISTS"
+     " (SELECT 1 FROM RKKeywordForVersion k WHERE k.versionId = v.modelId)",
+     "%2 photo version(s) are wrong about having keywords, the first is %1."},
+    {"SELECT m.modelId FROM RKMaster m LEFT JOIN RKVersion v ON v.uuid = m.originalVersionUuid"
+     " AND v.versionNumber = 0 WHERE v.modelId IS NULL",
+     "%2 master(s) have no original version, the first is %1."},
+    {"SELECT m.modelId FROM RKMaster m LEFT JOIN RKImportGroup g ON g.uuid = m.importGroupUuid"
+     " WHERE g.modelId IS NULL",
+     "%2 master(s) have no import group, the first is %1."},
+    {"SELECT v.modelId FROM RKVersion v LEFT JOIN prox.RKImageProxyState p"
+     " ON p.versionUuid = v.uuid WHERE v.versionNumber = 1 AND p.modelId IS NULL",
+     "%2 photo(s) have no record of their pictures, the first is %1."},
+    {"SELECT p.modelId FROM prox.RKImageProxyState p LEFT JOIN RKVersion v"
+     " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
+     "%2 record(s) of pictures belong to no photo, the first is %1."},
+    {"SELECT a.modelId FROM RKAlbumVersion a LEFT JOIN RKVersion v ON v.modelId = a.versionId"
+     " LEFT JOIN RKAlbum b ON b.modelId = a.albumId WHERE v.modelId IS NULL OR b.modelId IS NULL",
+     "%2 album entry(ies) name a photo or an album that is not there, the first is %1."},
+    {"SELECT k.modelId FROM RKKeywordForVersion k LEFT JOIN RKVersion v"
+     " ON v.modelId = k.versionId LEFT JOIN RKKeyword w ON w.modelId = k.keywordId"
+     " WHERE v.modelId IS NULL OR w.modelId IS NULL",
+     "%2 assigned keyword(s) name a photo or a keyword that is not there, the first is %1."},
+    {"SELECT p.modelId FROM prop.RKIptcProperty p LEFT JOIN RKVersion v"
+     " ON v.modelId = p.versionId LEFT JOIN prop.RKUniqueString s ON s.modelId = p.stringId"
+     " WHERE v.modelId IS NULL OR s.modelId IS NULL",
+     "%2 text(s) of photos name a photo or a string that is not there, the first is %1."},
+    {"SELECT p.modelId FROM prop.RKExifNumberProperty p LEFT JOIN RKVersion v"
+     " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
+     "%2 number(s) of photos belong to no photo, the first is %1."},
+    {"SELECT a.name FROM RKAlbum a WHERE a.albumSubclass = 3 AND coalesce(a.versionCount, 0) <>"
+     " (SELECT count(*) FROM RKAlbumVersion v WHERE v.albumId = a.modelId)",
+     "%2 album(s) miscount their photos, the first is \"%1\"."},
+    {"SELECT f.name FROM RKFolder f WHERE f.folderType = 2 AND f.isMagic = 0 AND f.versionCount <>"
+     " (SELECT count(*) FROM RKVersion v WHERE v.projectUuid = f.uuid AND v.showInLibrary = 1"
+     " AND v.isInTrash = 0 AND v.isHidden = 0) AND f.versionCount <>"
+     " (SELECT count(*) FROM RKVersion v WHERE v.projectUuid = f.uuid AND v.showInLibrary = 1"
+     " AND v.isInTrash = 0)",
+     "%2 event(s) miscount their photos, the first is \"%1\"."},
+};
+
+void askQuestions(Connection& connection, QStringList& problems)
+{
+    for (const Question& question : kQuestions) {
+        const QStringList found = Sql::texts(connection, question.sql);
+        if (!found.isEmpty()) {
+            problems << QString::fromLatin1(question.sentence)
+                            .arg(found.first(), QString::number(found.size()));
+        }
+    }
+}
+
+void checkDatabases(Connection& connection, QStringList& problems)
+{
+    for (const char* sql : {"PRAGMA main.integrity_check(1)",
+                            "PRAGMA prop.integrity_check(1)",
+                            "PRAGMA prox.integrity_check(1)"}) {
+        const QString found = Sql::firstText(connection, sql);
+        if (found != "ok"_L1) {
+            problems << u"A database is damaged: %1."_s.arg(found);
+        }
+    }
+}
+
+void checkCounters(Connection& connection, QStringList& problems)
+{
+    struct Table {
+        const char* name;
+        const char* highest;
+    };
+
+    constexpr Table kTables[] = {
+        {"RKMaster", "SELECT max(modelId) FROM RKMaster"},
+        {"RKVersion", "SELECT max(modelId) FROM RKVersion"},
+        {"RKFolder", "SELECT max(modelId) FROM RKFolder"},
+        {"RKAlbum", "SELECT max(modelId) FROM RKAlbum"},
+        {"RKKeyword", "SELECT max(modelId) FROM RKKeyword"},
+        {"RKImportGroup", "SELECT max(modelId) FROM RKImportGroup"},
+        {"RKImageProxyState", "SELECT max(modelId) FROM prox.RKImageProxyState"},
+    };
+    for (const Table& table : kTables) {
+        const QString name = QString::fromLatin1(table.name);
+        const std::optional<qint64> next =
+            Sql::firstInteger(connection,
+                              "SELECT propertyValue FROM RKAdminData WHERE propertyArea = ?"
+                              " AND propertyName = 'nextModelId'",
+                              name);
+        const std::optional<qint64> highest = Sql::firstInteger(connection, table.highest);
+        if (next && highest && *next <= *highest) {
+            problems << u"The id counter of %1 stands at %2, though the id %3 is in use."_s
+                            .arg(name)
+                            .arg(*next)
+                            .arg(*highest);
+        }
+    }
+}
+
+/// Thumbnails and previews that the databases name; masters are counted as missing elsewhere.
+void checkProxyFiles(Connection& connection, QStringList& problems)
+{
+    const QString& package = connection.packagePath();
+    int missing = 0;
+    QString first;
+    const auto check = [&](QLatin1StringView folder, const SQLite::Column& column) {
+        const QString relative = Sql::text(column);
+        const QString path =
+            relative.isNull() ? QString() : PathMapping::inside(package, folder, relative);
+        if (!relative.isNull() && (path.isEmpty() || !QFileInfo::exists(path))) {
+            first = missing == 0 ? folder + u'/' + relative : first;
+            ++missing;
+        }
+    };
+    Sql::Query query(connection,
+                     "SELECT p.fullSizePreviewPath, p.thumbnailPath, p.miniThumbnailPath"
+                     " FROM prox.RKImageProxyState p");
+    while (query.next()) {
+        check("Previews"_L1, query.column(0));
+        check("Thumbnails"_L1, query.column(1));
+        check("Thumbnails"_L1, query.column(2));
+    }
+    if (missing > 0) {
+        problems << u"%1 preview(s) or thumbnail(s) are missing, the first is %2."_s.arg(missing)
+                        .arg(first);
+    }
+}
+
+/// Files that no master names may be somebody's only copy: they are told, and left.
+void checkStrayMasters(Connection& connection,
+                       const QSet<QString>& namedFiles,
+                       QStringList& problems)
+{
+    QSet<QString> known;
+    for (const QString& path : Sql::texts(connection, "SELECT imagePath FROM RKMaster")) {
+        known.insert(path.normalized(QString::NormalizationForm_C).toCaseFolded());
+    }
+    const QString root = connection.packagePath() + "/Masters"_L1;
+    QStringList strays;
+    QDirIterator walk(root,
+                      QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                      QDirIterator::Subdirectories);
+    while (walk.hasNext()) {
+        const QString relative = walk.next().mid(root.size() + 1);
+        const QString name = relative.normalized(QString::NormalizationForm_C).toCaseFolded();
+        if (!known.contains(name) && !namedFiles.contains("Masters/"_L1 + relative)) {
+            strays << relative;
+        }
+    }
+    strays.sort();
+    if (!strays.isEmpty()) {
+        problems << u"%1 file(s) in Masters belong to no photo, the first is %2."_s
+                        .arg(strays.size())
+                        .arg(strays.first());
+    }
+}
+
+} // namespace
+
+QStringList IntegrityCheck::problems(Connection& connection, const QSet<QString>& namedFiles)
+{
+    QStringList problems;
+    checkDatabases(connection, problems);
+    if (!problems.isEmpty()) {
+        return problems; // what a damaged database says of the rest proves nothing
+    }
+    askQuestions(connection, problems);
+    checkCounters(connection, problems);
+    problems << RowIdIndexes::mismatches(connection);
+    checkProxyFiles(connection, problems);
+    checkStrayMasters(connection, namedFiles, problems);
+    return problems;
+}
