@@ -2,6 +2,8 @@
 
 #include "Queries.h"
 
+using namespace Qt::StringLiterals;
+
 namespace
 {
 
@@ -21,10 +23,13 @@ void store(Writer& writer, const QString& area, const QString& name, const Value
     if (!row) {
         Sql::execute(writer.connection,
                      "INSERT INTO RKAdminData(propertyArea,propertyName,storedDataType,"
-                     "persistAfterRebuild) VALUES(?,?,?,0)",
+                     "persistAfterRebuild) VALUES(?,?,?,?)",
                      area,
                      name,
-                     value.storedDataType);
+                     value.storedDataType,
+                     name == "lastImportEventUuid"_L1
+                         ? 1
+                         : 0); // of what is set here, this alone outlives a rebuild
     }
     Sql::execute(writer.connection, value.update, value.content, name, area);
     const std::optional<qint64> persists = Sql::firstInteger(

@@ -1,0 +1,165 @@
+#include "PhotoFiles.h"
+
+#include "Queries.h"
+#include "Uuid.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr std::array kRoots{"Database/Versions"_L1, "Previews"_L1, "Thumbnails"_L1, "Masters"_L1};
+
+/// Whether a path of the databases stays below the folder it is relative to.
+bool isInside(const QString& path)
+{
+    const QStringList parts = path.split('/'_L1);
+    return std::all_of(parts.begin(), parts.end(), Uuid::isSafeName);
+}
+
+QString folderOf(const QString& path)
+{
+    return path.section('/'_L1, 0, -2);
+}
+
+/// File systems of the Mac tell neither case nor composition of letters apart.
+QString alike(const QString& path)
+{
+    return path.normalized(QString::NormalizationForm_C).toCaseFolded();
+}
+
+/// The file as it is spelled on disk: copying from a Mac may have changed the composition.
+QString spelled(const QString& package, const QString& path)
+{
+    for (const auto form : {QString::NormalizationForm_C, QString::NormalizationForm_D}) {
+        const QString other = path.normalized(form);
+        if (!QFileInfo::exists(package + '/'_L1 + path) &&
+            QFileInfo::exists(package + '/'_L1 + other)) {
+            return other;
+        }
+    }
+    return path;
+}
+
+/// "YYYY/MM/DD/YYYYMMDD-HHMMSS"
+QString importGroup(Connection& connection, const QString& master)
+{
+    return Sql::firstText(connection,
+                          "SELECT importYear||'/'||importMonth||'/'||importDay||'/'||importYear||"
+                          "importMonth||importDay||'-'||importTime FROM RKImportGroup g JOIN "
+                          "RKMaster m ON m.importGroupUuid=g.uuid WHERE m.uuid=?",
+                          master);
+}
+
+} // namespace
+
+PhotoFiles::PhotoFiles(Connection& connection)
+    : m_connection(connection)
+{
+}
+
+void PhotoFiles::addVersion(qint64 versionId)
+{
+    const QString uuid =
+        Sql::firstText(m_connection, "SELECT uuid FROM RKVersion WHERE modelId=?", versionId);
+    const QString master =
+        Sql::firstText(m_connection,
+                       "SELECT m.imagePath FROM RKVersion v JOIN RKMaster m ON "
+                       "m.uuid=v.masterUuid WHERE v.modelId=? AND m.fileIsReference=0",
+                       versionId);
+    if (!Uuid::isSafeName(uuid)) {
+        return;
+    }
+    if (!master.isNull()) {
+        const QString beside = folderOf(master) + '/'_L1 + uuid + "/any"_L1;
+        addRendered(u"Previews"_s, beside, uuid);
+        addRendered(u"Thumbnails"_s, beside, uuid);
+    }
+    const QStringList previews =
+        Sql::texts(m_connection,
+                   "SELECT fullSizePreviewPath FROM RKImageProxyState WHERE versionId=?",
+                   versionId);
+    for (const QString& path : previews) {
+        addRendered(u"Previews"_s, path, uuid);
+    }
+    const QStringList thumbnails =
+        Sql::texts(m_connection,
+                   "SELECT thumbnailPath FROM RKImageProxyState WHERE versionId=?1 UNION "
+                   "SELECT miniThumbnailPath FROM RKImageProxyState WHERE versionId=?1",
+                   versionId);
+    for (const QString& path : thumbnails) {
+        addRendered(u"Thumbnails"_s, path, uuid);
+    }
+}
+
+void PhotoFiles::addRendered(const QString& root, const QString& path, const QString& version)
+{
+    // A folder that is not named after the version may be another photo's as well.
+    const QString folder = folderOf(path);
+    if (!isInside(path) || folder.section('/'_L1, -1) != version || folder == version) {
+        return;
+    }
+    m_renderedFolders.append(root + '/'_L1 + folder);
+    m_groups.insert(folderOf(folder));
+}
+
+void PhotoFiles::addMaster(const QString& uuid)
+{
+    const QString path =
+        Sql::firstText(m_connection, "SELECT imagePath FROM RKMaster WHERE uuid=?", uuid);
+    const bool isReference =
+        Sql::firstInteger(m_connection, "SELECT fileIsReference FROM RKMaster WHERE uuid=?", uuid)
+            .value_or(1) != 0;
+    if (!Uuid::isSafeName(uuid)) {
+        return;
+    }
+    // Sidecars lie by the group of the import, also those of an original outside the package.
+    const QString group = isReference ? importGroup(m_connection, uuid) : folderOf(path);
+    if (isInside(group)) {
+        m_sidecarFolders.append("Database/Versions/"_L1 + group + '/'_L1 + uuid);
+        m_groups.insert(group);
+    }
+    if (!isReference && isInside(path)) {
+        m_masters.append(path);
+    }
+}
+
+TrashRows::Leftovers PhotoFiles::leftovers()
+{
+    QSet<QString> used;
+    const QStringList remaining =
+        Sql::texts(m_connection, "SELECT imagePath FROM RKMaster WHERE fileIsReference=0");
+    for (const QString& path : remaining) {
+        used.insert(alike(path));
+    }
+    TrashRows::Leftovers result;
+    result.folders = m_sidecarFolders + m_renderedFolders;
+    result.folders.removeDuplicates();
+    for (const QString& path : std::as_const(m_masters)) {
+        if (!used.contains(alike(path))) {
+            result.files.append(spelled(m_connection.packagePath(), "Masters/"_L1 + path));
+        }
+    }
+    result.files.removeDuplicates();
+    QStringList folders;
+    for (const QString& group : std::as_const(m_groups)) {
+        for (QString folder = group; !folder.isEmpty(); folder = folderOf(folder)) {
+            folders.append(folder);
+        }
+    }
+    folders.removeDuplicates();
+    std::ranges::sort(folders, [](const QString& left, const QString& right) {
+        return left.count('/'_L1) > right.count('/'_L1);
+    });
+    for (const auto root : kRoots) {
+        for (const QString& folder : std::as_const(folders)) {
+            result.emptyFolders.append(root + '/'_L1 + folder);
+        }
+    }
+    return result;
+}

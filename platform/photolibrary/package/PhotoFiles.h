@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Connection.h"
+#include "TrashRows.h"
+
+#include <QSet>
+#include <QStringList>
+
+/// Gathers the files of photos that are being deleted: names them while the rows still exist, and
+/// at the end leaves out whatever a remaining photo uses.
+class PhotoFiles final
+{
+public:
+    explicit PhotoFiles(Connection& connection);
+
+    /// Its rendered pictures. While its row exists.
+    void addVersion(qint64 versionId);
+    /// Its original, unless that lies outside the package, and its sidecars. While its row exists.
+    void addMaster(const QString& uuid);
+
+    /// After all rows are deleted.
+    [[nodiscard]] TrashRows::Leftovers leftovers();
+
+private:
+    void addRendered(const QString& root, const QString& path, const QString& version);
+
+    Connection& m_connection;
+    QStringList m_sidecarFolders;
+    QStringList m_renderedFolders;
+    QStringList m_masters;  ///< relative to Masters
+    QSet<QString> m_groups; ///< "YYYY/MM/DD/STAMP"
+};
