@@ -21,9 +21,9 @@ namespace
 
 /// Exiv2 is prepared on first use: silent, with the readers of HEIC and CR3, and with the XMP
 /// toolkit started before two threads could start it at once.
-std::mutex& preparedLibrary()
+std::recursive_mutex& preparedLibrary()
 {
-    static std::mutex mutex;
+    static std::recursive_mutex mutex;
     static const bool prepared = [] {
         Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
         Exiv2::enableBMFF(true);

@@ -14,7 +14,7 @@ namespace MetadataAdapter
 
 /// Runs `work`, which may call Exiv2, one caller at a time: the XMP toolkit beneath Exiv2 keeps
 /// tables for the whole process. False when Exiv2 or an allocation threw; what `work` had changed
-/// until then stays changed. Not to be nested.
+/// until then stays changed. May be nested: an inner failure ends there.
 [[nodiscard]] bool attempt(const std::function<void()>& work);
 
 /// Reads all metadata into `content`. Damage in one block leaves the others.

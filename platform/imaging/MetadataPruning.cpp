@@ -1,0 +1,275 @@
+#include "MetadataPruning.h"
+
+#include "ImagePropertiesContent.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+namespace
+{
+
+/// Tags of the first directory that describe the file's own pictures (TIFF 6.0; DNG 1.4).
+constexpr std::array<uint16_t, 46> kStructureTags{
+    0x00fe, // NewSubfileType
+    0x00ff, // SubfileType
+    0x0100, // ImageWidth
+    0x0101, // ImageLength
+    0x0102, // BitsPerSample
+    0x0103, // Compression
+    0x0106, // PhotometricInterpretation
+    0x0107, // Thresholding
+    0x0108, // CellWidth
+    0x0109, // CellLength
+    0x010a, // FillOrder
+    0x0111, // StripOffsets
+    0x0115, // SamplesPerPixel
+    0x0116, // RowsPerStrip
+    0x0117, // StripByteCounts
+    0x0118, // MinSampleValue
+    0x0119, // MaxSampleValue
+    0x011c, // PlanarConfiguration
+    0x0120, // FreeOffsets
+    0x0121, // FreeByteCounts
+    0x0122, // GrayResponseUnit
+    0x0123, // GrayResponseCurve
+    0x012d, // TransferFunction
+    0x013d, // Predictor
+    0x013e, // WhitePoint
+    0x013f, // PrimaryChromaticities
+    0x0140, // ColorMap
+    0x0142, // TileWidth
+    0x0143, // TileLength
+    0x0144, // TileOffsets
+    0x0145, // TileByteCounts
+    0x014a, // SubIFDs
+    0x0152, // ExtraSamples
+    0x0153, // SampleFormat
+    0x015b, // JPEGTables
+    0x0200, // JPEGProc
+    0x0201, // JPEGInterchangeFormat
+    0x0202, // JPEGInterchangeFormatLength
+    0x0211, // YCbCrCoefficients
+    0x0212, // YCbCrSubSampling
+    0x0214, // ReferenceBlackWhite
+    0x02bc, // XMLPacket, written as a segment
+    0x83bb, // IPTCNAA, written as a segment
+    0x8649, // ImageResources, written as a segment
+    0x8773, // InterColorProfile
+    0x9216, // TIFF/EPStandardID
+};
+
+/// Blocks of numbers that only RAW files use: from SonyRawFileType and CFA descriptions to the
+/// last tag of DNG 1.7.
+struct TagRange {
+    uint16_t first;
+    uint16_t last;
+};
+
+constexpr std::array kRawRanges{
+    TagRange{0x7000, 0x7fff}, // Sony's RAW tags
+    TagRange{0x828d, 0x828e}, // CFARepeatPatternDim, CFAPattern
+    TagRange{0xc5d8, 0xc5ff}, // Canon's RAW tags
+    TagRange{0xc612, 0xc7ff}, // DNG 1.0 to 1.4
+    TagRange{0xcd2d, 0xcd4f}, // DNG 1.6 and 1.7
+};
+
+/// Directories of pictures that the JPEG does not have.
+constexpr std::array kPictureGroups{
+    std::string_view("Image2"),
+    std::string_view("Image3"),
+    std::string_view("Thumbnail"),
+    std::string_view("PanasonicRaw"),
+    std::string_view("MpfInfo"),
+    std::string_view("NikonPreview"),
+};
+
+constexpr std::array kPictureGroupBeginnings{
+    std::string_view("SubImage"),
+    std::string_view("SubThumb"),
+};
+
+/// Single tags outside the first directory that describe the original's picture or point into it.
+constexpr std::array kUntrueKeys{
+    std::string_view("Exif.Photo.CompressedBitsPerPixel"),
+    std::string_view("Exif.Photo.CFAPattern"),
+    std::string_view("Exif.Photo.0xa500"), // Gamma
+    std::string_view("Exif.Iop.RelatedImageFileFormat"),
+    std::string_view("Exif.Iop.RelatedImageWidth"),
+    std::string_view("Exif.Iop.RelatedImageLength"),
+    std::string_view("Exif.Nikon3.Preview"),
+    std::string_view("Exif.Canon.0x00b6"), // where the preview lies in the original
+    std::string_view("Exif.Canon.ThumbnailImageValidArea"),
+    std::string_view("Exif.Olympus.ThumbnailImage"),
+    std::string_view("Exif.Olympus2.ThumbnailImage"),
+    std::string_view("Exif.OlympusCs.PreviewImageStart"),
+    std::string_view("Exif.OlympusCs.PreviewImageLength"),
+    std::string_view("Exif.OlympusCs.PreviewImageValid"),
+    std::string_view("Exif.Minolta.ThumbnailOffset"),
+    std::string_view("Exif.Minolta.ThumbnailLength"),
+    std::string_view("Exif.Minolta.Thumbnail"),
+    std::string_view("Exif.Sony1.PreviewImage"),
+    std::string_view("Exif.Sony2.PreviewImage"),
+    std::string_view("Exif.Pentax.PreviewOffset"),
+    std::string_view("Exif.Pentax.PreviewLength"),
+    std::string_view("Exif.Pentax.PreviewResolution"),
+    std::string_view("Exif.PentaxDng.PreviewOffset"),
+    std::string_view("Exif.PentaxDng.PreviewLength"),
+    std::string_view("Exif.PentaxDng.PreviewResolution"),
+    std::string_view("Exif.Casio2.PreviewImage"),
+    std::string_view("Exif.Casio2.ThumbnailOffset"),
+};
+
+/// Tags in pixels of the original, untrue where the copy has another size.
+constexpr std::array kKeysOfSize{
+    std::string_view("Exif.Photo.SubjectArea"),
+    std::string_view("Exif.Photo.SubjectLocation"),
+    std::string_view("Exif.Photo.FocalPlaneXResolution"),
+    std::string_view("Exif.Photo.FocalPlaneYResolution"),
+    std::string_view("Exif.Photo.FocalPlaneResolutionUnit"),
+};
+
+/// Where RAW files have tags that a JPEG has in another directory.
+struct Move {
+    const char* from;
+    const char* to;
+};
+
+constexpr std::array kMoves{
+    Move{"Exif.PanasonicRaw.Make", "Exif.Image.Make"},
+    Move{"Exif.PanasonicRaw.Model", "Exif.Image.Model"},
+    Move{"Exif.PanasonicRaw.Orientation", "Exif.Image.Orientation"},
+    Move{"Exif.PanasonicRaw.ISOSpeed", "Exif.Photo.ISOSpeedRatings"},
+    Move{"Exif.Image.CameraSerialNumber", "Exif.Photo.BodySerialNumber"},
+    Move{"Exif.Image.LensInfo", "Exif.Photo.LensSpecification"},
+    Move{"Exif.Image.ExposureTime", "Exif.Photo.ExposureTime"},
+    Move{"Exif.Image.FNumber", "Exif.Photo.FNumber"},
+    Move{"Exif.Image.ISOSpeedRatings", "Exif.Photo.ISOSpeedRatings"},
+    Move{"Exif.Image.FocalLength", "Exif.Photo.FocalLength"},
+    Move{"Exif.Image.DateTimeOriginal", "Exif.Photo.DateTimeOriginal"},
+};
+
+template <typename Data, typename Predicate>
+void eraseWhere(Data& data, const Predicate& predicate)
+{
+    for (auto datum = data.begin(); datum != data.end();) {
+        datum = predicate(*datum) ? data.erase(datum) : std::next(datum);
+    }
+}
+
+template <typename List>
+bool contains(const List& list, std::string_view text)
+{
+    return std::ranges::find(list, text) != list.end();
+}
+
+bool isUntrueInFirstDirectory(uint16_t tag)
+{
+    return std::ranges::find(kStructureTags, tag) != kStructureTags.end() ||
+           std::ranges::any_of(kRawRanges, [tag](const TagRange& range) {
+               return tag >= range.first && tag <= range.last;
+           });
+}
+
+bool isUntrue(const Exiv2::Exifdatum& datum)
+{
+    const std::string group = datum.groupName();
+    if (group == "Image") {
+        return isUntrueInFirstDirectory(datum.tag());
+    }
+    const bool isPicture =
+        contains(kPictureGroups, group) ||
+        std::ranges::any_of(kPictureGroupBeginnings, [&group](std::string_view beginning) {
+            return std::string_view(group).starts_with(beginning);
+        });
+    return isPicture || contains(kUntrueKeys, datum.key());
+}
+
+bool has(const Exiv2::ExifData& exif, const char* key)
+{
+    return exif.findKey(Exiv2::ExifKey(key)) != exif.end();
+}
+
+void moveTags(Exiv2::ExifData& exif)
+{
+    for (const Move& move : kMoves) {
+        const auto found = exif.findKey(Exiv2::ExifKey(move.from));
+        if (found != exif.end() && found->count() > 0 && !has(exif, move.to)) {
+            const auto value = found->getValue();
+            exif.add(Exiv2::ExifKey(move.to), value.get());
+        }
+    }
+}
+
+bool hasSize(const Exiv2::ExifData& exif, QSize pixels)
+{
+    const auto width = exif.findKey(Exiv2::ExifKey("Exif.Photo.PixelXDimension"));
+    const auto height = exif.findKey(Exiv2::ExifKey("Exif.Photo.PixelYDimension"));
+    return width != exif.end() && height != exif.end() && width->count() == 1 &&
+           height->count() == 1 && width->toLong() == pixels.width() &&
+           height->toLong() == pixels.height();
+}
+
+/// What the standard asks of every JPEG (CIPA DC-008, 4.6.8), where the original does not say it.
+void addRequired(Exiv2::ExifData& exif)
+{
+    if (!has(exif, "Exif.Image.XResolution") || !has(exif, "Exif.Image.YResolution")) {
+        exif["Exif.Image.XResolution"] = Exiv2::URational(72, 1);
+        exif["Exif.Image.YResolution"] = Exiv2::URational(72, 1);
+        exif["Exif.Image.ResolutionUnit"] = uint16_t{2};
+    }
+    if (!has(exif, "Exif.Photo.ExifVersion")) {
+        exif["Exif.Photo.ExifVersion"].setValue("48 50 51 48");
+    }
+    if (!has(exif, "Exif.Photo.FlashpixVersion")) {
+        exif["Exif.Photo.FlashpixVersion"].setValue("48 49 48 48");
+    }
+}
+
+} // namespace
+
+namespace MetadataPruning
+{
+
+bool isOfMakerNote(const std::string& group)
+{
+    constexpr std::array kStandardGroups{std::string_view("Image"),
+                                         std::string_view("Photo"),
+                                         std::string_view("GPSInfo"),
+                                         std::string_view("Iop"),
+                                         std::string_view("Thumbnail")};
+    return !contains(kStandardGroups, group);
+}
+
+void removeMakerNote(ImageProperties::Content& content)
+{
+    eraseWhere(content.exif, [](const Exiv2::Exifdatum& datum) {
+        return isOfMakerNote(datum.groupName()) || datum.key() == "Exif.Photo.MakerNote";
+    });
+}
+
+void makeExifTrue(ImageProperties::Content& content, QSize pixels)
+{
+    Exiv2::ExifData& exif = content.exif;
+    moveTags(exif);
+    eraseWhere(exif, isUntrue);
+    if (!hasSize(exif, pixels)) {
+        eraseWhere(
+            exif, [](const Exiv2::Exifdatum& datum) { return contains(kKeysOfSize, datum.key()); });
+    }
+    exif["Exif.Photo.PixelXDimension"] = static_cast<uint32_t>(pixels.width());
+    exif["Exif.Photo.PixelYDimension"] = static_cast<uint32_t>(pixels.height());
+    exif["Exif.Photo.ColorSpace"] = uint16_t{1};
+    exif["Exif.Photo.ComponentsConfiguration"].setValue("1 2 3 0");
+    // The encoder averages blocks of pixels: chroma lies in their middle.
+    exif["Exif.Image.YCbCrPositioning"] = uint16_t{1};
+    if (has(exif, "Exif.Iop.InteroperabilityIndex")) {
+        exif["Exif.Iop.InteroperabilityIndex"] = std::string("R98");
+    }
+    addRequired(exif);
+}
+
+} // namespace MetadataPruning

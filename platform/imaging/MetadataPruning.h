@@ -1,0 +1,26 @@
+#pragma once
+
+#include "ImageProperties.h"
+
+#include <QSize>
+
+/// What of a picture's metadata holds for a JPEG copy of it. To be called from within
+/// MetadataAdapter::attempt() only.
+namespace MetadataPruning
+{
+
+/// Removes the tags that describe how the original file was built (strips and tiles, sub-images,
+/// RAW and DNG data, thumbnails and previews, profiles) and sets those that describe the JPEG.
+/// Tags of the photo that stand where only RAW files have them move to where a JPEG has them.
+void makeExifTrue(ImageProperties::Content& content, QSize pixels);
+
+/// The same for XMP. Keeps the history and rights of the photo.
+void makeXmpTrue(ImageProperties::Content& content, QSize pixels);
+
+/// Whether the tag belongs to a maker note: to none of the directories of the standard.
+[[nodiscard]] bool isOfMakerNote(const std::string& group);
+
+/// Takes the maker note out, decoded parts and all.
+void removeMakerNote(ImageProperties::Content& content);
+
+} // namespace MetadataPruning

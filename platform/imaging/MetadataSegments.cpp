@@ -1,0 +1,110 @@
+#include "MetadataSegments.h"
+
+#include "ImagePropertiesContent.h"
+#include "MetadataAdapter.h"
+#include "MetadataPruning.h"
+#include "MetadataTrimming.h"
+
+#include <algorithm>
+#include <exiv2/jpgimage.hpp>
+#include <string>
+
+namespace
+{
+
+constexpr int kApp1 = 0xe1;
+constexpr int kApp13 = 0xed;
+/// A segment's length field has 16 bits and counts itself (ITU-T T.81, B.1.1.4).
+constexpr qsizetype kLargestPayload = 65533;
+
+QByteArray exifSignature()
+{
+    return QByteArrayLiteral("Exif\0\0");
+}
+
+QByteArray xmpSignature()
+{
+    return QByteArrayLiteral("http://ns.adobe.com/xap/1.0/\0");
+}
+
+QByteArray photoshopSignature()
+{
+    return QByteArrayLiteral("Photoshop 3.0\0");
+}
+
+void setThumbnail(Exiv2::ExifData& exif, const QByteArray& jpeg)
+{
+    Exiv2::ExifThumb thumbnail(exif);
+    thumbnail.erase();
+    if (!jpeg.isEmpty()) {
+        thumbnail.setJpegThumbnail(reinterpret_cast<const Exiv2::byte*>(jpeg.constData()),
+                                   static_cast<long>(jpeg.size()),
+                                   Exiv2::URational(72, 1),
+                                   Exiv2::URational(72, 1),
+                                   2);
+    }
+}
+
+void appendExif(ImageProperties::Content& content,
+                QSize pixels,
+                const QByteArray& thumbnailJpeg,
+                QList<JpegSegment>& segments)
+{
+    MetadataPruning::makeExifTrue(content, pixels);
+    setThumbnail(content.exif, thumbnailJpeg);
+    const QByteArray block =
+        MetadataTrimming::encodeExif(content, kLargestPayload - exifSignature().size());
+    if (!block.isEmpty()) {
+        segments.append({kApp1, exifSignature() + block});
+    }
+}
+
+/// A block of image resources larger than a segment goes on in the next one (Adobe Photoshop File
+/// Formats, "JPEG Files").
+void appendIptc(const Exiv2::IptcData& iptc, QList<JpegSegment>& segments)
+{
+    if (iptc.empty()) {
+        return;
+    }
+    const Exiv2::DataBuf block = Exiv2::Photoshop::setIptcIrb(nullptr, 0, iptc);
+    const QByteArray resources(reinterpret_cast<const char*>(block.pData_), block.size_);
+    const qsizetype room = kLargestPayload - photoshopSignature().size();
+    for (qsizetype start = 0; start < resources.size(); start += room) {
+        segments.append({kApp13, photoshopSignature() + resources.mid(start, room)});
+    }
+}
+
+void appendXmp(ImageProperties::Content& content, QSize pixels, QList<JpegSegment>& segments)
+{
+    MetadataPruning::makeXmpTrue(content, pixels);
+    const QByteArray packet =
+        MetadataTrimming::encodeXmp(content, kLargestPayload - xmpSignature().size());
+    if (!packet.isEmpty()) {
+        segments.append({kApp1, xmpSignature() + packet});
+    }
+}
+
+} // namespace
+
+namespace MetadataSegments
+{
+
+QList<JpegSegment>
+build(const ImageProperties& properties, QSize pixels, const QByteArray& thumbnailJpeg)
+{
+    QList<JpegSegment> segments;
+    // Each block by itself: one that cannot be written leaves the others.
+    static_cast<void>(MetadataAdapter::attempt([&] {
+        ImageProperties::Content copy = properties.content();
+        appendExif(copy, pixels, thumbnailJpeg, segments);
+    }));
+    static_cast<void>(
+        MetadataAdapter::attempt([&] { appendIptc(properties.content().iptc, segments); }));
+    static_cast<void>(MetadataAdapter::attempt([&] {
+        ImageProperties::Content copy = properties.content();
+        appendXmp(copy, pixels, segments);
+    }));
+    return segments;
+}
+
+} // namespace MetadataSegments

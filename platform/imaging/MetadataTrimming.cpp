@@ -1,0 +1,200 @@
+#include "MetadataTrimming.h"
+
+#include "ImagePropertiesContent.h"
+#include "MetadataAdapter.h"
+#include "MetadataPruning.h"
+#include "SystemLog.h"
+
+#include <QStringList>
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <string>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// Exiv2 leaves out tags above this size by itself when a block grows too large, without a word.
+constexpr long kDropsAbove = 4096;
+
+qsizetype sizeOf(const Exiv2::ExifData& exif)
+{
+    constexpr qsizetype kEntry = 12;
+    qsizetype size = 0;
+    for (const Exiv2::Exifdatum& datum : exif) {
+        size += kEntry + datum.size() + datum.sizeDataArea();
+    }
+    return size;
+}
+
+/// Whether the block holds every large tag of `exif`.
+bool isComplete(const Exiv2::Blob& block, const Exiv2::ExifData& exif)
+{
+    Exiv2::ExifData written;
+    Exiv2::ExifParser::decode(written, block.data(), static_cast<uint32_t>(block.size()));
+    return std::all_of(exif.begin(), exif.end(), [&written](const Exiv2::Exifdatum& datum) {
+        return datum.size() <= kDropsAbove || datum.key() == "Exif.Photo.MakerNote" ||
+               written.findKey(Exiv2::ExifKey(datum.key())) != written.end();
+    });
+}
+
+bool hasGroup(const Exiv2::ExifData& exif, std::string_view group)
+{
+    return std::any_of(exif.begin(), exif.end(), [group](const Exiv2::Exifdatum& datum) {
+        return datum.groupName() == group;
+    });
+}
+
+bool hasMakerNote(const Exiv2::ExifData& exif)
+{
+    return std::any_of(exif.begin(), exif.end(), [](const Exiv2::Exifdatum& datum) {
+        return MetadataPruning::isOfMakerNote(datum.groupName()) ||
+               datum.key() == "Exif.Photo.MakerNote";
+    });
+}
+
+/// Takes the least useful part out and returns its name; nothing where nothing is left.
+QString trimExif(ImageProperties::Content& content)
+{
+    Exiv2::ExifData& exif = content.exif;
+    if (hasGroup(exif, "Thumbnail")) {
+        Exiv2::ExifThumb(exif).erase();
+        return u"the thumbnail"_s;
+    }
+    if (hasMakerNote(exif)) {
+        MetadataPruning::removeMakerNote(content);
+        return u"the maker note"_s;
+    }
+    const auto largest =
+        std::max_element(exif.begin(), exif.end(), [](const auto& left, const auto& right) {
+            return left.size() < right.size();
+        });
+    if (largest == exif.end()) {
+        return {};
+    }
+    const QString key = QString::fromStdString(largest->key());
+    exif.erase(largest);
+    return key;
+}
+
+void logTrimmed(const QString& block, const QStringList& parts)
+{
+    if (!parts.isEmpty()) {
+        systemLog(u"The %1 metadata is more than a JPEG segment holds; left out: %2"_s.arg(
+            block, parts.join(u", "_s)));
+    }
+}
+
+/// "Xmp.xmpMM.History" of "Xmp.xmpMM.History[2]/stEvt:action".
+std::string wholeProperty(const std::string& key)
+{
+    return key.substr(0, key.find_first_of("[/"));
+}
+
+bool encode(const Exiv2::XmpData& xmp, std::string& packet)
+{
+    constexpr uint32_t kNoPadding = 0;
+    packet.clear();
+    int refused = 1;
+    static_cast<void>(MetadataAdapter::attempt([&] {
+        refused =
+            Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat, kNoPadding);
+    }));
+    return refused == 0;
+}
+
+void remove(Exiv2::XmpData& xmp, const std::string& property)
+{
+    for (auto datum = xmp.begin(); datum != xmp.end();) {
+        datum = wholeProperty(datum->key()) == property ? xmp.erase(datum) : std::next(datum);
+    }
+}
+
+/// The toolkit refuses a whole packet for one property that it does not take. Removes the
+/// properties that it does not take even alone, and returns their names.
+QStringList removeRefused(Exiv2::XmpData& xmp)
+{
+    std::map<std::string, Exiv2::XmpData> properties;
+    for (const Exiv2::Xmpdatum& datum : xmp) {
+        properties[wholeProperty(datum.key())].add(datum);
+    }
+    QStringList refused;
+    std::string packet;
+    for (const auto& [property, alone] : properties) {
+        if (!encode(alone, packet)) {
+            remove(xmp, property);
+            refused.append(QString::fromStdString(property));
+        }
+    }
+    return refused;
+}
+
+/// Takes the largest property out with all its parts and returns its name.
+QString trimXmp(Exiv2::XmpData& xmp)
+{
+    std::map<std::string, long> sizes;
+    for (const Exiv2::Xmpdatum& datum : xmp) {
+        const std::string key = datum.key();
+        sizes[wholeProperty(key)] += datum.size() + static_cast<long>(key.size());
+    }
+    const auto largest = std::ranges::max_element(
+        sizes, [](const auto& left, const auto& right) { return left.second < right.second; });
+    if (largest == sizes.end()) {
+        return {};
+    }
+    for (auto datum = xmp.begin(); datum != xmp.end();) {
+        datum = wholeProperty(datum->key()) == largest->first ? xmp.erase(datum) : std::next(datum);
+    }
+    return QString::fromStdString(largest->first);
+}
+
+} // namespace
+
+namespace MetadataTrimming
+{
+
+QByteArray encodeExif(ImageProperties::Content& content, qsizetype largest)
+{
+    QStringList trimmed;
+    Exiv2::Blob block;
+    while (!content.exif.empty()) {
+        bool isWhole = false;
+        // What cannot be written is treated as what does not fit.
+        static_cast<void>(MetadataAdapter::attempt([&] {
+            Exiv2::ExifParser::encode(block, content.byteOrder, content.exif);
+            isWhole = std::ssize(block) <= largest &&
+                      (sizeOf(content.exif) <= largest || isComplete(block, content.exif));
+        }));
+        if (isWhole) {
+            break;
+        }
+        block.clear();
+        trimmed.append(trimExif(content));
+    }
+    logTrimmed(u"Exif"_s, trimmed);
+    return {reinterpret_cast<const char*>(block.data()), std::ssize(block)};
+}
+
+QByteArray encodeXmp(ImageProperties::Content& content, qsizetype largest)
+{
+    Exiv2::XmpData& xmp = content.xmp;
+    QStringList trimmed;
+    std::string packet;
+    if (!encode(xmp, packet)) {
+        trimmed = removeRefused(xmp);
+    }
+    while (!xmp.empty()) {
+        if (encode(xmp, packet) && std::ssize(packet) <= largest) {
+            break;
+        }
+        packet.clear();
+        trimmed.append(trimXmp(xmp));
+    }
+    logTrimmed(u"XMP"_s, trimmed);
+    return xmp.empty() ? QByteArray() : QByteArray(packet.data(), std::ssize(packet));
+}
+
+} // namespace MetadataTrimming
