@@ -29,7 +29,7 @@ QJsonObject document(qsizetype checked, const QList<BadPhoto>& bad)
     for (const BadPhoto& item : bad) {
         array += QJsonObject{
             {u"id"_s, item.photo.id},
-            {u"filename"_s, item.photo.filename},
+            {u"filename"_s, item.photo.fileName},
             {u"path"_s, Documents::textOrNull(item.photo.originalPath)},
             {u"problem"_s, item.problem},
         };
@@ -42,7 +42,7 @@ QString words(qsizetype checked, const QList<BadPhoto>& bad)
     QString text;
     for (const BadPhoto& item : bad) {
         text +=
-            CommandLineTexts::photoWithReason(item.photo.filename, item.photo.id, item.problem) +
+            CommandLineTexts::photoWithReason(item.photo.fileName, item.photo.id, item.problem) +
             u'\n';
     }
     return text + CommandLineTexts::checked(checked, bad.size());
@@ -76,7 +76,7 @@ int CheckCommand::executeWithLibrary(PhotoLibrary& library, const CommandService
             if (services.interruption.isRequested()) {
                 return interruptedEarly(services);
             }
-            progress.advance(CommandLineTexts::checking(), photo.filename);
+            progress.advance(CommandLineTexts::checking(), photo.fileName);
             if (const auto problem = PhotoCheck::problemOf(photo.originalPath)) {
                 bad += BadPhoto{photo, problem->sentence};
             }

@@ -15,20 +15,14 @@ QJsonValue numberOrNull(const std::optional<double>& number)
     return number ? QJsonValue(*number) : QJsonValue(QJsonValue::Null);
 }
 
-QJsonArray sortedKeywords(QStringList keywords)
-{
-    keywords.sort(Qt::CaseInsensitive);
-    return QJsonArray::fromStringList(keywords);
-}
-
 QJsonObject photoObject(const PhotoFacts& photo)
 {
     return {
         {u"id"_s, photo.id},
         {u"guid"_s, photo.guid},
-        {u"filename"_s, photo.filename},
+        {u"filename"_s, photo.fileName},
         {u"name"_s, photo.name},
-        {u"title"_s, photo.title},
+        {u"title"_s, photo.name},
         {u"comment"_s, photo.comment},
         {u"rating"_s, photo.rating},
         {u"date"_s, Documents::textOrNull(photo.wallClock())},
@@ -37,7 +31,7 @@ QJsonObject photoObject(const PhotoFacts& photo)
         {u"latitude"_s, numberOrNull(photo.latitude)},
         {u"longitude"_s, numberOrNull(photo.longitude)},
         {u"altitude"_s, numberOrNull(photo.altitude)},
-        {u"keywords"_s, sortedKeywords(photo.keywords)},
+        {u"keywords"_s, QJsonArray::fromStringList(photo.keywords)},
         {u"albums"_s, QJsonArray::fromStringList(photo.albums)},
         {u"roll"_s, QJsonObject{{u"id"_s, photo.rollId}, {u"name"_s, photo.rollName}}},
         {u"imagePath"_s, Documents::textOrNull(photo.imagePath)},
@@ -78,7 +72,7 @@ Documents::info(const QString& library, const QString& version, const LibrarySum
         {u"raw"_s, QJsonObject{{u"photos"_s, summary.rawPhotos}, {u"bytes"_s, summary.rawBytes}}},
         {u"processed"_s, QJsonObject{{u"photos"_s, summary.processedPhotos}}},
         {u"trash"_s,
-         QJsonObject{{u"photos"_s, summary.trashPhotos}, {u"bytes"_s, summary.trashBytes}}},
+         QJsonObject{{u"photos"_s, summary.trashedPhotos}, {u"bytes"_s, summary.trashedBytes}}},
         {u"missing"_s, summary.missing},
         {u"writable"_s, summary.writable},
         {u"problems"_s, QJsonArray::fromStringList(summary.problems)},
@@ -92,7 +86,7 @@ QJsonObject Documents::trash(const QList<PhotoFacts>& photos)
     for (const PhotoFacts& photo : photos) {
         array += QJsonObject{
             {u"id"_s, photo.id},
-            {u"filename"_s, photo.filename},
+            {u"filename"_s, photo.fileName},
             {u"bytes"_s, photo.bytes},
         };
         bytes += photo.bytes;

@@ -65,7 +65,7 @@ DryRun::Findings DryRun::walk(const QString& library,
             break;
         }
         const PhotoFacts& photo = photos.at(i);
-        progress.advance(CommandLineTexts::checking(), photo.filename);
+        progress.advance(CommandLineTexts::checking(), photo.fileName);
         PhotoOutcome& outcome = findings.report.photos[i].outcome;
         outcome = outcomeOf(photo, originals ? photo.originalPath : photo.imagePath);
         if (outcome.kind == PhotoOutcome::Kind::Converted) {

@@ -28,7 +28,7 @@ QString words(const QString& library, const QString& version, const LibrarySumma
         {infoRow(Keywords), number(summary.keywords)},
         {infoRow(Raw), countWithBytes(summary.rawPhotos, summary.rawBytes)},
         {infoRow(Processed), number(summary.processedPhotos)},
-        {infoRow(Trash), countWithBytes(summary.trashPhotos, summary.trashBytes)},
+        {infoRow(Trash), countWithBytes(summary.trashedPhotos, summary.trashedBytes)},
         {infoRow(Missing), number(summary.missing)},
         {infoRow(Writable), summary.writable ? CommandLineTexts::yes() : CommandLineTexts::no()},
     };

@@ -38,7 +38,7 @@ std::optional<int> LibraryCommand::prepare(const CommandServices& /*services*/)
     return std::nullopt;
 }
 
-int LibraryCommand::interruptedEarly(const CommandServices& services)
+int LibraryCommand::interruptedEarly(const CommandServices& services) const
 {
     services.console.say(CommandLineTexts::interrupted());
     return ExitStatus::kInterrupted;

@@ -26,7 +26,7 @@ protected:
     [[nodiscard]] virtual int executeWithLibrary(PhotoLibrary& library,
                                                  const CommandServices& services) = 0;
     /// The user asked to stop before the work began; answers the exit status.
-    [[nodiscard]] virtual int interruptedEarly(const CommandServices& services);
+    [[nodiscard]] virtual int interruptedEarly(const CommandServices& services) const;
 
     /// Says what is wrong with the library and answers the exit status.
     [[nodiscard]] static int failed(const Error& error, const CommandServices& services);

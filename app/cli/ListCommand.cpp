@@ -15,15 +15,13 @@ namespace
 
 QStringList rowOf(const PhotoFacts& photo)
 {
-    QStringList keywords = photo.keywords;
-    keywords.sort(Qt::CaseInsensitive);
     return {
         QString::number(photo.id),
-        TextLayout::printable(photo.filename),
+        TextLayout::printable(photo.fileName),
         TextLayout::printable(photo.rollName),
         u"%1x%2"_s.arg(photo.width).arg(photo.height),
         photo.missing ? u"missing"_s : TextLayout::megabytes(photo.bytes),
-        TextLayout::printable(keywords.join(u", "_s)),
+        TextLayout::printable(photo.keywords.join(u", "_s)),
     };
 }
 

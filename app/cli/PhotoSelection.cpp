@@ -33,7 +33,7 @@ bool isChosen(const PhotoFacts& photo,
               PhotoSelection::WithoutSelection withoutSelection)
 {
     const bool byId = options.ids.contains(photo.id);
-    if (photo.hidden && !byId) {
+    if (photo.movie || (photo.hidden && !byId)) {
         return false;
     }
     const bool selects = options.all || options.raw || !options.ids.isEmpty() ||
@@ -57,7 +57,8 @@ QStringList notesOn(const QList<PhotoFacts>& photos, const SelectionOptions& opt
 {
     QStringList notes;
     const auto noPhoto = [&photos](const auto& matches) {
-        return std::ranges::none_of(photos, matches);
+        return std::ranges::none_of(
+            photos, [&matches](const PhotoFacts& photo) { return !photo.movie && matches(photo); });
     };
     for (const qint64 id : options.ids) {
         if (noPhoto([id](const PhotoFacts& photo) { return photo.id == id; })) {

@@ -22,7 +22,8 @@ namespace PhotoSelection
 /// What is meant where no option selects.
 enum class WithoutSelection : quint8 { All, Raw };
 
-/// `photos`: the library's, without those in the trash. Hidden photos are selected only by id.
+/// `photos`: the library's, without those in the trash. Hidden photos are selected only by id,
+/// movies never.
 [[nodiscard]] ChosenPhotos choose(const QList<PhotoFacts>& photos,
                                   const SelectionOptions& options,
                                   WithoutSelection withoutSelection);

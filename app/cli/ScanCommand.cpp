@@ -64,7 +64,7 @@ int ScanCommand::executeWithLibrary(PhotoLibrary& library, const CommandServices
                             : scan(library, chosen.photos, defaults, services);
 }
 
-int ScanCommand::interruptedEarly(const CommandServices& services)
+int ScanCommand::interruptedEarly(const CommandServices& services) const
 {
     const int status = LibraryCommand::interruptedEarly(services);
     ScanReport report;

@@ -29,7 +29,7 @@ protected:
     [[nodiscard]] std::optional<int> prepare(const CommandServices& services) override;
     [[nodiscard]] int executeWithLibrary(PhotoLibrary& library,
                                          const CommandServices& services) override;
-    [[nodiscard]] int interruptedEarly(const CommandServices& services) override;
+    [[nodiscard]] int interruptedEarly(const CommandServices& services) const override;
 
 private:
     [[nodiscard]] int scan(PhotoLibrary& library,

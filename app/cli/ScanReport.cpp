@@ -69,7 +69,7 @@ ScanReport ScanReport::before(const QString& library, const QList<PhotoFacts>& s
     ScanReport report;
     report.library = library;
     for (const PhotoFacts& photo : selection) {
-        report.photos += Entry{.id = photo.id, .filename = photo.filename, .outcome = {}};
+        report.photos += Entry{.id = photo.id, .filename = photo.fileName, .outcome = {}};
     }
     return report;
 }

@@ -77,7 +77,7 @@ int TrashCommand::list(const QList<PhotoFacts>& trashed, const CommandServices& 
     QList<QStringList> rows;
     for (const PhotoFacts& photo : trashed) {
         rows += QStringList{QString::number(photo.id),
-                            TextLayout::printable(photo.filename),
+                            TextLayout::printable(photo.fileName),
                             TextLayout::megabytes(photo.bytes)};
     }
     using enum TextLayout::Align;
