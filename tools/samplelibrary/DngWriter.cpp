@@ -63,21 +63,26 @@ void DngWriter::fillBorders(const Exposure& exposure)
     }
 }
 
+void DngWriter::copyTile(int left, int top, std::vector<quint16>& tile) const
+{
+    // What a tile has beyond the sensor repeats the last row or columns: that costs few bytes.
+    auto next = tile.begin();
+    for (int y = top; y < top + kTile; ++y) {
+        const int row = std::min(y, m_sensor.height() - 1);
+        for (int x = left; x < left + kTile; ++x) {
+            const int column = x < m_sensor.width() ? x : m_sensor.width() - 2 + x % 2;
+            *next++ = m_values[index(column, row)];
+        }
+    }
+}
+
 QList<QByteArray> DngWriter::packTiles() const
 {
     QList<QByteArray> tiles;
     std::vector<quint16> tile(size_t{kTile} * kTile);
     for (int top = 0; top < m_sensor.height(); top += kTile) {
         for (int left = 0; left < m_sensor.width(); left += kTile) {
-            // What a tile has beyond the sensor repeats the last row or columns: it costs little.
-            auto next = tile.begin();
-            for (int y = top; y < top + kTile; ++y) {
-                const int row = std::min(y, m_sensor.height() - 1);
-                for (int x = left; x < left + kTile; ++x) {
-                    const int column = x < m_sensor.width() ? x : m_sensor.width() - 2 + x % 2;
-                    *next++ = m_values[index(column, row)];
-                }
-            }
+            copyTile(left, top, tile);
             tiles.append(LosslessJpeg::encode(tile, kTile, kTile));
         }
     }

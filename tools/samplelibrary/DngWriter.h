@@ -42,6 +42,7 @@ private:
     }
 
     void fillBorders(const Exposure& exposure);
+    void copyTile(int left, int top, std::vector<quint16>& tile) const;
     [[nodiscard]] QList<QByteArray> packTiles() const;
     [[nodiscard]] TiffDirectory rawDirectory(const QList<QByteArray>& tiles, quint32 offset) const;
     [[nodiscard]] TiffDirectory

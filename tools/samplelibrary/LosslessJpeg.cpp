@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstdlib>
+#include <functional>
 #include <vector>
 
 namespace
@@ -27,7 +29,7 @@ struct CodeTable {
 
 int categoryOf(int difference)
 {
-    return std::bit_width(static_cast<quint32>(difference < 0 ? -difference : difference));
+    return static_cast<int>(std::bit_width(static_cast<quint32>(std::abs(difference))));
 }
 
 /// Calls `use` with each difference, in the order in which they are coded.

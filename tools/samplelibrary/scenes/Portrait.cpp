@@ -120,9 +120,11 @@ private:
                        0.45F + 0.3F * m_noise.at(x * 320.0F, y * 90.0F));
         }
         const float lids = 0.0145F * (1.0F - std::pow((side - 0.062F) / 0.032F, 2.0F));
-        if (const float fromEye = y - 0.412F; std::abs(fromEye) < lids) {
+        const float fromEye = y - 0.412F;
+        if (std::abs(fromEye) < lids) {
             return eye(x < 0.0F ? x + 0.062F : x - 0.062F, fromEye, lids);
-        } else if (lids > 0.0F && fromEye < 0.0F && fromEye > -lids - 0.004F) {
+        }
+        if (lids > 0.0F && fromEye < 0.0F && fromEye > -lids - 0.004F) {
             return skin * 0.35F; // lashes
         }
         const float smile = 0.012F * std::pow(x / 0.05F, 2.0F);
