@@ -1,0 +1,37 @@
+#include "CommandFixture.h"
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+using LibraryCommandTest = CommandFixture;
+
+} // namespace
+
+TEST_F(LibraryCommandTest, whatIsNoLibraryIsNamedAndEndsWithThree)
+{
+    const QString nowhere = m_folder.filePath(u"nowhere"_s);
+    for (const char* command : {"list", "info", "check", "trash", "scan"}) {
+        EXPECT_EQ(run({QString::fromLatin1(command), nowhere}), 3);
+        EXPECT_TRUE(m_err.contains(nowhere.toUtf8())) << m_err.toStdString();
+        EXPECT_EQ(m_out, QByteArray());
+    }
+}
+
+TEST_F(LibraryCommandTest, aRequestToStopWhileOpeningEndsWith130)
+{
+    m_interruption->request();
+    EXPECT_EQ(run({u"list"_s, library()}), 130);
+    EXPECT_EQ(m_out, QByteArray());
+    EXPECT_EQ(m_err, "Interrupted.\n");
+}
+
+TEST_F(LibraryCommandTest, wrongUsageEndsWithTwoAndSaysHowToSeeHelp)
+{
+    EXPECT_EQ(run({u"list"_s}), 2);
+    EXPECT_EQ(m_err, "LIBRARY is required\nRun “corvane-cli list --help” to see how it is used.\n");
+    EXPECT_EQ(run({}), 2);
+    EXPECT_EQ(run({u"--version"_s}), 0);
+    EXPECT_TRUE(m_out.startsWith("corvane-cli "));
+}

@@ -1,0 +1,193 @@
+#include "ProcessFixture.h"
+
+#include <QJsonArray>
+
+#include <pty.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+class MainTest : public ProcessFixture
+{
+protected:
+    /// Enough photos for a signal to come in the midst of them.
+    void addPhotos()
+    {
+        auto opened = PhotoLibrary::open(library(), {.access = Access::Write, .afterCrash = false});
+        ASSERT_TRUE(opened.ok());
+        for (int i = 0; i < 40; ++i) {
+            importPhoto(*opened.value(), u"Photo %1.jpg"_s.arg(i), u"Many"_s, 10 + i);
+        }
+        ASSERT_TRUE(opened.value()->close().ok());
+    }
+
+    /// Waits for words on standard error. False when the process ended before.
+    bool waitForError(const QByteArray& words)
+    {
+        QByteArray seen;
+        while (!seen.contains(words)) {
+            if (!m_process.waitForReadyRead(30000)) {
+                return false;
+            }
+            seen += m_process.readAllStandardError();
+        }
+        return true;
+    }
+
+    void interruptInTheMidst(int signal)
+    {
+        addPhotos();
+        m_process.setReadChannel(QProcess::StandardError);
+        start({u"scan"_s,
+               library(),
+               u"--all"_s,
+               u"--no-tag"_s,
+               u"--trash"_s,
+               u"--report"_s,
+               reportPath()});
+        ASSERT_TRUE(waitForError("Found 0 images with issues"));
+        const qint64 process = m_process.processId();
+        ASSERT_GT(process, 0);
+        ASSERT_EQ(kill(static_cast<pid_t>(process), signal), 0);
+        EXPECT_EQ(finish(), 130);
+
+        qsizetype converted = 0;
+        const QJsonArray entries = report().value(u"photos"_s).toArray();
+        EXPECT_EQ(entries.size(), 43);
+        for (const QJsonValue& entry : entries) {
+            converted += entry.toObject().value(u"outcome"_s).toString() == u"converted"_s ? 1 : 0;
+        }
+        EXPECT_LT(converted, 43);
+        EXPECT_EQ(photos().size(), 43); // every copy took its original's place
+        EXPECT_EQ(run({u"info"_s, library()}), 0);
+        EXPECT_TRUE(m_out.contains("In the trash:      " + QByteArray::number(converted) + " ("))
+            << m_out.toStdString();
+        EXPECT_TRUE(m_out.endsWith("Problems:          none\n"));
+    }
+};
+
+/// What a process writes to a terminal of 80 columns.
+class OnTerminal final
+{
+    Q_DISABLE_COPY_MOVE(OnTerminal)
+public:
+    explicit OnTerminal(QProcess& process)
+    {
+        const winsize size{.ws_row = 24, .ws_col = 80, .ws_xpixel = 0, .ws_ypixel = 0};
+        m_open = openpty(&m_far, &m_near, nullptr, nullptr, &size) == 0;
+        process.setChildProcessModifier([near = m_near] {
+            dup2(near, STDIN_FILENO);
+            dup2(near, STDERR_FILENO);
+        });
+    }
+
+    ~OnTerminal()
+    {
+        if (m_open) {
+            close(m_far);
+            close(m_near);
+        }
+    }
+
+    [[nodiscard]] bool isOpen() const { return m_open; }
+
+    /// All that has been written; the process has ended.
+    [[nodiscard]] QByteArray written() const
+    {
+        int waiting = 0;
+        ioctl(m_far, FIONREAD, &waiting);
+        QByteArray bytes(waiting, '\0');
+        const ssize_t count = read(m_far, bytes.data(), static_cast<std::size_t>(bytes.size()));
+        bytes.resize(count < 0 ? 0 : static_cast<qsizetype>(count));
+        return bytes;
+    }
+
+private:
+    int m_far{-1};
+    int m_near{-1};
+    bool m_open{false};
+};
+
+} // namespace
+
+TEST_F(MainTest, theVersionIsSaid)
+{
+    start({u"--version"_s});
+    EXPECT_EQ(finish(), 0);
+    EXPECT_TRUE(m_process.readAllStandardOutput().startsWith("corvane-cli "));
+    EXPECT_EQ(m_process.readAllStandardError(), QByteArray());
+}
+
+TEST_F(MainTest, anInterruptEndsAScanOrderly)
+{
+    interruptInTheMidst(SIGINT);
+}
+
+TEST_F(MainTest, aTerminationEndsAScanOrderly)
+{
+    interruptInTheMidst(SIGTERM);
+}
+
+TEST_F(MainTest, progressIsRedrawnOnATerminal)
+{
+    const OnTerminal terminal(m_process);
+    ASSERT_TRUE(terminal.isOpen());
+    start({u"check"_s, library()});
+    EXPECT_EQ(finish(), 0);
+    const QByteArray written = terminal.written();
+    EXPECT_TRUE(written.startsWith("Checking  [########----------------]  1/3  "))
+        << written.toStdString();
+    EXPECT_TRUE(written.endsWith("\r\x1b[K"));
+    EXPECT_EQ(m_process.readAllStandardOutput(), "3 photos checked, nothing wrong.\n");
+}
+
+TEST_F(MainTest, withNoColorNothingIsRedrawn)
+{
+    QProcessEnvironment environment = m_process.processEnvironment();
+    environment.insert(u"NO_COLOR"_s, u"1"_s);
+    m_process.setProcessEnvironment(environment);
+    const OnTerminal terminal(m_process);
+    ASSERT_TRUE(terminal.isOpen());
+    start({u"check"_s, library()});
+    EXPECT_EQ(finish(), 0);
+    const QByteArray written = terminal.written();
+    EXPECT_TRUE(written.startsWith("1 of 3: ")) << written.toStdString();
+    EXPECT_FALSE(written.contains('\x1b'));
+}
+
+TEST_F(MainTest, outputThatNobodyTakesIsAnErrorAndNoCrash)
+{
+    m_process.setStandardOutputFile(u"/dev/full"_s);
+    start({u"list"_s, library()});
+    EXPECT_EQ(finish(), 1);
+    EXPECT_EQ(m_process.readAllStandardError(), "Standard output could not be written.\n");
+}
+
+TEST_F(MainTest, aLibraryThatIsNotReadableForTheUserIsRefused)
+{
+    const QString database = library() + u"/Database/apdb/Library.apdb"_s;
+    ASSERT_TRUE(QFile::setPermissions(database, {}));
+    QStringList arguments{u"list"_s, library()};
+    if (geteuid() == 0) { // nothing is forbidden to root, so somebody else has to look
+        ASSERT_TRUE(QFile::setPermissions(m_folder.path(),
+                                          QFile::permissions(m_folder.path()) | QFile::ReadOther |
+                                              QFile::ExeOther));
+        arguments = QStringList{u"--reuid=65534"_s,
+                                u"--regid=65534"_s,
+                                u"--clear-groups"_s,
+                                QStringLiteral(CORVANE_CLI)} +
+                    arguments;
+        m_process.setProgram(u"setpriv"_s);
+    }
+    start(arguments);
+    EXPECT_EQ(finish(), 3);
+    const QByteArray said = m_process.readAllStandardError();
+    EXPECT_TRUE(said.contains(library().toUtf8())) << said.toStdString();
+    EXPECT_TRUE(said.contains("not readable for you")) << said.toStdString();
+}

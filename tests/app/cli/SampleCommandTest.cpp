@@ -1,0 +1,31 @@
+#include "CommandFixture.h"
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+using SampleCommandTest = CommandFixture;
+
+} // namespace
+
+TEST_F(SampleCommandTest, theLibraryIsNamedAndCanBeListed)
+{
+    const QString folder = m_folder.path();
+    EXPECT_EQ(run({u"sample"_s, folder, u"--photos"_s, u"2"_s, u"--megapixels"_s, u"0.1"_s}), 0)
+        << m_err.toStdString();
+    EXPECT_EQ(m_out, "The sample library is " + folder.toUtf8() + "/Sample.photolibrary\n");
+    EXPECT_EQ(run({u"list"_s, folder + u"/Sample.photolibrary"_s, u"--raw"_s}), 0);
+    EXPECT_EQ(m_out.count('\n'), 2);
+}
+
+TEST_F(SampleCommandTest, nothingIsWrittenOverAndAMissingFolderIsWrongUsage)
+{
+    const QString taken = m_folder.filePath(u"Sample.photolibrary"_s);
+    QFile file(taken);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    EXPECT_EQ(run({u"sample"_s, m_folder.path()}), 2);
+    EXPECT_TRUE(m_err.contains(taken.toUtf8())) << m_err.toStdString();
+    EXPECT_EQ(run({u"sample"_s, m_folder.filePath(u"none"_s)}), 2);
+    EXPECT_TRUE(m_err.contains("none"));
+}
