@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Bitmap.h"
+
+#include <QImage>
+
+/// Bitmaps and Qt's images. Any thread.
+namespace BitmapImage
+{
+
+/// As Format_RGB888, sRGB encoded.
+[[nodiscard]] QImage toImage(const Bitmap& bitmap);
+
+/// 16 bits where the image has them; transparent places become white, as paper shows them. The
+/// image's colour space is not looked at. Null for a null image.
+[[nodiscard]] Bitmap fromImage(const QImage& image);
+
+} // namespace BitmapImage

@@ -1,0 +1,231 @@
+#include "FileStructure.h"
+
+#include "TiffStructure.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+
+namespace
+{
+
+using Complaint = std::optional<QString>;
+
+/// Panasonic's own tags: size of the sensor, kind of compression, where the data begin.
+constexpr quint16 kPanasonicWidth = 0x0002;
+constexpr quint16 kPanasonicHeight = 0x0003;
+constexpr quint16 kPanasonicFormat = 0x002D;
+constexpr quint16 kPanasonicOffset = 0x0118;
+
+/// Up to this format a Panasonic pixel takes at least a byte; format 4 packs 14 into 16 bytes.
+constexpr quint64 kPanasonicLastFixed = 7;
+
+/// What stands where an offset is kept in another tag.
+constexpr quint64 kNoOffset = 0xFFFFFFFF;
+
+class Bytes final
+{
+public:
+    explicit Bytes(const QByteArray& bytes)
+        : m_bytes(bytes)
+    {
+    }
+
+    [[nodiscard]] quint64 size() const { return static_cast<quint64>(m_bytes.size()); }
+
+    [[nodiscard]] bool holds(quint64 offset, quint64 length) const
+    {
+        return offset <= size() && length <= size() - offset;
+    }
+
+    template <typename Number>
+    [[nodiscard]] Number big(quint64 offset) const
+    {
+        return holds(offset, sizeof(Number)) ? qFromBigEndian<Number>(m_bytes.data() + offset)
+                                             : Number{0};
+    }
+
+    template <typename Number>
+    [[nodiscard]] Number little(quint64 offset) const
+    {
+        return holds(offset, sizeof(Number)) ? qFromLittleEndian<Number>(m_bytes.data() + offset)
+                                             : Number{0};
+    }
+
+    /// Compares four characters.
+    [[nodiscard]] bool has(quint64 offset, QByteArrayView mark) const
+    {
+        return holds(offset, static_cast<quint64>(mark.size())) &&
+               QByteArrayView(m_bytes).sliced(static_cast<qsizetype>(offset), mark.size()) == mark;
+    }
+
+    [[nodiscard]] QString shortBy(quint64 end) const
+    {
+        return QStringLiteral("it ends %1 bytes before its picture does; the file is not whole")
+            .arg(end - size());
+    }
+
+private:
+    const QByteArray& m_bytes;
+};
+
+Complaint tiffComplaint(const Bytes& file, const TiffStructure& tiff)
+{
+    if (tiff.leadsBeyondEnd()) {
+        return QStringLiteral("its table of contents leads beyond its end; the file is not whole");
+    }
+    quint64 end = 0;
+    for (const TiffDirectory& directory : tiff.directories()) {
+        for (const ByteRange& range : directory.pictureRanges()) {
+            if (range.offset != kNoOffset) {
+                end = std::max(end, range.offset + range.length);
+            }
+        }
+    }
+    return end > file.size() ? Complaint(file.shortBy(end)) : std::nullopt;
+}
+
+Complaint panasonicComplaint(const Bytes& file, const TiffStructure& tiff)
+{
+    if (tiff.directories().isEmpty()) {
+        return std::nullopt;
+    }
+    const TiffDirectory& main = tiff.directories().first();
+    const quint64 format = main.number(kPanasonicFormat);
+    const quint64 pixels = main.number(kPanasonicWidth) * main.number(kPanasonicHeight);
+    const quint64 offset = main.number(kPanasonicOffset);
+    if (offset == 0 || format > kPanasonicLastFixed) {
+        return std::nullopt;
+    }
+    const quint64 end = offset + (format == 4 ? pixels / 14 * 16 : pixels);
+    return end > file.size() ? Complaint(file.shortBy(end)) : std::nullopt;
+}
+
+/// ISO/IEC 14496-12, 4.2: boxes that follow each other to the end of the file.
+Complaint boxComplaint(const Bytes& file)
+{
+    quint64 offset = 0;
+    while (file.holds(offset, 8)) {
+        quint64 length = file.big<quint32>(offset);
+        if (length == 1) {
+            length = file.big<quint64>(offset + 8);
+        } else if (length == 0) {
+            return std::nullopt;
+        }
+        if (length < 8) {
+            return QStringLiteral("its structure is corrupt at byte %1").arg(offset);
+        }
+        if (!file.holds(offset, length)) {
+            return file.shortBy(offset + length);
+        }
+        offset += length;
+    }
+    return std::nullopt;
+}
+
+/// The header of Fujifilm's RAW files: offset and length of the preview, of the tables and of the
+/// sensor's data, from byte 84 on.
+Complaint fujiComplaint(const Bytes& file)
+{
+    for (quint64 entry = 84; entry <= 100; entry += 8) {
+        const quint64 end = quint64{file.big<quint32>(entry)} + file.big<quint32>(entry + 4);
+        if (!file.holds(0, 108) || end > file.size()) {
+            return file.shortBy(std::max<quint64>(end, 108));
+        }
+    }
+    return std::nullopt;
+}
+
+/// Canon's CRW is a heap whose directory stands at its end (the last four bytes say where).
+Complaint heapComplaint(const Bytes& file)
+{
+    const quint64 start = file.little<quint32>(2);
+    if (!file.holds(start, 6)) {
+        return QStringLiteral("its structure is corrupt at byte 2");
+    }
+    const quint64 table = start + file.little<quint32>(file.size() - 4);
+    const quint64 count = file.little<quint16>(table);
+    if (count == 0 || !file.holds(table, 2 + count * 10 + 4)) {
+        return QStringLiteral(
+            "its table of contents is not where its end says; the file is not whole");
+    }
+    for (quint64 entry = table + 2; entry < table + 2 + count * 10; entry += 10) {
+        // The two highest bits of the type say where the value is: 1 for in the entry itself.
+        const bool inEntry = (file.little<quint16>(entry) & 0xC000U) == 0x4000U;
+        const quint64 end =
+            start + file.little<quint32>(entry + 2) + file.little<quint32>(entry + 6);
+        if (!inEntry && end > file.size()) {
+            return QStringLiteral(
+                "its table of contents leads beyond its end; the file is not whole");
+        }
+    }
+    return std::nullopt;
+}
+
+/// Sigma's X3F: the last four bytes say where the directory is.
+Complaint foveonComplaint(const Bytes& file)
+{
+    const quint64 table = file.little<quint32>(file.size() - 4);
+    if (file.has(table, "SECd")) {
+        return std::nullopt;
+    }
+    return QStringLiteral("its table of contents is not where its end says; the file is not whole");
+}
+
+/// PNG (ISO/IEC 15948, 5.3): chunks up to IEND.
+Complaint pngComplaint(const Bytes& file)
+{
+    quint64 offset = 8;
+    while (file.holds(offset, 12)) {
+        const quint64 length = quint64{file.big<quint32>(offset)} + 12;
+        if (!file.holds(offset, length)) {
+            return file.shortBy(offset + length);
+        }
+        if (file.has(offset + 4, "IEND")) {
+            return std::nullopt;
+        }
+        offset += length;
+    }
+    return QStringLiteral("it ends before its picture does");
+}
+
+Complaint pictureComplaint(const Bytes& file)
+{
+    if (file.has(1, "PNG")) {
+        return pngComplaint(file);
+    }
+    if (file.has(0, "RIFF")) {
+        const quint64 end = quint64{file.little<quint32>(4)} + 8;
+        return end > file.size() ? Complaint(file.shortBy(end)) : std::nullopt;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<QString> FileStructure::complaint(const QByteArray& bytes, FileType type)
+{
+    const Bytes file(bytes);
+    if (bytes.isEmpty()) {
+        return QStringLiteral("it is empty");
+    }
+    if (file.has(4, "ftyp")) {
+        return boxComplaint(file);
+    }
+    if (file.has(0, "FUJIFILMCCD-RAW")) {
+        return fujiComplaint(file);
+    }
+    if (file.has(6, "HEAPCCDR")) {
+        return heapComplaint(file);
+    }
+    if (file.has(0, "FOVb")) {
+        return foveonComplaint(file);
+    }
+    if (const auto tiff = TiffStructure::parse(bytes)) {
+        const Complaint own = file.has(0, QByteArrayView("IIU\0", 4))
+                                  ? panasonicComplaint(file, *tiff)
+                                  : std::nullopt;
+        return own ? own : tiffComplaint(file, *tiff);
+    }
+    return type == FileType::Picture ? pictureComplaint(file) : std::nullopt;
+}

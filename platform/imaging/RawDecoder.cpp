@@ -1,0 +1,275 @@
+#include "RawDecoder.h"
+
+#include "BitmapImage.h"
+#include "JpegDecoder.h"
+#include "PictureLimits.h"
+#include "TiffStructure.h"
+
+#include <QRect>
+
+#include <libraw/libraw.h>
+#if defined(_OPENMP)
+#include <omp.h>
+#endif
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string_view>
+
+namespace
+{
+
+/// PPG: the best of LibRaw's interpolations that gives the same pixels with any number of threads.
+constexpr int kInterpolation = 2;
+
+/// LibRaw's mark of a crop whose place in the sensor is not stated.
+constexpr int kNoOrigin = 0xFFFF;
+
+// DNG 1.4, chapter 4: where the picture meant for display lies in the active area.
+constexpr quint16 kDefaultCropOrigin = 0xC61F;
+constexpr quint16 kDefaultCropSize = 0xC620;
+
+/// Warnings that mean that LibRaw was built without the decoder that the data need.
+constexpr unsigned kLacksDecoder = LIBRAW_WARN_NO_JPEGLIB | LIBRAW_WARN_NO_JASPER;
+
+/// LibRaw over a file in memory, which must outlive it.
+class RawFile final
+{
+public:
+    explicit RawFile(const QByteArray& bytes)
+        : m_libRaw(std::make_unique<LibRaw>())
+    {
+        m_libRaw->set_dataerror_handler(&RawFile::onDataError, this);
+        // LibRaw reads the buffer and never writes it, whatever its signature says.
+        m_status = m_libRaw->open_buffer(const_cast<char*>(bytes.constData()), // NOLINT
+                                         static_cast<std::size_t>(bytes.size()));
+    }
+
+    [[nodiscard]] LibRaw& libRaw() { return *m_libRaw; }
+
+    [[nodiscard]] int openStatus() const { return m_status; }
+
+    [[nodiscard]] bool dataErrors() const { return m_dataErrors; }
+
+private:
+    static void onDataError(void* object, const char* /*file*/, int /*offset*/)
+    {
+        static_cast<RawFile*>(object)->m_dataErrors = true;
+    }
+
+    std::unique_ptr<LibRaw> m_libRaw; // half a megabyte: not for a stack
+    int m_status{0};
+    bool m_dataErrors{false};
+};
+
+Error errorOf(int status)
+{
+    switch (status) {
+    case LIBRAW_FILE_UNSUPPORTED:
+    case LIBRAW_REQUEST_FOR_NONEXISTENT_IMAGE:
+    case LIBRAW_NOT_IMPLEMENTED:
+        return {ErrorCode::Unsupported,
+                QStringLiteral("it is no RAW photo of a kind that can be decoded")};
+    case LIBRAW_UNSUFFICIENT_MEMORY:
+    case LIBRAW_MEMPOOL_OVERFLOW:
+        return {ErrorCode::OutOfSpace, QStringLiteral("there is not enough memory to decode it")};
+    case LIBRAW_TOO_BIG:
+        return {ErrorCode::Unsupported, QStringLiteral("it says that its picture is too large")};
+    case LIBRAW_IO_ERROR:
+        return {ErrorCode::Damaged, QStringLiteral("it ends before its picture does")};
+    default:
+        return {ErrorCode::Damaged,
+                QStringLiteral("its picture data are corrupt (%1)")
+                    .arg(QString::fromLatin1(libraw_strerror(status)))};
+    }
+}
+
+void setParameters(libraw_output_params_t& parameters)
+{
+    parameters.use_camera_wb = 1;
+    parameters.no_auto_bright = 1;
+    parameters.output_bps = 16;
+    parameters.gamm[0] = 1.0;
+    parameters.gamm[1] = 1.0;
+    parameters.output_color = 1; // sRGB primaries
+    parameters.user_flip = 0;
+    parameters.user_qual = kInterpolation;
+    parameters.adjust_maximum_thr = 0.0F;
+    parameters.highlight = 0; // clipped
+}
+
+/// LibRaw decodes the strips of compressed Fujifilm files in threads that share its input; one
+/// thread keeps the order of its reads, and of its complaints, the same each time.
+class FujiOnOneThread final
+{
+public:
+    explicit FujiOnOneThread([[maybe_unused]] bool fuji)
+    {
+#if defined(_OPENMP)
+        m_threads = omp_get_max_threads();
+        if (fuji) {
+            omp_set_num_threads(1);
+        }
+#endif
+    }
+
+    ~FujiOnOneThread()
+    {
+#if defined(_OPENMP)
+        omp_set_num_threads(m_threads);
+#endif
+    }
+
+    FujiOnOneThread(const FujiOnOneThread&) = delete;
+    FujiOnOneThread& operator=(const FujiOnOneThread&) = delete;
+
+private:
+    [[maybe_unused]] int m_threads{1};
+};
+
+std::optional<Error> process(RawFile& file)
+{
+    LibRaw& libRaw = file.libRaw();
+    if (file.openStatus() != LIBRAW_SUCCESS) {
+        return errorOf(file.openStatus());
+    }
+    const auto& sizes = libRaw.imgdata.sizes;
+    if (!PictureLimits::holds(sizes.raw_width, sizes.raw_height) ||
+        !PictureLimits::holds(sizes.width, sizes.height)) {
+        return errorOf(LIBRAW_TOO_BIG);
+    }
+    setParameters(libRaw.imgdata.params);
+    const std::string_view make(&libRaw.imgdata.idata.make[0]);
+    const FujiOnOneThread oneThread(make.starts_with("Fuji"));
+    int status = libRaw.unpack();
+    if (status == LIBRAW_SUCCESS && !file.dataErrors()) {
+        status = libRaw.dcraw_process();
+    }
+    if (status != LIBRAW_SUCCESS) {
+        return errorOf(status);
+    }
+    if (file.dataErrors()) {
+        return Error{ErrorCode::Damaged, QStringLiteral("its picture data are corrupt")};
+    }
+    if ((libRaw.imgdata.process_warnings & kLacksDecoder) != 0 || libRaw.imgdata.image == nullptr) {
+        return errorOf(LIBRAW_FILE_UNSUPPORTED);
+    }
+    return std::nullopt;
+}
+
+/// The crop in coordinates of the visible area; empty where none is stated.
+QRect statedCrop(LibRaw& libRaw, const QByteArray& bytes)
+{
+    const auto& sizes = libRaw.imgdata.sizes;
+    const auto& inset = sizes.raw_inset_crop;
+    if (inset.cwidth > 0 && inset.cheight > 0 && inset.cleft != kNoOrigin &&
+        inset.ctop != kNoOrigin) {
+        return {inset.cleft - sizes.left_margin,
+                inset.ctop - sizes.top_margin,
+                inset.cwidth,
+                inset.cheight};
+    }
+    if (libRaw.imgdata.idata.dng_version == 0) {
+        return {};
+    }
+    const auto tiff = TiffStructure::parse(bytes);
+    const TiffDirectory* const raw = tiff ? tiff->rawDirectory() : nullptr;
+    if (raw == nullptr) {
+        return {};
+    }
+    const auto origin = raw->values(kDefaultCropOrigin);
+    const auto size = raw->values(kDefaultCropSize);
+    if (origin.size() != 2 || size.size() != 2) {
+        return {};
+    }
+    const auto whole = [](double value) {
+        return static_cast<int>(std::clamp(value, 0.0, double(PictureLimits::kMaximumSide)));
+    };
+    return {whole(origin[0]), whole(origin[1]), whole(size[0]), whole(size[1])};
+}
+
+/// The part of the processed picture that is kept; `visible` is the size before processing.
+QRect keptArea(LibRaw& libRaw, QSize visible, const QByteArray& bytes)
+{
+    const auto& sizes = libRaw.imgdata.sizes;
+    const QRect all(0, 0, sizes.width, sizes.height);
+    // Turned or stretched pictures no longer lie as the crop's coordinates say.
+    if (visible != all.size()) {
+        return all;
+    }
+    const QRect crop = statedCrop(libRaw, bytes);
+    // A crop that leaves less than three quarters is no trimming of borders.
+    const bool plausible = all.contains(crop) && crop.width() * 4 >= all.width() * 3 &&
+                           crop.height() * 4 >= all.height() * 3;
+    return plausible ? crop : all;
+}
+
+Bitmap copyArea(const LibRaw& libRaw, int stride, const QRect& area)
+{
+    Bitmap bitmap(area.width(), area.height(), Transfer::Linear);
+    const bool grey = libRaw.imgdata.idata.colors == 1;
+    for (int y = 0; y < area.height(); ++y) {
+        const auto start =
+            static_cast<std::size_t>(area.top() + y) * static_cast<std::size_t>(stride) +
+            static_cast<std::size_t>(area.left());
+        const ushort(*pixel)[4] = libRaw.imgdata.image + start; // NOLINT(*-avoid-c-arrays)
+        const auto row = bitmap.row(y);
+        for (std::size_t i = 0; i < row.size(); i += 3, ++pixel) {
+            row[i] = (*pixel)[0];
+            row[i + 1] = (*pixel)[grey ? 0 : 1];
+            row[i + 2] = (*pixel)[grey ? 0 : 2];
+        }
+    }
+    return bitmap;
+}
+
+std::optional<QImage> imageOf(const libraw_thumbnail_t& thumbnail)
+{
+    const QByteArrayView data(thumbnail.thumb, static_cast<qsizetype>(thumbnail.tlength));
+    if (thumbnail.tformat == LIBRAW_THUMBNAIL_JPEG) {
+        const auto bitmap = JpegDecoder::decode(data);
+        return bitmap.ok() ? std::optional(BitmapImage::toImage(bitmap.value())) : std::nullopt;
+    }
+    const qsizetype needed = qsizetype{thumbnail.twidth} * thumbnail.theight * 3;
+    if (thumbnail.tformat != LIBRAW_THUMBNAIL_BITMAP || needed == 0 || data.size() < needed) {
+        return std::nullopt;
+    }
+    const QImage view(reinterpret_cast<const uchar*>(data.data()),
+                      thumbnail.twidth,
+                      thumbnail.theight,
+                      qsizetype{thumbnail.twidth} * 3,
+                      QImage::Format_RGB888);
+    return view.copy();
+}
+
+} // namespace
+
+Result<Bitmap> RawDecoder::decode(const QByteArray& bytes)
+{
+    try {
+        RawFile file(bytes);
+        const auto& sizes = file.libRaw().imgdata.sizes;
+        const QSize visible(sizes.width, sizes.height);
+        if (const auto failure = process(file)) {
+            return *failure;
+        }
+        return copyArea(file.libRaw(), sizes.width, keptArea(file.libRaw(), visible, bytes));
+    } catch (const std::bad_alloc&) {
+        return errorOf(LIBRAW_UNSUFFICIENT_MEMORY);
+    }
+}
+
+std::optional<QImage> RawDecoder::preview(const QByteArray& bytes)
+{
+    try {
+        RawFile file(bytes);
+        if (file.openStatus() != LIBRAW_SUCCESS || file.libRaw().unpack_thumb() != LIBRAW_SUCCESS) {
+            return std::nullopt;
+        }
+        return imageOf(file.libRaw().imgdata.thumbnail);
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+}

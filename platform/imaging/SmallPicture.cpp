@@ -1,0 +1,167 @@
+#include "SmallPicture.h"
+
+#include "Correlation.h"
+#include "SrgbTransfer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace
+{
+
+constexpr int kLongestSide = 96;
+
+/// Lightness weights of the sRGB primaries (ITU-R BT.709).
+constexpr double kRed = 0.2126;
+constexpr double kGreen = 0.7152;
+constexpr double kBlue = 0.0722;
+
+QSize smallSize(QSize size)
+{
+    if (size.width() <= kLongestSide && size.height() <= kLongestSide) {
+        return size;
+    }
+    return size.scaled(kLongestSide, kLongestSide, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+}
+
+/// Averages of the source pixels that fall into each small one; `lightness(row)` gives a source
+/// row's values.
+template <typename RowLightness>
+void average(QSize from, QSize into, const RowLightness& lightness, std::vector<float>& values)
+{
+    std::vector<double> sums(values.size(), 0.0);
+    std::vector<int> counts(values.size(), 0);
+    std::vector<float> row(static_cast<std::size_t>(from.width()));
+    for (int y = 0; y < from.height(); ++y) {
+        lightness(y, row);
+        const auto line = static_cast<std::size_t>(qint64{y} * into.height() / from.height()) *
+                          static_cast<std::size_t>(into.width());
+        for (int x = 0; x < from.width(); ++x) {
+            const auto cell =
+                line + static_cast<std::size_t>(qint64{x} * into.width() / from.width());
+            sums[cell] += static_cast<double>(row[static_cast<std::size_t>(x)]);
+            ++counts[cell];
+        }
+    }
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        values[i] = static_cast<float>(sums[i] / std::max(counts[i], 1));
+    }
+}
+
+} // namespace
+
+SmallPicture::SmallPicture(QSize size, QSize original)
+    : m_width(size.width())
+    , m_height(size.height())
+    , m_original(original)
+    , m_values(static_cast<std::size_t>(size.width()) * static_cast<std::size_t>(size.height()))
+{
+}
+
+SmallPicture SmallPicture::of(const Bitmap& bitmap)
+{
+    SmallPicture small(smallSize(bitmap.size()), bitmap.size());
+    const auto lightness = [&](int y, std::vector<float>& row) {
+        const auto values = bitmap.row(y);
+        for (std::size_t x = 0; x < row.size(); ++x) {
+            row[x] = static_cast<float>(
+                (kRed * values[3 * x] + kGreen * values[3 * x + 1] + kBlue * values[3 * x + 2]) /
+                65535.0);
+        }
+    };
+    average(bitmap.size(), {small.m_width, small.m_height}, lightness, small.m_values);
+    if (bitmap.transfer() == Transfer::Linear) {
+        const SrgbTransfer& tables = SrgbTransfer::tables();
+        for (float& value : small.m_values) {
+            const auto linear = static_cast<quint16>(std::lround(value * 65535.0F));
+            value = static_cast<float>(tables.encoded(linear)) / 65535.0F;
+        }
+    }
+    return small;
+}
+
+SmallPicture SmallPicture::of(const QImage& image)
+{
+    const QImage rgb = image.convertToFormat(QImage::Format_RGB888);
+    SmallPicture small(smallSize(rgb.size()), rgb.size());
+    const auto lightness = [&](int y, std::vector<float>& row) {
+        const uchar* pixel = rgb.constScanLine(y);
+        for (float& value : row) {
+            value = static_cast<float>((kRed * pixel[0] + kGreen * pixel[1] + kBlue * pixel[2]) /
+                                       255.0);
+            pixel += 3;
+        }
+    };
+    average(rgb.size(), {small.m_width, small.m_height}, lightness, small.m_values);
+    return small;
+}
+
+SmallPicture SmallPicture::turned() const
+{
+    SmallPicture result({m_height, m_width}, m_original.transposed());
+    std::size_t next = 0;
+    for (int y = 0; y < result.m_height; ++y) {
+        for (int x = 0; x < result.m_width; ++x) {
+            result.m_values[next++] = at(y, m_height - 1 - x);
+        }
+    }
+    return result;
+}
+
+SmallPicture SmallPicture::sampled(const QRectF& area, QSize size) const
+{
+    SmallPicture result(size, m_original);
+    const auto place = [](double start, double length, int index, int count, int side) {
+        const double position = (start + length * (index + 0.5) / count) * side - 0.5;
+        return std::clamp(position, 0.0, side - 1.0);
+    };
+    std::size_t next = 0;
+    for (int y = 0; y < size.height(); ++y) {
+        const double row = place(area.top(), area.height(), y, size.height(), m_height);
+        const int top = static_cast<int>(row);
+        const int bottom = std::min(top + 1, m_height - 1);
+        for (int x = 0; x < size.width(); ++x) {
+            const double column = place(area.left(), area.width(), x, size.width(), m_width);
+            const int left = static_cast<int>(column);
+            const int right = std::min(left + 1, m_width - 1);
+            const auto across = static_cast<float>(column - left);
+            const float upper = std::lerp(at(left, top), at(right, top), across);
+            const float lower = std::lerp(at(left, bottom), at(right, bottom), across);
+            result.m_values[next++] = std::lerp(upper, lower, static_cast<float>(row - top));
+        }
+    }
+    return result;
+}
+
+double SmallPicture::mean() const
+{
+    return m_values.empty() ? 0.0
+                            : std::accumulate(m_values.begin(), m_values.end(), 0.0) /
+                                  static_cast<double>(m_values.size());
+}
+
+double SmallPicture::deviation() const
+{
+    const double middle = mean();
+    double sum = 0.0;
+    for (const float value : m_values) {
+        sum += (value - middle) * (value - middle);
+    }
+    return m_values.empty() ? 0.0 : std::sqrt(sum / static_cast<double>(m_values.size()));
+}
+
+double SmallPicture::neighbourCorrelation() const
+{
+    std::vector<float> here;
+    std::vector<float> right;
+    std::vector<float> below;
+    for (int y = 0; y + 1 < m_height; ++y) {
+        for (int x = 0; x + 1 < m_width; ++x) {
+            here.push_back(at(x, y));
+            right.push_back(at(x + 1, y));
+            below.push_back(at(x, y + 1));
+        }
+    }
+    return std::min(Correlation::ofValues(here, right), Correlation::ofValues(here, below));
+}

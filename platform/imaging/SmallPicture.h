@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Bitmap.h"
+
+#include <QImage>
+#include <QRectF>
+
+#include <vector>
+
+/// The lightness of a picture, averaged down to at most 96 pixels a side: enough to tell scenes
+/// apart, coarse enough to forget sharpening, noise and compression. A value type.
+class SmallPicture final
+{
+public:
+    [[nodiscard]] static SmallPicture of(const Bitmap& bitmap);
+    [[nodiscard]] static SmallPicture of(const QImage& image);
+
+    [[nodiscard]] int width() const { return m_width; }
+
+    [[nodiscard]] int height() const { return m_height; }
+
+    [[nodiscard]] bool isNull() const { return m_width == 0; }
+
+    /// Size of the picture that it was made from, in pixels.
+    [[nodiscard]] QSize original() const { return m_original; }
+
+    /// sRGB encoded lightness 0..1, row by row.
+    [[nodiscard]] const std::vector<float>& values() const { return m_values; }
+
+    [[nodiscard]] float at(int x, int y) const
+    {
+        return m_values[static_cast<std::size_t>(y) * static_cast<std::size_t>(m_width) +
+                        static_cast<std::size_t>(x)];
+    }
+
+    /// A quarter turn clockwise.
+    [[nodiscard]] SmallPicture turned() const;
+    /// The part `area` (fractions 0..1 of the sides), sampled at `size` points.
+    [[nodiscard]] SmallPicture sampled(const QRectF& area, QSize size) const;
+
+    [[nodiscard]] double mean() const;
+    [[nodiscard]] double deviation() const;
+    /// Correlation of pixels with their right and lower neighbours, the smaller of the two; 0 for a
+    /// flat picture.
+    [[nodiscard]] double neighbourCorrelation() const;
+
+private:
+    SmallPicture(QSize size, QSize original);
+
+    int m_width{0};
+    int m_height{0};
+    QSize m_original;
+    std::vector<float> m_values;
+};
