@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <iterator>
 #include <string>
@@ -132,7 +133,8 @@ constexpr std::array kKeysOfSize{
     std::string_view("Exif.Photo.FocalPlaneResolutionUnit"),
 };
 
-/// Where RAW files have tags that a JPEG has in another directory.
+/// Where RAW files have tags that a JPEG has in another directory (TIFF/EP and Panasonic put them
+/// into the first one). The value moves unless the JPEG's own place is taken.
 struct Move {
     const char* from;
     const char* to;
@@ -147,9 +149,19 @@ constexpr std::array kMoves{
     Move{"Exif.Image.LensInfo", "Exif.Photo.LensSpecification"},
     Move{"Exif.Image.ExposureTime", "Exif.Photo.ExposureTime"},
     Move{"Exif.Image.FNumber", "Exif.Photo.FNumber"},
+    Move{"Exif.Image.ExposureProgram", "Exif.Photo.ExposureProgram"},
     Move{"Exif.Image.ISOSpeedRatings", "Exif.Photo.ISOSpeedRatings"},
-    Move{"Exif.Image.FocalLength", "Exif.Photo.FocalLength"},
     Move{"Exif.Image.DateTimeOriginal", "Exif.Photo.DateTimeOriginal"},
+    Move{"Exif.Image.ShutterSpeedValue", "Exif.Photo.ShutterSpeedValue"},
+    Move{"Exif.Image.ApertureValue", "Exif.Photo.ApertureValue"},
+    Move{"Exif.Image.BrightnessValue", "Exif.Photo.BrightnessValue"},
+    Move{"Exif.Image.ExposureBiasValue", "Exif.Photo.ExposureBiasValue"},
+    Move{"Exif.Image.MaxApertureValue", "Exif.Photo.MaxApertureValue"},
+    Move{"Exif.Image.SubjectDistance", "Exif.Photo.SubjectDistance"},
+    Move{"Exif.Image.MeteringMode", "Exif.Photo.MeteringMode"},
+    Move{"Exif.Image.LightSource", "Exif.Photo.LightSource"},
+    Move{"Exif.Image.Flash", "Exif.Photo.Flash"},
+    Move{"Exif.Image.FocalLength", "Exif.Photo.FocalLength"},
 };
 
 template <typename Data, typename Predicate>
@@ -188,6 +200,14 @@ bool isUntrue(const Exiv2::Exifdatum& datum)
     return isPicture || contains(kUntrueKeys, datum.key());
 }
 
+/// Damaged directories hold entries of types that no reader takes (TIFF 6.0 knows 1 to 12, its
+/// supplement 13).
+bool isOfKnownType(const Exiv2::Exifdatum& datum)
+{
+    return MetadataPruning::isOfMakerNote(datum.groupName()) ||
+           (datum.typeId() >= Exiv2::unsignedByte && datum.typeId() <= Exiv2::tiffIfd);
+}
+
 bool has(const Exiv2::ExifData& exif, const char* key)
 {
     return exif.findKey(Exiv2::ExifKey(key)) != exif.end();
@@ -197,20 +217,36 @@ void moveTags(Exiv2::ExifData& exif)
 {
     for (const Move& move : kMoves) {
         const auto found = exif.findKey(Exiv2::ExifKey(move.from));
-        if (found != exif.end() && found->count() > 0 && !has(exif, move.to)) {
-            const auto value = found->getValue();
-            exif.add(Exiv2::ExifKey(move.to), value.get());
+        if (found == exif.end()) {
+            continue;
+        }
+        const Exiv2::Exifdatum datum = *found;
+        exif.erase(found);
+        if (datum.count() > 0 && !has(exif, move.to)) {
+            exif.add(Exiv2::ExifKey(move.to), &datum.value());
         }
     }
 }
 
-bool hasSize(const Exiv2::ExifData& exif, QSize pixels)
+double numberOf(const Exiv2::ExifData& exif, const char* key)
 {
-    const auto width = exif.findKey(Exiv2::ExifKey("Exif.Photo.PixelXDimension"));
-    const auto height = exif.findKey(Exiv2::ExifKey("Exif.Photo.PixelYDimension"));
-    return width != exif.end() && height != exif.end() && width->count() == 1 &&
-           height->count() == 1 && width->toLong() == pixels.width() &&
-           height->toLong() == pixels.height();
+    const auto found = exif.findKey(Exiv2::ExifKey(key));
+    return found == exif.end() || found->count() == 0 ? 0.0 : static_cast<double>(found->toLong(0));
+}
+
+/// Whether one pixel of the copy shows what one of the original did: makers and decoders disagree
+/// over a few at the edges, which is not a reduction.
+bool hasScaleOfOriginal(const ImageProperties::Content& content, QSize pixels)
+{
+    constexpr double kEdges = 0.03;
+    double width = numberOf(content.exif, "Exif.Photo.PixelXDimension");
+    double height = numberOf(content.exif, "Exif.Photo.PixelYDimension");
+    if (width <= 0.0 || height <= 0.0) {
+        width = content.pixels.width();
+        height = content.pixels.height();
+    }
+    return std::abs(pixels.width() - width) <= kEdges * width &&
+           std::abs(pixels.height() - height) <= kEdges * height;
 }
 
 /// What the standard asks of every JPEG (CIPA DC-008, 4.6.8), where the original does not say it.
@@ -255,8 +291,10 @@ void makeExifTrue(ImageProperties::Content& content, QSize pixels)
 {
     Exiv2::ExifData& exif = content.exif;
     moveTags(exif);
-    eraseWhere(exif, isUntrue);
-    if (!hasSize(exif, pixels)) {
+    eraseWhere(exif, [](const Exiv2::Exifdatum& datum) {
+        return isUntrue(datum) || !isOfKnownType(datum);
+    });
+    if (!hasScaleOfOriginal(content, pixels)) {
         eraseWhere(
             exif, [](const Exiv2::Exifdatum& datum) { return contains(kKeysOfSize, datum.key()); });
     }

@@ -17,15 +17,34 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+constexpr const char* kWholeMakerNote = "Exif.Photo.MakerNote";
+
 /// Exiv2 leaves out tags above this size by itself when a block grows too large, without a word.
 constexpr long kDropsAbove = 4096;
 
-qsizetype sizeOf(const Exiv2::ExifData& exif)
+/// Parts of a maker note above this size are dumps for the maker's service, or pictures.
+constexpr long kLargePart = 1024;
+
+bool isPartOfMakerNote(const Exiv2::Exifdatum& datum)
+{
+    return MetadataPruning::isOfMakerNote(datum.groupName());
+}
+
+bool hasPartsOfMakerNote(const Exiv2::ExifData& exif)
+{
+    return std::any_of(exif.begin(), exif.end(), isPartOfMakerNote);
+}
+
+/// About as many bytes as the block will have. A decoded maker note is written from its parts.
+qsizetype estimatedSize(const Exiv2::ExifData& exif)
 {
     constexpr qsizetype kEntry = 12;
+    const bool isDecoded = hasPartsOfMakerNote(exif);
     qsizetype size = 0;
     for (const Exiv2::Exifdatum& datum : exif) {
-        size += kEntry + datum.size() + datum.sizeDataArea();
+        if (!isDecoded || datum.key() != kWholeMakerNote) {
+            size += kEntry + datum.size() + datum.sizeDataArea();
+        }
     }
     return size;
 }
@@ -35,8 +54,9 @@ bool isComplete(const Exiv2::Blob& block, const Exiv2::ExifData& exif)
 {
     Exiv2::ExifData written;
     Exiv2::ExifParser::decode(written, block.data(), static_cast<uint32_t>(block.size()));
-    return std::all_of(exif.begin(), exif.end(), [&written](const Exiv2::Exifdatum& datum) {
-        return datum.size() <= kDropsAbove || datum.key() == "Exif.Photo.MakerNote" ||
+    return std::all_of(exif.begin(), exif.end(), [&](const Exiv2::Exifdatum& datum) {
+        return datum.size() <= kDropsAbove ||
+               (datum.key() == kWholeMakerNote && hasPartsOfMakerNote(exif)) ||
                written.findKey(Exiv2::ExifKey(datum.key())) != written.end();
     });
 }
@@ -48,12 +68,34 @@ bool hasGroup(const Exiv2::ExifData& exif, std::string_view group)
     });
 }
 
-bool hasMakerNote(const Exiv2::ExifData& exif)
+bool isSmaller(const Exiv2::Exifdatum& left, const Exiv2::Exifdatum& right)
 {
-    return std::any_of(exif.begin(), exif.end(), [](const Exiv2::Exifdatum& datum) {
-        return MetadataPruning::isOfMakerNote(datum.groupName()) ||
-               datum.key() == "Exif.Photo.MakerNote";
-    });
+    return left.size() < right.size();
+}
+
+QString takeOut(Exiv2::ExifData& exif, Exiv2::ExifData::iterator datum)
+{
+    const QString key = QString::fromStdString(datum->key());
+    exif.erase(datum);
+    return key;
+}
+
+/// The largest part of the maker note while there are large ones, then the note.
+QString trimMakerNote(ImageProperties::Content& content)
+{
+    Exiv2::ExifData& exif = content.exif;
+    auto largest = exif.end();
+    for (auto datum = exif.begin(); datum != exif.end(); ++datum) {
+        if (isPartOfMakerNote(*datum) && datum->size() > kLargePart &&
+            (largest == exif.end() || isSmaller(*largest, *datum))) {
+            largest = datum;
+        }
+    }
+    if (largest != exif.end()) {
+        return takeOut(exif, largest);
+    }
+    MetadataPruning::removeMakerNote(content);
+    return u"the maker note"_s;
 }
 
 /// Takes the least useful part out and returns its name; nothing where nothing is left.
@@ -64,20 +106,11 @@ QString trimExif(ImageProperties::Content& content)
         Exiv2::ExifThumb(exif).erase();
         return u"the thumbnail"_s;
     }
-    if (hasMakerNote(exif)) {
-        MetadataPruning::removeMakerNote(content);
-        return u"the maker note"_s;
+    if (hasPartsOfMakerNote(exif) || exif.findKey(Exiv2::ExifKey(kWholeMakerNote)) != exif.end()) {
+        return trimMakerNote(content);
     }
-    const auto largest =
-        std::max_element(exif.begin(), exif.end(), [](const auto& left, const auto& right) {
-            return left.size() < right.size();
-        });
-    if (largest == exif.end()) {
-        return {};
-    }
-    const QString key = QString::fromStdString(largest->key());
-    exif.erase(largest);
-    return key;
+    const auto largest = std::max_element(exif.begin(), exif.end(), isSmaller);
+    return largest == exif.end() ? QString() : takeOut(exif, largest);
 }
 
 void logTrimmed(const QString& block, const QStringList& parts)
@@ -158,6 +191,8 @@ namespace MetadataTrimming
 
 QByteArray encodeExif(ImageProperties::Content& content, qsizetype largest)
 {
+    // The estimate leaves out headers and padding of the directories.
+    constexpr qsizetype kMargin = 2048;
     QStringList trimmed;
     Exiv2::Blob block;
     while (!content.exif.empty()) {
@@ -165,8 +200,9 @@ QByteArray encodeExif(ImageProperties::Content& content, qsizetype largest)
         // What cannot be written is treated as what does not fit.
         static_cast<void>(MetadataAdapter::attempt([&] {
             Exiv2::ExifParser::encode(block, content.byteOrder, content.exif);
-            isWhole = std::ssize(block) <= largest &&
-                      (sizeOf(content.exif) <= largest || isComplete(block, content.exif));
+            isWhole =
+                std::ssize(block) <= largest && (estimatedSize(content.exif) <= largest - kMargin ||
+                                                 isComplete(block, content.exif));
         }));
         if (isWhole) {
             break;
