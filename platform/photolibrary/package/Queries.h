@@ -37,6 +37,8 @@ public:
 
     [[nodiscard]] SQLite::Column column(int index) { return m_statement.getColumn(index); }
 
+    [[nodiscard]] int columnCount() const { return m_statement.getColumnCount(); }
+
 private:
     SQLite::Statement& m_statement;
 };

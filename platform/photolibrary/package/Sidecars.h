@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Changes.h"
+#include "Connection.h"
+#include "Result.h"
+
+/// The property lists beside the databases from which the photo application rebuilds them: of
+/// masters, versions, albums and folders, the list of keywords, and DataModelVersion.plist.
+namespace Sidecars
+{
+
+/// Brings what `changes` names in step with the databases, outside a transaction that is still to
+/// be committed. Existing files are edited, so keys unknown here survive; missing and damaged ones
+/// are made anew; those of albums and folders that are gone are removed. A file that already says
+/// what it should stays untouched, so calling again after an interruption costs little.
+/// `now`: the moment of writing, seconds since 2001-01-01T00:00:00 UTC.
+/// Errors: NotWritable, OutOfSpace, Unreadable; SQLite::Exception.
+[[nodiscard]] Result<void> write(Connection& connection, const Changes& changes, double now);
+
+} // namespace Sidecars

@@ -1,0 +1,190 @@
+#include "VersionSidecar.h"
+
+#include "PropertyList.h"
+#include "Queries.h"
+#include "SidecarFile.h"
+#include "SidecarValues.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int kFormatVersion = 110;
+constexpr int kFormatMinorVersion = 226;
+
+/// The properties of a version, by key.
+QVariantMap properties(Connection& connection, const char* sql, qint64 version)
+{
+    QVariantMap found;
+    for (Sql::Query query(connection, sql, version); query.next();) {
+        found.insert(Sql::text(query.column(0)), Sql::value(query.column(1)));
+    }
+    return found;
+}
+
+/// Makes the dictionary under `key` say what `wanted` says; no dictionary for nothing.
+void mirrorAll(QVariantMap& content, const QString& key, const QVariantMap& wanted)
+{
+    const QVariantMap old = content.value(key).toMap();
+    QVariantMap dictionary;
+    for (auto entry = wanted.begin(); entry != wanted.end(); ++entry) {
+        if (old.contains(entry.key())) {
+            dictionary.insert(entry.key(), old.value(entry.key()));
+        }
+        SidecarValues::mirror(dictionary, entry.key(), entry.value());
+    }
+    SidecarValues::mirror(content, key, dictionary.isEmpty() ? QVariant() : QVariant(dictionary));
+}
+
+class VersionContent final
+{
+public:
+    VersionContent(Connection& connection, qint64 version, QVariantMap& content)
+        : m_connection(connection)
+        , m_version(version)
+        , m_content(content)
+    {
+    }
+
+    void mirror()
+    {
+        mirrorColumns();
+        mirrorKeywords();
+        mirrorWords();
+        mirrorCamera();
+        mirrorAdjustments();
+        if (m_content.value(u"versionNumber"_s).toLongLong() == 1) {
+            mirrorProxies();
+        }
+        m_content.insert(u"version"_s, qlonglong{kFormatVersion});
+        m_content.insert(u"minorVersion"_s, qlonglong{kFormatMinorVersion});
+    }
+
+private:
+    void mirrorColumns()
+    {
+        Sql::Query row(m_connection, "SELECT * FROM RKVersion WHERE modelId=?", m_version);
+        if (row.next()) {
+            SidecarValues::mirrorRow(m_content,
+                                     row,
+                                     {u"masterId"_s,
+                                      u"adjSeqNum"_s,
+                                      u"hasNotes"_s,
+                                      u"hasKeywords"_s,
+                                      u"exifLatitude"_s,
+                                      u"exifLongitude"_s});
+        }
+    }
+
+    void mirrorKeywords()
+    {
+        m_keywords = Sql::texts(m_connection,
+                                "SELECT k.name FROM RKKeywordForVersion f JOIN RKKeyword k"
+                                " ON k.modelId=f.keywordId WHERE f.versionId=? ORDER BY f.modelId",
+                                m_version);
+        if (m_keywords.isEmpty()) {
+            m_content.remove(u"keywords"_s);
+        } else {
+            SidecarValues::mirrorNames(m_content, u"keywords"_s, m_keywords);
+        }
+    }
+
+    /// IPTC properties. The application adds the keywords of the visible version as one text,
+    /// which has no row in the databases.
+    void mirrorWords()
+    {
+        const QString key = u"iptcProperties"_s;
+        const QString joined = u"Keywords"_s;
+        QVariantMap wanted =
+            properties(m_connection,
+                       "SELECT p.propertyKey,s.stringProperty FROM RKIptcProperty p"
+                       " JOIN RKUniqueString s ON s.modelId=p.stringId WHERE p.versionId=?",
+                       m_version);
+        const bool hadJoined = m_content.value(key).toMap().contains(joined);
+        if (hadJoined && !wanted.contains(joined) && !m_keywords.isEmpty()) {
+            QStringList sorted = m_keywords;
+            sorted.sort(Qt::CaseInsensitive);
+            wanted.insert(joined, sorted.join(u", "_s));
+        }
+        mirrorAll(m_content, key, wanted);
+    }
+
+    /// EXIF properties. The date among them is the version's, its row a mere placeholder.
+    void mirrorCamera()
+    {
+        QVariantMap wanted =
+            properties(m_connection,
+                       "SELECT p.propertyKey,s.stringProperty FROM RKExifStringProperty p"
+                       " JOIN RKUniqueString s ON s.modelId=p.stringId WHERE p.versionId=?",
+                       m_version);
+        wanted.insert(properties(m_connection,
+                                 "SELECT propertyKey,numberProperty FROM RKExifNumberProperty"
+                                 " WHERE versionId=?",
+                                 m_version));
+        const QVariant date = m_content.value(u"imageDate"_s);
+        if (date.isValid()) {
+            wanted.insert(u"ImageDate"_s, date);
+        }
+        mirrorAll(m_content, u"exifProperties"_s, wanted);
+    }
+
+    void mirrorAdjustments()
+    {
+        const QString uuid = m_content.value(u"uuid"_s).toString();
+        Sql::Query query(m_connection,
+                         "SELECT adjIndex,data,dbVersion,isEnabled,modelId,name,uuid FROM"
+                         " RKImageAdjustment WHERE versionUuid=? ORDER BY adjIndex,modelId",
+                         uuid);
+        const QVariantList rows = SidecarValues::rows(query);
+        const QVariantList old = m_content.value(u"RKImageAdjustments"_s).toList();
+        const bool same =
+            rows.size() == old.size() &&
+            std::ranges::all_of(rows, [&old](const QVariant& row) { return old.contains(row); });
+        if (rows.isEmpty()) {
+            m_content.remove(u"RKImageAdjustments"_s);
+        } else if (!same) {
+            m_content.insert(u"RKImageAdjustments"_s, rows);
+        }
+    }
+
+    void mirrorProxies()
+    {
+        const QString key = u"imageProxyState"_s;
+        QVariantMap state = m_content.value(key).toMap();
+        Sql::Query row(
+            m_connection, "SELECT * FROM RKImageProxyState WHERE versionId=? LIMIT 1", m_version);
+        if (row.next()) {
+            SidecarValues::mirrorRow(state, row, {u"modelId"_s, u"versionId"_s});
+            m_content.insert(key, state);
+        } else {
+            m_content.remove(key);
+        }
+    }
+
+    Connection& m_connection;
+    qint64 m_version;
+    QVariantMap& m_content;
+    QStringList m_keywords;
+};
+
+} // namespace
+
+Result<void>
+VersionSidecar::write(Connection& connection, qint64 version, const QString& folder, double now)
+{
+    const std::optional<qint64> number = Sql::firstInteger(
+        connection, "SELECT versionNumber FROM RKVersion WHERE modelId=?", version);
+    if (!number) {
+        return {};
+    }
+    const QString path = u"%1/Version-%2.apversion"_s.arg(folder).arg(*number);
+    Result<SidecarFile> file = SidecarFile::open(path, SidecarFile::Form::Binary);
+    if (!file.ok()) {
+        return file.error();
+    }
+    VersionContent(connection, version, file.value().content()).mirror();
+    return file.value().saveStamped(now);
+}
