@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QLocale>
 
 #include <utility>
 
@@ -95,7 +96,9 @@ public:
 
     void setDate(const PhotoDate& date) override
     {
-        write(QStringLiteral("setDate %1 %2").arg(date.secondsSince2001).arg(date.zoneName),
+        write(QStringLiteral("setDate %1 %2")
+                  .arg(date.secondsSince2001, 0, 'f', QLocale::FloatingPointShortest)
+                  .arg(date.zoneName),
               &FakePhotoRecord::date,
               date);
     }

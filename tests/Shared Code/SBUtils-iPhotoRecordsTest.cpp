@@ -1,0 +1,229 @@
+#include "BridgeFixture.h"
+
+using namespace Qt::StringLiterals;
+
+// The record lists of the bridge.
+
+namespace
+{
+
+class RecordsTest : public BridgeFixture
+{
+protected:
+    [[nodiscard]] QList<qsizetype> lengths() const
+    {
+        return {m_bridge.sizeList().size(),
+                m_bridge.idList().size(),
+                m_bridge.filenameList().size(),
+                m_bridge.dimsList().size(),
+                m_bridge.dateList().size(),
+                m_bridge.hashList().size(),
+                m_bridge.pathList().size(),
+                m_bridge.originalsPathList().size(),
+                m_bridge.heights().size()};
+    }
+
+    /// Loads one photo with the record, changed at one key.
+    void loadWith(const QString& key, const QVariant& value)
+    {
+        QVariantMap record = completeRecord();
+        record.insert(key, value);
+        ASSERT_TRUE(load({addRecord(record)}));
+    }
+
+    void loadWithout(const QString& key)
+    {
+        QVariantMap record = completeRecord();
+        record.remove(key);
+        ASSERT_TRUE(load({addRecord(record)}));
+    }
+};
+
+TEST_F(RecordsTest, anEmptySelectionIsCompleteWithNineEmptyLists)
+{
+    EXPECT_TRUE(load(QList<qint64>()));
+    EXPECT_EQ(lengths(), QList<qsizetype>(9, 0));
+    EXPECT_EQ(m_delegate.linesOf(u"cfgProgressBarMaxValue"_s),
+              QStringList{u"cfgProgressBarMaxValue 0"_s});
+    EXPECT_TRUE(m_library.calls().isEmpty());
+    EXPECT_EQ(m_log.entries(), (QStringList{u"Building Lists"_s, u"Found 0 images with issues"_s}));
+}
+
+TEST_F(RecordsTest, everyPropertyGoesIntoItsListInTheOrderOfTheSelection)
+{
+    const QString shown = makeFile(u"a.jpg"_s, 7);
+    const QString original = makeFile(u"a.cr2"_s, 21);
+    QVariantMap record = completeRecord();
+    record.insert(u"imagePath"_s, shown);
+    record.insert(u"originalPath"_s, original);
+    addRecord(completeRecord());
+    addRecord(record);
+    ASSERT_TRUE(load({2, 1}));
+    EXPECT_EQ(lengths(), QList<qsizetype>(9, 2));
+    EXPECT_EQ(m_bridge.filenameList(), QVariantList(2, u"IMG_1.cr2"_s));
+    EXPECT_EQ(m_bridge.pathList(), (QVariantList{shown, u"/nowhere/IMG_1.jpg"_s}));
+    EXPECT_EQ(m_bridge.originalsPathList(), (QVariantList{original, u"/nowhere/IMG_1.cr2"_s}));
+    EXPECT_EQ(m_bridge.dateList().first().value<PhotoDate>(), (PhotoDate{5.0, u"GMT"_s}));
+    EXPECT_EQ(m_bridge.idList(), QVariantList(2, qint64{4294967303}));
+    EXPECT_EQ(m_bridge.heights(), QVariantList(2, 3000));
+    EXPECT_EQ(m_bridge.dimsList().first(), QVariant(static_cast<float>(4000.0 / 3000.0)));
+    EXPECT_EQ(m_bridge.dimsList().first().typeId(), QMetaType::Float);
+    EXPECT_EQ(m_bridge.sizeList(), (QVariantList{qint64{21}, qint64{0}}));
+    EXPECT_EQ(m_bridge.sizeList().first().typeId(), QMetaType::LongLong);
+    EXPECT_EQ(m_bridge.hashList(), QStringList(2, u""_s));
+}
+
+TEST_F(RecordsTest, eachPhotoCostsExactlyOneRequest)
+{
+    addRecord(completeRecord());
+    addRecord(completeRecord());
+    ASSERT_TRUE(load({1, 2}));
+    EXPECT_EQ(m_library.calls(), (QStringList{u"photo 1.properties"_s, u"photo 2.properties"_s}));
+}
+
+TEST_F(RecordsTest, theControllerIsToldBeforeAndAtEachPhoto)
+{
+    addRecord(completeRecord());
+    addRecord(completeRecord());
+    ASSERT_TRUE(load({1, 2}));
+    EXPECT_EQ(m_delegate.journal->lines(),
+              (QStringList{u"cfgInfoText WARNING: Do not use iPhoto while a scan is in progress "
+                           "except to respond to iPhoto dialog messages."_s,
+                           u"cfgProgressBarDeterminate"_s,
+                           u"cfgProgressBarMaxValue 2"_s,
+                           u"cfgProgressBarCurrentValue 0"_s,
+                           u"cfgProgressBarCurrentValue 1"_s,
+                           u"cfgProgressBarCurrentValue 2"_s}));
+    EXPECT_EQ(m_delegate.mainCallThreads, QList<QThread*>(5, QThread::currentThread()));
+}
+
+TEST_F(RecordsTest, aPhotoWithoutIdGetsTheEmptyString)
+{
+    loadWithout(u"id"_s);
+    EXPECT_EQ(m_bridge.idList().first(), QVariant(u""_s));
+    EXPECT_EQ(m_bridge.idList().first().typeId(), QMetaType::QString);
+    EXPECT_TRUE(m_log.entries().at(1).contains(u"\"Invalid ID\""_s));
+}
+
+TEST_F(RecordsTest, missingTextsBecomeEmptyOnes)
+{
+    loadWithout(u"imageFilename"_s);
+    EXPECT_EQ(m_bridge.filenameList(), QVariantList{u""_s});
+    loadWithout(u"imagePath"_s);
+    EXPECT_EQ(m_bridge.pathList(), QVariantList{u""_s});
+    loadWithout(u"originalPath"_s);
+    EXPECT_EQ(m_bridge.originalsPathList(), QVariantList{u""_s});
+}
+
+TEST_F(RecordsTest, aPhotoWithoutDateGetsTheMomentOfItsRecord)
+{
+    loadWithout(u"date"_s);
+    EXPECT_EQ(m_bridge.dateList().first().value<PhotoDate>().secondsSince2001, 700000000.5);
+}
+
+TEST_F(RecordsTest, missingSidesBecomeZero)
+{
+    loadWithout(u"height"_s);
+    EXPECT_EQ(m_bridge.heights(), QVariantList{0});
+    EXPECT_EQ(m_bridge.dimsList(), QVariantList{0.0F});
+    loadWithout(u"width"_s);
+    EXPECT_EQ(m_bridge.dimsList(), QVariantList{0.0F});
+}
+
+TEST_F(RecordsTest, aPropertyThatIsEmptyIsStoredAsNullWithoutAnIssue)
+{
+    for (const auto& [key, value] : completeRecord().asKeyValueRange()) {
+        loadWith(key, QVariant());
+        EXPECT_EQ(m_log.entries().last(), u"Found 0 images with issues"_s);
+    }
+    loadWith(u"imagePath"_s, QVariant());
+    EXPECT_TRUE(m_bridge.pathList().first().isNull());
+    EXPECT_FALSE(m_bridge.originalsPathList().first().isNull());
+}
+
+TEST_F(RecordsTest, aHeightOfZeroGivesNoRatio)
+{
+    loadWith(u"height"_s, 0);
+    EXPECT_EQ(m_bridge.dimsList(), QVariantList{0.0F});
+    loadWith(u"height"_s, QVariant());
+    EXPECT_EQ(m_bridge.dimsList(), QVariantList{0.0F});
+}
+
+TEST_F(RecordsTest, theSizeIsThatOfTheOriginalWhereItIsOnDisk)
+{
+    QVariantMap record = completeRecord();
+    record.insert(u"imagePath"_s, makeFile(u"shown.jpg"_s, 7));
+    record.insert(u"originalPath"_s, makeFile(u"original.cr2"_s, 21));
+    ASSERT_TRUE(load({addRecord(record)}));
+    EXPECT_EQ(m_bridge.imagefs(0), 21U);
+    ASSERT_TRUE(QFile::remove(m_folder.filePath(u"original.cr2"_s)));
+    EXPECT_EQ(m_bridge.imagefs(0), 7U);
+    ASSERT_TRUE(QFile::remove(m_folder.filePath(u"shown.jpg"_s)));
+    EXPECT_EQ(m_bridge.imagefs(0), 0U);
+}
+
+TEST_F(RecordsTest, theSizeIsThatOfTheImageShownWhereTheOriginalHasNoPath)
+{
+    const QString shown = makeFile(u"shown.jpg"_s, 7);
+    for (const QVariant& nowhere : {QVariant(), QVariant(u""_s)}) {
+        QVariantMap record = completeRecord();
+        record.insert(u"imagePath"_s, shown);
+        record.insert(u"originalPath"_s, nowhere);
+        ASSERT_TRUE(load({addRecord(record)}));
+        EXPECT_EQ(m_bridge.sizeList(), QVariantList{qint64{7}});
+        record.insert(u"imagePath"_s, nowhere);
+        ASSERT_TRUE(load({addRecord(record)}));
+        EXPECT_EQ(m_bridge.sizeList(), QVariantList{qint64{0}});
+    }
+}
+
+TEST_F(RecordsTest, cancellingAtAPhotoShowsItAndEndsWithoutAReport)
+{
+    addRecord(completeRecord());
+    addRecord(QVariantMap());
+    addRecord(completeRecord());
+    m_delegate.cancelAtPoll = 3;
+    EXPECT_FALSE(load({1, 2, 3}));
+    EXPECT_EQ(m_delegate.journal->lines().last(), u"cfgProgressBarCurrentValue 3"_s);
+    EXPECT_EQ(m_library.calls(), (QStringList{u"photo 1.properties"_s, u"photo 2.properties"_s}));
+    EXPECT_EQ(m_bridge.filenameList().size(), 2);
+    EXPECT_TRUE(m_bridge.sizeList().isEmpty());
+    EXPECT_TRUE(m_bridge.dimsList().isEmpty());
+    EXPECT_TRUE(m_bridge.hashList().isEmpty());
+    EXPECT_TRUE(m_log.entries().isEmpty());
+}
+
+TEST_F(RecordsTest, aNewLoadForgetsTheListsAndIssuesOfTheLast)
+{
+    ASSERT_TRUE(load({addRecord(QVariantMap())}));
+    m_log.clear();
+    ASSERT_TRUE(load({addRecord(completeRecord())}));
+    EXPECT_EQ(lengths(), QList<qsizetype>(9, 1));
+    EXPECT_EQ(m_log.entries().last(), u"Found 0 images with issues"_s);
+}
+
+TEST_F(RecordsTest, whatTheApplicationRaisesPassesThrough)
+{
+    addRecord(completeRecord());
+    m_library.failOn(u"photo 1.properties"_s, ScriptingException(u"Gone"_s, u"It is gone."_s));
+    bool raised = false;
+    runOnWorker([&] {
+        try {
+            std::ignore = m_bridge.loadData(photos({1}));
+        } catch (const ScriptingException& exception) {
+            raised = exception.name() == u"Gone"_s;
+        }
+    });
+    EXPECT_TRUE(raised);
+}
+
+TEST_F(RecordsTest, anAlbumAmongThePhotosHasARecordOfFallbacks)
+{
+    const qint64 album = m_library.addAlbum(u"Trip"_s);
+    ASSERT_TRUE(loadObjects({m_library.albumHandle(album)}));
+    EXPECT_EQ(lengths(), QList<qsizetype>(9, 1));
+    EXPECT_EQ(m_bridge.filenameList(), QVariantList{u""_s});
+    EXPECT_EQ(m_log.entries().last(), u"Found 1 images with issues"_s);
+}
+
+} // namespace
