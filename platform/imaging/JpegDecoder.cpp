@@ -7,6 +7,7 @@
 
 #include <jerror.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <memory>
 #include <new>
@@ -191,9 +192,10 @@ private:
 Error errorOf(const JpegErrors& errors)
 {
     if (errors.outOfMemory()) {
-        return {ErrorCode::OutOfSpace, QStringLiteral("Memory is too short to decode the picture")};
+        return {ErrorCode::OutOfSpace, QStringLiteral("there is not enough memory to decode it")};
     }
-    return {ErrorCode::Damaged, QStringLiteral("The JPEG data are damaged: %1").arg(errors.text())};
+    return {ErrorCode::Damaged,
+            QStringLiteral("its picture does not decode (%1)").arg(errors.text())};
 }
 
 Result<Bitmap> decodeRows(Decompressor& source)
@@ -233,14 +235,14 @@ Result<Bitmap> JpegDecoder::decode(QByteArrayView bytes)
         }
         if (!PictureLimits::holds(source.state().image_width, source.state().image_height)) {
             return Error{ErrorCode::Unsupported,
-                         QStringLiteral("The picture of %1 x %2 pixels is too large")
+                         QStringLiteral("it says it has %1 by %2 pixels, which is too large")
                              .arg(source.state().image_width)
                              .arg(source.state().image_height)};
         }
         return decodeRows(source);
     } catch (const std::bad_alloc&) {
         return Error{ErrorCode::OutOfSpace,
-                     QStringLiteral("Memory is too short to decode the picture")};
+                     QStringLiteral("there is not enough memory to decode it")};
     }
 }
 
@@ -252,4 +254,21 @@ std::optional<QSize> JpegDecoder::size(QByteArrayView bytes)
     }
     return QSize(static_cast<int>(source.state().image_width),
                  static_cast<int>(source.state().image_height));
+}
+
+double JpegDecoder::quantisationError(QByteArrayView bytes)
+{
+    Decompressor source(bytes);
+    if (!source.readHeader() || source.state().num_components < 1) {
+        return 0.0;
+    }
+    const int table = source.state().comp_info[0].quant_tbl_no;
+    if (table < 0 || table >= NUM_QUANT_TBLS || source.state().quant_tbl_ptrs[table] == nullptr) {
+        return 0.0;
+    }
+    double squares = 0.0;
+    for (const UINT16 step : source.state().quant_tbl_ptrs[table]->quantval) {
+        squares += step * step / 4.0;
+    }
+    return std::sqrt(squares / DCTSIZE2);
 }

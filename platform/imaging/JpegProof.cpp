@@ -1,0 +1,148 @@
+#include "JpegProof.h"
+
+#include "JpegDecoder.h"
+#include "SceneComparison.h"
+#include "SrgbTransfer.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <optional>
+
+namespace
+{
+
+/// What rounding and the clipping of coloured pixels add to the quantisation's error, in levels.
+constexpr double kOtherErrors = 6.0;
+
+/// Rows that are compared together; JPEG codes 8 or 16 at a time.
+constexpr int kBandRows = 16;
+
+/// Deviation of lightness (0..1): what a picture has, and what a flat one has at most.
+constexpr double kVaried = 0.02;
+constexpr double kFlat = 0.004;
+
+/// From this likeness on a reference shows the same scene.
+constexpr double kSameScene = 0.85;
+
+/// How far the mean lightness (0..1) of two renderings of one scene may be apart: a linear
+/// rendering of a photo taken with a highlight programme is two stops darker than its preview.
+constexpr double kLightnessBound = 0.4;
+
+/// Sums over some rows, in levels of 0..255.
+struct Differences {
+    double lightness{0.0}; ///< absolute
+    std::array<double, 3> channels{};
+    double pixels{0.0};
+
+    void add(const Differences& other)
+    {
+        lightness += other.lightness;
+        pixels += other.pixels;
+        for (std::size_t i = 0; i < channels.size(); ++i) {
+            channels.at(i) += other.channels.at(i);
+        }
+    }
+};
+
+Error damaged(const QString& what)
+{
+    return {ErrorCode::Damaged,
+            QStringLiteral("The finished JPEG did not pass its proof: %1.").arg(what)};
+}
+
+/// The lightness that JPEG codes (ITU-R BT.601) of differences of R, G, B.
+double lightness(double red, double green, double blue)
+{
+    return 0.299 * red + 0.587 * green + 0.114 * blue;
+}
+
+Differences compareRows(const Bitmap& first, const Bitmap& second, int from, int end)
+{
+    const SrgbTransfer& tables = SrgbTransfer::tables();
+    const bool linear = second.transfer() == Transfer::Linear;
+    const auto level = [&](quint16 value) {
+        return roundedByte(linear ? tables.encoded(value) : value);
+    };
+    Differences sums;
+    for (int y = from; y < end; ++y) {
+        const auto one = first.row(y);
+        const auto two = second.row(y);
+        for (std::size_t i = 0; i < one.size(); i += 3) {
+            std::array<double, 3> step{};
+            for (std::size_t channel = 0; channel < 3; ++channel) {
+                step.at(channel) = roundedByte(one[i + channel]) - level(two[i + channel]);
+                sums.channels.at(channel) += step.at(channel);
+            }
+            sums.lightness += std::abs(lightness(step[0], step[1], step[2]));
+        }
+    }
+    sums.pixels = static_cast<double>(end - from) * first.pixelsWide();
+    return sums;
+}
+
+/// Every band of rows must be as close as the quantisation keeps it, and no channel may drift.
+std::optional<Error> compare(const Bitmap& decoded, const Bitmap& encoded, double bound)
+{
+    Differences all;
+    for (int y = 0; y < decoded.pixelsHigh(); y += kBandRows) {
+        const int end = std::min(y + kBandRows, decoded.pixelsHigh());
+        const Differences band = compareRows(decoded, encoded, y, end);
+        if (band.lightness / band.pixels > bound) {
+            return damaged(
+                QStringLiteral("from row %1 on it is not the picture that was encoded").arg(y));
+        }
+        all.add(band);
+    }
+    const bool drifted = std::ranges::any_of(
+        all.channels, [&](double sum) { return std::abs(sum) / all.pixels > bound; });
+    return drifted ? std::optional(damaged(QStringLiteral(
+                         "its colours are not those of the picture that was encoded")))
+                   : std::nullopt;
+}
+
+bool contradicts(const SmallPicture& picture, const QImage& reference)
+{
+    const SmallPicture shown = SmallPicture::of(reference);
+    return SceneComparison::isStructured(shown) && SceneComparison::isStructured(picture) &&
+           SceneComparison::likeness(picture, shown) >= kSameScene &&
+           std::abs(picture.mean() - shown.mean()) > kLightnessBound;
+}
+
+} // namespace
+
+Result<void>
+JpegProof::prove(const QByteArray& jpeg, const Bitmap& encoded, const QList<QImage>& references)
+{
+    const Result<Bitmap> decoded = JpegDecoder::decode(jpeg);
+    if (!decoded.ok()) {
+        return Error{decoded.error().code, damaged(decoded.error().message).message};
+    }
+    if (decoded.value().size() != encoded.size()) {
+        return damaged(QStringLiteral("it has %1 by %2 pixels instead of %3 by %4")
+                           .arg(decoded.value().pixelsWide())
+                           .arg(decoded.value().pixelsHigh())
+                           .arg(encoded.pixelsWide())
+                           .arg(encoded.pixelsHigh()));
+    }
+    const SmallPicture small = SmallPicture::of(decoded.value());
+    if (small.deviation() < kFlat && SmallPicture::of(encoded).deviation() >= kVaried) {
+        return damaged(QStringLiteral("it shows nothing where the source shows something"));
+    }
+    const double bound = JpegDecoder::quantisationError(jpeg) + kOtherErrors;
+    if (const auto failure = compare(decoded.value(), encoded, bound)) {
+        return *failure;
+    }
+    const bool unlike = std::ranges::any_of(
+        references, [&](const QImage& reference) { return contradicts(small, reference); });
+    if (unlike) {
+        return damaged(QStringLiteral("it is far darker or lighter than the preview of the photo"));
+    }
+    return {};
+}
+
+Result<Bitmap> JpegProof::decodeWhole(const QByteArray& jpeg)
+{
+    return JpegDecoder::decode(jpeg);
+}
