@@ -12,7 +12,11 @@
 #include <QFileInfo>
 #include <QHash>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 #include <thread>
 
@@ -159,6 +163,23 @@ Result<void> fill(const QString& package,
     return library.value()->close();
 }
 
+/// Makes an empty library; nothing stays where that fails. Making the folder tells atomically
+/// whether the name is free: from then on the package is this call's own.
+Result<void> makePackage(const QString& package)
+{
+    if (::mkdir(QFile::encodeName(package).constData(), 0777) != 0) {
+        if (errno == EEXIST) {
+            return Error{ErrorCode::NotWritable, u"\"%1\" exists already"_s.arg(package)};
+        }
+        return AtomicFile::errorFromErrno(errno, u"create"_s, package);
+    }
+    auto created = LibraryCreator::create(package);
+    if (!created.ok()) {
+        ::rmdir(QFile::encodeName(package).constData());
+    }
+    return created;
+}
+
 /// Deletes a package that this call has made, and nothing but that.
 void removePackage(const QString& package)
 {
@@ -194,12 +215,8 @@ Result<QString> SampleLibrary::write(const QString& directory,
         return Error{ErrorCode::NotFound, u"There is no folder \"%1\""_s.arg(directory)};
     }
     const QString package = QDir(QDir::cleanPath(folder.absoluteFilePath())).filePath(kPackageName);
-    // A link that leads nowhere is something too.
-    if (const QFileInfo existing(package); existing.exists() || existing.isSymLink()) {
-        return Error{ErrorCode::NotWritable, u"\"%1\" exists already"_s.arg(package)};
-    }
-    if (const auto created = LibraryCreator::create(package); !created.ok()) {
-        return created.error();
+    if (const auto made = makePackage(package); !made.ok()) {
+        return made.error();
     }
     if (const auto filled = fill(package, options, progress); !filled.ok()) {
         removePackage(package);
