@@ -1,0 +1,155 @@
+#include "ScanFixture.h"
+
+using namespace Qt::StringLiterals;
+
+// Albums, and what a scan does with each photo.
+
+namespace
+{
+
+class CorvaneTest : public ScanFixture
+{
+protected:
+    CorvaneTest()
+        : m_engine(ScanServices{.bridge = m_library,
+                                .defaults = m_defaults,
+                                .bundle = m_bundle,
+                                .power = m_power,
+                                .notifications = m_notifications,
+                                .clock = m_clock})
+    {
+    }
+
+    Corvane m_engine;
+};
+
+TEST_F(CorvaneTest, noAlbumIsKnownBeforeTheAlbumsStage)
+{
+    m_library.addAlbum(u"Trip"_s);
+    EXPECT_EQ(m_engine.findAlbum(u"Trip"_s), nullptr);
+    EXPECT_TRUE(m_library.calls().isEmpty());
+}
+
+TEST_F(CorvaneTest, creatingAnAlbumLearnsTheAlbumsAnew)
+{
+    m_engine.createAlbum(u"Trip"_s);
+    EXPECT_EQ(m_library.calls(),
+              (QStringList{u"application.newAlbumName Trip"_s, u"application.albums"_s}));
+    const qint64 byUser = m_library.addAlbum(u"Made by the user"_s);
+    EXPECT_EQ(m_engine.findAlbum(u"Made by the user"_s), nullptr);
+    m_engine.createAlbum(u"Another"_s);
+    const AlbumPtr found = m_engine.findAlbum(u"Made by the user"_s);
+    ASSERT_NE(found, nullptr);
+    EXPECT_EQ(found->id(), byUser);
+}
+
+TEST_F(CorvaneTest, albumsAreFoundByExactNameTheFirstOfSeveral)
+{
+    const qint64 first = m_library.addAlbum(u"Trip"_s);
+    m_library.addAlbum(u"Trip"_s);
+    m_engine.createAlbum(u"Other"_s);
+    EXPECT_EQ(m_engine.findAlbum(u"trip"_s), nullptr);
+    EXPECT_EQ(m_engine.findAlbum(u"Tri"_s), nullptr);
+    ASSERT_NE(m_engine.findAlbum(u"Trip"_s), nullptr);
+    EXPECT_EQ(m_engine.findAlbum(u"Trip"_s)->id(), first);
+}
+
+TEST_F(CorvaneTest, albumsOfOtherTypesArePassedOver)
+{
+    constexpr quint32 kSmartAlbum = 0x736D616C;
+    m_library.addAlbum(u"Trip"_s, kSmartAlbum);
+    const qint64 regular = m_library.addAlbum(u"Trip"_s, 0x616C626D);
+    m_engine.createAlbum(u"Other"_s);
+    ASSERT_NE(m_engine.findAlbum(u"Trip"_s), nullptr);
+    EXPECT_EQ(m_engine.findAlbum(u"Trip"_s)->id(), regular);
+}
+
+TEST_F(CorvaneTest, theEstimateIsHandedToTheController)
+{
+    addPicture(u"a.jpg"_s);
+    scan({1});
+    // 1 item: 1 + 1 + 1 + 10 s, then each stage done (the clock stands still).
+    EXPECT_EQ(told({u"timeRemaining"_s}).first(), u"timeRemaining 00:00:13"_s);
+    EXPECT_EQ(told({u"timeRemaining"_s}),
+              (QStringList{u"timeRemaining 00:00:13"_s,
+                           u"timeRemaining 00:00:12"_s,
+                           u"timeRemaining 00:00:12"_s,
+                           u"timeRemaining 00:00:11"_s,
+                           u"timeRemaining 00:00:11"_s,
+                           u"timeRemaining 00:00:10"_s,
+                           u"timeRemaining 00:00:10"_s,
+                           u"timeRemaining 00:00:00"_s,
+                           u"timeRemaining --:--:--"_s}));
+}
+
+TEST_F(CorvaneTest, aSmartAlbumOfTheDefaultNameIsNotReused)
+{
+    const qint64 smart = m_library.addAlbum(u"Corvane For iPhoto"_s, 0x736D616C);
+    addPicture(u"a.jpg"_s);
+    scan({1});
+    EXPECT_TRUE(m_library.album(smart).photos.isEmpty());
+    EXPECT_EQ(m_library.album(smart + 1).name, u"Corvane For iPhoto"_s);
+    EXPECT_EQ(m_library.album(smart + 1).photos, QList<qint64>{2});
+}
+
+TEST_F(CorvaneTest, aRegularAlbumOfTheDefaultNameIsReused)
+{
+    const qint64 regular = m_library.addAlbum(u"Corvane For iPhoto"_s);
+    addPicture(u"a.jpg"_s);
+    scan({1});
+    EXPECT_EQ(m_library.album(regular).photos, QList<qint64>{2});
+    EXPECT_TRUE(m_library.journal().linesWith(u"newAlbumName"_s).isEmpty());
+}
+
+TEST_F(CorvaneTest, anAlbumThatIsNotMadeLeavesThePhotoUnfiled)
+{
+    m_library.setMakesAlbums(false);
+    addPicture(u"a.jpg"_s);
+    scan({1});
+    EXPECT_TRUE(m_library.calls().contains(u"photo 2.addTo nothing"_s));
+    ASSERT_EQ(m_delegate.finished.size(), 1);
+    EXPECT_EQ(m_delegate.finished.first().album, QString());
+    EXPECT_EQ(m_delegate.finished.first().kind, PhotoOutcome::Kind::Converted);
+}
+
+TEST_F(CorvaneTest, withoutACatalogueEveryImageIsFiledInTheDefaultAlbum)
+{
+    addPicture(u"a.jpg"_s);
+    addPicture(u"b.jpg"_s);
+    m_delegate.library = m_folder.path();
+    scan({1, 2});
+    EXPECT_EQ(m_log.entries().filter(u"AlbumData"_s),
+              QStringList{u"Unable to find AlbumData.xml"_s});
+    EXPECT_EQ(m_library.album(2).name, u"Corvane For iPhoto"_s);
+    EXPECT_EQ(m_library.album(2).photos, (QList<qint64>{3, 4}));
+    EXPECT_EQ(m_library.journal().linesWith(u"newAlbumName"_s).size(), 1);
+}
+
+TEST_F(CorvaneTest, twoRollsOfOneNameFileIntoOneAlbum)
+{
+    addPicture(u"a.jpg"_s);
+    addPicture(u"b.jpg"_s);
+    m_library.photo(1).previewPath = u"/l/guidA/a.jpg"_s;
+    m_library.photo(2).previewPath = u"/l/guidB/b.jpg"_s;
+    QFile file(m_folder.filePath(u"AlbumData.xml"_s));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("<plist version=\"1.0\"><dict><key>Master Image List</key><dict>"
+               "<key>1</key><dict><key>GUID</key><string>guidA</string>"
+               "<key>Roll</key><integer>1</integer></dict>"
+               "<key>2</key><dict><key>GUID</key><string>guidB</string>"
+               "<key>Roll</key><integer>2</integer></dict></dict>"
+               "<key>List of Rolls</key><array>"
+               "<dict><key>RollID</key><integer>1</integer>"
+               "<key>RollName</key><string>Beach</string></dict>"
+               "<dict><key>RollID</key><integer>2</integer>"
+               "<key>RollName</key><string>Beach</string></dict></array></dict></plist>");
+    file.close();
+    m_delegate.library = m_folder.path();
+    scan({1, 2});
+    EXPECT_EQ(m_library.album(2).name, u"Beach"_s);
+    EXPECT_EQ(m_library.album(2).photos, (QList<qint64>{3, 4}));
+    EXPECT_EQ(m_library.journal().linesWith(u"newAlbumName"_s),
+              QStringList{u"application.newAlbumName Beach"_s});
+}
+
+} // namespace
