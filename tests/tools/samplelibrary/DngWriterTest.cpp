@@ -38,11 +38,13 @@ ShotFacts facts()
     return shot;
 }
 
-QByteArray greyPreview()
+/// It shows something: decoders take no notice of previews that are all one grey.
+QByteArray stripedPreview()
 {
     JpegRows rows(kPreview, 90);
     for (int y = 0; y < kPreview.height(); ++y) {
-        rows.addRow(std::vector<quint8>(static_cast<size_t>(kPreview.width()) * 3, 128));
+        const auto level = static_cast<quint8>(y / 10 % 2 == 0 ? 40 : 210);
+        rows.addRow(std::vector<quint8>(static_cast<size_t>(kPreview.width()) * 3, level));
     }
     return rows.finish().value();
 }
@@ -99,7 +101,7 @@ protected:
     }
 
     QTemporaryDir m_folder;
-    QByteArray m_preview{greyPreview()};
+    QByteArray m_preview{stripedPreview()};
     QByteArray m_bytes;
 };
 

@@ -171,13 +171,13 @@ TEST_F(SampleLibraryTest, theSameOptionsGiveTheSamePictures)
     const auto second = SampleLibrary::write(other.path(), options, {});
     ASSERT_TRUE(second.ok());
     const auto digests = [](const QString& library) {
-        QSet<QByteArray> digests;
+        QSet<QByteArray> found;
         for (const PhotoFacts& photo : photosOf(library)) {
             QFile file(photo.originalPath);
             EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-            digests.insert(QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256));
+            found.insert(QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256));
         }
-        return digests;
+        return found;
     };
     EXPECT_EQ(digests(package()).size(), 5);
     EXPECT_EQ(digests(package()), digests(second.value()));
