@@ -1,76 +1,70 @@
 #pragma once
 
-#include "Connection.h"
-
-#include <QHash>
 #include <QList>
 #include <QString>
-#include <QVariant>
+#include <QVariantList>
+#include <QVariantMap>
 
 #include <optional>
 
-/// What AlbumData.xml and AlbumData2.xml say, ready to be written.
-namespace CatalogueModel
-{
+/// What the library's catalogues for other applications tell, as read from the databases. Dates
+/// are seconds since 2001-01-01T00:00:00 UTC.
 
-/// A visible photo. Paths are relative to the package.
-struct Image {
+/// One photo of the catalogue: neither in the trash nor hidden.
+struct CataloguePhoto {
     qint64 id{0};
-    QString caption;
-    bool flagged{false};
-    QString comment;
     QString guid;
-    qint64 roll{0};
-    QString event; ///< uuid
+    QString name;
+    bool flagged{false};
+    QString comment; ///< empty where there is none
+    qint64 roll{0};  ///< modelId of its event
     qint64 rating{0};
-    QString imagePath;
-    QString originalPath; ///< empty when imagePath is the master
-    QString thumbPath;
-    bool movie{false};
-    double imageDate{0.0}; ///< seconds since 2001-01-01, like all dates here
-    double imageChanged{0.0};
-    double metadataChanged{0.0};
+    QString preview;   ///< below Previews; null when the master serves
+    QString master;    ///< below Masters, or a path of the Mac for one outside the package
+    QString thumbnail; ///< below Thumbnails; null when there is none
+    bool isReference{false};
+    bool isMovie{false};
+    std::optional<double> imageChanged;
+    std::optional<double> date;
+    std::optional<double> metadataChanged;
     std::optional<double> latitude;
     std::optional<double> longitude;
-    QVariantList faces; ///< carried over
 };
 
-enum class Kind : quint8 { Photos, Fixed, Regular, Smart, Event, Folder };
+/// One event.
+struct CatalogueRoll {
+    qint64 id{0};
+    QString guid;
+    QString name;
+    qint64 albumId{0}; ///< modelId of its implicit album
+    double date{0.0};  ///< of its earliest photo
+    qint64 keyPhoto{0};
+    QList<qint64> photos; ///< by date; never empty
+};
 
-struct Album {
+/// One album or folder of the catalogue's list.
+struct CatalogueAlbum {
+    enum class Kind : quint8 {
+        All,     ///< every photo
+        Query,   ///< what a rule finds
+        Regular, ///< what somebody put into it; can be shown as a slide show
+        Folder,
+    };
+
     Kind kind{Kind::Regular};
     qint64 id{0};
     QString name;
-    QString type; ///< "Regular", "Event", …
+    QString type;
     QString guid;
-    std::optional<qint64> parent;
-    QString songPath;
-    qint64 keyPhoto{0};
-    double earliest{0.0};
-    QList<qint64> keys;
+    std::optional<qint64> parent; ///< id of the enclosing folder of the user's
+    QString songPath;             ///< null when there is none
+    QList<qint64> photos;         ///< by date
 };
 
-struct Roll {
-    qint64 id{0};
-    QString guid;
-    QString name;
-    double date{0.0};
-    qint64 keyPhoto{0};
-    QList<qint64> keys;
+struct CatalogueModel {
+    QList<CataloguePhoto> photos;        ///< by event, then by date
+    QList<CatalogueRoll> rolls;          ///< by date
+    QList<CatalogueAlbum> builtInAlbums; ///< before the events
+    QList<CatalogueAlbum> userAlbums;    ///< after the events
+    double offset{0.0}; ///< added to a date for what the catalogue calls its local form
 };
-
-struct Catalogue {
-    QString applicationVersion{QStringLiteral("9.4")};
-    QString archivePath;
-    double zoneOffset{0.0}; ///< seconds from a wall clock to the instant on the Mac
-    QList<Album> albums;
-    QList<Roll> rolls;
-    QVariantMap faces; ///< "List of Faces", carried over
-    QList<Image> images;
-};
-
-/// Reads the databases; `old`: the catalogue that stands in the library now, an empty map when
-/// there is none that can be read. Errors: SQLite::Exception.
-[[nodiscard]] Catalogue build(Connection& connection, const QVariantMap& old);
-
-} // namespace CatalogueModel

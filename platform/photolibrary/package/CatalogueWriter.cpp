@@ -1,5 +1,9 @@
 #include "CatalogueWriter.h"
 
+#include "CatalogueXml.h"
+
+#include <QSet>
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -7,375 +11,333 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-using namespace CatalogueModel;
+using Kind = CatalogueAlbum::Kind;
 
-/// Escapes what XML needs, the apostrophe too, as iPhoto does; control characters, which XML 1.0
-/// cannot hold, are dropped.
-QByteArray escaped(const QString& text)
+constexpr int kMajorVersion = 2;
+constexpr int kMinorVersion = 0;
+
+/// Decimals of the catalogue's numbers.
+constexpr int kDateDecimals = 6;
+constexpr int kEventDateDecimals = 2;
+
+QByteArray dateText(double date)
 {
-    QByteArray result;
-    const QByteArray bytes = text.toUtf8();
-    result.reserve(bytes.size());
-    for (const char byte : bytes) {
-        switch (byte) {
-        case '&':
-            result += "&amp;";
-            break;
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        case '\'':
-            result += "&apos;";
-            break;
-        case '"':
-            result += "&quot;";
-            break;
-        default:
-            if (static_cast<unsigned char>(byte) >= 0x20 || byte == '\t' || byte == '\n') {
-                result += byte;
-            }
-        }
-    }
-    return result;
+    return CatalogueXml::fixed(date, kDateDecimals);
 }
 
-QByteArray fixed(double number, int decimals)
-{
-    return QByteArray::number(number, 'f', decimals);
-}
-
-/// Writes keys and values at a depth of tabs; without tabs for the compact file.
-class Lines final
-{
-public:
-    explicit Lines(bool compact)
-        : m_compact(compact)
-    {
-    }
-
-    [[nodiscard]] QByteArray take() { return std::move(m_bytes); }
-
-    void line(int depth, const QByteArray& text)
-    {
-        if (!m_compact) {
-            m_bytes.append(depth, '\t');
-        }
-        m_bytes += text;
-        m_bytes += '\n';
-    }
-
-    void string(int depth, const char* key, const QString& value)
-    {
-        line(depth, QByteArray("<key>") + key + "</key>");
-        line(depth, "<string>" + escaped(value) + "</string>");
-    }
-
-    void integer(int depth, const char* key, qint64 value)
-    {
-        line(depth, QByteArray("<key>") + key + "</key>");
-        line(depth, "<integer>" + QByteArray::number(value) + "</integer>");
-    }
-
-    void real(int depth, const char* key, const QByteArray& value)
-    {
-        line(depth, QByteArray("<key>") + key + "</key>");
-        line(depth, "<real>" + value + "</real>");
-    }
-
-    void header()
-    {
-        m_bytes += "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">\n<dict>\n";
-    }
-
-    void footer() { m_bytes += "</dict>\n</plist>\n"; }
-
-    void keyList(int depth, int itemDepth, const QList<qint64>& keys)
-    {
-        line(depth, "<key>KeyList</key>");
-        line(depth, "<array>");
-        for (const qint64 key : keys) {
-            line(itemDepth, "<string>" + QByteArray::number(key) + "</string>");
-        }
-        line(depth, "</array>");
-    }
-
-private:
-    bool m_compact;
-    QByteArray m_bytes;
-};
-
-constexpr int kTop = 1;
-constexpr int kEntry = 3;    ///< keys of an album, roll or record
-constexpr int kListItem = 4; ///< items of a key list, where they are indented
-constexpr int kDateDigits = 6;
-
-QString joined(const QList<qint64>& keys)
+QString joined(const QList<qint64>& ids)
 {
     QStringList texts;
-    texts.reserve(keys.size());
-    for (const qint64 key : keys) {
-        texts.append(QString::number(key));
+    for (const qint64 id : ids) {
+        texts.append(QString::number(id));
     }
     return texts.join(u',');
 }
 
-void writeFolder(Lines& lines, const Album& album)
+void writeHead(CatalogueXml& xml)
 {
-    lines.integer(kEntry, "AlbumId", album.id);
-    lines.string(kEntry, "AlbumName", album.name);
-    lines.string(kEntry, "GUID", album.guid);
+    xml.line(0, "<?xml version=\"1.0\" encoding=\"UTF-8\"?>");
+    xml.line(0, "<plist version=\"1.0\">");
+    xml.line(0, "<dict>");
+}
+
+void writeEnd(CatalogueXml& xml)
+{
+    xml.line(0, "</dict>");
+    xml.line(0, "</plist>");
+}
+
+/// The list of a folder and of an event's roll is indented less than that of an album.
+void writeAlbum(CatalogueXml& xml, const CatalogueAlbum& album)
+{
+    const bool isFolder = album.kind == Kind::Folder;
+    xml.line(2, "<dict>");
+    xml.integer(3, "AlbumId", album.id);
+    xml.string(3, "AlbumName", album.name);
+    if (isFolder) {
+        xml.string(3, "GUID", album.guid);
+    }
     if (album.parent) {
-        lines.integer(kEntry, "Parent", *album.parent);
+        xml.integer(3, "Parent", *album.parent);
     }
-    lines.string(kEntry, "Album Type", album.type);
-    lines.keyList(kEntry, kEntry, album.keys);
-}
-
-void writeEvent(Lines& lines, const Album& album)
-{
-    lines.integer(kEntry, "AlbumId", album.id);
-    lines.string(kEntry, "GUID", album.guid);
-    lines.string(kEntry, "AlbumName", album.name);
-    lines.string(kEntry, "Album Type", album.type);
-    lines.string(kEntry, "Sort Order", u"1"_s);
-    lines.string(kEntry, "KeyPhotoKey", QString::number(album.keyPhoto));
-    lines.real(kEntry, "ProjectEarliestDateAsTimerInterval", fixed(album.earliest, 2));
-    lines.keyList(kEntry, kListItem, album.keys);
-}
-
-void writeAlbum(Lines& lines, const Album& album)
-{
-    lines.integer(kEntry, "AlbumId", album.id);
-    lines.string(kEntry, "AlbumName", album.name);
-    if (album.parent) {
-        lines.integer(kEntry, "Parent", *album.parent);
+    xml.string(3, "Album Type", album.type);
+    if (!isFolder) {
+        xml.string(3, "GUID", album.guid);
     }
-    lines.string(kEntry, "Album Type", album.type);
-    lines.string(kEntry, "GUID", album.guid);
-    if (album.kind == Kind::Photos) {
-        lines.line(kEntry, "<key>Master</key><true/>");
-    } else {
-        if (!album.songPath.isEmpty()) {
-            lines.string(kEntry, "SongPath", album.songPath);
-        }
-        if (album.kind == Kind::Regular) {
-            lines.real(kEntry, "TransitionSpeed", "1.000000");
-            lines.line(kEntry, "<key>ShuffleSlides</key><false/>");
-        }
-        lines.string(kEntry, "Sort Order", u"1"_s);
-    }
-    lines.keyList(kEntry, kListItem, album.keys);
-}
-
-void writeAlbums(Lines& lines, const QList<Album>& albums)
-{
-    lines.line(kTop, "<key>List of Albums</key>");
-    lines.line(kTop, "<array>");
-    for (const Album& album : albums) {
-        lines.line(kTop + 1, "<dict>");
-        if (album.kind == Kind::Folder) {
-            writeFolder(lines, album);
-        } else if (album.kind == Kind::Event) {
-            writeEvent(lines, album);
-        } else {
-            writeAlbum(lines, album);
-        }
-        lines.integer(kEntry, "PhotoCount", album.keys.size());
-        lines.line(kTop + 1, "</dict>");
-    }
-    lines.line(kTop, "</array>");
-}
-
-void writeRolls(Lines& lines, const QList<Roll>& rolls)
-{
-    lines.line(kTop, "<key>List of Rolls</key>");
-    lines.line(kTop, "<array>");
-    for (const Roll& roll : rolls) {
-        lines.line(kTop + 1, "<dict>");
-        lines.integer(kEntry, "RollID", roll.id);
-        lines.string(kEntry, "ProjectUuid", roll.guid);
-        lines.string(kEntry, "RollName", roll.name);
-        lines.real(kEntry, "RollDateAsTimerInterval", fixed(roll.date, kDateDigits));
-        lines.string(kEntry, "KeyPhotoKey", QString::number(roll.keyPhoto));
-        lines.integer(kEntry, "PhotoCount", roll.keys.size());
-        lines.keyList(kEntry, kEntry, roll.keys);
-        lines.line(kTop + 1, "</dict>");
-    }
-    lines.line(kTop, "</array>");
-}
-
-void writePeople(Lines& lines, const QVariantMap& faces)
-{
-    QList<std::pair<qint64, QString>> order;
-    for (auto face = faces.cbegin(); face != faces.cend(); ++face) {
-        order.append({face->toMap().value(u"Order"_s).toLongLong(), face.key()});
-    }
-    std::sort(order.begin(), order.end());
-    lines.line(kTop, "<key>List of Faces</key>");
-    lines.line(kTop, "<dict>");
-    for (const auto& [place, key] : std::as_const(order)) {
-        const QVariantMap face = faces.value(key).toMap();
-        lines.line(kTop + 1, "<key>" + escaped(key) + "</key>");
-        lines.line(kEntry, "<dict>");
-        lines.string(kEntry, "key", face.value(u"key"_s).toString());
-        lines.string(kEntry, "name", face.value(u"name"_s).toString());
-        lines.string(kEntry, "key image", face.value(u"key image"_s).toString());
-        lines.integer(
-            kEntry, "key image face index", face.value(u"key image face index"_s).toLongLong());
-        lines.string(kEntry, "PhotoCount", face.value(u"PhotoCount"_s).toString());
-        lines.integer(kEntry, "Order", place);
-        lines.line(kEntry, "</dict>");
-    }
-    lines.line(kTop, "</dict>");
-}
-
-void writeFaces(Lines& lines, const QVariantList& faces)
-{
-    lines.line(kEntry, "<key>Faces</key>");
-    lines.line(kListItem, "<array>");
-    for (const QVariant& entry : faces) {
-        const QVariantMap face = entry.toMap();
-        lines.line(kListItem + 1, "<dict>");
-        lines.line(kListItem + 2,
-                   "<key>face key</key><string>" + escaped(face.value(u"face key"_s).toString()) +
-                       "</string>\t\t\t\t\t\t<key>rectangle</key><string>" +
-                       escaped(face.value(u"rectangle"_s).toString()) + "</string>");
-        lines.line(kListItem + 2,
-                   "<key>face index</key><integer>" +
-                       QByteArray::number(face.value(u"face index"_s).toLongLong()) + "</integer>");
-        lines.line(kListItem + 1, "</dict>");
-    }
-    lines.line(kListItem + 1, "</array>");
-}
-
-void writePlace(Lines& lines, const Image& image)
-{
-    constexpr int kPlaceDigits = 10;
-    const auto place = [&lines](const char* key, double degrees) {
-        lines.line(kEntry,
-                   QByteArray("<key>") + key + "</key><real>" +
-                       QByteArray::number(degrees, 'g', kPlaceDigits) + "</real>");
-    };
-    if (image.latitude) {
-        place("latitude", *image.latitude);
-    }
-    if (image.longitude) {
-        place("longitude", *image.longitude);
-    }
-}
-
-void writeImage(Lines& lines, const Catalogue& catalogue, const Image& image)
-{
-    const QString root = catalogue.archivePath + u'/';
-    lines.line(kTop + 1, "<key>" + QByteArray::number(image.id) + "</key>");
-    lines.line(kTop + 1, "<dict>");
-    lines.string(kEntry, "Caption", image.caption);
-    if (image.flagged) {
-        lines.line(kEntry, "<key>Flagged</key><true/>");
-    }
-    lines.string(kEntry, "Comment", image.comment.isEmpty() ? u" "_s : image.comment);
-    lines.string(kEntry, "GUID", image.guid);
-    lines.integer(kEntry, "Roll", image.roll);
-    lines.integer(kEntry, "Rating", image.rating);
-    lines.string(kEntry, "ImagePath", root + image.imagePath);
-    lines.string(kEntry, "MediaType", image.movie ? u"Movie"_s : u"Image"_s);
-    lines.real(kEntry, "ModDateAsTimerInterval", fixed(image.imageChanged, kDateDigits));
-    lines.real(
-        kEntry, "DateAsTimerInterval", fixed(image.imageDate + catalogue.zoneOffset, kDateDigits));
-    lines.real(kEntry, "DateAsTimerIntervalGMT", fixed(image.imageDate, kDateDigits));
-    lines.real(kEntry, "MetaModDateAsTimerInterval", fixed(image.metadataChanged, kDateDigits));
-    if (!image.originalPath.isEmpty()) {
-        lines.string(kEntry, "OriginalPath", root + image.originalPath);
-    }
-    lines.string(kEntry, "ThumbPath", root + image.thumbPath);
-    writePlace(lines, image);
-    if (!image.faces.isEmpty()) {
-        writeFaces(lines, image.faces);
-    }
-    lines.line(kTop + 1, "</dict>");
-}
-
-void writeShortAlbum(Lines& lines, const Album& album)
-{
-    lines.line(0, "<dict>");
-    lines.integer(0, "AlbumId", album.id);
-    lines.string(0, "AlbumName", album.name);
-    if (album.kind != Kind::Photos) {
-        lines.string(0, "Album Type", album.type);
-    }
-    lines.string(0, "GUID", album.guid);
-    if (album.kind == Kind::Photos) {
-        lines.line(0, "<key>Master</key><true/>");
+    if (album.kind == Kind::All) {
+        xml.inlineBoolean(3, "Master", true);
     }
     if (!album.songPath.isEmpty()) {
-        lines.string(0, "SongPath", album.songPath);
+        xml.string(3, "SongPath", album.songPath);
     }
     if (album.kind == Kind::Regular) {
-        lines.real(0, "TransitionSpeed", "1");
-        lines.line(0, "<key>ShuffleSlides</key><false/>");
+        xml.real(3, "TransitionSpeed", "1.000000");
+        xml.inlineBoolean(3, "ShuffleSlides", false);
     }
-    lines.string(0, "KeyListString", joined(album.keys));
-    lines.integer(0, "PhotoCount", album.keys.size());
-    lines.line(0, "</dict>");
+    if (album.kind == Kind::Regular || album.kind == Kind::Query) {
+        xml.string(3, "Sort Order", u"1"_s);
+    }
+    xml.ids(3, "KeyList", album.photos, isFolder ? 3 : 4);
+    xml.integer(3, "PhotoCount", album.photos.size());
+    xml.line(2, "</dict>");
+}
+
+void writeEventAlbum(CatalogueXml& xml, const CatalogueRoll& roll)
+{
+    xml.line(2, "<dict>");
+    xml.integer(3, "AlbumId", roll.albumId);
+    xml.string(3, "GUID", roll.guid);
+    xml.string(3, "AlbumName", roll.name);
+    xml.string(3, "Album Type", u"Event"_s);
+    xml.string(3, "Sort Order", u"1"_s);
+    xml.string(3, "KeyPhotoKey", QString::number(roll.keyPhoto));
+    xml.real(3,
+             "ProjectEarliestDateAsTimerInterval",
+             CatalogueXml::fixed(roll.date, kEventDateDecimals));
+    xml.ids(3, "KeyList", roll.photos, 4);
+    xml.integer(3, "PhotoCount", roll.photos.size());
+    xml.line(2, "</dict>");
+}
+
+void writeRoll(CatalogueXml& xml, const CatalogueRoll& roll, double offset)
+{
+    xml.line(2, "<dict>");
+    xml.integer(3, "RollID", roll.id);
+    xml.string(3, "ProjectUuid", roll.guid);
+    xml.string(3, "RollName", roll.name);
+    xml.real(3, "RollDateAsTimerInterval", dateText(roll.date + offset));
+    xml.string(3, "KeyPhotoKey", QString::number(roll.keyPhoto));
+    xml.integer(3, "PhotoCount", roll.photos.size());
+    xml.ids(3, "KeyList", roll.photos, 3);
+    xml.line(2, "</dict>");
+}
+
+/// Names of faces as the catalogue before had them, without a key image that is gone.
+void writeFaceNames(CatalogueXml& xml, const QVariantMap& faces, const QSet<QString>& guids)
+{
+    QList<std::pair<qint64, QString>> order;
+    for (auto entry = faces.begin(); entry != faces.end(); ++entry) {
+        order.append({entry.value().toMap().value(u"Order"_s).toLongLong(), entry.key()});
+    }
+    std::sort(order.begin(), order.end());
+    xml.line(1, "<key>List of Faces</key>");
+    xml.line(1, "<dict>");
+    for (const auto& [place, key] : order) {
+        const QVariantMap face = faces.value(key).toMap();
+        const QString image = face.value(u"key image"_s).toString();
+        xml.line(2, "<key>" + CatalogueXml::escaped(key) + "</key>");
+        xml.line(3, "<dict>");
+        xml.string(3, "key", face.value(u"key"_s).toString());
+        xml.string(3, "name", face.value(u"name"_s).toString());
+        if (guids.contains(image)) {
+            xml.string(3, "key image", image);
+            xml.integer(
+                3, "key image face index", face.value(u"key image face index"_s).toLongLong());
+        }
+        xml.string(3, "PhotoCount", face.value(u"PhotoCount"_s).toString());
+        xml.integer(3, "Order", place);
+        xml.line(3, "</dict>");
+    }
+    xml.line(1, "</dict>");
+}
+
+void writeFaces(CatalogueXml& xml, const QVariantList& faces)
+{
+    xml.line(3, "<key>Faces</key>");
+    xml.line(4, "<array>");
+    for (const QVariant& item : faces) {
+        const QVariantMap face = item.toMap();
+        const QByteArray key = CatalogueXml::escaped(face.value(u"face key"_s).toString());
+        const QByteArray rectangle = CatalogueXml::escaped(face.value(u"rectangle"_s).toString());
+        xml.line(5, "<dict>");
+        xml.line(6,
+                 "<key>face key</key><string>" + key +
+                     "</string>\t\t\t\t\t\t<key>rectangle</key><string>" + rectangle + "</string>");
+        xml.line(6,
+                 "<key>face index</key><integer>" +
+                     QByteArray::number(face.value(u"face index"_s).toLongLong()) + "</integer>");
+        xml.line(5, "</dict>");
+    }
+    xml.line(5, "</array>");
+}
+
+void writeDates(CatalogueXml& xml, const CataloguePhoto& photo, double offset)
+{
+    if (photo.imageChanged) {
+        xml.real(3, "ModDateAsTimerInterval", dateText(*photo.imageChanged));
+    }
+    if (photo.date) {
+        xml.real(3, "DateAsTimerInterval", dateText(*photo.date + offset));
+        xml.real(3, "DateAsTimerIntervalGMT", dateText(*photo.date));
+    }
+    if (photo.metadataChanged) {
+        xml.real(3, "MetaModDateAsTimerInterval", dateText(*photo.metadataChanged));
+    }
+}
+
+void writePhoto(CatalogueXml& xml,
+                const CataloguePhoto& photo,
+                const QString& archivePath,
+                const OldCatalogue::Image& old,
+                double offset)
+{
+    const QString master =
+        photo.isReference ? photo.master : archivePath + u"/Masters/"_s + photo.master;
+    const bool hasPreview = !photo.preview.isNull();
+    xml.line(2, "<key>" + QByteArray::number(photo.id) + "</key>");
+    xml.line(2, "<dict>");
+    xml.string(3, "Caption", photo.name);
+    if (photo.flagged) {
+        xml.line(3, "<key>Flagged</key>");
+        xml.line(3, "<true/>");
+    }
+    xml.string(3, "Comment", photo.comment.isEmpty() ? u" "_s : photo.comment);
+    xml.string(3, "GUID", photo.guid);
+    xml.integer(3, "Roll", photo.roll);
+    xml.integer(3, "Rating", photo.rating);
+    xml.string(3, "ImagePath", hasPreview ? archivePath + u"/Previews/"_s + photo.preview : master);
+    xml.string(3, "MediaType", photo.isMovie ? u"Movie"_s : u"Image"_s);
+    writeDates(xml, photo, old.offset.value_or(offset));
+    if (hasPreview) {
+        xml.string(3, "OriginalPath", master);
+    }
+    if (!photo.thumbnail.isNull()) {
+        xml.string(3, "ThumbPath", archivePath + u"/Thumbnails/"_s + photo.thumbnail);
+    }
+    if (photo.latitude) {
+        xml.inlineReal(3, "latitude", CatalogueXml::shortest(*photo.latitude));
+    }
+    if (photo.longitude) {
+        xml.inlineReal(3, "longitude", CatalogueXml::shortest(*photo.longitude));
+    }
+    if (!old.faces.isEmpty()) {
+        writeFaces(xml, old.faces);
+    }
+    xml.line(2, "</dict>");
+}
+
+/// The brief catalogue leaves out folders, and the type of the album of all photos.
+void writeBriefAlbum(CatalogueXml& xml, const CatalogueAlbum& album)
+{
+    if (album.kind == Kind::Folder) {
+        return;
+    }
+    xml.line(0, "<dict>");
+    xml.integer(0, "AlbumId", album.id);
+    xml.string(0, "AlbumName", album.name);
+    if (album.kind != Kind::All) {
+        xml.string(0, "Album Type", album.type);
+    }
+    xml.string(0, "GUID", album.guid);
+    if (album.kind == Kind::All) {
+        xml.inlineBoolean(0, "Master", true);
+    }
+    if (!album.songPath.isEmpty()) {
+        xml.string(0, "SongPath", album.songPath);
+    }
+    if (album.kind == Kind::Regular) {
+        xml.real(0, "TransitionSpeed", "1");
+        xml.inlineBoolean(0, "ShuffleSlides", false);
+    }
+    xml.string(0, "KeyListString", joined(album.photos));
+    xml.integer(0, "PhotoCount", album.photos.size());
+    xml.line(0, "</dict>");
+}
+
+void writeBriefRoll(CatalogueXml& xml, const CatalogueRoll& roll, double offset)
+{
+    xml.line(0, "<dict>");
+    xml.integer(0, "RollID", roll.id);
+    xml.string(0, "RollName", roll.name);
+    xml.real(0, "RollDateAsTimerInterval", dateText(roll.date + offset));
+    xml.string(0, "KeyPhotoKey", QString::number(roll.keyPhoto));
+    xml.integer(0, "PhotoCount", roll.photos.size());
+    xml.string(0, "KeyListString", joined(roll.photos));
+    xml.line(0, "</dict>");
 }
 
 } // namespace
 
-QByteArray CatalogueWriter::albumData(const Catalogue& catalogue)
+CatalogueWriter::CatalogueWriter(const CatalogueModel& model,
+                                 const OldCatalogue& old,
+                                 QString archivePath)
+    : m_model(model)
+    , m_old(old)
+    , m_archivePath(std::move(archivePath))
 {
-    constexpr int kMajorVersion = 2;
-    Lines lines(false);
-    lines.header();
-    lines.string(kTop, "Application Version", catalogue.applicationVersion);
-    lines.string(kTop, "Archive Path", catalogue.archivePath);
-    lines.string(kTop, "ArchiveId", u"1"_s);
-    lines.integer(kTop, "Major Version", kMajorVersion);
-    lines.integer(kTop, "Minor Version", 0);
-    writeAlbums(lines, catalogue.albums);
-    writeRolls(lines, catalogue.rolls);
-    writePeople(lines, catalogue.faces);
-    lines.line(kTop, "<key>Master Image List</key>");
-    lines.line(kTop, "<dict>");
-    for (const Image& image : catalogue.images) {
-        writeImage(lines, catalogue, image);
-    }
-    lines.line(kTop, "</dict>");
-    lines.footer();
-    return lines.take();
 }
 
-QByteArray CatalogueWriter::albumData2(const Catalogue& catalogue)
+QString CatalogueWriter::headText(const QString& key, const QString& usual) const
 {
-    Lines lines(true);
-    lines.header();
-    lines.string(0, "Application Version", catalogue.applicationVersion);
-    lines.string(0, "Archive Path", catalogue.archivePath);
-    lines.string(0, "ArchiveId", u"1"_s);
-    lines.string(0, "Movie Serial Number", u"0"_s);
-    lines.line(0, "<key>List of Albums</key>");
-    lines.line(0, "<array>");
-    for (const Album& album : catalogue.albums) {
-        if (album.kind != Kind::Event && album.kind != Kind::Folder) {
-            writeShortAlbum(lines, album);
-        }
+    const QString known = m_old.text(key);
+    return known.isNull() ? usual : known;
+}
+
+QByteArray CatalogueWriter::full() const
+{
+    CatalogueXml xml(CatalogueXml::Layout::Indented);
+    writeHead(xml);
+    xml.string(1, "Application Version", headText(u"Application Version"_s, u"9.4"_s));
+    xml.string(1, "Archive Path", m_archivePath);
+    xml.string(1, "ArchiveId", headText(u"ArchiveId"_s, u"1"_s));
+    xml.integer(1, "Major Version", kMajorVersion);
+    xml.integer(1, "Minor Version", kMinorVersion);
+    xml.line(1, "<key>List of Albums</key>");
+    xml.line(1, "<array>");
+    for (const CatalogueAlbum& album : m_model.builtInAlbums) {
+        writeAlbum(xml, album);
     }
-    lines.line(0, "</array>");
-    lines.line(0, "<key>List of Rolls</key>");
-    lines.line(0, "<array>");
-    for (const Roll& roll : catalogue.rolls) {
-        lines.line(0, "<dict>");
-        lines.integer(0, "RollID", roll.id);
-        lines.string(0, "RollName", roll.name);
-        lines.real(0, "RollDateAsTimerInterval", fixed(roll.date, kDateDigits));
-        lines.string(0, "KeyPhotoKey", QString::number(roll.keyPhoto));
-        lines.integer(0, "PhotoCount", roll.keys.size());
-        lines.string(0, "KeyListString", joined(roll.keys));
-        lines.line(0, "</dict>");
+    for (const CatalogueRoll& roll : m_model.rolls) {
+        writeEventAlbum(xml, roll);
     }
-    lines.line(0, "</array>");
-    lines.footer();
-    return lines.take();
+    for (const CatalogueAlbum& album : m_model.userAlbums) {
+        writeAlbum(xml, album);
+    }
+    xml.line(1, "</array>");
+    xml.line(1, "<key>List of Rolls</key>");
+    xml.line(1, "<array>");
+    for (const CatalogueRoll& roll : m_model.rolls) {
+        writeRoll(xml, roll, m_model.offset);
+    }
+    xml.line(1, "</array>");
+    QSet<QString> guids;
+    for (const CataloguePhoto& photo : m_model.photos) {
+        guids.insert(photo.guid);
+    }
+    writeFaceNames(xml, m_old.faces(), guids);
+    xml.line(1, "<key>Master Image List</key>");
+    xml.line(1, "<dict>");
+    for (const CataloguePhoto& photo : m_model.photos) {
+        writePhoto(xml, photo, m_archivePath, m_old.image(photo.id), m_model.offset);
+    }
+    xml.line(1, "</dict>");
+    writeEnd(xml);
+    return xml.bytes();
+}
+
+QByteArray CatalogueWriter::brief() const
+{
+    CatalogueXml xml(CatalogueXml::Layout::Flat);
+    writeHead(xml);
+    xml.string(0, "Application Version", headText(u"Application Version"_s, u"9.4"_s));
+    xml.string(0, "Archive Path", m_archivePath);
+    xml.string(0, "ArchiveId", headText(u"ArchiveId"_s, u"1"_s));
+    xml.string(0, "Movie Serial Number", u"0"_s);
+    xml.line(0, "<key>List of Albums</key>");
+    xml.line(0, "<array>");
+    for (const CatalogueAlbum& album : m_model.builtInAlbums) {
+        writeBriefAlbum(xml, album);
+    }
+    for (const CatalogueAlbum& album : m_model.userAlbums) {
+        writeBriefAlbum(xml, album);
+    }
+    xml.line(0, "</array>");
+    xml.line(0, "<key>List of Rolls</key>");
+    xml.line(0, "<array>");
+    for (const CatalogueRoll& roll : m_model.rolls) {
+        writeBriefRoll(xml, roll, m_model.offset);
+    }
+    xml.line(0, "</array>");
+    writeEnd(xml);
+    return xml.bytes();
 }

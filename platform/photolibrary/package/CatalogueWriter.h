@@ -1,16 +1,27 @@
 #pragma once
 
 #include "CatalogueModel.h"
+#include "OldCatalogue.h"
 
 #include <QByteArray>
+#include <QString>
 
-/// The two catalogue files as bytes, laid out as iPhoto lays them out: UTF-8, LF, no DOCTYPE.
-namespace CatalogueWriter
+/// Lays the catalogues out as the photo application does, byte for byte. Any thread.
+class CatalogueWriter final
 {
+public:
+    /// `archivePath`: where the package lies, in words of the catalogue: every path begins with it.
+    CatalogueWriter(const CatalogueModel& model, const OldCatalogue& old, QString archivePath);
 
-/// AlbumData.xml. Paths begin with the archive path of the Mac that the library comes from.
-[[nodiscard]] QByteArray albumData(const CatalogueModel::Catalogue& catalogue);
-/// iLifeShared/AlbumData2.xml: albums and rolls only, compact.
-[[nodiscard]] QByteArray albumData2(const CatalogueModel::Catalogue& catalogue);
+    /// AlbumData.xml: everything.
+    [[nodiscard]] QByteArray full() const;
+    /// iLifeShared/AlbumData2.xml: albums and events without photos.
+    [[nodiscard]] QByteArray brief() const;
 
-} // namespace CatalogueWriter
+private:
+    [[nodiscard]] QString headText(const QString& key, const QString& usual) const;
+
+    const CatalogueModel& m_model;
+    const OldCatalogue& m_old;
+    QString m_archivePath;
+};

@@ -1,11 +1,10 @@
 #include "Catalogues.h"
 
 #include "AtomicFile.h"
-#include "CatalogueModel.h"
+#include "CatalogueReader.h"
 #include "CatalogueWriter.h"
 #include "Clock.h"
-#include "PropertyList.h"
-#include "SystemLog.h"
+#include "OldCatalogue.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -16,16 +15,41 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-void touchTimestamp(const QString& path, double now)
+/// The bytes of a file, none when it does not exist.
+Result<QByteArray> bytesOf(const QString& path)
+{
+    QFile file(path);
+    if (!file.exists()) {
+        return QByteArray();
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        return Error{ErrorCode::Unreadable,
+                     u"\"%1\" cannot be read (%2)."_s.arg(path, file.errorString())};
+    }
+    return file.readAll();
+}
+
+Result<void> replace(const QString& path, const QByteArray& old, const QByteArray& bytes)
+{
+    if (bytes == old) {
+        return {};
+    }
+    if (const Result<void> made = AtomicFile::makeFolder(QFileInfo(path).path()); !made.ok()) {
+        return made;
+    }
+    return AtomicFile::write(path, bytes);
+}
+
+/// An empty file whose time of modification tells other programs that the library changed. It is
+/// a hint to them, no part of the library: that it cannot be set is no failure.
+void touch(const QString& path, double now)
 {
     constexpr double kMilliseconds = 1000.0;
+    const QDateTime moment = QDateTime::fromMSecsSinceEpoch(
+        static_cast<qint64>((now + kSecondsFrom1970To2001) * kMilliseconds), Qt::UTC);
     QFile file(path);
-    // The time of the file is the whole message; a library without it gets one.
-    if (file.open(QIODevice::ReadWrite)) {
-        file.setFileTime(
-            QDateTime::fromMSecsSinceEpoch(
-                static_cast<qint64>((now + kSecondsFrom1970To2001) * kMilliseconds), Qt::UTC),
-            QFileDevice::FileModificationTime);
+    if (file.open(QIODevice::WriteOnly | QIODevice::Append)) {
+        file.setFileTime(moment, QFileDevice::FileModificationTime);
     }
 }
 
@@ -34,27 +58,28 @@ void touchTimestamp(const QString& path, double now)
 Result<Catalogues::CarriedOver> Catalogues::write(Connection& connection, double now)
 {
     const QString& package = connection.packagePath();
-    const QString path = package + "/AlbumData.xml"_L1;
-    const Result<QVariant> old = PropertyList::read(path);
-    if (!old.ok() && QFileInfo::exists(path)) {
-        systemLog(
-            u"The old catalogue tells nothing and is written anew: %1"_s.arg(old.error().message));
+    const QString fullPath = package + u"/AlbumData.xml"_s;
+    const QString briefPath = package + u"/iLifeShared/AlbumData2.xml"_s;
+    const Result<QByteArray> oldFull = bytesOf(fullPath);
+    if (!oldFull.ok()) {
+        return oldFull.error();
     }
-    const QVariantMap oldEntries = old.ok() ? old.value().toMap() : QVariantMap();
-    const CatalogueModel::Catalogue catalogue = CatalogueModel::build(connection, oldEntries);
-    Result<void> written = AtomicFile::write(path, CatalogueWriter::albumData(catalogue));
-    if (!written.ok()) {
+    const Result<QByteArray> oldBrief = bytesOf(briefPath);
+    if (!oldBrief.ok()) {
+        return oldBrief.error();
+    }
+    const OldCatalogue old = OldCatalogue::parse(oldFull.value());
+    const QString knownPath = old.text(u"Archive Path"_s);
+    const CatalogueModel model = CatalogueReader::read(connection, old);
+    const CatalogueWriter writer(model, old, knownPath.isEmpty() ? package : knownPath);
+    if (const Result<void> written = replace(fullPath, oldFull.value(), writer.full());
+        !written.ok()) {
         return written.error();
     }
-    const QString shared = package + "/iLifeShared"_L1;
-    written = AtomicFile::makeFolder(shared);
-    if (written.ok()) {
-        written = AtomicFile::write(shared + "/AlbumData2.xml"_L1,
-                                    CatalogueWriter::albumData2(catalogue));
-    }
-    if (!written.ok()) {
+    if (const Result<void> written = replace(briefPath, oldBrief.value(), writer.brief());
+        !written.ok()) {
         return written.error();
     }
-    touchTimestamp(shared + "/ApertureDatabaseTimestamp"_L1, now);
-    return CarriedOver{!oldEntries.isEmpty()};
+    touch(package + u"/iLifeShared/ApertureDatabaseTimestamp"_s, now);
+    return CarriedOver{old.wasRead()};
 }

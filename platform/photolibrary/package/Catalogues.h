@@ -3,19 +3,21 @@
 #include "Connection.h"
 #include "Result.h"
 
-/// AlbumData.xml and iLifeShared/AlbumData2.xml, the exports that other applications read. Both are
-/// written anew from the databases; what these do not give (the Mac's path of the library, faces,
-/// smart albums) is carried over from the old file.
+/// The catalogues that the photo application writes for others to read: AlbumData.xml and
+/// iLifeShared/AlbumData2.xml.
 namespace Catalogues
 {
 
 struct CarriedOver {
-    bool oldFileRead{false}; ///< false: the old file was missing or could not be parsed
+    /// Whether there was a catalogue before to carry over from. Without it faces and what rules
+    /// find are lost, and paths begin with the package's present place.
+    bool oldFileRead{false};
 };
 
-/// Replaces both files as a whole and touches ApertureDatabaseTimestamp, which tells other
-/// applications that they changed. `now`: seconds since 2001-01-01 UTC.
-/// Errors: NotWritable, OutOfSpace; SQLite::Exception.
+/// Writes both anew from the databases, with what only the file before knows carried over from it,
+/// and marks the library as changed. A file that already says the same stays untouched.
+/// `now`: seconds since 2001-01-01T00:00:00 UTC. Errors: Unreadable, NotWritable, OutOfSpace;
+/// SQLite::Exception.
 [[nodiscard]] Result<CarriedOver> write(Connection& connection, double now);
 
 } // namespace Catalogues

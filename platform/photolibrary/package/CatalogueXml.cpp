@@ -1,0 +1,128 @@
+#include "CatalogueXml.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace
+{
+
+/// Room for the digits of any double with six decimals.
+constexpr std::size_t kNumberRoom = 512;
+
+bool fitsXml(QChar character)
+{
+    const char16_t code = character.unicode();
+    const bool isBlank = code == u'\t' || code == u'\n' || code == u'\r';
+    return (code >= u' ' || isBlank) && code != 0xFFFE && code != 0xFFFF;
+}
+
+QByteArray numberText(double number, std::chars_format format, int precision)
+{
+    std::array<char, kNumberRoom> room{};
+    const double shown = std::isfinite(number) ? number : 0.0;
+    const std::to_chars_result result =
+        std::to_chars(room.data(), room.data() + room.size(), shown, format, precision);
+    return {room.data(), result.ptr - room.data()};
+}
+
+} // namespace
+
+QByteArray CatalogueXml::escaped(const QString& text)
+{
+    QString safe;
+    safe.reserve(text.size());
+    for (const QChar character : text) {
+        switch (character.unicode()) {
+        case u'&':
+            safe += QLatin1StringView("&amp;");
+            break;
+        case u'<':
+            safe += QLatin1StringView("&lt;");
+            break;
+        case u'>':
+            safe += QLatin1StringView("&gt;");
+            break;
+        case u'\'':
+            safe += QLatin1StringView("&apos;");
+            break;
+        case u'"':
+            safe += QLatin1StringView("&quot;");
+            break;
+        case u'\r':
+            safe += QLatin1StringView("&#13;"); // a bare one would be read as a line feed
+            break;
+        default:
+            if (fitsXml(character)) {
+                safe += character;
+            }
+        }
+    }
+    return safe.toUtf8();
+}
+
+QByteArray CatalogueXml::fixed(double number, int decimals)
+{
+    return numberText(number, std::chars_format::fixed, decimals);
+}
+
+QByteArray CatalogueXml::shortest(double number)
+{
+    constexpr int kDigits = 10;
+    return numberText(number, std::chars_format::general, kDigits);
+}
+
+void CatalogueXml::line(int indentation, const QByteArray& text)
+{
+    if (m_layout == Layout::Indented) {
+        m_bytes.append(indentation, '\t');
+    }
+    m_bytes += text;
+    m_bytes += '\n';
+}
+
+void CatalogueXml::keyLine(int indentation, const char* key)
+{
+    line(indentation, "<key>" + QByteArray(key) + "</key>");
+}
+
+void CatalogueXml::string(int indentation, const char* key, const QString& value)
+{
+    keyLine(indentation, key);
+    line(indentation, "<string>" + escaped(value) + "</string>");
+}
+
+void CatalogueXml::integer(int indentation, const char* key, qint64 value)
+{
+    keyLine(indentation, key);
+    line(indentation, "<integer>" + QByteArray::number(value) + "</integer>");
+}
+
+void CatalogueXml::real(int indentation, const char* key, const QByteArray& text)
+{
+    keyLine(indentation, key);
+    line(indentation, "<real>" + text + "</real>");
+}
+
+void CatalogueXml::inlineReal(int indentation, const char* key, const QByteArray& text)
+{
+    line(indentation, "<key>" + QByteArray(key) + "</key><real>" + text + "</real>");
+}
+
+void CatalogueXml::inlineBoolean(int indentation, const char* key, bool value)
+{
+    line(indentation, "<key>" + QByteArray(key) + "</key>" + (value ? "<true/>" : "<false/>"));
+}
+
+void CatalogueXml::ids(int indentation,
+                       const char* key,
+                       const QList<qint64>& ids,
+                       int itemIndentation)
+{
+    keyLine(indentation, key);
+    line(indentation, "<array>");
+    for (const qint64 id : ids) {
+        line(itemIndentation, "<string>" + QByteArray::number(id) + "</string>");
+    }
+    line(indentation, "</array>");
+}

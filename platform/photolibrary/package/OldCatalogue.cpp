@@ -1,0 +1,94 @@
+#include "OldCatalogue.h"
+
+#include "PropertyList.h"
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+std::optional<double> offsetOf(const QVariantMap& image)
+{
+    const QVariant local = image.value(u"DateAsTimerInterval"_s);
+    const QVariant exact = image.value(u"DateAsTimerIntervalGMT"_s);
+    if (!local.canConvert<double>() || !exact.canConvert<double>()) {
+        return std::nullopt;
+    }
+    return local.toDouble() - exact.toDouble();
+}
+
+QList<qint64> idsOf(const QVariant& keyList)
+{
+    QList<qint64> ids;
+    const QVariantList keys = keyList.toList();
+    for (const QVariant& key : keys) {
+        ids.append(key.toString().toLongLong());
+    }
+    return ids;
+}
+
+} // namespace
+
+OldCatalogue OldCatalogue::parse(const QByteArray& bytes)
+{
+    OldCatalogue catalogue;
+    const Result<QVariant> parsed = PropertyList::parse(bytes);
+    if (!parsed.ok() || parsed.value().typeId() != QMetaType::QVariantMap) {
+        return catalogue;
+    }
+    const QVariantMap content = parsed.value().toMap();
+    const QVariant images = content.value(u"Master Image List"_s);
+    if (images.typeId() != QMetaType::QVariantMap) {
+        return catalogue;
+    }
+    catalogue.m_read = true;
+    for (auto entry = content.begin(); entry != content.end(); ++entry) {
+        if (entry.value().typeId() == QMetaType::QString) {
+            catalogue.m_texts.insert(entry.key(), entry.value());
+        }
+    }
+    catalogue.m_faces = content.value(u"List of Faces"_s).toMap();
+    catalogue.readImages(images.toMap());
+    const QVariantList albums = content.value(u"List of Albums"_s).toList();
+    for (const QVariant& item : albums) {
+        const QVariantMap album = item.toMap();
+        catalogue.m_albums.insert(
+            album.value(u"GUID"_s).toString(),
+            {album.value(u"Album Type"_s).toString(), idsOf(album.value(u"KeyList"_s))});
+    }
+    const QVariantList rolls = content.value(u"List of Rolls"_s).toList();
+    for (const QVariant& item : rolls) {
+        const QVariantMap roll = item.toMap();
+        catalogue.m_rollNames.insert(roll.value(u"RollID"_s).toLongLong(),
+                                     roll.value(u"RollName"_s).toString());
+    }
+    return catalogue;
+}
+
+void OldCatalogue::readImages(const QVariantMap& images)
+{
+    for (auto entry = images.begin(); entry != images.end(); ++entry) {
+        const QVariantMap image = entry.value().toMap();
+        const std::optional<double> offset = offsetOf(image);
+        m_images.insert(entry.key().toLongLong(),
+                        {offset,
+                         image.value(u"ImagePath"_s).toString(),
+                         image.value(u"OriginalPath"_s).toString(),
+                         image.value(u"Faces"_s).toList()});
+        if (offset) {
+            m_offset = offset;
+        }
+    }
+}
+
+QString OldCatalogue::text(const QString& key) const
+{
+    const QVariant value = m_texts.value(key);
+    return value.isValid() ? value.toString() : QString();
+}
+
+std::optional<OldCatalogue::Album> OldCatalogue::album(const QString& guid) const
+{
+    const auto found = m_albums.find(guid);
+    return found == m_albums.end() ? std::nullopt : std::optional<Album>(*found);
+}
