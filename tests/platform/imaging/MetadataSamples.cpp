@@ -1,0 +1,121 @@
+#include "MetadataSamples.h"
+
+#include "Bitmap.h"
+#include "ImagePropertiesContent.h"
+#include "JpegDestination.h"
+#include "MetadataSegments.h"
+
+#include <gtest/gtest.h>
+
+#include <exiv2/image.hpp>
+
+namespace
+{
+
+constexpr const char* kNone = "(none)";
+
+QByteArray plainJpeg()
+{
+    const Result<QByteArray> jpeg =
+        JpegDestination::encodePlain(Bitmap(16, 8, Transfer::Srgb), 0.8);
+    EXPECT_TRUE(jpeg.ok());
+    return jpeg.ok() ? jpeg.value() : QByteArray();
+}
+
+QByteArray written(Exiv2::Image& image, const MetadataSamples::Blocks& blocks)
+{
+    image.setExifData(blocks.exif);
+    image.setIptcData(blocks.iptc);
+    image.setXmpData(blocks.xmp);
+    image.writeMetadata();
+    Exiv2::BasicIo& io = image.io();
+    io.open();
+    const Exiv2::DataBuf bytes = io.read(static_cast<long>(io.size()));
+    return {reinterpret_cast<const char*>(bytes.pData_), bytes.size_};
+}
+
+} // namespace
+
+namespace MetadataSamples
+{
+
+QByteArray jpegWith(const Blocks& blocks)
+{
+    const QByteArray plain = plainJpeg();
+    const auto image = Exiv2::ImageFactory::open(
+        reinterpret_cast<const Exiv2::byte*>(plain.constData()), static_cast<long>(plain.size()));
+    return written(*image, blocks);
+}
+
+ImageProperties holding(const Blocks& blocks)
+{
+    ImageProperties properties;
+    // The content is open to writers of blocks only; the tests stand in for its reader here.
+    auto& content = const_cast<ImageProperties::Content&>(properties.content());
+    content.exif = blocks.exif;
+    content.iptc = blocks.iptc;
+    content.xmp = blocks.xmp;
+    return properties;
+}
+
+QByteArray jpegWithExifBytes(const QByteArray& exif)
+{
+    return jpegWithSegments({{0xe1, QByteArrayLiteral("Exif\0\0") + exif}});
+}
+
+QByteArray jpegWithSegments(const QList<JpegSegment>& segments)
+{
+    const QByteArray plain = plainJpeg();
+    QByteArray jpeg = plain.left(2);
+    for (const JpegSegment& segment : segments) {
+        const qsizetype length = segment.payload.size() + 2;
+        jpeg.append('\xff').append(static_cast<char>(segment.marker));
+        jpeg.append(static_cast<char>(length >> 8)).append(static_cast<char>(length & 0xff));
+        jpeg.append(segment.payload);
+    }
+    return jpeg + plain.mid(2);
+}
+
+ImageProperties readBack(const QByteArray& bytes)
+{
+    const Result<ImageProperties> properties = ImageProperties::fromBytes(bytes);
+    EXPECT_TRUE(properties.ok());
+    return properties.ok() ? properties.value() : ImageProperties();
+}
+
+ImageProperties
+asCarried(const ImageProperties& properties, QSize pixels, const QByteArray& thumbnail)
+{
+    return readBack(jpegWithSegments(MetadataSegments::build(properties, pixels, thumbnail)));
+}
+
+bool hasExif(const ImageProperties& properties, const char* key)
+{
+    const Exiv2::ExifData& exif = properties.content().exif;
+    return exif.findKey(Exiv2::ExifKey(key)) != exif.end();
+}
+
+std::string exifText(const ImageProperties& properties, const char* key)
+{
+    const Exiv2::ExifData& exif = properties.content().exif;
+    const auto found = exif.findKey(Exiv2::ExifKey(key));
+    return found == exif.end() ? kNone : found->toString();
+}
+
+std::string xmpText(const ImageProperties& properties, const char* key)
+{
+    const Exiv2::XmpData& xmp = properties.content().xmp;
+    const auto found = xmp.findKey(Exiv2::XmpKey(key));
+    return found == xmp.end() ? kNone : found->toString();
+}
+
+int iptcCount(const ImageProperties& properties, const char* key)
+{
+    int count = 0;
+    for (const Exiv2::Iptcdatum& datum : properties.content().iptc) {
+        count += datum.key() == key ? 1 : 0;
+    }
+    return count;
+}
+
+} // namespace MetadataSamples

@@ -1,0 +1,308 @@
+#include "MetadataSegments.h"
+
+#include "ImagePropertiesContent.h"
+#include "LogRecorder.h"
+#include "MetadataSamples.h"
+
+#include <QDirIterator>
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <string>
+
+using namespace Qt::StringLiterals;
+using namespace MetadataSamples;
+
+namespace
+{
+
+constexpr qsizetype kLargestPayload = 65533;
+const QSize kCopy(1000, 500);
+
+/// What every copy of a photo must say as its original does.
+constexpr std::array kShotTags{"Exif.Image.Make",
+                               "Exif.Image.Model",
+                               "Exif.Image.Software",
+                               "Exif.Image.Orientation",
+                               "Exif.Photo.DateTimeOriginal",
+                               "Exif.Photo.ExposureTime",
+                               "Exif.Photo.FNumber",
+                               "Exif.Photo.ISOSpeedRatings",
+                               "Exif.Photo.FocalLength",
+                               "Exif.Photo.LensModel",
+                               "Exif.GPSInfo.GPSLatitude",
+                               "Exif.GPSInfo.GPSLatitudeRef",
+                               "Exif.GPSInfo.GPSAltitude"};
+
+constexpr std::array kStructureTags{
+    "Exif.Image.NewSubfileType",  "Exif.Image.ImageWidth",
+    "Exif.Image.ImageLength",     "Exif.Image.BitsPerSample",
+    "Exif.Image.Compression",     "Exif.Image.PhotometricInterpretation",
+    "Exif.Image.StripOffsets",    "Exif.Image.StripByteCounts",
+    "Exif.Image.SamplesPerPixel", "Exif.Image.PlanarConfiguration",
+    "Exif.Image.TileOffsets",     "Exif.Image.SubIFDs",
+    "Exif.Image.XMLPacket",       "Exif.Image.IPTCNAA",
+    "Exif.Image.ImageResources",  "Exif.Image.InterColorProfile",
+    "Exif.Image.CFAPattern",      "Exif.Image.DNGVersion",
+    "Exif.Image.ColorMatrix1",    "Exif.Image.DNGPrivateData"};
+
+/// What a DNG file says of itself and of the shot, without its picture.
+ImageProperties rawPhoto()
+{
+    ImageProperties properties;
+    properties.setGps({33.9, u"S"_s, 151.2, u"E"_s});
+    Blocks blocks;
+    blocks.exif = properties.content().exif;
+    Exiv2::ExifData& exif = blocks.exif;
+    for (const char* const key : kStructureTags) {
+        exif[key].setValue("7");
+    }
+    exif["Exif.Image.DNGPrivateData"].setValue(std::string("1 2 3 4 5 6 7 8"));
+    exif["Exif.Image.Make"] = std::string("Maker");
+    exif["Exif.Image.Model"] = std::string("Model 5");
+    exif["Exif.Image.Software"] = std::string("Ver.1.0");
+    exif["Exif.Image.Orientation"] = uint16_t{6};
+    exif["Exif.Image.ExposureTime"] = Exiv2::URational(1, 125);
+    exif["Exif.Image.LensInfo"].setValue("24/1 105/1 4/1 4/1");
+    exif["Exif.Photo.FNumber"] = Exiv2::URational(56, 10);
+    exif["Exif.Photo.ColorSpace"] = uint16_t{65535};
+    exif["Exif.Photo.PixelXDimension"] = uint32_t{4000};
+    exif["Exif.Photo.PixelYDimension"] = uint32_t{2000};
+    exif["Exif.Photo.FocalPlaneXResolution"] = Exiv2::URational(4438, 1);
+    return holding(blocks);
+}
+
+QByteArray noise(qsizetype size)
+{
+    QByteArray bytes;
+    quint32 state = 1;
+    while (bytes.size() < size) {
+        state = state * 1664525U + 1013904223U;
+        bytes.append(static_cast<char>(state >> 24));
+    }
+    return bytes;
+}
+
+void setBytes(Exiv2::ExifData& exif, const char* key, qsizetype size)
+{
+    const QByteArray bytes = noise(size);
+    Exiv2::DataValue value(Exiv2::undefined);
+    value.read(reinterpret_cast<const Exiv2::byte*>(bytes.constData()),
+               static_cast<long>(bytes.size()),
+               Exiv2::littleEndian);
+    exif[key].setValue(&value);
+}
+
+} // namespace
+
+TEST(MetadataSegments, tagsOfTheOriginalsStructureStayBehind)
+{
+    const ImageProperties original = rawPhoto();
+    ASSERT_TRUE(hasExif(original, "Exif.Image.DNGVersion"));
+    const ImageProperties carried = asCarried(original, kCopy);
+    for (const char* const key : kStructureTags) {
+        EXPECT_FALSE(hasExif(carried, key)) << key;
+    }
+}
+
+TEST(MetadataSegments, whatWasPhotographedAndHowStays)
+{
+    const ImageProperties original = rawPhoto();
+    const ImageProperties carried = asCarried(original, kCopy);
+    for (const char* const key : kShotTags) {
+        if (std::string(key) != "Exif.Photo.ExposureTime") {
+            EXPECT_EQ(exifText(carried, key), exifText(original, key)) << key;
+        }
+    }
+    EXPECT_EQ(exifText(carried, "Exif.Image.Orientation"), "6");
+}
+
+TEST(MetadataSegments, tagsOfTheFirstDirectoryOfRawFilesMoveToTheirPlaceInAJpeg)
+{
+    const ImageProperties carried = asCarried(rawPhoto(), kCopy);
+    EXPECT_EQ(exifText(carried, "Exif.Photo.ExposureTime"), "1/125");
+    EXPECT_FALSE(hasExif(carried, "Exif.Image.ExposureTime"));
+    EXPECT_EQ(exifText(carried, "Exif.Photo.LensSpecification"), "24/1 105/1 4/1 4/1");
+}
+
+TEST(MetadataSegments, sizeAndColourSpaceAreTheJpegs)
+{
+    const ImageProperties carried = asCarried(rawPhoto(), kCopy);
+    EXPECT_EQ(exifText(carried, "Exif.Photo.PixelXDimension"), "1000");
+    EXPECT_EQ(exifText(carried, "Exif.Photo.PixelYDimension"), "500");
+    EXPECT_EQ(exifText(carried, "Exif.Photo.ColorSpace"), "1");
+}
+
+TEST(MetadataSegments, sensorPixelsPerMillimetreHoldForACopyOfFullSizeOnly)
+{
+    const ImageProperties original = rawPhoto();
+    EXPECT_FALSE(hasExif(asCarried(original, kCopy), "Exif.Photo.FocalPlaneXResolution"));
+    EXPECT_TRUE(hasExif(asCarried(original, {3996, 1998}), "Exif.Photo.FocalPlaneXResolution"));
+}
+
+TEST(MetadataSegments, theNewThumbnailTakesTheOldOnesPlace)
+{
+    Blocks blocks;
+    Exiv2::ExifThumb(blocks.exif)
+        .setJpegThumbnail(reinterpret_cast<const Exiv2::byte*>("old"), 3, {72, 1}, {72, 1}, 2);
+    const ImageProperties original = readBack(jpegWith(blocks));
+    ASSERT_TRUE(hasExif(original, "Exif.Thumbnail.JPEGInterchangeFormat"));
+    const ImageProperties carried = asCarried(original, kCopy, "new one");
+    const Exiv2::DataBuf thumbnail = Exiv2::ExifThumbC(carried.content().exif).copy();
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(thumbnail.pData_),
+                          static_cast<size_t>(thumbnail.size_)),
+              "new one");
+    EXPECT_FALSE(hasExif(asCarried(original, kCopy), "Exif.Thumbnail.JPEGInterchangeFormat"));
+}
+
+TEST(MetadataSegments, aGpsBlockStaysAsItIs)
+{
+    Blocks blocks;
+    blocks.exif["Exif.GPSInfo.GPSVersionID"].setValue("2 2 0 0");
+    blocks.exif["Exif.GPSInfo.GPSImgDirection"] = Exiv2::URational(12345, 100);
+    const ImageProperties carried = asCarried(readBack(jpegWith(blocks)), kCopy);
+    EXPECT_EQ(exifText(carried, "Exif.GPSInfo.GPSVersionID"), "2 2 0 0");
+    EXPECT_EQ(exifText(carried, "Exif.GPSInfo.GPSImgDirection"), "12345/100");
+}
+
+TEST(MetadataSegments, developmentSettingsLeaveXmpAndItsSizesBecomeTrue)
+{
+    Blocks blocks;
+    blocks.xmp["Xmp.tiff.ImageWidth"] = std::string("4000");
+    blocks.xmp["Xmp.tiff.Orientation"] = std::string("6");
+    blocks.xmp["Xmp.exif.PixelXDimension"] = std::string("4000");
+    blocks.xmp["Xmp.crs.Exposure2012"] = std::string("+1.00");
+    blocks.xmp["Xmp.photoshop.DocumentAncestors"] = std::string("some id");
+    blocks.xmp["Xmp.xmpMM.DocumentID"] = std::string("xmp.did:1");
+    blocks.xmp["Xmp.dc.format"] = std::string("image/x-adobe-dng");
+    const ImageProperties carried = asCarried(readBack(jpegWith(blocks)), kCopy);
+    EXPECT_EQ(xmpText(carried, "Xmp.tiff.ImageWidth"), "(none)");
+    EXPECT_EQ(xmpText(carried, "Xmp.tiff.Orientation"), "6");
+    EXPECT_EQ(xmpText(carried, "Xmp.exif.PixelXDimension"), "1000");
+    EXPECT_EQ(xmpText(carried, "Xmp.crs.Exposure2012"), "(none)");
+    EXPECT_EQ(xmpText(carried, "Xmp.photoshop.DocumentAncestors"), "(none)");
+    EXPECT_EQ(xmpText(carried, "Xmp.xmpMM.DocumentID"), "xmp.did:1");
+    EXPECT_EQ(xmpText(carried, "Xmp.dc.format"), "image/jpeg");
+}
+
+TEST(MetadataSegments, anIptcBlockLargerThanASegmentGoesOnInTheNext)
+{
+    Blocks blocks;
+    for (int index = 0; index < 50; ++index) {
+        blocks.iptc.add(Exiv2::IptcKey("Iptc.Application2.Contact"),
+                        Exiv2::StringValue(std::string(2000, 'c')).clone().get());
+    }
+    const QList<JpegSegment> segments = MetadataSegments::build(holding(blocks), kCopy, {});
+    int count = 0;
+    for (const JpegSegment& segment : segments) {
+        EXPECT_LE(segment.payload.size(), kLargestPayload);
+        count += segment.marker == 0xed ? 1 : 0;
+    }
+    EXPECT_EQ(count, 2);
+    EXPECT_EQ(iptcCount(readBack(jpegWithSegments(segments)), "Iptc.Application2.Contact"), 50);
+}
+
+TEST(MetadataSegments, exifThatIsTooLargeLosesTheThumbnailFirstAndTheLogSaysSo)
+{
+    Blocks blocks;
+    setBytes(blocks.exif, "Exif.Photo.UserComment", 40000);
+    blocks.exif["Exif.Image.Make"] = std::string("Maker");
+    const LogRecorder log;
+    const ImageProperties carried = asCarried(holding(blocks), kCopy, noise(30000));
+    EXPECT_FALSE(hasExif(carried, "Exif.Thumbnail.JPEGInterchangeFormat"));
+    EXPECT_TRUE(hasExif(carried, "Exif.Photo.UserComment"));
+    ASSERT_EQ(log.entries().size(), 1);
+    EXPECT_TRUE(log.entries().first().endsWith(u"left out: the thumbnail"_s));
+}
+
+TEST(MetadataSegments, exifThatIsTooLargeLosesTheMakerNoteBeforeOtherTags)
+{
+    Blocks blocks;
+    setBytes(blocks.exif, "Exif.Photo.MakerNote", 50000);
+    setBytes(blocks.exif, "Exif.Photo.UserComment", 30000);
+    blocks.exif["Exif.Image.Make"] = std::string("Maker");
+    const LogRecorder log;
+    const ImageProperties carried = asCarried(holding(blocks), kCopy);
+    EXPECT_FALSE(hasExif(carried, "Exif.Photo.MakerNote"));
+    EXPECT_TRUE(hasExif(carried, "Exif.Photo.UserComment"));
+    ASSERT_EQ(log.entries().size(), 1);
+    EXPECT_TRUE(log.entries().first().endsWith(u"left out: the maker note"_s));
+}
+
+TEST(MetadataSegments, ofTagsThatAreTooLargeTheLargestGoesFirst)
+{
+    Blocks blocks;
+    setBytes(blocks.exif, "Exif.Photo.UserComment", 60000);
+    setBytes(blocks.exif, "Exif.Photo.0xea1c", 10000);
+    blocks.exif["Exif.Image.Make"] = std::string("Maker");
+    const LogRecorder log;
+    const ImageProperties carried = asCarried(holding(blocks), kCopy);
+    EXPECT_FALSE(hasExif(carried, "Exif.Photo.UserComment"));
+    EXPECT_TRUE(hasExif(carried, "Exif.Photo.0xea1c"));
+    EXPECT_EQ(exifText(carried, "Exif.Image.Make"), "Maker");
+    EXPECT_EQ(log.entries().size(), 1);
+}
+
+TEST(MetadataSegments, exifThatJustFitsIsWhole)
+{
+    Blocks blocks;
+    setBytes(blocks.exif, "Exif.Photo.UserComment", 64000);
+    const LogRecorder log;
+    const QList<JpegSegment> segments = MetadataSegments::build(holding(blocks), kCopy, {});
+    ASSERT_EQ(segments.size(), 1);
+    EXPECT_LE(segments.first().payload.size(), kLargestPayload);
+    EXPECT_TRUE(hasExif(readBack(jpegWithSegments(segments)), "Exif.Photo.UserComment"));
+    EXPECT_TRUE(log.entries().isEmpty());
+}
+
+TEST(MetadataSegments, xmpThatIsTooLargeLosesItsLargestProperty)
+{
+    Blocks blocks;
+    blocks.xmp["Xmp.photoshop.History"] = std::string(70000, 'h');
+    blocks.xmp["Xmp.xmp.Rating"] = std::string("4");
+    const LogRecorder log;
+    const ImageProperties carried = asCarried(holding(blocks), kCopy);
+    EXPECT_EQ(xmpText(carried, "Xmp.photoshop.History"), "(none)");
+    EXPECT_EQ(xmpText(carried, "Xmp.xmp.Rating"), "4");
+    ASSERT_EQ(log.entries().size(), 1);
+    EXPECT_TRUE(log.entries().first().contains(u"Xmp.photoshop.History"_s));
+}
+
+TEST(MetadataSegments, segmentsStandInTheOrderOfExifIptcAndXmp)
+{
+    Blocks blocks;
+    blocks.exif["Exif.Image.Make"] = std::string("Maker");
+    blocks.iptc["Iptc.Application2.ObjectName"] = std::string("A title");
+    blocks.xmp["Xmp.xmp.Rating"] = std::string("4");
+    const QList<JpegSegment> segments = MetadataSegments::build(holding(blocks), kCopy, {});
+    ASSERT_EQ(segments.size(), 3);
+    EXPECT_TRUE(segments.at(0).payload.startsWith("Exif"));
+    EXPECT_TRUE(segments.at(1).payload.startsWith("Photoshop 3.0"));
+    EXPECT_TRUE(segments.at(2).payload.startsWith("http://ns.adobe.com/xap/1.0/"));
+}
+
+TEST(MetadataSegments, theFilesOfCamerasLoseNothingThatHolds)
+{
+    for (const QString& folder : {u"raw"_s, u"masters"_s, u"other"_s}) {
+        QDirIterator files(QStringLiteral(CORVANE_SHARED_DATA "/") + folder, QDir::Files);
+        while (files.hasNext()) {
+            const QString path = files.next();
+            const Result<ImageProperties> read = ImageProperties::read(path);
+            if (!read.ok()) {
+                EXPECT_TRUE(path.endsWith(u".xml"_s)) << path.toStdString();
+                continue;
+            }
+            const ImageProperties carried = asCarried(read.value(), kCopy, noise(4000));
+            for (const char* const key : kShotTags) {
+                if (hasExif(read.value(), key)) {
+                    EXPECT_EQ(exifText(carried, key), exifText(read.value(), key))
+                        << path.toStdString() << ' ' << key;
+                }
+            }
+            for (const char* const key : kStructureTags) {
+                EXPECT_FALSE(hasExif(carried, key)) << path.toStdString() << ' ' << key;
+            }
+        }
+    }
+}
