@@ -2,6 +2,7 @@
 
 #include "ImagePropertiesContent.h"
 #include "RawMetadata.h"
+#include "XmpRepair.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -54,13 +55,29 @@ int bitsPerSample(const Exiv2::ExifData& exif)
     return found == exif.end() || found->count() == 0 ? 0 : static_cast<int>(found->toLong(0));
 }
 
+/// A packet that was refused as a whole is tried again without what RDF forbids.
+void takeRefusedXmp(const Exiv2::Image& image, Exiv2::XmpData& xmp)
+{
+    const std::string& packet = image.xmpPacket();
+    if (!xmp.empty() || packet.empty()) {
+        return;
+    }
+    const QByteArray repaired = XmpRepair::withoutDuplicates(QByteArray::fromStdString(packet));
+    if (!repaired.isEmpty()) {
+        static_cast<void>(Exiv2::XmpParser::decode(xmp, repaired.toStdString()));
+    }
+}
+
 /// Takes over what the reader holds; each block by itself, so that one that cannot be taken (or was
 /// not reached) leaves the others.
 void take(Exiv2::Image& image, ImageProperties::Content& content)
 {
     static_cast<void>(guarded([&] { content.exif = image.exifData(); }));
     static_cast<void>(guarded([&] { content.iptc = image.iptcData(); }));
-    static_cast<void>(guarded([&] { content.xmp = image.xmpData(); }));
+    static_cast<void>(guarded([&] {
+        content.xmp = image.xmpData();
+        takeRefusedXmp(image, content.xmp);
+    }));
     if (image.byteOrder() != Exiv2::invalidByteOrder) {
         content.byteOrder = image.byteOrder();
     }

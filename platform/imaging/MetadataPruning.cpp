@@ -98,6 +98,9 @@ constexpr std::array kUntrueKeys{
     std::string_view("Exif.Photo.CompressedBitsPerPixel"),
     std::string_view("Exif.Photo.CFAPattern"),
     std::string_view("Exif.Photo.0xa500"), // Gamma
+    std::string_view("Exif.Image.0xea1c"), // Padding
+    std::string_view("Exif.Photo.0xea1c"),
+    std::string_view("Exif.Photo.0xea1d"), // OffsetSchema: how far the maker note was moved
     std::string_view("Exif.Iop.RelatedImageFileFormat"),
     std::string_view("Exif.Iop.RelatedImageWidth"),
     std::string_view("Exif.Iop.RelatedImageLength"),
@@ -256,6 +259,14 @@ void addRequired(Exiv2::ExifData& exif)
         exif["Exif.Image.XResolution"] = Exiv2::URational(72, 1);
         exif["Exif.Image.YResolution"] = Exiv2::URational(72, 1);
         exif["Exif.Image.ResolutionUnit"] = uint16_t{2};
+    }
+    const bool hasGpsTags =
+        std::any_of(exif.begin(), exif.end(), [](const Exiv2::Exifdatum& datum) {
+            return datum.groupName() == "GPSInfo";
+        });
+    if (has(exif, "Exif.Image.GPSTag") && !hasGpsTags) {
+        // A directory of no entries would not be written; that there is one counts.
+        exif["Exif.GPSInfo.GPSVersionID"].setValue("2 3 0 0");
     }
     if (!has(exif, "Exif.Photo.ExifVersion")) {
         exif["Exif.Photo.ExifVersion"].setValue("48 50 51 48");

@@ -124,6 +124,21 @@ TEST(ImageProperties, aGpsBlockWithoutAPositionCountsAsPresent)
     const ImageProperties properties = readBack(jpegWithExifBytes(exifWithEmptyGps()));
     EXPECT_TRUE(properties.hasGps());
     EXPECT_FALSE(properties.facts().latitude.has_value());
+    EXPECT_TRUE(asCarried(properties, {16, 8}).hasGps());
+}
+
+TEST(ImageProperties, xmpThatStatesAPropertyTwiceKeepsTheFirst)
+{
+    const QByteArray packet = R"(<x:xmpmeta xmlns:x="adobe:ns:meta/">
+        <rdf:RDF xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#">
+        <rdf:Description rdf:about="" xmlns:photoshop="http://ns.adobe.com/photoshop/1.0/">
+        <photoshop:City>Adelaide</photoshop:City><photoshop:City>Perth</photoshop:City>
+        <photoshop:Country>Australia</photoshop:Country>
+        </rdf:Description></rdf:RDF></x:xmpmeta>)";
+    const QByteArray signature = QByteArrayLiteral("http://ns.adobe.com/xap/1.0/\0");
+    const ImageProperties properties = readBack(jpegWithSegments({{0xe1, signature + packet}}));
+    EXPECT_EQ(xmpText(properties, "Xmp.photoshop.City"), "Adelaide");
+    EXPECT_EQ(xmpText(properties, "Xmp.photoshop.Country"), "Australia");
 }
 
 TEST(ImageProperties, aNewPositionReplacesTheWholeGpsBlock)

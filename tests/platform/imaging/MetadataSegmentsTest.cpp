@@ -234,12 +234,12 @@ TEST(MetadataSegments, ofTagsThatAreTooLargeTheLargestGoesFirst)
 {
     Blocks blocks;
     setBytes(blocks.exif, "Exif.Photo.UserComment", 60000);
-    setBytes(blocks.exif, "Exif.Photo.0xea1c", 10000);
+    setBytes(blocks.exif, "Exif.Photo.DeviceSettingDescription", 10000);
     blocks.exif["Exif.Image.Make"] = std::string("Maker");
     const LogRecorder log;
     const ImageProperties carried = asCarried(holding(blocks), kCopy);
     EXPECT_FALSE(hasExif(carried, "Exif.Photo.UserComment"));
-    EXPECT_TRUE(hasExif(carried, "Exif.Photo.0xea1c"));
+    EXPECT_TRUE(hasExif(carried, "Exif.Photo.DeviceSettingDescription"));
     EXPECT_EQ(exifText(carried, "Exif.Image.Make"), "Maker");
     EXPECT_EQ(log.entries().size(), 1);
 }
