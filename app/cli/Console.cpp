@@ -109,7 +109,7 @@ void Console::clearStatus()
     flush(m_error);
 }
 
-std::optional<QString> Console::readLine(const Interruption& interruption)
+std::optional<QString> Console::readLine(const Interruption& interruption) const
 {
     if (!m_facts.canAsk) {
         return std::nullopt;

@@ -45,7 +45,7 @@ public:
 
     /// A line of the terminal's input, asked for beforehand; nothing at its end, on a request to
     /// stop, or where there is nobody to ask.
-    [[nodiscard]] std::optional<QString> readLine(const Interruption& interruption);
+    [[nodiscard]] std::optional<QString> readLine(const Interruption& interruption) const;
 
     /// Whether a person can be asked.
     [[nodiscard]] bool canAsk() const { return m_facts.canAsk; }

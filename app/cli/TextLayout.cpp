@@ -33,7 +33,7 @@ constexpr std::array kWideRanges{
 };
 
 constexpr auto kEllipsis = u'…';
-constexpr qint64 kBytesPerMegabyte = 1024 * 1024;
+constexpr double kBytesPerMegabyte = 1024.0 * 1024.0;
 
 int widthOf(char32_t character)
 {
