@@ -11,7 +11,7 @@ namespace
 /// From this quality on the loss of 4:2:0 would be larger than that of the quantisation.
 constexpr double kFullChromaQuality = 0.9;
 
-/// The longest side of an Exif thumbnail (CIPA DC-008, 4.6.5 gives 160 x 120), and its quality.
+/// The longest side of an Exif thumbnail (CIPA DC-008 gives 160 x 120), and its quality.
 constexpr int kThumbnailSide = 160;
 constexpr double kThumbnailQuality = 0.7;
 
@@ -49,5 +49,6 @@ Result<QByteArray> JpegDestination::encodePlain(const Bitmap& bitmap, double qua
 {
     JpegEncoder::Options options;
     options.quality = JpegEncoder::libjpegQuality(quality);
+    options.scans = JpegEncoder::Scans::Sequential;
     return JpegEncoder::encode(bitmap, options);
 }

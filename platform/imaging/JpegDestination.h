@@ -20,7 +20,7 @@ namespace JpegDestination {
 [[nodiscard]] Result<QByteArray>
 encode(const Bitmap& bitmap, const ImageProperties& properties, double quality);
 
-/// A small JPEG (4:2:0, sRGB, quality 0..1) without metadata but its size, for thumbnails.
+/// A small JPEG (baseline, 4:2:0, sRGB, quality 0..1) without metadata but its size, for thumbnails.
 [[nodiscard]] Result<QByteArray> encodePlain(const Bitmap& bitmap, double quality);
 
 } // namespace JpegDestination

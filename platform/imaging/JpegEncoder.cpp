@@ -70,7 +70,9 @@ bool Compressor::start(QSize size, const JpegEncoder::Options& options)
         m_state.dct_method = JDCT_ISLOW;
         m_state.optimize_coding = TRUE;
         m_state.write_JFIF_header = jfif ? TRUE : FALSE;
-        jpeg_simple_progression(&m_state);
+        if (options.scans == JpegEncoder::Scans::Progressive) {
+            jpeg_simple_progression(&m_state);
+        }
         jpeg_start_compress(&m_state, TRUE);
     });
 }

@@ -11,6 +11,12 @@
 namespace JpegEncoder
 {
 
+/// Order of the coefficients in the file.
+enum class Scans : quint8 {
+    Progressive, ///< smaller
+    Sequential,  ///< baseline, which Exif asks of thumbnails (CIPA DC-008)
+};
+
 /// Resolution of the colour difference planes against the lightness plane.
 enum class Chroma : quint8 {
     Full,    ///< 4:4:4
@@ -20,8 +26,9 @@ enum class Chroma : quint8 {
 struct Options {
     int quality{90}; ///< libjpeg's, 1..100
     Chroma chroma{Chroma::Quarter};
+    Scans scans{Scans::Progressive};
     /// Written before the picture in this order; where there are any, the JFIF segment is left
-    /// out, since Exif wants to come first (CIPA DC-008, 4.7.1).
+    /// out, since Exif wants to come first (CIPA DC-008).
     QList<JpegSegment> segments;
     QByteArray iccProfile; ///< an empty one is left out
 };
@@ -29,7 +36,7 @@ struct Options {
 /// The libjpeg quality of a quality 0..1: rounded, at least 1, at most 100.
 [[nodiscard]] int libjpegQuality(double quality);
 
-/// Progressive, with Huffman tables made for this picture; pixels are rounded to 8 bits here.
+/// With Huffman tables made for this picture; pixels are rounded to 8 bits here.
 /// Errors: Internal (segments too long, sides above 65500), OutOfSpace.
 [[nodiscard]] Result<QByteArray> encode(const Bitmap& bitmap, const Options& options);
 

@@ -28,7 +28,7 @@ constexpr double kSameScene = 0.85;
 
 /// How far the mean lightness (0..1) of two renderings of one scene may be apart: a linear
 /// rendering of a photo taken with a highlight programme is two stops darker than its preview.
-constexpr double kLightnessBound = 0.4;
+constexpr double kLightnessBound = 0.3;
 
 /// Sums over some rows, in levels of 0..255.
 struct Differences {

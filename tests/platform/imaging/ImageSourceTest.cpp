@@ -1,0 +1,234 @@
+#include "ImageSource.h"
+
+#include "BitmapImage.h"
+#include "ImageBuilder.h"
+#include "JpegDestination.h"
+#include "JpegEncoder.h"
+#include "QtPrinters.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr QSize kSize(240, 180);
+
+QByteArray jpegOf(const Bitmap& bitmap)
+{
+    const auto jpeg = JpegDestination::encodePlain(bitmap, 0.9);
+    return jpeg.ok() ? jpeg.value() : QByteArray();
+}
+
+class ImageSourceTest : public testing::Test
+{
+protected:
+    [[nodiscard]] QString file(const QString& name, const QByteArray& bytes) const
+    {
+        const QString path = m_folder.filePath(name);
+        ImageBuilder::write(path, bytes);
+        return path;
+    }
+
+    void expectDamaged(const QString& name, const QByteArray& bytes) const
+    {
+        const auto decoded = ImageSource::decode(file(name, bytes));
+        ASSERT_FALSE(decoded.ok()) << qPrintable(name);
+        EXPECT_EQ(decoded.error().code, ErrorCode::Damaged);
+        EXPECT_TRUE(decoded.error().message.contains(name));
+    }
+
+    QTemporaryDir m_folder;
+};
+
+} // namespace
+
+TEST_F(ImageSourceTest, readableExtensionsStandInBothCasesAndInOrder)
+{
+    const QStringList& all = ImageSource::readableExtensions();
+    for (const QString& extension : all) {
+        EXPECT_TRUE(all.contains(extension.toLower()));
+        EXPECT_TRUE(all.contains(extension.toUpper()));
+    }
+    EXPECT_TRUE(std::is_sorted(all.begin(), all.end()));
+    EXPECT_TRUE(all.contains(u"cr2"_s));
+    EXPECT_TRUE(all.contains(u"NEF"_s));
+    EXPECT_TRUE(all.contains(u"jpg"_s));
+}
+
+TEST_F(ImageSourceTest, kindIsToldByContentNotByName)
+{
+    const auto decoded =
+        ImageSource::decode(file(u"photo.png"_s, jpegOf(ImageBuilder::scene(kSize))));
+    ASSERT_TRUE(decoded.ok()) << qPrintable(decoded.error().message);
+    EXPECT_EQ(decoded.value().size(), kSize);
+}
+
+TEST_F(ImageSourceTest, missingFileIsNotFound)
+{
+    const auto decoded = ImageSource::decode(m_folder.filePath(u"none.cr2"_s));
+    ASSERT_FALSE(decoded.ok());
+    EXPECT_EQ(decoded.error().code, ErrorCode::NotFound);
+}
+
+TEST_F(ImageSourceTest, textIsUnsupported)
+{
+    const auto decoded = ImageSource::decode(file(u"letter.txt"_s, "Dear all"));
+    ASSERT_FALSE(decoded.ok());
+    EXPECT_EQ(decoded.error().code, ErrorCode::Unsupported);
+}
+
+TEST_F(ImageSourceTest, emptyFileIsDamaged)
+{
+    expectDamaged(u"empty.nef"_s, {});
+}
+
+TEST_F(ImageSourceTest, rawDecodesToTheLightOfItsScene)
+{
+    const Bitmap scene = ImageBuilder::scene(kSize, Transfer::Linear);
+    const auto decoded = ImageSource::decode(file(u"photo.dng"_s, ImageBuilder::dng(scene)));
+    ASSERT_TRUE(decoded.ok()) << qPrintable(decoded.error().message);
+    EXPECT_EQ(decoded.value().transfer(), Transfer::Linear);
+    ASSERT_EQ(decoded.value().size(), kSize);
+    EXPECT_LT(ImageBuilder::difference(decoded.value(), scene), 0.03);
+}
+
+TEST_F(ImageSourceTest, rawIsNotTurnedByItsOrientation)
+{
+    const Bitmap scene = ImageBuilder::scene(kSize, Transfer::Linear);
+    const auto decoded = ImageSource::decode(file(
+        u"photo.dng"_s, ImageBuilder::dng(scene, {.crop = {}, .preview = {}, .orientation = 6})));
+    ASSERT_TRUE(decoded.ok());
+    EXPECT_EQ(decoded.value().size(), kSize);
+}
+
+TEST_F(ImageSourceTest, rawIsCroppedAsTheCameraStates)
+{
+    const QSize crop(232, 172);
+    const Bitmap scene = ImageBuilder::scene(kSize, Transfer::Linear);
+    const auto whole = ImageSource::decode(file(u"whole.dng"_s, ImageBuilder::dng(scene)));
+    const auto cropped = ImageSource::decode(
+        file(u"cropped.dng"_s,
+             ImageBuilder::dng(scene, {.crop = crop, .preview = {}, .orientation = 1})));
+    ASSERT_TRUE(whole.ok() && cropped.ok());
+    ASSERT_EQ(cropped.value().size(), crop);
+    for (int y = 0; y < crop.height(); ++y) {
+        const auto expected =
+            whole.value().row(y + 4).subspan(2 * 3, std::size_t(crop.width()) * 3);
+        ASSERT_TRUE(std::ranges::equal(cropped.value().row(y), expected)) << y;
+    }
+}
+
+TEST_F(ImageSourceTest, rawDecodesTheSameEachTime)
+{
+    const QString path =
+        file(u"photo.dng"_s, ImageBuilder::dng(ImageBuilder::scene(kSize, Transfer::Linear)));
+    const auto first = ImageSource::decode(path);
+    const auto second = ImageSource::decode(path);
+    ASSERT_TRUE(first.ok() && second.ok());
+    EXPECT_EQ(ImageBuilder::difference(first.value(), second.value()), 0.0);
+}
+
+TEST_F(ImageSourceTest, rawThatEndsBeforeItsStripIsDamaged)
+{
+    const QByteArray whole = ImageBuilder::dng(ImageBuilder::scene(kSize, Transfer::Linear));
+    expectDamaged(u"oneByte.dng"_s, whole.chopped(1));
+    expectDamaged(u"half.dng"_s, whole.first(whole.size() / 2));
+    expectDamaged(u"head.dng"_s, whole.first(100));
+}
+
+TEST_F(ImageSourceTest, rawOfNoiseIsDamagedAlsoWithoutAPreview)
+{
+    expectDamaged(u"noise.dng"_s, ImageBuilder::dng(ImageBuilder::noise(kSize)));
+}
+
+TEST_F(ImageSourceTest, rawOfNoiseOrNothingIsDamagedWhereThePreviewShowsAScene)
+{
+    const ImageBuilder::RawFile details{
+        .crop = {}, .preview = jpegOf(ImageBuilder::scene({160, 120})), .orientation = 1};
+    expectDamaged(u"noise.dng"_s, ImageBuilder::dng(ImageBuilder::noise(kSize), details));
+    expectDamaged(u"nothing.dng"_s, ImageBuilder::dng(ImageBuilder::flat(kSize, 0), details));
+}
+
+TEST_F(ImageSourceTest, darknessWithAFlatPreviewDecodes)
+{
+    const ImageBuilder::RawFile details{
+        .crop = {}, .preview = jpegOf(ImageBuilder::flat({160, 120}, 0)), .orientation = 1};
+    const QString path =
+        file(u"dark.dng"_s, ImageBuilder::dng(ImageBuilder::flat(kSize, 3), details));
+    EXPECT_TRUE(ImageSource::check(path).ok());
+    EXPECT_FALSE(ImageSource::embeddedPreview(path).has_value());
+}
+
+TEST_F(ImageSourceTest, embeddedPreviewIsGivenAsStored)
+{
+    const ImageBuilder::RawFile details{
+        .crop = {}, .preview = jpegOf(ImageBuilder::scene({160, 120})), .orientation = 8};
+    const QString path = file(
+        u"photo.dng"_s, ImageBuilder::dng(ImageBuilder::scene(kSize, Transfer::Linear), details));
+    ASSERT_TRUE(ImageSource::check(path).ok());
+    const auto preview = ImageSource::embeddedPreview(path);
+    ASSERT_TRUE(preview.has_value());
+    EXPECT_EQ(preview->size(), QSize(160, 120));
+}
+
+TEST_F(ImageSourceTest, pictureOfSixteenBitsKeepsThem)
+{
+    const Bitmap scene = ImageBuilder::scene(kSize);
+    QImage image(kSize, QImage::Format_RGBX64);
+    for (int y = 0; y < kSize.height(); ++y) {
+        auto* pixel = reinterpret_cast<QRgba64*>(image.scanLine(y));
+        const auto row = scene.row(y);
+        for (std::size_t i = 0; i < row.size(); i += 3) {
+            *pixel++ = QRgba64::fromRgba64(row[i], row[i + 1], row[i + 2], 65535);
+        }
+    }
+    for (const QString& name : {u"photo.png"_s, u"photo.tif"_s}) {
+        const QString path = m_folder.filePath(name);
+        ASSERT_TRUE(image.save(path));
+        const auto decoded = ImageSource::decode(path);
+        ASSERT_TRUE(decoded.ok()) << qPrintable(decoded.error().message);
+        EXPECT_EQ(ImageBuilder::difference(decoded.value(), scene), 0.0) << qPrintable(name);
+    }
+}
+
+TEST_F(ImageSourceTest, truncatedPicturesAreDamaged)
+{
+    const QImage image = BitmapImage::toImage(ImageBuilder::scene(kSize));
+    for (const QString& name : {u"photo.png"_s, u"photo.tif"_s, u"photo.jpg"_s}) {
+        const QString path = m_folder.filePath(name);
+        ASSERT_TRUE(image.save(path));
+        QFile stored(path);
+        ASSERT_TRUE(stored.open(QIODevice::ReadOnly));
+        const QByteArray bytes = stored.readAll();
+        expectDamaged(u"half-"_s + name, bytes.first(bytes.size() / 2));
+    }
+}
+
+TEST_F(ImageSourceTest, filesOfManyCamerasDecode)
+{
+    for (const QString& folder : {u"/raw"_s, u"/masters"_s}) {
+        const QDir files(QStringLiteral(CORVANE_SHARED_DATA) + folder);
+        for (const QFileInfo& info : files.entryInfoList(QDir::Files)) {
+            const auto result = ImageSource::check(info.filePath());
+            EXPECT_TRUE(result.ok())
+                << qPrintable(result.ok() ? QString() : result.error().message);
+        }
+    }
+}
+
+TEST_F(ImageSourceTest, brokenFilesOfManyCamerasFailWithAReason)
+{
+    const QDir files(QStringLiteral(CORVANE_SHARED_DATA "/broken"));
+    for (const QFileInfo& info : files.entryInfoList(QDir::Files)) {
+        const auto result = ImageSource::decode(info.filePath());
+        ASSERT_FALSE(result.ok()) << qPrintable(info.fileName());
+        EXPECT_TRUE(result.error().message.contains(info.fileName()));
+        EXPECT_TRUE(result.error().code == ErrorCode::Damaged ||
+                    result.error().code == ErrorCode::Unsupported);
+    }
+}

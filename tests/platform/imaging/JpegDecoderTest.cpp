@@ -1,0 +1,135 @@
+#include "JpegDecoder.h"
+
+#include "ImageBuilder.h"
+#include "JpegDestination.h"
+
+#include <QFile>
+#include <QImage>
+
+#include <gtest/gtest.h>
+
+#include <jpeglib.h>
+
+#include <array>
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QByteArray sceneJpeg()
+{
+    const auto jpeg = JpegDestination::encodePlain(ImageBuilder::scene({160, 120}), 0.9);
+    return jpeg.ok() ? jpeg.value() : QByteArray();
+}
+
+/// A flat file of one (grey) or four (CMYK, as Adobe stores it) components.
+QByteArray flatJpeg(const std::vector<JSAMPLE>& pixel)
+{
+    jpeg_compress_struct state{};
+    jpeg_error_mgr errors{};
+    state.err = jpeg_std_error(&errors);
+    jpeg_create_compress(&state);
+    unsigned char* memory = nullptr;
+    unsigned long length = 0;
+    jpeg_mem_dest(&state, &memory, &length);
+    state.image_width = 16;
+    state.image_height = 16;
+    state.input_components = static_cast<int>(pixel.size());
+    state.in_color_space = pixel.size() == 1 ? JCS_GRAYSCALE : JCS_CMYK;
+    jpeg_set_defaults(&state);
+    jpeg_set_quality(&state, 100, TRUE);
+    jpeg_start_compress(&state, TRUE);
+    std::vector<JSAMPLE> row;
+    for (int x = 0; x < 16; ++x) {
+        row.insert(row.end(), pixel.begin(), pixel.end());
+    }
+    JSAMPLE* rows = row.data();
+    for (int y = 0; y < 16; ++y) {
+        jpeg_write_scanlines(&state, &rows, 1);
+    }
+    jpeg_finish_compress(&state);
+    QByteArray bytes(reinterpret_cast<const char*>(memory), static_cast<qsizetype>(length));
+    jpeg_destroy_compress(&state);
+    std::free(memory);
+    return bytes;
+}
+
+std::array<int, 3> firstPixel(const QByteArray& jpeg)
+{
+    const auto decoded = JpegDecoder::decode(jpeg);
+    EXPECT_TRUE(decoded.ok());
+    if (!decoded.ok()) {
+        return {-1, -1, -1};
+    }
+    const auto row = decoded.value().row(0);
+    return {row[0] / 257, row[1] / 257, row[2] / 257};
+}
+
+} // namespace
+
+TEST(JpegDecoderTest, everyEarlyEndIsDamage)
+{
+    const QByteArray whole = sceneJpeg();
+    ASSERT_TRUE(JpegDecoder::decode(whole).ok());
+    for (qsizetype length = 0; length < whole.size(); length += 97) {
+        const auto decoded = JpegDecoder::decode(whole.first(length));
+        ASSERT_FALSE(decoded.ok()) << length;
+        EXPECT_EQ(decoded.error().code, ErrorCode::Damaged) << length;
+    }
+}
+
+TEST(JpegDecoderTest, overwrittenDataAreDamage)
+{
+    QByteArray jpeg = sceneJpeg();
+    const qsizetype middle = jpeg.size() / 2;
+    jpeg.replace(middle, 200, QByteArray(200, '\xFF'));
+    EXPECT_FALSE(JpegDecoder::decode(jpeg).ok());
+}
+
+TEST(JpegDecoderTest, hugeClaimIsRefusedBeforeMemoryIsTaken)
+{
+    QByteArray jpeg = sceneJpeg();
+    const qsizetype frame = jpeg.indexOf(QByteArray("\xFF\xC0", 2));
+    ASSERT_GT(frame, 0);
+    jpeg.replace(frame + 5, 4, QByteArray("\xFF\xDC\xFF\xDC", 4));
+    const auto decoded = JpegDecoder::decode(jpeg);
+    ASSERT_FALSE(decoded.ok());
+    EXPECT_EQ(decoded.error().code, ErrorCode::Unsupported);
+}
+
+TEST(JpegDecoderTest, greyBecomesEqualChannels)
+{
+    EXPECT_EQ(firstPixel(flatJpeg({100})), (std::array<int, 3>{100, 100, 100}));
+}
+
+TEST(JpegDecoderTest, inksBecomeTheColourTheyPrint)
+{
+    // With Adobe's marker 255 is no ink: here half cyan and no black.
+    const auto pixel = firstPixel(flatJpeg({128, 255, 255, 255}));
+    EXPECT_NEAR(pixel[0], 128, 2);
+    EXPECT_NEAR(pixel[1], 255, 2);
+    EXPECT_NEAR(pixel[2], 255, 2);
+    const auto black = firstPixel(flatJpeg({255, 255, 255, 0}));
+    EXPECT_NEAR(black[0], 0, 2);
+}
+
+TEST(JpegDecoderTest, sizeIsReadFromTheHeader)
+{
+    EXPECT_EQ(JpegDecoder::size(sceneJpeg()), QSize(160, 120));
+    EXPECT_EQ(JpegDecoder::size(QByteArray("no picture")), std::nullopt);
+}
+
+TEST(JpegDecoderTest, wholeFilesOfCamerasDecodeAndTheTruncatedOneDoesNot)
+{
+    const QString folder = QStringLiteral(CORVANE_SHARED_DATA "/other/");
+    for (const QString& name :
+         {u"me_nikon_d40_portrait.jpg"_s, u"immich_empty_gps.jpg"_s, u"vips_truncated.jpg"_s}) {
+        QFile file(folder + name);
+        if (file.open(QIODevice::ReadOnly)) {
+            EXPECT_EQ(JpegDecoder::decode(file.readAll()).ok(), name != "vips_truncated.jpg"_L1)
+                << qPrintable(name);
+        }
+    }
+}

@@ -1,0 +1,154 @@
+#include "JpegProof.h"
+
+#include "BitmapImage.h"
+#include "ImageBuilder.h"
+#include "JpegDestination.h"
+#include "JpegEncoder.h"
+#include "QtPrinters.h"
+#include "SrgbTransfer.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+
+constexpr QSize kSize(200, 152);
+
+QByteArray jpegOf(const Bitmap& bitmap, double quality)
+{
+    const auto jpeg = JpegDestination::encodePlain(bitmap, quality);
+    return jpeg.ok() ? jpeg.value() : QByteArray();
+}
+
+/// The scene with every linear value times `factor`.
+Bitmap darkened(double factor)
+{
+    Bitmap bitmap = ImageBuilder::scene(kSize, Transfer::Linear);
+    for (int y = 0; y < bitmap.pixelsHigh(); ++y) {
+        for (quint16& value : bitmap.row(y)) {
+            value = static_cast<quint16>(value * factor);
+        }
+    }
+    return bitmap;
+}
+
+void expectRefused(const QByteArray& jpeg, const Bitmap& encoded, const QList<QImage>& references)
+{
+    const auto proof = JpegProof::prove(jpeg, encoded, references);
+    ASSERT_FALSE(proof.ok());
+    EXPECT_EQ(proof.error().code, ErrorCode::Damaged);
+    EXPECT_FALSE(proof.error().message.isEmpty());
+}
+
+} // namespace
+
+TEST(JpegProofTest, picturesPassAtEveryQuality)
+{
+    const Bitmap scene = ImageBuilder::scene(kSize, Transfer::Linear);
+    for (const double quality : {0.0, 0.1, 0.3, 0.5, 0.7, 0.9, 1.0}) {
+        const auto proof = JpegProof::prove(jpegOf(scene, quality), scene, {});
+        EXPECT_TRUE(proof.ok()) << quality
+                                << qPrintable(proof.ok() ? QString() : proof.error().message);
+    }
+}
+
+TEST(JpegProofTest, evenNoisePassesAsItself)
+{
+    const Bitmap noise = ImageBuilder::noise(kSize);
+    EXPECT_TRUE(JpegProof::prove(jpegOf(noise, 0.5), noise, {}).ok());
+}
+
+TEST(JpegProofTest, flatPictureOfAFlatSourcePasses)
+{
+    const Bitmap flat = ImageBuilder::flat(kSize, 20000);
+    EXPECT_TRUE(JpegProof::prove(jpegOf(flat, 0.8), flat, {}).ok());
+}
+
+TEST(JpegProofTest, fileThatEndsEarlyIsRefused)
+{
+    const Bitmap scene = ImageBuilder::scene(kSize);
+    const QByteArray jpeg = jpegOf(scene, 0.8);
+    expectRefused(jpeg.chopped(2), scene, {});
+    expectRefused(jpeg.first(jpeg.size() / 2), scene, {});
+    expectRefused({}, scene, {});
+}
+
+TEST(JpegProofTest, otherSizeIsRefused)
+{
+    const Bitmap scene = ImageBuilder::scene(kSize);
+    expectRefused(jpegOf(ImageBuilder::scene({200, 151}), 0.8), scene, {});
+}
+
+TEST(JpegProofTest, otherPictureIsRefused)
+{
+    expectRefused(jpegOf(ImageBuilder::noise(kSize), 0.8), ImageBuilder::scene(kSize), {});
+}
+
+TEST(JpegProofTest, pictureWhoseLastRowsAreMissingIsRefused)
+{
+    const Bitmap scene = ImageBuilder::scene(kSize);
+    Bitmap cut = scene;
+    for (int y = kSize.height() - 8; y < kSize.height(); ++y) {
+        std::ranges::fill(cut.row(y), quint16{65535});
+    }
+    expectRefused(jpegOf(cut, 0.8), scene, {});
+}
+
+TEST(JpegProofTest, flatPictureOfAScenePhotoIsRefused)
+{
+    expectRefused(jpegOf(ImageBuilder::flat(kSize, 30000), 0.8), ImageBuilder::scene(kSize), {});
+}
+
+TEST(JpegProofTest, exchangedColoursAreRefused)
+{
+    const Bitmap scene = ImageBuilder::scene(kSize);
+    Bitmap exchanged = scene;
+    for (int y = 0; y < kSize.height(); ++y) {
+        const auto row = exchanged.row(y);
+        for (std::size_t i = 0; i < row.size(); i += 3) {
+            std::swap(row[i], row[i + 2]);
+        }
+    }
+    expectRefused(jpegOf(exchanged, 0.95), scene, {});
+}
+
+TEST(JpegProofTest, referenceOfTheSameSceneBoundsTheLightness)
+{
+    const QImage reference = BitmapImage::toImage(ImageBuilder::scene({160, 120}));
+    const Bitmap right = darkened(0.4);
+    EXPECT_TRUE(JpegProof::prove(jpegOf(right, 0.8), right, {reference}).ok());
+    const Bitmap black = darkened(0.004);
+    expectRefused(jpegOf(black, 1.0), black, {reference});
+}
+
+TEST(JpegProofTest, turnedReferenceShowsTheSameScene)
+{
+    const QImage reference =
+        BitmapImage::toImage(ImageBuilder::scene({160, 120})).transformed(QTransform().rotate(90));
+    const Bitmap black = darkened(0.004);
+    expectRefused(jpegOf(black, 1.0), black, {reference});
+}
+
+TEST(JpegProofTest, referenceOfAnotherSceneOrOfNoneProvesNothing)
+{
+    const Bitmap scene = ImageBuilder::scene(kSize);
+    const QList<QImage> references{
+        BitmapImage::toImage(ImageBuilder::flat({160, 120}, 0)),
+        BitmapImage::toImage(ImageBuilder::noise({160, 120})),
+        BitmapImage::toImage(ImageBuilder::scene({160, 120})).mirrored(false, true),
+        BitmapImage::toImage(ImageBuilder::scene({8, 8})),
+        QImage()};
+    EXPECT_TRUE(JpegProof::prove(jpegOf(scene, 0.8), scene, references).ok());
+}
+
+TEST(JpegProofTest, decodeWholeGivesThePictureOrSaysWhatIsWrong)
+{
+    const Bitmap scene = ImageBuilder::scene(kSize);
+    const QByteArray jpeg = jpegOf(scene, 1.0);
+    const auto whole = JpegProof::decodeWhole(jpeg);
+    ASSERT_TRUE(whole.ok());
+    EXPECT_LT(ImageBuilder::difference(whole.value(), scene), 0.02);
+    const auto early = JpegProof::decodeWhole(jpeg.chopped(40));
+    ASSERT_FALSE(early.ok());
+    EXPECT_EQ(early.error().code, ErrorCode::Damaged);
+}
