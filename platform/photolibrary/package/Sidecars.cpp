@@ -23,6 +23,7 @@ namespace
 constexpr int kFormatVersion = 110;
 constexpr int kProjectVersion = 8;
 constexpr int kEventFolderType = 2;
+constexpr int kQuerySubclass = 2;
 constexpr int kRegularSubclass = 3;
 
 /// Albums that the application makes up itself and keeps no sidecar of.
@@ -159,6 +160,9 @@ void SidecarWriter::mirrorAlbum(QVariantMap& content, Sql::Query& row)
                            std::pair{u"queryData"_s, u"UserQueryInfo"_s}};
     for (const auto& [column, key] : blobs) {
         SidecarValues::mirror(content, key, all.take(column));
+    }
+    if (all.value(u"albumSubclass"_s).toLongLong() != kQuerySubclass) {
+        content.remove(u"UserQueryInfo"_s);
     }
     QVariantMap information = content.value(u"InfoDictionary"_s).toMap();
     for (int index = 0; index < row.columnCount(); ++index) {

@@ -6,6 +6,7 @@
 #include "SidecarValues.h"
 
 #include <algorithm>
+#include <cmath>
 
 using namespace Qt::StringLiterals;
 
@@ -25,16 +26,40 @@ QVariantMap properties(Connection& connection, const char* sql, qint64 version)
     return found;
 }
 
+/// Numbers that this program changes; all others come from the picture's file.
+bool isEdited(const QString& key)
+{
+    return key == "Altitude"_L1 || key == "Latitude"_L1 || key == "Longitude"_L1 ||
+           key.startsWith("Capture"_L1);
+}
+
+/// Whether what the sidecar has stands for the same as what the databases have. These hold camera
+/// values in fewer digits than sidecars do, and some numbers as text.
+bool standsFor(const QString& key, const QVariant& old, const QVariant& wanted)
+{
+    constexpr double kRounding = 0.0011; // the databases keep three decimals or more
+    const bool isNumber = old.typeId() == QMetaType::Double || old.typeId() == QMetaType::LongLong;
+    if (!isNumber || isEdited(key)) {
+        return false;
+    }
+    bool wantsNumber = false;
+    const double difference = std::abs(wanted.toDouble(&wantsNumber) - old.toDouble());
+    return wantsNumber && difference <= kRounding;
+}
+
 /// Makes the dictionary under `key` say what `wanted` says; no dictionary for nothing.
 void mirrorAll(QVariantMap& content, const QString& key, const QVariantMap& wanted)
 {
     const QVariantMap old = content.value(key).toMap();
     QVariantMap dictionary;
     for (auto entry = wanted.begin(); entry != wanted.end(); ++entry) {
-        if (old.contains(entry.key())) {
-            dictionary.insert(entry.key(), old.value(entry.key()));
+        const QVariant known = old.value(entry.key());
+        if (known.isValid()) {
+            dictionary.insert(entry.key(), known);
         }
-        SidecarValues::mirror(dictionary, entry.key(), entry.value());
+        if (!standsFor(entry.key(), known, entry.value())) {
+            SidecarValues::mirror(dictionary, entry.key(), entry.value());
+        }
     }
     SidecarValues::mirror(content, key, dictionary.isEmpty() ? QVariant() : QVariant(dictionary));
 }
