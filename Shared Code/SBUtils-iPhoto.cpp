@@ -117,6 +117,7 @@ bool SBUtils::loadData(const QList<ScriptingObjectPtr>& selection)
 {
     m_imagesWithIssues.clear();
     m_issueDescriptors.clear();
+    m_issueIndexes.clear();
     m_appDelegate->cfgInfoText(Texts::keepAwayFromPhotoApplication());
     clearLists(selection.size());
     m_selectionList = selection;
@@ -166,28 +167,37 @@ std::optional<QUrl> SBUtils::exportImage(const ScriptingObjectPtr& photo, bool /
 
 void SBUtils::logImageIssue(const ScriptingObjectPtr& photo, const QString& issue)
 {
-    // Most often the photo noted last: the search begins there.
-    for (qsizetype index = m_imagesWithIssues.size() - 1; index >= 0; --index) {
-        if (isSameObject(photo, m_imagesWithIssues.at(index))) {
-            m_issueDescriptors[index].append(issue);
-            return;
-        }
+    const auto known = m_issueIndexes.constFind(keyOf(photo));
+    if (known != m_issueIndexes.cend()) {
+        m_issueDescriptors[*known].append(issue);
+        return;
     }
+    m_issueIndexes.insert(keyOf(photo), m_imagesWithIssues.size());
     m_imagesWithIssues.append(photo);
     m_issueDescriptors.append(QStringList{issue});
 }
 
 void SBUtils::reportImageIssues()
 {
+    // Looked up, not searched for: all photos of a large library may have issues.
+    QHash<ObjectKey, qsizetype> places;
+    for (qsizetype index = m_selectionList.size() - 1; index >= 0; --index) {
+        places.insert(keyOf(m_selectionList.at(index)), index);
+    }
     for (qsizetype issue = 0; issue < m_imagesWithIssues.size(); ++issue) {
         const ScriptingObjectPtr& photo = m_imagesWithIssues.at(issue);
-        const qsizetype index = indexInSelection(photo);
+        const qsizetype index = places.value(keyOf(photo), -1);
         systemLog(u"Issue: %1\n-%2\n-%3 of size %4"_s.arg(photo->description(),
                                                           describe(m_issueDescriptors.at(issue)),
                                                           describe(m_filenameList.value(index)),
                                                           describe(m_sizeList.value(index))));
     }
     systemLog(u"Found %1 images with issues"_s.arg(m_imagesWithIssues.size()));
+}
+
+SBUtils::ObjectKey SBUtils::keyOf(const ScriptingObjectPtr& object)
+{
+    return {static_cast<int>(object->scriptingClass()), object->id()};
 }
 
 void SBUtils::clearLists(qsizetype capacity)

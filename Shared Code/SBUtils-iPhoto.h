@@ -2,7 +2,9 @@
 
 #include "Scripting.h"
 
+#include <QHash>
 #include <QList>
+#include <QPair>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
@@ -113,6 +115,10 @@ public:
     void setHeights(const QVariantList& list) { m_heights = list; }
 
 private:
+    /// What makes two objects of the application equal: class and id.
+    using ObjectKey = QPair<int, qint64>;
+
+    [[nodiscard]] static ObjectKey keyOf(const ScriptingObjectPtr& object);
     void clearLists(qsizetype capacity);
     void prepareProgressBar(qsizetype count);
     [[nodiscard]] QVariantMap recordOf(const ScriptingObjectPtr& object);
@@ -137,6 +143,7 @@ private:
 
     QList<ScriptingObjectPtr> m_imagesWithIssues;
     QList<QStringList> m_issueDescriptors; ///< texts of the photo at the same index
+    QHash<ObjectKey, qsizetype> m_issueIndexes;
 
     QVariantList m_sizeList;
     QVariantList m_idList;

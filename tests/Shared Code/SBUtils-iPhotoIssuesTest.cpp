@@ -78,4 +78,31 @@ TEST_F(IssuesTest, percentSignsInNamesStandAsTheyAre)
     EXPECT_TRUE(m_log.entries().at(1).endsWith(u"-100%4 %2.cr2 of size 0"_s));
 }
 
+TEST_F(IssuesTest, aPhotoAndAnAlbumOfTheSameIdAreTwoThings)
+{
+    addRecord(QVariantMap{{u"imageFilename"_s, u"a.cr2"_s}});
+    std::ignore = m_bridge.loadData({});
+    m_log.clear();
+    m_bridge.logImageIssue(m_library.photoHandle(1), u"Photo"_s);
+    m_bridge.logImageIssue(m_library.albumHandle(1), u"Album"_s);
+    m_bridge.reportImageIssues();
+    EXPECT_EQ(m_log.entries().size(), 3);
+    EXPECT_TRUE(m_log.entries().at(1).startsWith(u"Issue: album id 1\n-(\n    Album\n)"_s));
+}
+
+TEST_F(IssuesTest, aPhotoSelectedTwiceIsReportedOnceByItsFirstPlace)
+{
+    QVariantMap record = completeRecord();
+    record.remove(u"id"_s);
+    addRecord(record);
+    ASSERT_TRUE(load({1, 1}));
+    m_bridge.setFilenameList({u"first"_s, u"second"_s});
+    m_log.clear();
+    m_bridge.reportImageIssues();
+    EXPECT_EQ(m_log.entries(),
+              (QStringList{u"Issue: photo id 1\n-(\n    \"Invalid ID\",\n    \"Invalid ID\"\n)\n"
+                           "-first of size 0"_s,
+                           u"Found 1 images with issues"_s}));
+}
+
 } // namespace

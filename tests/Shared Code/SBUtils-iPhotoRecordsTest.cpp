@@ -1,4 +1,7 @@
+#include "Assertion.h"
 #include "BridgeFixture.h"
+
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -224,6 +227,81 @@ TEST_F(RecordsTest, anAlbumAmongThePhotosHasARecordOfFallbacks)
     EXPECT_EQ(lengths(), QList<qsizetype>(9, 1));
     EXPECT_EQ(m_bridge.filenameList(), QVariantList{u""_s});
     EXPECT_EQ(m_log.entries().last(), u"Found 1 images with issues"_s);
+}
+
+struct LostEntry {
+    const char* description;
+    std::function<void(SBUtils&)> lose;
+};
+
+void PrintTo(const LostEntry& entry, std::ostream* stream)
+{
+    *stream << entry.description;
+}
+
+class LengthsTest : public BridgeFixture, public testing::WithParamInterface<LostEntry>
+{
+};
+
+TEST_P(LengthsTest, aListThatDiffersInLengthIsAFailureThatNamesIt)
+{
+    addRecord(completeRecord());
+    addRecord(completeRecord());
+    // The first photo's entry is lost while the second one is read.
+    m_library.whenCalled(u"photo 2.properties"_s, [&] { GetParam().lose(m_bridge); });
+    QString description;
+    QString file;
+    runOnWorker([&] {
+        try {
+            std::ignore = m_bridge.loadData(photos({1, 2}));
+        } catch (const AssertionFailure& failure) {
+            description = failure.description();
+            file = failure.file();
+        }
+    });
+    EXPECT_EQ(description, QString::fromLatin1(GetParam().description));
+    EXPECT_EQ(file, u"Shared Code/SBUtils-iPhoto"_s);
+    EXPECT_TRUE(m_log.entries().isEmpty());
+}
+
+void loseAll(SBUtils& bridge)
+{
+    bridge.setFilenameList({});
+    bridge.setIdList({});
+    bridge.setPathList({});
+    bridge.setDateList({});
+    bridge.setHeights({});
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryList,
+                         LengthsTest,
+                         testing::Values(LostEntry{"Missing filenames", loseAll},
+                                         LostEntry{"Missing image ids",
+                                                   [](SBUtils& bridge) {
+                                                       loseAll(bridge);
+                                                       bridge.setFilenameList({u"a"_s});
+                                                   }},
+                                         LostEntry{"Missing file paths",
+                                                   [](SBUtils& bridge) {
+                                                       bridge.setPathList({});
+                                                       bridge.setDateList({});
+                                                       bridge.setHeights({});
+                                                   }},
+                                         LostEntry{"Missing image dates",
+                                                   [](SBUtils& bridge) {
+                                                       bridge.setDateList({});
+                                                       bridge.setHeights({});
+                                                   }},
+                                         LostEntry{"Missing image heights", [](SBUtils& bridge) {
+                                                       bridge.setHeights({});
+                                                   }}));
+
+TEST_F(RecordsTest, theListOfOriginalsIsNotCheckedForItsLength)
+{
+    addRecord(completeRecord());
+    addRecord(completeRecord());
+    m_library.whenCalled(u"photo 2.properties"_s, [&] { m_bridge.setOriginalsPathList({}); });
+    EXPECT_TRUE(load({1, 2}));
 }
 
 } // namespace
