@@ -83,11 +83,7 @@ ImageProperties::ImageProperties(const ImageProperties& other)
 {
 }
 
-// The source stays usable: it holds nothing afterwards, as a new object does.
-ImageProperties::ImageProperties(ImageProperties&& other) noexcept
-    : m_content(std::exchange(other.m_content, std::make_unique<Content>()))
-{
-}
+ImageProperties::ImageProperties(ImageProperties&& other) noexcept = default;
 
 ImageProperties& ImageProperties::operator=(const ImageProperties& other)
 {

@@ -56,6 +56,7 @@ public:
     /// No metadata at all.
     ImageProperties();
     ImageProperties(const ImageProperties& other);
+    /// What was moved from can be assigned to or destroyed, nothing else.
     ImageProperties(ImageProperties&& other) noexcept;
     ImageProperties& operator=(const ImageProperties& other);
     ImageProperties& operator=(ImageProperties&& other) noexcept;
