@@ -20,4 +20,6 @@ struct ImageProperties::Content {
     QSize pixels;         ///< stored size of the main picture; empty where unknown
     int bitsPerSample{0}; ///< 0 where unknown
     QByteArray iccProfile;
+    /// From a CRW file, whose exposure and lens stand where only LibRaw finds them.
+    bool isOfCrwFile{false};
 };

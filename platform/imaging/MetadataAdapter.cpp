@@ -11,6 +11,7 @@
 
 #include <exception>
 #include <exiv2/bmffimage.hpp>
+#include <exiv2/crwimage.hpp>
 #include <exiv2/error.hpp>
 #include <exiv2/image.hpp>
 #include <mutex>
@@ -103,6 +104,7 @@ bool readWithExiv2(const Open& open, ImageProperties::Content& content)
         // Damage in the middle leaves what stood before it.
         static_cast<void>(guarded([&] { image->readMetadata(); }));
         take(*image, content);
+        content.isOfCrwFile = image->imageType() == Exiv2::ImageType::crw;
     });
 }
 

@@ -91,23 +91,37 @@ void complete(const LibRaw& raw, ImageProperties::Content& content)
     }
 }
 
-/// A file that names its camera, or carries XMP, has told Exiv2 what it has to tell.
+/// A file that names its camera, or is a picture of a known size, has told Exiv2 what it has to
+/// tell.
 bool saysEnough(const ImageProperties::Content& content)
 {
     return has(content.exif, "Exif.Image.Make") || has(content.exif, "Exif.PanasonicRaw.Make") ||
            !content.pixels.isEmpty();
 }
 
+/// Exiv2's exposure time of CRW files is not always the camera's: five seconds of an EOS D30 come
+/// out as one.
+void removeDoubtfulExposure(Exiv2::ExifData& exif)
+{
+    const auto found = exif.findKey(Exiv2::ExifKey("Exif.Photo.ExposureTime"));
+    if (found != exif.end()) {
+        exif.erase(found);
+    }
+}
+
 template <typename Open>
 bool completeWith(const Open& open, ImageProperties::Content& content)
 {
-    if (saysEnough(content)) {
+    if (saysEnough(content) && !content.isOfCrwFile) {
         return false;
     }
     // LibRaw's object is too large for the stack of a thread.
     const auto raw = std::make_unique<LibRaw>();
     if (open(*raw) != LIBRAW_SUCCESS) {
         return false;
+    }
+    if (content.isOfCrwFile && raw->imgdata.other.shutter > 0.0F) {
+        removeDoubtfulExposure(content.exif);
     }
     complete(*raw, content);
     return true;

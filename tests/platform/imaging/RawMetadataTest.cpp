@@ -1,4 +1,5 @@
 #include "ImageProperties.h"
+#include "ImagePropertiesContent.h"
 #include "MetadataSamples.h"
 
 #include <QFileInfo>
@@ -21,11 +22,22 @@ TEST(RawMetadata, aRawFileOfNoKnownStructureStillNamesItsCamera)
     EXPECT_FALSE(read.value().facts().pixels.isEmpty());
 }
 
-TEST(RawMetadata, whatAFileSaysItselfStays)
+TEST(RawMetadata, theExposureOfACrwFileIsTheCameras)
 {
-    Blocks blocks;
-    blocks.exif["Exif.Image.Make"] = std::string("Maker");
-    const ImageProperties properties = readBack(jpegWith(blocks));
-    EXPECT_EQ(exifText(properties, "Exif.Image.Make"), "Maker");
-    EXPECT_FALSE(hasExif(properties, "Exif.Image.Orientation"));
+    const QString path = QStringLiteral(CORVANE_SHARED_DATA "/raw/canon_d30.crw");
+    if (!QFileInfo::exists(path)) {
+        return;
+    }
+    const Result<ImageProperties> read = ImageProperties::read(path);
+    ASSERT_TRUE(read.ok());
+    const ImageFacts facts = read.value().facts();
+    EXPECT_NEAR(facts.numbers.value(u"ShutterSpeed"_s), 5.0, 0.1);
+    EXPECT_NEAR(facts.numbers.value(u"FocalLength"_s), 31.0, 0.1);
+    EXPECT_NEAR(facts.numbers.value(u"ISOSpeedRating"_s), 100.0, 0.1);
+}
+
+TEST(RawMetadata, aPictureOfAKnownSizeGetsNoTagsOfARawFile)
+{
+    const ImageProperties properties = readBack(jpegWithSegments({}));
+    EXPECT_TRUE(properties.content().exif.empty());
 }
