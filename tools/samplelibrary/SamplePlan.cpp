@@ -201,16 +201,16 @@ QList<PlannedPhoto> jpegPhotos()
 /// The same subject another time: `round` 0 is the first.
 PlannedPhoto again(PlannedPhoto photo, int round)
 {
-    const int series = round / kRoundsOfAnEvent;
-    if (series > 0) {
+    if (const int series = round / kRoundsOfAnEvent; series > 0) {
         photo.event += u" %1"_s.arg(series + 1);
+        photo.shot.facts.taken = photo.shot.facts.taken.addDays(qint64{kDaysBetween} * series);
     }
     if (round > 0 && !photo.name.isEmpty()) {
         photo.name += u" %1"_s.arg(round + 1);
     }
     photo.shot.seed += static_cast<quint32>(round) * 1000;
-    photo.shot.facts.taken = photo.shot.facts.taken.addDays(qint64{kDaysBetween} * series)
-                                 .addSecs(qint64{kSecondsBetween} * (round % kRoundsOfAnEvent));
+    const qint64 seconds = qint64{kSecondsBetween} * (round % kRoundsOfAnEvent);
+    photo.shot.facts.taken = photo.shot.facts.taken.addSecs(seconds);
     return photo;
 }
 
@@ -227,11 +227,10 @@ QList<PlannedPhoto> SamplePlan::photos(const SampleOptions& options)
                                                                  whatCameUp,
                                                                  afterTheRain,
                                                                  testChart};
-    constexpr int kSubjectCount = static_cast<int>(kSubjects.size());
     QList<PlannedPhoto> planned;
     for (int i = 0; i < options.photos; ++i) {
-        const auto subject = kSubjects[static_cast<size_t>(i % kSubjectCount)];
-        PlannedPhoto photo = again(subject(), i / kSubjectCount);
+        const size_t subject = static_cast<size_t>(i) % kSubjects.size();
+        PlannedPhoto photo = again(kSubjects[subject](), i / static_cast<int>(kSubjects.size()));
         photo.fileName = u"DSC_%1.dng"_s.arg(101 + i, 4, 10, QLatin1Char('0'));
         photo.shot.picture = PhotoRenderer::pictureSize(options.megapixels, kSensorAspect);
         planned.append(photo);
