@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdlib>
+#include <vector>
 
 namespace
 {
@@ -29,6 +31,7 @@ constexpr double kNoiseStep = 0.001;
 constexpr double kOtherScene = 0.5;
 
 constexpr int kGrid = 64;
+constexpr int kCells = 8;
 
 /// Centred part of a picture of the shape `own` (width by height) that has the shape `wanted`.
 QRectF fitted(double own, double wanted)
@@ -69,6 +72,55 @@ double bestFit(const SmallPicture& first, const SmallPicture& second)
     return std::max({gridCorrelation(first, whole, second, whole),
                      gridCorrelation(first, fitted(firstShape, secondShape), second, whole),
                      gridCorrelation(first, whole, second, fitted(secondShape, firstShape))});
+}
+
+/// Lightness of one cell of kCells by kCells.
+struct Cell {
+    double lightest{0.0};
+    double mean{0.0};
+    double deviation{0.0};
+};
+
+Cell cellOf(const SmallPicture& picture, int column, int row)
+{
+    // Without a rim, into which the neighbours' light runs.
+    constexpr double kSide = 1.0 / kCells;
+    constexpr double kRim = 0.15;
+    const QRectF inner((column + kRim) * kSide,
+                       (row + kRim) * kSide,
+                       (1.0 - 2.0 * kRim) * kSide,
+                       (1.0 - 2.0 * kRim) * kSide);
+    const SmallPicture part = picture.sampled(inner, {kCells, kCells});
+    return {double{*std::ranges::max_element(part.values())}, part.mean(), part.deviation()};
+}
+
+/// Whether whole parts are black that the preview shows light and varied: data lost inside a file
+/// that keeps its length. Only for previews of the picture's own shape, which lie as it does.
+bool lacksParts(const SmallPicture& decoded, const SmallPicture& shown)
+{
+    constexpr double kBlack = 0.01;
+    constexpr double kLight = 0.2;
+    constexpr double kPatterned = 0.03;
+    constexpr double kSameShape = 0.02;
+    constexpr int kEnough = 2;
+    if (std::abs(shapeOf(decoded) / shapeOf(shown) - 1.0) > kSameShape) {
+        return false;
+    }
+    int missing = 0;
+    std::vector<float> decodedRest;
+    std::vector<float> shownRest;
+    for (int cell = 0; cell < kCells * kCells; ++cell) {
+        const Cell preview = cellOf(shown, cell % kCells, cell / kCells);
+        const Cell picture = cellOf(decoded, cell % kCells, cell / kCells);
+        if (preview.mean <= kLight || picture.lightest >= kBlack) {
+            decodedRest.push_back(static_cast<float>(picture.mean));
+            shownRest.push_back(static_cast<float>(preview.mean));
+        } else if (preview.deviation > kPatterned) {
+            ++missing;
+        }
+    }
+    // What is left must be the same scene, lest the preview is one of another.
+    return missing >= kEnough && Correlation::ofRanks(decodedRest, shownRest) >= kOtherScene;
 }
 
 double meanStep(const Bitmap& bitmap)
@@ -127,6 +179,9 @@ std::optional<QString> SceneComparison::complaint(const Bitmap& decoded,
         return isNoise(decoded) ? std::optional(QStringLiteral(
                                       "it decodes to noise, its picture data is corrupt"))
                                 : std::nullopt;
+    }
+    if (lacksParts(small, shown)) {
+        return QStringLiteral("a part of it decodes to nothing that its preview shows");
     }
     // A preview of another scene proves nothing: editors leave old ones behind.
     if (likeness(small, shown) >= kOtherScene || isStructured(small)) {

@@ -154,6 +154,21 @@ TEST_F(ImageSourceTest, rawOfNoiseOrNothingIsDamagedWhereThePreviewShowsAScene)
     expectDamaged(u"nothing.dng"_s, ImageBuilder::dng(ImageBuilder::flat(kSize, 0), details));
 }
 
+TEST_F(ImageSourceTest, rawWithAHoleInItsDataIsDamagedWhereThePreviewShowsMore)
+{
+    const Bitmap scene = ImageBuilder::scene(kSize, Transfer::Linear);
+    const ImageBuilder::RawFile details{
+        .crop = {}, .preview = jpegOf(ImageBuilder::scene({160, 120})), .orientation = 1};
+    const QByteArray whole = ImageBuilder::dng(scene, details);
+    ASSERT_TRUE(ImageSource::check(file(u"whole.dng"_s, whole)).ok());
+    // The rows from the second quarter to the middle.
+    const qsizetype data = whole.size() - qsizetype{2} * kSize.width() * kSize.height();
+    const qsizetype rows = qsizetype{2} * kSize.width() * 45;
+    expectDamaged(u"hole.dng"_s,
+                  whole.first(data + rows) + QByteArray(rows, '\0') +
+                      whole.sliced(data + 2 * rows));
+}
+
 TEST_F(ImageSourceTest, darknessWithAFlatPreviewDecodes)
 {
     const ImageBuilder::RawFile details{
