@@ -247,3 +247,21 @@ TEST_F(ImageSourceTest, brokenFilesOfManyCamerasFailWithAReason)
                     result.error().code == ErrorCode::Unsupported);
     }
 }
+
+TEST_F(ImageSourceTest, filesOfCamerasHaveTheSizeThatTheCameraStates)
+{
+    const QList<std::pair<QString, QSize>> stated{{u"masters/IMG_1994.cr2"_s, {3648, 2736}},
+                                                  {u"masters/IMG_1997.cr2"_s, {3648, 2736}},
+                                                  {u"raw/canon_d30.crw"_s, {2160, 1440}},
+                                                  {u"raw/panasonic_lx3.rw2"_s, {3648, 2736}},
+                                                  {u"raw/skia_rotated_small.dng"_s, {600, 338}}};
+    const QDir data(QStringLiteral(CORVANE_SHARED_DATA));
+    for (const auto& [name, size] : stated) {
+        if (!data.exists(name)) {
+            continue;
+        }
+        const auto decoded = ImageSource::decode(data.filePath(name));
+        ASSERT_TRUE(decoded.ok()) << qPrintable(name);
+        EXPECT_EQ(decoded.value().size(), size) << qPrintable(name);
+    }
+}
