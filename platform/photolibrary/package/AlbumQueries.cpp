@@ -112,8 +112,9 @@ QByteArray AlbumQueries::rejected()
 
 QByteArray AlbumQueries::flagged()
 {
-    return query(
-        rating(kUnrated, kIsAtLeast, false), kNone, {item({u"isFlagged"_s, kIs, kFlag, true}, 1)});
+    // The application itself asks it twice.
+    const QVariantMap isFlagged = item({u"isFlagged"_s, kIs, kFlag, true}, 1);
+    return query(rating(kUnrated, kIsAtLeast, false), kNone, {isFlagged, isFlagged});
 }
 
 QByteArray AlbumQueries::people()
