@@ -2,6 +2,7 @@
 #include "EventRows.h"
 #include "LibraryFixture.h"
 #include "PhotoRows.h"
+#include "RowIdIndexes.h"
 #include "TrashRows.h"
 
 #include <QSet>
@@ -197,4 +198,45 @@ TEST_F(TrashDeletionTest, theIdsOfDeletedRowsAreNotGivenOutAgain)
     Kind kind;
     kind.fileName = u"IMG_3.JPG"_s;
     EXPECT_GT(addPhoto(m_event, kind).visible, m_second.imported);
+}
+
+TEST(RealLibraryTrashTest, aLibraryOfTheApplicationStaysSoundUntilItIsEmpty)
+{
+    RealLibrary library;
+    if (!library.isPresent()) {
+        return;
+    }
+    Connection& connection = library.connection();
+    connection.beginImmediate();
+    Changes changes;
+    Writer writer{connection, changes, 800000000};
+    const QList<qint64> photos =
+        Sql::integers(connection, "SELECT modelId FROM RKVersion WHERE showInLibrary=1");
+    const auto count = [&](const char* sql) { return Sql::firstInteger(connection, sql); };
+    const char* const shown = "SELECT sum(versionCount) FROM RKFolder WHERE folderType=2";
+    const std::optional<qint64> before = count(shown);
+    EXPECT_EQ(TrashRows::moveToTrash(writer, photos), before);
+    EXPECT_EQ(count(shown), 0);
+    EXPECT_EQ(RowIdIndexes::mismatches(connection).join('\n'_L1).toStdString(), "");
+    EXPECT_EQ(TrashRows::restore(writer, photos), photos.size());
+    EXPECT_EQ(count(shown), photos.size());
+    EXPECT_EQ(RowIdIndexes::mismatches(connection).join('\n'_L1).toStdString(), "");
+    TrashRows::moveToTrash(writer, photos);
+    const TrashRows::Leftovers left = TrashRows::deleteForGood(writer, photos);
+    EXPECT_EQ(left.files.size(), photos.size());
+    EXPECT_EQ(RowIdIndexes::mismatches(connection).join('\n'_L1).toStdString(), "");
+    for (const char* table : {"RKVersion",
+                              "RKMaster",
+                              "RKAlbumVersion",
+                              "RKKeywordForVersion",
+                              "RKVersionFaceContent",
+                              "RKImageAdjustment",
+                              "RKImageProxyState",
+                              "RKIptcProperty",
+                              "RKOtherProperty",
+                              "RKExifStringProperty",
+                              "RKExifNumberProperty"}) {
+        EXPECT_EQ(count((std::string("SELECT count(*) FROM ") + table).c_str()), 0) << table;
+    }
+    EXPECT_EQ(count("SELECT count(*) FROM RKFolder WHERE posterVersionUuid IS NOT NULL"), 0);
 }
