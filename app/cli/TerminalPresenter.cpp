@@ -39,14 +39,22 @@ void TerminalPresenter::beginSheet(const Alert& alert)
     } else {
         m_console.say(linesOf(alert));
     }
-    m_stopped = done ? std::nullopt : std::optional(alert);
+    if (!m_raised) {
+        m_stopped = done ? std::nullopt : std::optional(alert);
+    }
 }
 
 void TerminalPresenter::runModal(const Alert& alert)
 {
     m_console.say(linesOf(alert));
     m_stopped = alert;
-    waitForEnter();
+    if (isAcknowledged() || alert.messageText != Texts::missingKeywordsTitle()) {
+        return;
+    }
+    m_raised = true;
+    throw ScriptingException(u"AlertNotAnswered"_s,
+                             m_interruption.isRequested() ? CommandLineTexts::stoppedWhileAsking()
+                                                          : CommandLineTexts::nobodyToAnswer());
 }
 
 OpenPanelResult TerminalPresenter::runModal(const OpenPanel& panel)
@@ -55,23 +63,16 @@ OpenPanelResult TerminalPresenter::runModal(const OpenPanel& panel)
         return {.code = kPanelOk, .paths = {m_library}};
     }
     m_console.say(panel.title + u'\n' + panel.message);
-    if (m_console.canAsk()) {
-        m_console.say(CommandLineTexts::pressEnter());
-        // Whatever the answer, also none: the access is tested again by who asked.
-        static_cast<void>(m_console.readLine(m_interruption));
-    }
+    // Whatever the answer, also none: who asked tests the access again.
+    static_cast<void>(isAcknowledged());
     return {.code = kPanelOk, .paths = {}};
 }
 
-void TerminalPresenter::waitForEnter()
+bool TerminalPresenter::isAcknowledged() const
 {
-    if (m_console.canAsk()) {
-        m_console.say(CommandLineTexts::pressEnter());
-        if (m_console.readLine(m_interruption)) {
-            return;
-        }
+    if (!m_console.canAsk()) {
+        return false;
     }
-    throw ScriptingException(u"AlertNotAnswered"_s,
-                             m_interruption.isRequested() ? CommandLineTexts::stoppedWhileAsking()
-                                                          : CommandLineTexts::nobodyToAnswer());
+    m_console.say(CommandLineTexts::pressEnter());
+    return m_console.readLine(m_interruption).has_value();
 }

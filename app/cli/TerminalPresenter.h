@@ -11,8 +11,9 @@ class Interruption;
 /// error; the closing summary is a result and goes to standard output.
 ///
 /// With a terminal to ask on, application-modal alerts and file prompts wait for Enter. Without
-/// one nothing may hang: a file prompt is answered with OK and nothing picked, and an
-/// application-modal alert raises ScriptingException, which ends the scan.
+/// one nothing may hang: a file prompt is answered with OK and nothing picked, an alert counts as
+/// dismissed, and the one about missing keywords, which is shown until they are there, raises
+/// ScriptingException, which ends the scan.
 /// Thread: main.
 class TerminalPresenter final : public Presenter
 {
@@ -27,7 +28,7 @@ public:
                       Summary summary);
 
     void beginSheet(const Alert& alert) override;
-    /// Errors: raises ScriptingException when nobody answers.
+    /// Errors: raises ScriptingException when nobody answers an alert that would come again.
     void runModal(const Alert& alert) override;
     [[nodiscard]] OpenPanelResult runModal(const OpenPanel& panel) override;
 
@@ -38,15 +39,17 @@ public:
 
     void commitEditing(Field /*field*/) override {}
 
-    /// The alert that stopped the scan: the last one, unless the summary followed it.
+    /// The alert that stopped the scan: the last one, unless the summary followed it, or the one
+    /// that nobody answered.
     [[nodiscard]] const std::optional<Alert>& stopped() const { return m_stopped; }
 
 private:
-    void waitForEnter();
+    [[nodiscard]] bool isAcknowledged() const;
 
     Console& m_console;
     const Interruption& m_interruption;
     const QString m_library;
     const Summary m_summary;
     std::optional<Alert> m_stopped;
+    bool m_raised{false}; ///< what follows is said because of the alert that nobody answered
 };

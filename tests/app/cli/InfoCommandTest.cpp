@@ -13,19 +13,18 @@ TEST_F(InfoCommandTest, theWordsSayWhatIsInTheLibrary)
 {
     ASSERT_EQ(run({u"info"_s, library()}), 0);
     EXPECT_EQ(m_out.toStdString(),
-              ("Library:           " + library() +
-               "\nVersion:           9.6.1\n"
-               "Photos:            3\n"
-               "Events:            2\n"
-               "Albums:            0\n"
-               "Keywords:          0\n"
-               "RAW photos:        0 (0.00 MB)\n"
-               "Converted copies:  0\n"
-               "In the trash:      0 (0.00 MB)\n"
-               "Missing masters:   0\n"
-               "Writable:          yes\n"
-               "Problems:          none\n"_L1)
-                  .toStdString());
+              "Library:           " + library().toStdString() +
+                  "\nVersion:           9.6.1\n"
+                  "Photos:            3\n"
+                  "Events:            2\n"
+                  "Albums:            0\n"
+                  "Keywords:          6\n"
+                  "RAW photos:        0 (0.00 MB)\n"
+                  "Converted copies:  0\n"
+                  "In the trash:      0 (0.00 MB)\n"
+                  "Missing masters:   0\n"
+                  "Writable:          yes\n"
+                  "Problems:          none\n");
 }
 
 TEST_F(InfoCommandTest, theDocumentHoldsTheSame)

@@ -57,10 +57,20 @@ TEST_F(TerminalPresenterTest, theSummaryMakesRoomForAReport)
     EXPECT_EQ(m_error.data(), "All Done\nStats\n");
 }
 
-TEST_F(TerminalPresenterTest, withNobodyToAnswerAModalAlertIsPrintedOnceAndRaises)
+TEST_F(TerminalPresenterTest, withNobodyToAnswerAModalAlertCountsAsDismissed)
 {
-    EXPECT_THROW(m_presenter.runModal(m_alert), ScriptingException);
+    m_presenter.runModal(m_alert);
     EXPECT_EQ(m_error.data(), "Unable To Process\nText\n");
+    EXPECT_EQ(m_presenter.stopped(), m_alert);
+}
+
+TEST_F(TerminalPresenterTest, withNobodyToAnswerMissingKeywordsArePrintedOnceAndRaise)
+{
+    const Alert missing{.messageText = u"Missing Keywords"_s, .informativeText = u"Which"_s};
+    EXPECT_THROW(m_presenter.runModal(missing), ScriptingException);
+    EXPECT_EQ(m_error.data(), "Missing Keywords\nWhich\n");
+    m_presenter.beginSheet(m_alert); // what the scan says of being ended
+    EXPECT_EQ(m_presenter.stopped(), missing);
 }
 
 TEST_F(TerminalPresenterTest, theLibraryPromptIsAnsweredWithTheLibrary)
