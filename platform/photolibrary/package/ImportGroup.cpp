@@ -6,8 +6,7 @@
 
 using namespace Qt::StringLiterals;
 
-QDateTime
-ImportGroup::freeStamp(Connection& connection, const QString& package, QDateTime moment)
+QDateTime ImportGroup::freeStamp(Connection& connection, const QString& package, QDateTime moment)
 {
     const auto isTaken = [&](const QDateTime& stamp) {
         const QString relative = folder(stamp);

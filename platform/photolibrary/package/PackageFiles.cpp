@@ -41,8 +41,8 @@ bool removeFolder(const QString& path)
         folder.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     bool allGone = true;
     for (const QFileInfo& entry : entries) {
-        const bool gone = isLinkOrFile(entry) ? QFile::remove(entry.filePath())
-                                              : removeFolder(entry.filePath());
+        const bool gone =
+            isLinkOrFile(entry) ? QFile::remove(entry.filePath()) : removeFolder(entry.filePath());
         allGone = gone && allGone;
     }
     return QDir().rmdir(path) && allGone;

@@ -5,7 +5,8 @@
 
 /// Files inside a package by their relative paths. Nothing outside the package is ever touched: a
 /// path that is empty, absolute or leads up is refused. Any thread.
-namespace PackageFiles {
+namespace PackageFiles
+{
 
 /// Whether the relative path stays inside the package: not empty, not absolute, no "..", no NUL.
 [[nodiscard]] bool isInside(const QString& relativePath);

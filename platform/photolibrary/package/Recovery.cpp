@@ -102,9 +102,8 @@ void finishDeletion(const QString& package, const TrashRows::Leftovers& doomed)
 
 void keepKnown(Connection& connection, QSet<QString>& uuids, const char* sql)
 {
-    uuids.removeIf([&](const QString& uuid) {
-        return !Sql::firstInteger(connection, sql, uuid).has_value();
-    });
+    uuids.removeIf(
+        [&](const QString& uuid) { return !Sql::firstInteger(connection, sql, uuid).has_value(); });
 }
 
 /// Sidecars and catalogues are written beside the old ones and renamed; a run that was ended in

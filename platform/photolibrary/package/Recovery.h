@@ -7,7 +7,8 @@
 #include <QSet>
 
 /// Clearing away what a crash left. Only with the write lock of the databases held.
-namespace Recovery {
+namespace Recovery
+{
 
 /// Removes dead journals beside the databases, the files of turns that were not committed, and
 /// what a committed deletion left. Returns what sidecars and catalogues have to follow. Any file

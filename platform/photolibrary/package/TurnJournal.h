@@ -13,10 +13,10 @@
 
 /// What the journal says of one turn.
 struct JournaledTurn {
-    QStringList made;              ///< package-relative files that were about to be made
-    TrashRows::Leftovers doomed;   ///< what was to be removed after the commit
-    Changes changes;               ///< what sidecars and catalogues have to follow
-    bool announced{false};         ///< the commit was about to be made
+    QStringList made;            ///< package-relative files that were about to be made
+    TrashRows::Leftovers doomed; ///< what was to be removed after the commit
+    Changes changes;             ///< what sidecars and catalogues have to follow
+    bool announced{false};       ///< the commit was about to be made
 };
 
 /// The notebook of a library's writer, outside the package: before files are made or removed and
