@@ -205,7 +205,8 @@ VersionSidecar::write(Connection& connection, qint64 version, const QString& fol
     if (!number) {
         return {};
     }
-    const QString path = u"%1/Version-%2.apversion"_s.arg(folder).arg(*number);
+    // No pattern to fill in: the uuid that ends the folder's path may hold "%1" itself.
+    const QString path = folder + u"/Version-"_s + QString::number(*number) + u".apversion"_s;
     Result<SidecarFile> file = SidecarFile::open(path, SidecarFile::Form::Binary);
     if (!file.ok()) {
         return file.error();

@@ -41,7 +41,7 @@ protected:
     [[nodiscard]] QString versionPath(int number) const
     {
         return package() + u"/Database/Versions/2010/05/01/20100501-120000/"_s + m_photo.master +
-               u"/Version-%1.apversion"_s.arg(number);
+               u"/Version-"_s + QString::number(number) + u".apversion"_s;
     }
 
     [[nodiscard]] static QVariantMap content(const QString& path)
@@ -141,6 +141,20 @@ TEST_F(SidecarsTest, aFileThatSaysWhatItShouldStaysUntouched)
                   .value<PropertyList::Date>()
                   .secondsSince2001,
               m_now);
+}
+
+TEST_F(SidecarsTest, aUuidThatLooksLikeAPlaceholderNamesItsFolderAsItIs)
+{
+    const QString uuid = u"%1wyqoryRvq%2GmBdFBisA"_s;
+    Sql::execute(connection(), "UPDATE RKMaster SET uuid=? WHERE uuid=?", uuid, m_photo.master);
+    Sql::execute(
+        connection(), "UPDATE RKVersion SET masterUuid=? WHERE masterUuid=?", uuid, m_photo.master);
+    changes().masters.insert(uuid);
+    m_photo.master = uuid;
+    follow(m_now);
+    for (const int number : {0, 1}) {
+        EXPECT_EQ(content(versionPath(number)).value(u"masterUuid"_s).toString(), uuid);
+    }
 }
 
 TEST_F(SidecarsTest, aDamagedSidecarIsMadeAnew)
