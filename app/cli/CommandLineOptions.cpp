@@ -14,8 +14,8 @@ namespace
 {
 
 constexpr auto kSettingsGroup = "Settings of this run (else the stored ones, else the fallbacks)";
-/// No picture has longer sides: JPEG keeps them in 16 bits (ITU T.81, B.2.2).
-constexpr qint64 kLongestSide = 65535;
+/// Beyond any picture: a side that is longer than the photo's leaves the photo as large as it is.
+constexpr qint64 kLongestSide = 1'000'000;
 /// The factors of the output-size cells 0 to 3.
 constexpr std::array kScales{1.0, 0.75, 0.5, 0.25};
 
