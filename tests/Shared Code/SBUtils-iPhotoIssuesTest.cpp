@@ -81,7 +81,7 @@ TEST_F(IssuesTest, percentSignsInNamesStandAsTheyAre)
 TEST_F(IssuesTest, aPhotoAndAnAlbumOfTheSameIdAreTwoThings)
 {
     addRecord(QVariantMap{{u"imageFilename"_s, u"a.cr2"_s}});
-    std::ignore = m_bridge.loadData({});
+    ASSERT_TRUE(load(QList<qint64>()));
     m_log.clear();
     m_bridge.logImageIssue(m_library.photoHandle(1), u"Photo"_s);
     m_bridge.logImageIssue(m_library.albumHandle(1), u"Album"_s);
