@@ -1,0 +1,115 @@
+#include "PackageFiles.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+void writeFile(const QString& path)
+{
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write("four"), 4);
+}
+
+} // namespace
+
+/// A package with a file in it, and files beside it that a path leading out would meet.
+class PackageFilesOnDisk : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_folder.isValid());
+        ASSERT_TRUE(QDir().mkpath(package() + u"/Masters/2010"_s));
+        writeFile(package() + u"/Masters/2010/a.jpg"_s);
+        writeFile(package() + u"/b"_s);
+        writeFile(outside());
+    }
+
+    [[nodiscard]] QString package() const { return m_folder.path() + u"/P.photolibrary"_s; }
+
+    [[nodiscard]] QString outside() const { return m_folder.path() + u"/x"_s; }
+
+    /// Paths that lead out of the package, or may.
+    [[nodiscard]] QStringList refused() const
+    {
+        return {QString(),
+                u""_s,
+                u"/x"_s,
+                outside(),
+                u"../x"_s,
+                u".."_s,
+                u"a/../b"_s,
+                u"Masters/.."_s,
+                u"Masters/../b"_s,
+                u"a/../../x"_s,
+                u"b"_s + QChar(u'\0')};
+    }
+
+    void expectAllThere() const
+    {
+        EXPECT_TRUE(QFile::exists(package() + u"/Masters/2010/a.jpg"_s));
+        EXPECT_TRUE(QFile::exists(package() + u"/b"_s));
+        EXPECT_TRUE(QFile::exists(outside()));
+    }
+
+private:
+    QTemporaryDir m_folder;
+};
+
+TEST_F(PackageFilesOnDisk, pathsThatLeadOutAreNotInside)
+{
+    for (const QString& path : refused()) {
+        EXPECT_FALSE(PackageFiles::isInside(path)) << path.toStdString();
+    }
+    for (const QString& path : {u"b"_s, u"Masters/2010/a.jpg"_s, u"a..b"_s, u"..."_s, u"a/..b"_s}) {
+        EXPECT_TRUE(PackageFiles::isInside(path)) << path.toStdString();
+    }
+}
+
+TEST_F(PackageFilesOnDisk, removingAPathThatLeadsOutTouchesNothing)
+{
+    for (const QString& path : refused()) {
+        EXPECT_FALSE(PackageFiles::remove(package(), path)) << path.toStdString();
+        EXPECT_FALSE(PackageFiles::removeMade(package(), {path})) << path.toStdString();
+        PackageFiles::removeEmpty(package(), {path});
+        expectAllThere();
+    }
+}
+
+TEST_F(PackageFilesOnDisk, aRemovedFolderTakesItsFilesAndNotWhatItsLinksPointTo)
+{
+    ASSERT_TRUE(QFile::link(outside(), package() + u"/Masters/2010/link"_s));
+    ASSERT_TRUE(QFile::link(package() + u"/Masters"_s, package() + u"/Masters/2010/folder"_s));
+    EXPECT_TRUE(PackageFiles::remove(package(), u"Masters/2010"_s));
+    EXPECT_FALSE(QFile::exists(package() + u"/Masters/2010"_s));
+    EXPECT_TRUE(QFile::exists(package() + u"/Masters"_s));
+    EXPECT_TRUE(QFile::exists(outside()));
+    EXPECT_TRUE(PackageFiles::remove(package(), u"Masters/2010"_s)) << "what is gone is gone";
+}
+
+TEST_F(PackageFilesOnDisk, filesThatWereMadeGoWithTheFoldersTheyLeaveEmpty)
+{
+    ASSERT_TRUE(QDir().mkpath(package() + u"/Masters/2011/05"_s));
+    writeFile(package() + u"/Masters/2011/05/c.jpg"_s);
+    EXPECT_TRUE(PackageFiles::removeMade(package(), {u"Masters/2011/05/c.jpg"_s}));
+    EXPECT_FALSE(QFile::exists(package() + u"/Masters/2011"_s));
+    expectAllThere();
+}
+
+TEST_F(PackageFilesOnDisk, bytesOfAFolderAreThoseOfItsFilesWithoutLinks)
+{
+    writeFile(package() + u"/Masters/2010/d.jpg"_s);
+    ASSERT_TRUE(QFile::link(outside(), package() + u"/Masters/2010/link"_s));
+    EXPECT_EQ(PackageFiles::bytesOf(package(), u"Masters"_s), 8);
+    EXPECT_EQ(PackageFiles::bytesOf(package(), u"b"_s), 4);
+    EXPECT_EQ(PackageFiles::bytesOf(package(), u"absent"_s), 0);
+    EXPECT_EQ(PackageFiles::bytesOf(package(), u"../x"_s), 0);
+}

@@ -1,0 +1,184 @@
+#include "WritableLibrary.h"
+
+#include <QFile>
+#include <QThread>
+
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+class PhotoLibraryImport : public WritableLibrary
+{
+protected:
+    void SetUp() override
+    {
+        WritableLibrary::SetUp();
+        m_library = open(Access::Write);
+        ASSERT_NE(m_library, nullptr);
+    }
+
+    [[nodiscard]] PhotoLibrary& library() { return *m_library; }
+
+    /// Only outside transactions: closing a file gives up the locks that this process has on it.
+    [[nodiscard]] QByteArray databaseBytes() const
+    {
+        QByteArray all;
+        for (const QString& name :
+             {u"Library.apdb"_s, u"Properties.apdb"_s, u"ImageProxies.apdb"_s}) {
+            QFile file(package() + u"/Database/apdb/"_s + name);
+            EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+            all += file.readAll();
+        }
+        return all;
+    }
+
+    /// That the import raises `name` and the library is, to the byte, what it was before.
+    void expectRefused(const QString& path, const QString& name, const QString& mentioned)
+    {
+        const QByteArray before = databaseBytes();
+        const QStringList filesBefore = pictureFiles();
+        try {
+            import(library(), path);
+            ADD_FAILURE() << path.toStdString() << " was imported";
+        } catch (const ScriptingException& exception) {
+            EXPECT_EQ(exception.name(), name);
+            EXPECT_TRUE(exception.reason().contains(mentioned)) << exception.what();
+        }
+        EXPECT_TRUE(WritableLibrary::application(library())->lastImportAlbum()->photos().isEmpty());
+        EXPECT_EQ(databaseBytes(), before);
+        EXPECT_EQ(pictureFiles(), filesBefore);
+    }
+
+    [[nodiscard]] QList<qint64> libraryIds()
+    {
+        QList<qint64> ids;
+        for (const PhotoPtr& photo :
+             WritableLibrary::application(library())->photoLibraryAlbum()->photos()) {
+            ids << photo->id();
+        }
+        return ids;
+    }
+
+    /// Removes from the whole library, which is how the application trashes.
+    void trash(const PhotoPtr& photo)
+    {
+        photo->removeFrom(WritableLibrary::application(library())->photoLibraryAlbum());
+    }
+
+    [[nodiscard]] QList<qint64> trashedIds()
+    {
+        QList<qint64> ids;
+        const Result<QList<PhotoFacts>> photos = library().trashedPhotos();
+        EXPECT_TRUE(photos.ok());
+        for (const PhotoFacts& photo : photos.ok() ? photos.value() : QList<PhotoFacts>()) {
+            ids << photo.id;
+        }
+        return ids;
+    }
+
+private:
+    std::unique_ptr<PhotoLibrary> m_library;
+};
+
+TEST_F(PhotoLibraryImport, aTruncatedPictureIsRefusedAndNothingChanges)
+{
+    QFile whole(makePicture(u"whole.JPG"_s));
+    ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
+    const QByteArray bytes = whole.readAll();
+    const QString half = makeFile(u"half.JPG"_s, bytes.left(bytes.size() - bytes.size() / 8));
+    expectRefused(half, u"ImportFailed"_s, half);
+}
+
+TEST_F(PhotoLibraryImport, aTextFileIsRefusedAndNothingChanges)
+{
+    const QString text = makeFile(u"text.JPG"_s, "Not a picture at all.\n");
+    expectRefused(text, u"ImportFailed"_s, text);
+}
+
+TEST_F(PhotoLibraryImport, aMissingFileIsRefusedAndNothingChanges)
+{
+    const QString missing = package() + u"/../missing.JPG"_s;
+    expectRefused(missing, u"ImportFailed"_s, missing);
+}
+
+TEST_F(PhotoLibraryImport, aRefusedImportForgetsTheLastImport)
+{
+    import(library(), makePicture(u"IMG_1.JPG"_s));
+    ASSERT_NE(lastImported(library()), nullptr);
+    const QString text = makeFile(u"text.JPG"_s, "Not a picture at all.\n");
+    expectRefused(text, u"ImportFailed"_s, text);
+    EXPECT_EQ(libraryIds().size(), 1);
+}
+
+TEST_F(PhotoLibraryImport, aRefusedImportLeavesItsTurnUsable)
+{
+    const auto turn = library().beginPhotoTurn();
+    const QString text = makeFile(u"text.JPG"_s, "Not a picture at all.\n");
+    expectRefused(text, u"ImportFailed"_s, text);
+    import(library(), makePicture(u"IMG_1.JPG"_s));
+    turn->commit();
+    EXPECT_TRUE(library().close().ok());
+    EXPECT_EQ(rows(u"RKMaster"_s), 1);
+    expectSound();
+}
+
+TEST_F(PhotoLibraryImport, anImportAfterAStopIsInterrupted)
+{
+    library().requestStop();
+    expectRefused(makePicture(u"IMG_1.JPG"_s), u"Interrupted"_s, u"interrupted"_s);
+}
+
+TEST_F(PhotoLibraryImport, anImportOutsideATurnIsSeenByOtherThreadsAtOnce)
+{
+    import(library(), makePicture(u"IMG_1.JPG"_s));
+    QList<qint64> seen;
+    const std::unique_ptr<QThread> other(QThread::create([this, &seen] { seen = libraryIds(); }));
+    other->start();
+    ASSERT_TRUE(other->wait());
+    EXPECT_EQ(seen, QList<qint64>{lastImported(library())->id()});
+    EXPECT_EQ(rows(u"RKMaster"_s), 1) << "not durable";
+}
+
+TEST_F(PhotoLibraryImport, aPhotoRemovedFromTheLibraryIsInTheTrashAndComesBack)
+{
+    import(library(), makePicture(u"IMG_1.JPG"_s));
+    const PhotoPtr photo = lastImported(library());
+    ASSERT_NE(photo, nullptr);
+    const QStringList files = pictureFiles();
+    trash(photo);
+    EXPECT_EQ(trashedIds(), QList<qint64>{photo->id()});
+    EXPECT_TRUE(libraryIds().isEmpty());
+
+    const QByteArray once = databaseBytes();
+    trash(photo);
+    EXPECT_EQ(databaseBytes(), once) << "trashing twice changed something";
+
+    const Result<int> restored = library().restoreFromTrash({photo->id()});
+    ASSERT_TRUE(restored.ok());
+    EXPECT_EQ(restored.value(), 1);
+    EXPECT_TRUE(trashedIds().isEmpty());
+    EXPECT_EQ(libraryIds(), QList<qint64>{photo->id()});
+    EXPECT_EQ(pictureFiles(), files);
+    EXPECT_TRUE(library().close().ok());
+    expectSound();
+}
+
+TEST_F(PhotoLibraryImport, emptyingTheTrashDeletesItsFilesAndNoOthers)
+{
+    import(library(), makePicture(u"KEPT.JPG"_s));
+    const QStringList kept = pictureFiles();
+    import(library(), makePicture(u"GONE.JPG"_s));
+    const PhotoPtr photo = lastImported(library());
+    ASSERT_NE(photo, nullptr);
+    ASSERT_GT(pictureFiles().size(), kept.size());
+    trash(photo);
+    const Result<qint64> freed = library().emptyTrash();
+    ASSERT_TRUE(freed.ok()) << freed.error().message.toStdString();
+    EXPECT_GT(freed.value(), 0);
+    EXPECT_EQ(pictureFiles(), kept);
+    EXPECT_TRUE(trashedIds().isEmpty());
+    EXPECT_EQ(libraryIds().size(), 1);
+    EXPECT_TRUE(library().close().ok());
+    EXPECT_EQ(rows(u"RKMaster"_s), 1);
+    expectSound();
+}
