@@ -6,7 +6,8 @@
 #include <QString>
 
 /// Files that are either wholly there or not at all, also after a power cut. Any thread.
-namespace AtomicFile {
+namespace AtomicFile
+{
 
 /// Whether an existing file may be replaced.
 enum class Existing : quint8 { Replace, Refuse };

@@ -4,7 +4,8 @@
 
 /// Where the user's files of this program lie (freedesktop.org base directories). Nothing is
 /// created. Read from the environment at every call; any thread.
-namespace Directories {
+namespace Directories
+{
 
 /// `$XDG_CONFIG_HOME/corvane`, else `~/.config/corvane`.
 [[nodiscard]] QString config();

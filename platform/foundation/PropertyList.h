@@ -6,8 +6,8 @@
 #include <QMetaType>
 #include <QVariant>
 
-/// Apple property lists, XML and binary. Every number and date is kept to its last bit in the binary
-/// form; the XML form tells dates to the second and has no control characters.
+/// Apple property lists, XML and binary. Every number and date is kept to its last bit in the
+/// binary form; the XML form tells dates to the second and has no control characters.
 ///
 /// Types: dictionary = QVariantMap, array = QVariantList, string = QString, integer = qlonglong
 /// (qulonglong when it does not fit), real = double, boolean = bool, data = QByteArray,

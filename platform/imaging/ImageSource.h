@@ -24,7 +24,8 @@
 ///
 /// All functions: any thread, several at once. Deterministic. Errors name the file: NotFound,
 /// Unreadable, Unsupported, Damaged, OutOfSpace (memory).
-namespace ImageSource {
+namespace ImageSource
+{
 
 /// Extensions without dot of all readable types, each in lower and in upper case, sorted.
 [[nodiscard]] const QStringList& readableExtensions();

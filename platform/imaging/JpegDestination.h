@@ -7,7 +7,8 @@
 #include <QByteArray>
 
 /// Encodes JPEG files in memory with libjpeg-turbo. Any thread.
-namespace JpegDestination {
+namespace JpegDestination
+{
 
 /// `quality` 0..1 maps to libjpeg's 0..100 (rounded); below 0.9 chroma is subsampled 4:2:0, from
 /// there 4:4:4. Optimised Huffman tables, progressive scans, sRGB ICC profile embedded. Pixels are
@@ -20,7 +21,8 @@ namespace JpegDestination {
 [[nodiscard]] Result<QByteArray>
 encode(const Bitmap& bitmap, const ImageProperties& properties, double quality);
 
-/// A small JPEG (baseline, 4:2:0, sRGB, quality 0..1) without metadata but its size, for thumbnails.
+/// A small JPEG (baseline, 4:2:0, sRGB, quality 0..1) without metadata but its size, for
+/// thumbnails.
 [[nodiscard]] Result<QByteArray> encodePlain(const Bitmap& bitmap, double quality);
 
 } // namespace JpegDestination

@@ -8,7 +8,8 @@
 #include <QList>
 
 /// The proof of a finished JPEG before it may stand for a photo.
-namespace JpegProof {
+namespace JpegProof
+{
 
 /// Decodes `jpeg` again in full and checks that it is whole to the last row, of the size of
 /// `encoded`, pixel for pixel close to it within what the quality allows, and not flat where

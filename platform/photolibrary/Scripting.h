@@ -132,6 +132,7 @@ public:
 
     [[nodiscard]] virtual PhotoEvidence evidence() = 0;
 };
+
 using PhotoPtr = std::shared_ptr<Photo>;
 
 /// FourCC of a regular album, 'albm'.
@@ -172,6 +173,7 @@ public:
     virtual void assignKeywordString(const QString& keyword) = 0;
     virtual void newAlbumName(const QString& name) = 0;
 };
+
 using PhotoApplicationPtr = std::shared_ptr<PhotoApplication>;
 
 /// One photo's turn, as a scope on the calling thread: `importFrom` opens a transaction, whatever

@@ -59,10 +59,8 @@ QList<SourceFile> sourceFiles()
                                      QRegularExpression::MultilineOption);
     QList<SourceFile> files;
     for (const QString& top : {u"platform"_s, u"Shared Code"_s, u"tools"_s, u"app"_s}) {
-        QDirIterator walk(root.filePath(top),
-                          {u"*.h"_s, u"*.cpp"_s},
-                          QDir::Files,
-                          QDirIterator::Subdirectories);
+        QDirIterator walk(
+            root.filePath(top), {u"*.h"_s, u"*.cpp"_s}, QDir::Files, QDirIterator::Subdirectories);
         while (walk.hasNext()) {
             QFile file(walk.next());
             if (!file.open(QIODevice::ReadOnly)) {

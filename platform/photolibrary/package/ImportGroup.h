@@ -7,7 +7,8 @@
 
 /// The group folder of an import: "YYYY/MM/DD/YYYYMMDD-HHMMSS" below Masters, Previews, Thumbnails
 /// and Database/Versions, in local time.
-namespace ImportGroup {
+namespace ImportGroup
+{
 
 /// The first moment from `moment` on, by whole seconds, for which there is neither an import group
 /// nor a folder.

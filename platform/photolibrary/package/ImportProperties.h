@@ -7,7 +7,8 @@
 
 /// The properties of an imported picture: what its file says of itself, and the copies of the
 /// library's own facts that its search reads. Errors: SQLite::Exception.
-namespace ImportProperties {
+namespace ImportProperties
+{
 
 struct Versions {
     qint64 shown{0};    ///< Version-1

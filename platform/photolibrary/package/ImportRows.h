@@ -22,7 +22,8 @@ struct ImportIdentity {
 };
 
 /// The rows of an import. Errors: SQLite::Exception.
-namespace ImportRows {
+namespace ImportRows
+{
 
 /// Inserts import group, master, both versions, their properties and keywords and the proxy state,
 /// all indexes and statistics in step. Returns the photo's id (Version-1).

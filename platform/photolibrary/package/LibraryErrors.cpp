@@ -40,7 +40,7 @@ Error LibraryErrors::fromSqlite(const SQLite::Exception& exception, const QStrin
     case SQLITE_IOERR:
         return {ErrorCode::Unreadable,
                 u"A database of the library \"%1\" cannot be read or written: %2."_s.arg(package,
-                                                                                        detail)};
+                                                                                         detail)};
     default:
         return {ErrorCode::Internal,
                 u"A database of the library \"%1\" refused a request: %2."_s.arg(package, detail)};
@@ -49,7 +49,6 @@ Error LibraryErrors::fromSqlite(const SQLite::Exception& exception, const QStrin
 
 void LibraryErrors::raise(const Error& error)
 {
-    throw ScriptingException(error.code == ErrorCode::Interrupted ? u"Interrupted"_s
-                                                                  : u"LibraryError"_s,
-                             error.message);
+    throw ScriptingException(
+        error.code == ErrorCode::Interrupted ? u"Interrupted"_s : u"LibraryError"_s, error.message);
 }

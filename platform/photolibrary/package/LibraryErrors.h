@@ -10,7 +10,8 @@
 #include <utility>
 
 /// Where SQLite's exceptions become errors, and errors the exceptions of the scripting surface.
-namespace LibraryErrors {
+namespace LibraryErrors
+{
 
 /// What SQLite raised on the library at `package`, in words.
 [[nodiscard]] Error fromSqlite(const SQLite::Exception& exception, const QString& package);

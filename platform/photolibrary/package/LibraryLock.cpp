@@ -24,8 +24,7 @@ constexpr int kLongestHolder = 512;
 /// "process 4711 on host since 2026-11-21 10:00:00".
 QByteArray ownName()
 {
-    return u"process %1 on %2 since %3"_s
-        .arg(QCoreApplication::applicationPid())
+    return u"process %1 on %2 since %3"_s.arg(QCoreApplication::applicationPid())
         .arg(QSysInfo::machineHostName(),
              QDateTime::currentDateTime().toString(u"yyyy-MM-dd HH:mm:ss"_s))
         .toUtf8();
@@ -62,9 +61,10 @@ Result<std::unique_ptr<LibraryLock>> LibraryLock::take(const QString& package,
     if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
         const QString holder = holderIn(descriptor);
         ::close(descriptor);
-        return Error{ErrorCode::InUse,
-                     u"Another Corvane writes to the library \"%1\" (%2): wait for it to end."_s
-                         .arg(package, holder.isEmpty() ? u"unknown"_s : holder)};
+        return Error{
+            ErrorCode::InUse,
+            u"Another Corvane writes to the library \"%1\" (%2): wait for it to end."_s.arg(
+                package, holder.isEmpty() ? u"unknown"_s : holder)};
     }
     QString leftBehind = holderIn(descriptor);
     if (!writeHolder(descriptor, ownName())) {

@@ -8,7 +8,8 @@
 class PhotoLibraryPrivate;
 
 /// The way from a path to an open library: recognise, check, lock, recover.
-namespace LibraryOpening {
+namespace LibraryOpening
+{
 
 /// See PhotoLibrary::open().
 [[nodiscard]] Result<std::shared_ptr<PhotoLibraryPrivate>> open(const QString& path,

@@ -12,27 +12,28 @@
 /// A picture on its way into a library: the file's bytes, what is made from it, and what it says of
 /// itself. Nothing is written yet.
 struct PreparedPicture {
-    QByteArray bytes;      ///< the file, unchanged
-    QByteArray thumbnail;  ///< JPEG, upright, longest side at most 1024
-    QByteArray miniature;  ///< JPEG, upright, longest side at most 360
-    QByteArray preview;    ///< JPEG, upright, full size; empty when the file shows upright itself
+    QByteArray bytes;     ///< the file, unchanged
+    QByteArray thumbnail; ///< JPEG, upright, longest side at most 1024
+    QByteArray miniature; ///< JPEG, upright, longest side at most 360
+    QByteArray preview;   ///< JPEG, upright, full size; empty when the file shows upright itself
     QString fileName;
-    QString baseName;      ///< without extension
+    QString baseName; ///< without extension
     bool raw{false};
-    QSize stored;          ///< pixels as the file stores them
-    QSize shown;           ///< pixels upright
+    QSize stored; ///< pixels as the file stores them
+    QSize shown;  ///< pixels upright
     QSize thumbnailSize;
     QSize miniatureSize;
-    int rotation{0};       ///< clockwise degrees from stored to shown
+    int rotation{0};                ///< clockwise degrees from stored to shown
     std::optional<double> latitude; ///< signed degrees
     std::optional<double> longitude;
-    double fileCreated{0.0};  ///< seconds since 2001-01-01 UTC
+    double fileCreated{0.0}; ///< seconds since 2001-01-01 UTC
     double fileModified{0.0};
     ImageFacts facts;
 };
 
 /// Reads pictures and makes what a library keeps of them. Any thread.
-namespace PictureIntake {
+namespace PictureIntake
+{
 
 /// Whether a file of that name can be kept: one path component, at most 255 bytes.
 [[nodiscard]] bool isUsableName(const QString& name);

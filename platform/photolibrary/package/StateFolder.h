@@ -3,7 +3,8 @@
 #include <QString>
 
 /// Where this program keeps what belongs to a library but does not lie in it. Nothing is created.
-namespace StateFolder {
+namespace StateFolder
+{
 
 /// A folder name for the library at `canonicalPath` with that database uuid: a copy of a library
 /// at another place is another library.

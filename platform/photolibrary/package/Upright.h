@@ -3,7 +3,8 @@
 #include "Bitmap.h"
 
 /// What an EXIF orientation (1..8, CIPA DC-008) does to a picture. Any thread.
-namespace Upright {
+namespace Upright
+{
 
 /// Whether showing the picture upright swaps its sides.
 [[nodiscard]] bool isTransposed(int orientation);
