@@ -49,6 +49,12 @@ QByteArray stripedPreview()
     return rows.finish().value();
 }
 
+/// Index of a pixel among rows of `width`.
+size_t indexOf(int x, int y, int width)
+{
+    return static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x);
+}
+
 class DngWriterTest : public testing::Test
 {
 protected:
@@ -77,6 +83,10 @@ protected:
         width = static_cast<int>(reader.value(raw.at(0x0100)));
         height = static_cast<int>(reader.value(raw.at(0x0101)));
         const int tile = static_cast<int>(reader.value(raw.at(0x0142)));
+        if (tile == 0) {
+            ADD_FAILURE() << "no tiles";
+            return {};
+        }
         const int tilesAcross = (width + tile - 1) / tile;
         std::vector<quint16> values(static_cast<size_t>(width) * static_cast<size_t>(height));
         for (int i = 0; i < static_cast<int>(raw.at(0x0144).count); ++i) {
@@ -91,8 +101,7 @@ protected:
                     const int column = i % tilesAcross * tile + x;
                     const int row = i / tilesAcross * tile + y;
                     if (column < width && row < height) {
-                        values[static_cast<size_t>(row * width + column)] =
-                            decoded->values[static_cast<size_t>(y * tile + x)];
+                        values[indexOf(column, row, width)] = decoded->values[indexOf(x, y, tile)];
                     }
                 }
             }
@@ -112,14 +121,14 @@ TEST_F(DngWriterTest, everyValueOfThePictureIsInTheTiles)
     int width = 0;
     int height = 0;
     const auto values = sensor(width, height);
+    ASSERT_FALSE(values.empty());
     ASSERT_EQ(width, kPicture.width() + Sensor::kMaskedColumns + 2 * Sensor::kMargin);
     ASSERT_EQ(height, kPicture.height() + Sensor::kMaskedRows + 2 * Sensor::kMargin);
     const int left = Sensor::kMaskedColumns + Sensor::kMargin;
     const int top = Sensor::kMaskedRows + Sensor::kMargin;
     for (int y = 0; y < kPicture.height(); ++y) {
         for (int x = 0; x < kPicture.width(); ++x) {
-            ASSERT_EQ(values[static_cast<size_t>((y + top) * width + x + left)], valueAt(x, y))
-                << x << ", " << y;
+            ASSERT_EQ(values[indexOf(x + left, y + top, width)], valueAt(x, y)) << x << ", " << y;
         }
     }
 }
@@ -131,18 +140,19 @@ TEST_F(DngWriterTest, maskedPixelsAreDarkAndTheMarginContinuesThePicture)
     const auto values = sensor(width, height);
     const int left = Sensor::kMaskedColumns + Sensor::kMargin;
     const int top = Sensor::kMaskedRows + Sensor::kMargin;
+    ASSERT_FALSE(values.empty());
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
-            const quint16 value = values[static_cast<size_t>(y * width + x)];
+            const quint16 value = values[indexOf(x, y, width)];
             if (x < Sensor::kMaskedColumns || y < Sensor::kMaskedRows) {
                 ASSERT_NEAR(value, Sensor::kBlackLevel, 16) << x << ", " << y;
             }
         }
     }
     // Two pixels beyond the edge lies what is two pixels inside: a filter of the same colour.
-    EXPECT_EQ(values[static_cast<size_t>((top + 50) * width + left - 2)], valueAt(2, 50));
-    EXPECT_EQ(values[static_cast<size_t>((top - 3) * width + left + 50)], valueAt(50, 3));
-    EXPECT_EQ(values[static_cast<size_t>((top + kPicture.height() + 7) * width + left + 9)],
+    EXPECT_EQ(values[indexOf(left - 2, top + 50, width)], valueAt(2, 50));
+    EXPECT_EQ(values[indexOf(left + 50, top - 3, width)], valueAt(50, 3));
+    EXPECT_EQ(values[indexOf(left + 9, top + kPicture.height() + 7, width)],
               valueAt(9, kPicture.height() - 9));
 }
 

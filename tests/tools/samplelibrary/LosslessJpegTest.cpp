@@ -47,6 +47,7 @@ std::vector<quint16> valuesWith(const std::vector<int>& frequencies, int width)
 TEST(LosslessJpegTest, everyValueComesBackAsItWas)
 {
     std::vector<quint16> values;
+    values.reserve(2048);
     for (int i = 0; i < 64 * 32; ++i) {
         values.push_back(
             static_cast<quint16>(512 + i * 3 + static_cast<int>(scatter(1, i, 0) % 40)));
@@ -56,7 +57,7 @@ TEST(LosslessJpegTest, everyValueComesBackAsItWas)
 
 TEST(LosslessJpegTest, anEvenTileNeedsHardlyAnyBytes)
 {
-    const std::vector<quint16> values(256 * 256, 512);
+    const std::vector<quint16> values(size_t{256} * 256, 512);
     expectRoundTrip(values, 256, 256);
     EXPECT_LT(LosslessJpeg::encode(values, 256, 256).size(), 256 * 256 / 8 + 64);
 }
@@ -64,6 +65,7 @@ TEST(LosslessJpegTest, anEvenTileNeedsHardlyAnyBytes)
 TEST(LosslessJpegTest, theWidestSwingsComeBackToo)
 {
     std::vector<quint16> values;
+    values.reserve(256);
     for (int i = 0; i < 16 * 16; ++i) {
         const quint16 extremes[] = {0, 65535, 32768, 32767, 1};
         values.push_back(extremes[scatter(2, i, 0) % 5]);
@@ -91,6 +93,7 @@ TEST(LosslessJpegTest, codesAreNeverLongerThanSixteenBits)
 TEST(LosslessJpegTest, noCodeConsistsOfOnesAlone)
 {
     std::vector<quint16> values;
+    values.reserve(4096);
     for (int i = 0; i < 64 * 64; ++i) {
         values.push_back(static_cast<quint16>(scatter(3, i, 0) >> 18));
     }

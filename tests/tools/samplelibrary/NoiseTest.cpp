@@ -19,7 +19,7 @@ TEST(NoiseTest, chancesFillTheRangeEvenly)
         low += value < 0.1F ? 1 : 0;
     }
     EXPECT_NEAR(sum / kCount, 0.5, 0.01);
-    EXPECT_NEAR(low, kCount / 10, kCount / 100);
+    EXPECT_NEAR(low, 0.1 * kCount, 0.01 * kCount);
 }
 
 TEST(NoiseTest, neighboursAndSeedsScatterDifferently)
@@ -48,8 +48,10 @@ TEST(NoiseTest, noiseIsBoundedBalancedAndSmooth)
     const Noise noise(3);
     double sum = 0.0;
     int count = 0;
-    for (float y = -5.0F; y < 20.0F; y += 0.13F) {
-        for (float x = -5.0F; x < 20.0F; x += 0.11F) {
+    for (int row = -40; row < 150; ++row) {
+        for (int column = -45; column < 180; ++column) {
+            const float x = 0.11F * static_cast<float>(column);
+            const float y = 0.13F * static_cast<float>(row);
             const float value = noise.at(x, y);
             ASSERT_LE(std::abs(value), 1.05F) << x << ", " << y;
             ASSERT_NEAR(value, noise.at(x + 0.001F, y), 0.02F) << x << ", " << y;

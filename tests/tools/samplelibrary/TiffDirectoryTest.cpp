@@ -13,7 +13,7 @@ TEST(TiffDirectoryTest, tagsStandInAscendingOrder)
     const QByteArray bytes = directory.file();
     QList<int> tags;
     for (int i = 0; i < 3; ++i) {
-        tags.append(qFromLittleEndian<quint16>(bytes.constData() + 10 + 12 * i));
+        tags.append(qFromLittleEndian<quint16>(bytes.constData() + 10 + qsizetype{12} * i));
     }
     EXPECT_EQ(tags, QList<int>({100, 200, 300}));
 }
