@@ -1,5 +1,7 @@
 #include "AtomicFile.h"
 
+#include "FileDescriptor.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -32,41 +34,6 @@ constexpr const char* kTemporarySuffix = ".corvane-new";
 constexpr qsizetype kLongestName = 255;
 /// As many links as the kernel follows in one path.
 constexpr int kMostLinks = 40;
-
-/// A file descriptor that is closed at the end of the scope.
-class Descriptor final
-{
-public:
-    explicit Descriptor(int number)
-        : m_number(number)
-    {
-    }
-
-    ~Descriptor()
-    {
-        if (m_number >= 0) {
-            ::close(m_number);
-        }
-    }
-
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    [[nodiscard]] int number() const { return m_number; }
-
-    [[nodiscard]] bool isOpen() const { return m_number >= 0; }
-
-    /// Closes now and tells whether that worked: network file systems report late errors here.
-    [[nodiscard]] bool close()
-    {
-        const int number = m_number;
-        m_number = -1;
-        return ::close(number) == 0 || errno == EINTR;
-    }
-
-private:
-    int m_number;
-};
 
 /// Removes the temporary name at the end of the scope, if it is still there.
 class TemporaryName final
@@ -292,7 +259,7 @@ Result<void> AtomicFile::write(const QString& path, const QByteArray& bytes, Exi
     TemporaryName temporary(temporaryPath(target));
     // A file that replaces a private one is private from its first byte.
     const mode_t mode = old.value().has_value() ? 0600 : 0666;
-    Descriptor file(::open(temporary.path(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    FileDescriptor file(::open(temporary.path(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
     if (!file.isOpen()) {
         const int errorNumber = errno;
         temporary.forget(); // It may be another's.
@@ -342,7 +309,7 @@ Result<void> AtomicFile::makeFolder(const QString& path)
 
 Result<void> AtomicFile::flushFolder(const QString& path)
 {
-    const Descriptor folder(
+    const FileDescriptor folder(
         ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!folder.isOpen()) {
         return errorFromErrno(errno, u"flush the folder"_s, path);

@@ -1,5 +1,7 @@
 #include "SystemJournal.h"
 
+#include "FileDescriptor.h"
+
 #include <QFile>
 #include <QtEndian>
 
@@ -19,26 +21,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-/// The descriptors of one call, closed at its end.
-struct Descriptor {
-    int number;
-
-    explicit Descriptor(int opened)
-        : number(opened)
-    {
-    }
-
-    ~Descriptor()
-    {
-        if (number >= 0) {
-            ::close(number);
-        }
-    }
-
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-};
-
 bool sendMessage(int socket, const msghdr& message)
 {
     return ::sendmsg(socket, &message, MSG_NOSIGNAL | MSG_DONTWAIT) >= 0;
@@ -47,13 +29,13 @@ bool sendMessage(int socket, const msghdr& message)
 /// Hands the journal a memory file that can no longer change, in place of the bytes.
 bool sendAsMemoryFile(int socket, msghdr message, const QByteArray& bytes)
 {
-    const Descriptor file(::memfd_create("corvane-log", MFD_CLOEXEC | MFD_ALLOW_SEALING));
-    if (file.number < 0 ||
-        ::write(file.number, bytes.constData(), static_cast<size_t>(bytes.size())) !=
+    const FileDescriptor file(::memfd_create("corvane-log", MFD_CLOEXEC | MFD_ALLOW_SEALING));
+    if (!file.isOpen() ||
+        ::write(file.number(), bytes.constData(), static_cast<size_t>(bytes.size())) !=
             static_cast<ssize_t>(bytes.size())) {
         return false;
     }
-    if (::fcntl(file.number,
+    if (::fcntl(file.number(),
                 F_ADD_SEALS,
                 F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE | F_SEAL_SEAL) != 0) {
         return false;
@@ -67,7 +49,8 @@ bool sendAsMemoryFile(int socket, msghdr message, const QByteArray& bytes)
     header->cmsg_level = SOL_SOCKET;
     header->cmsg_type = SCM_RIGHTS;
     header->cmsg_len = CMSG_LEN(sizeof(int));
-    std::memcpy(CMSG_DATA(header), &file.number, sizeof(int));
+    const int number = file.number();
+    std::memcpy(CMSG_DATA(header), &number, sizeof number);
     return sendMessage(socket, message);
 }
 
@@ -95,8 +78,8 @@ bool SystemJournal::send(const QString& socketPath, const QString& entry)
         return false;
     }
     std::memcpy(address.sun_path, path.constData(), static_cast<size_t>(path.size()));
-    const Descriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    if (socket.number < 0) {
+    const FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    if (!socket.isOpen()) {
         return false;
     }
     QByteArray bytes = datagram(entry);
@@ -106,11 +89,11 @@ bool SystemJournal::send(const QString& socketPath, const QString& entry)
     message.msg_namelen = sizeof(address);
     message.msg_iov = &content;
     message.msg_iovlen = 1;
-    if (sendMessage(socket.number, message)) {
+    if (sendMessage(socket.number(), message)) {
         return true;
     }
     return (errno == EMSGSIZE || errno == ENOBUFS) &&
-           sendAsMemoryFile(socket.number, message, bytes);
+           sendAsMemoryFile(socket.number(), message, bytes);
 }
 
 bool SystemJournal::isJournalStream(int descriptor, const QString& stream)

@@ -8,12 +8,12 @@ namespace
 constexpr double kFull = 65535.0;
 
 // IEC 61966-2-1, 5.2 and 5.3.
-double encode(double linear)
+double encodedFrom(double linear)
 {
     return linear <= 0.0031308 ? linear * 12.92 : 1.055 * std::pow(linear, 1.0 / 2.4) - 0.055;
 }
 
-double decode(double encoded)
+double linearFrom(double encoded)
 {
     return encoded <= 0.04045 ? encoded / 12.92 : std::pow((encoded + 0.055) / 1.055, 2.4);
 }
@@ -24,10 +24,10 @@ SrgbTransfer::SrgbTransfer()
 {
     for (std::size_t value = 0; value < kValues; ++value) {
         const double part = static_cast<double>(value) / kFull;
-        const double encodedPart = encode(part);
+        const double encodedPart = encodedFrom(part);
         m_encoded[value] = static_cast<quint16>(std::lround(encodedPart * kFull));
         m_encodedByte[value] = static_cast<quint8>(std::lround(encodedPart * 255.0));
-        m_linear[value] = static_cast<quint16>(std::lround(decode(part) * kFull));
+        m_linear[value] = static_cast<quint16>(std::lround(linearFrom(part) * kFull));
     }
 }
 

@@ -18,6 +18,9 @@ struct BusAddresses {
 class BusConnection final
 {
 public:
+    /// How long a service may take to answer: a scan does not wait longer for a desktop.
+    static constexpr int kMostMilliseconds = 2000;
+
     /// Connects at once; an empty address connects to nothing.
     explicit BusConnection(const QString& address);
     ~BusConnection();

@@ -11,7 +11,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr int kMostMilliseconds = 2000;
 /// The service's own choice of how long a notification stays.
 constexpr int kUsualExpiry = -1;
 
@@ -51,9 +50,9 @@ void DesktopNotificationCenter::deliver(const UserNotification& notification)
     if (!session.isConnected()) {
         return;
     }
-    const QDeadlineTimer deadline(kMostMilliseconds);
-    const QDBusReply<QStringList> capabilities =
-        session.bus().call(messageFor(u"GetCapabilities"_s), QDBus::Block, kMostMilliseconds);
+    const QDeadlineTimer deadline(BusConnection::kMostMilliseconds);
+    const QDBusReply<QStringList> capabilities = session.bus().call(
+        messageFor(u"GetCapabilities"_s), QDBus::Block, BusConnection::kMostMilliseconds);
     if (!capabilities.isValid() || deadline.hasExpired()) {
         return;
     }

@@ -12,7 +12,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr int kMostMilliseconds = 2000;
 constexpr quint32 kLevelOn = 255;
 /// "Inhibit the session being marked as idle" (gnome-session, org.gnome.SessionManager).
 constexpr quint32 kGnomeInhibitIdle = 8;
@@ -81,15 +80,15 @@ struct LoginPowerManagement::Assertion {
                                                {}},
                                               u"Inhibit"_s);
             inhibit.setArguments({u"idle"_s, u"Corvane"_s, name, u"block"_s});
-            login = system.bus().asyncCall(inhibit, kMostMilliseconds);
+            login = system.bus().asyncCall(inhibit, BusConnection::kMostMilliseconds);
         }
         if (session.isConnected()) {
             QDBusMessage inhibit = messageFor(screenSaver(), u"Inhibit"_s);
             inhibit.setArguments({u"Corvane"_s, name});
-            saver = session.bus().asyncCall(inhibit, kMostMilliseconds);
+            saver = session.bus().asyncCall(inhibit, BusConnection::kMostMilliseconds);
             inhibit = messageFor(gnomeSession(), u"Inhibit"_s);
             inhibit.setArguments({u"Corvane"_s, quint32{0}, name, kGnomeInhibitIdle});
-            gnome = session.bus().asyncCall(inhibit, kMostMilliseconds);
+            gnome = session.bus().asyncCall(inhibit, BusConnection::kMostMilliseconds);
             saverCookie = cookieOf(saver);
             gnomeCookie = cookieOf(gnome);
         }
@@ -102,7 +101,7 @@ struct LoginPowerManagement::Assertion {
 
     void release()
     {
-        const QDeadlineTimer deadline(kMostMilliseconds);
+        const QDeadlineTimer deadline(BusConnection::kMostMilliseconds);
         giveBack(screenSaver(), saverCookie, deadline);
         giveBack(gnomeSession(), gnomeCookie, deadline);
     }

@@ -7,16 +7,16 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-using Photo = Result<PhotoRenderer::RawPhoto>;
+using Taken = Result<PhotoRenderer::RawPhoto>;
 
-Photo take(const PlannedPhoto& planned)
+Taken take(const PlannedPhoto& planned)
 {
     try {
         if (planned.raw) {
             return PhotoRenderer::takeRaw(planned.shot);
         }
         const auto jpeg = PhotoRenderer::takeJpeg(planned.shot);
-        return jpeg.ok() ? Photo(PhotoRenderer::RawPhoto{jpeg.value(), {}}) : Photo(jpeg.error());
+        return jpeg.ok() ? Taken(PhotoRenderer::RawPhoto{jpeg.value(), {}}) : Taken(jpeg.error());
     } catch (const std::bad_alloc&) {
         return Error{ErrorCode::OutOfSpace,
                      u"There is not enough memory for \"%1\""_s.arg(planned.fileName)};
@@ -33,9 +33,9 @@ Photographer::Photographer(const QList<PlannedPhoto>& photos, int threads)
     }
 }
 
-Photo Photographer::next()
+Taken Photographer::next()
 {
-    Photo photo = m_underWay.front().get();
+    Taken photo = m_underWay.front().get();
     m_underWay.pop_front();
     start();
     return photo;

@@ -68,7 +68,7 @@ QVariantMap settings(Connection& connection, QVariantMap known)
     return known;
 }
 
-qlonglong count(Connection& connection, const char* sql)
+qlonglong rowCount(Connection& connection, const char* sql)
 {
     return Sql::firstInteger(connection, sql).value_or(0);
 }
@@ -146,9 +146,9 @@ Result<void> LibrarySidecars::writeDataModel(Connection& connection)
     const QVariantMap known = settings(connection, content.value(key).toMap());
     content.insert(key, known);
     content.insert(u"masterCount"_s,
-                   count(connection, "SELECT count(*) FROM RKMaster WHERE isInTrash=0"));
+                   rowCount(connection, "SELECT count(*) FROM RKMaster WHERE isInTrash=0"));
     content.insert(u"versionCount"_s,
-                   count(connection, "SELECT count(*) FROM RKVersion WHERE showInLibrary=1"));
+                   rowCount(connection, "SELECT count(*) FROM RKVersion WHERE showInLibrary=1"));
     addModel(content, known, connection);
     return file.value().save();
 }

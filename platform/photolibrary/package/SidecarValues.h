@@ -11,6 +11,9 @@
 namespace SidecarValues
 {
 
+/// "version" of a sidecar, as iPhoto 9.6.1 writes it.
+inline constexpr int kFormatVersion = 110;
+
 /// The value of a database column as its sidecar holds it: by the column's name a boolean or a
 /// date, otherwise as it is stored. A column of an unexpected type is told as it is.
 [[nodiscard]] QVariant ofColumn(const QString& name, const QVariant& stored);

@@ -20,7 +20,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr int kFormatVersion = 110;
 constexpr int kProjectVersion = 8;
 constexpr int kEventFolderType = 2;
 constexpr int kQuerySubclass = 2;
@@ -146,7 +145,7 @@ Result<void> SidecarWriter::writeMasterFile(const QString& uuid, const QString& 
                                          " ON g.uuid=m.importGroupUuid WHERE m.uuid=?",
                                          uuid);
     SidecarValues::mirror(content, u"importGroup"_s, group.isNull() ? QVariant() : group);
-    content.insert(u"version"_s, qlonglong{kFormatVersion});
+    content.insert(u"version"_s, qlonglong{SidecarValues::kFormatVersion});
     mirrorNotes(content, m_connection, uuid);
     return file.value().saveStamped(m_now);
 }
@@ -172,7 +171,7 @@ void SidecarWriter::mirrorAlbum(QVariantMap& content, Sql::Query& row)
             SidecarValues::mirror(information, name, all.value(name));
         }
     }
-    information.insert(u"version"_s, qlonglong{kFormatVersion});
+    information.insert(u"version"_s, qlonglong{SidecarValues::kFormatVersion});
     content.insert(u"InfoDictionary"_s, information);
 }
 
@@ -270,7 +269,7 @@ Result<void> SidecarWriter::writeFolder(const QString& uuid)
             SidecarValues::mirrorRow(content, row, omitted);
         }
     }
-    content.insert(u"version"_s, qlonglong{kFormatVersion});
+    content.insert(u"version"_s, qlonglong{SidecarValues::kFormatVersion});
     if (isEvent) {
         content.insert(u"projectVersion"_s, qlonglong{kProjectVersion});
         content.insert(u"projectCompatibleBackToVersion"_s, qlonglong{kProjectVersion});

@@ -13,7 +13,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr int kFormatVersion = 110;
 constexpr int kFormatMinorVersion = 226;
 
 /// The properties of a version, by key.
@@ -84,7 +83,7 @@ public:
         if (m_content.value(u"versionNumber"_s).toLongLong() == 1) {
             mirrorProxies();
         }
-        m_content.insert(u"version"_s, qlonglong{kFormatVersion});
+        m_content.insert(u"version"_s, qlonglong{SidecarValues::kFormatVersion});
         m_content.insert(u"minorVersion"_s, qlonglong{kFormatMinorVersion});
     }
 

@@ -14,7 +14,7 @@
 namespace
 {
 
-constexpr QSize kSize(120, 90);
+constexpr QSize kPictureSize(120, 90);
 
 QByteArray encoded(const Bitmap& bitmap, const JpegEncoder::Options& options)
 {
@@ -33,7 +33,7 @@ int samplingOf(const QByteArray& jpeg)
 QByteArray withMetadata(double quality)
 {
     const auto jpeg =
-        JpegDestination::encode(ImageBuilder::scene(kSize), ImageProperties(), quality);
+        JpegDestination::encode(ImageBuilder::scene(kPictureSize), ImageProperties(), quality);
     return jpeg.ok() ? jpeg.value() : QByteArray();
 }
 
@@ -60,7 +60,7 @@ TEST(JpegEncoderTest, chromaIsSubsampledBelowNineTenths)
 
 TEST(JpegEncoderTest, onlyThumbnailsAreSequential)
 {
-    const auto plain = JpegDestination::encodePlain(ImageBuilder::scene(kSize), 0.9);
+    const auto plain = JpegDestination::encodePlain(ImageBuilder::scene(kPictureSize), 0.9);
     ASSERT_TRUE(plain.ok());
     EXPECT_EQ(samplingOf(plain.value()), -1);
     EXPECT_TRUE(plain.value().contains(QByteArray("\xFF\xC0", 2)));
@@ -68,7 +68,7 @@ TEST(JpegEncoderTest, onlyThumbnailsAreSequential)
 
 TEST(JpegEncoderTest, higherQualityIsLargerAndCloser)
 {
-    const Bitmap scene = ImageBuilder::scene(kSize);
+    const Bitmap scene = ImageBuilder::scene(kPictureSize);
     JpegEncoder::Options low;
     low.quality = 30;
     JpegEncoder::Options high;
@@ -88,8 +88,8 @@ TEST(JpegEncoderTest, higherQualityIsLargerAndCloser)
 TEST(JpegEncoderTest, linearAndEncodedPicturesGiveTheSameFile)
 {
     const auto linear =
-        JpegDestination::encodePlain(ImageBuilder::scene(kSize, Transfer::Linear), 0.9);
-    const auto sRgb = JpegDestination::encodePlain(ImageBuilder::scene(kSize), 0.9);
+        JpegDestination::encodePlain(ImageBuilder::scene(kPictureSize, Transfer::Linear), 0.9);
+    const auto sRgb = JpegDestination::encodePlain(ImageBuilder::scene(kPictureSize), 0.9);
     ASSERT_TRUE(linear.ok() && sRgb.ok());
     EXPECT_EQ(linear.value(), sRgb.value());
 }
@@ -101,14 +101,14 @@ TEST(JpegEncoderTest, profileIsEmbeddedAndLeavesColoursAlone)
     EXPECT_TRUE(jpeg.contains(ColorProfile::sRgb()));
     const auto decoded = JpegDecoder::decode(jpeg);
     ASSERT_TRUE(decoded.ok());
-    EXPECT_LT(ImageBuilder::difference(decoded.value(), ImageBuilder::scene(kSize)), 0.01);
+    EXPECT_LT(ImageBuilder::difference(decoded.value(), ImageBuilder::scene(kPictureSize)), 0.01);
 }
 
 TEST(JpegEncoderTest, segmentsStandBeforeThePictureInTheirOrder)
 {
     JpegEncoder::Options options;
     options.segments = {{0xE1, "Exif-like"}, {0xED, "IPTC-like"}};
-    const QByteArray jpeg = encoded(ImageBuilder::scene(kSize), options);
+    const QByteArray jpeg = encoded(ImageBuilder::scene(kPictureSize), options);
     EXPECT_EQ(jpeg.indexOf(QByteArray("\xFF\xE1\x00\x0B"
                                       "Exif-like",
                                       13)),
@@ -122,7 +122,7 @@ TEST(JpegEncoderTest, whatNoJpegCanHoldIsRefused)
 {
     JpegEncoder::Options options;
     options.segments = {{0xE1, QByteArray(65534, 'x')}};
-    const auto tooLong = JpegEncoder::encode(ImageBuilder::scene(kSize), options);
+    const auto tooLong = JpegEncoder::encode(ImageBuilder::scene(kPictureSize), options);
     ASSERT_FALSE(tooLong.ok());
     EXPECT_EQ(tooLong.error().code, ErrorCode::Internal);
     const auto tooWide = JpegEncoder::encode(ImageBuilder::flat({65501, 1}, 0), {});

@@ -12,7 +12,7 @@
 namespace
 {
 
-constexpr QSize kSize(200, 152);
+constexpr QSize kProvedSize(200, 152);
 
 QByteArray jpegOf(const Bitmap& bitmap, double quality)
 {
@@ -23,7 +23,7 @@ QByteArray jpegOf(const Bitmap& bitmap, double quality)
 /// The scene with every linear value times `factor`.
 Bitmap darkened(double factor)
 {
-    Bitmap bitmap = ImageBuilder::scene(kSize, Transfer::Linear);
+    Bitmap bitmap = ImageBuilder::scene(kProvedSize, Transfer::Linear);
     for (int y = 0; y < bitmap.pixelsHigh(); ++y) {
         for (quint16& value : bitmap.row(y)) {
             value = static_cast<quint16>(value * factor);
@@ -44,7 +44,7 @@ void expectRefused(const QByteArray& jpeg, const Bitmap& encoded, const QList<QI
 
 TEST(JpegProofTest, picturesPassAtEveryQuality)
 {
-    const Bitmap scene = ImageBuilder::scene(kSize, Transfer::Linear);
+    const Bitmap scene = ImageBuilder::scene(kProvedSize, Transfer::Linear);
     for (const double quality : {0.0, 0.1, 0.3, 0.5, 0.7, 0.9, 1.0}) {
         const auto proof = JpegProof::prove(jpegOf(scene, quality), scene, {});
         EXPECT_TRUE(proof.ok()) << quality
@@ -54,19 +54,19 @@ TEST(JpegProofTest, picturesPassAtEveryQuality)
 
 TEST(JpegProofTest, evenNoisePassesAsItself)
 {
-    const Bitmap noise = ImageBuilder::noise(kSize);
+    const Bitmap noise = ImageBuilder::noise(kProvedSize);
     EXPECT_TRUE(JpegProof::prove(jpegOf(noise, 0.5), noise, {}).ok());
 }
 
 TEST(JpegProofTest, flatPictureOfAFlatSourcePasses)
 {
-    const Bitmap flat = ImageBuilder::flat(kSize, 20000);
+    const Bitmap flat = ImageBuilder::flat(kProvedSize, 20000);
     EXPECT_TRUE(JpegProof::prove(jpegOf(flat, 0.8), flat, {}).ok());
 }
 
 TEST(JpegProofTest, fileThatEndsEarlyIsRefused)
 {
-    const Bitmap scene = ImageBuilder::scene(kSize);
+    const Bitmap scene = ImageBuilder::scene(kProvedSize);
     const QByteArray jpeg = jpegOf(scene, 0.8);
     expectRefused(jpeg.chopped(2), scene, {});
     expectRefused(jpeg.first(jpeg.size() / 2), scene, {});
@@ -75,20 +75,21 @@ TEST(JpegProofTest, fileThatEndsEarlyIsRefused)
 
 TEST(JpegProofTest, otherSizeIsRefused)
 {
-    const Bitmap scene = ImageBuilder::scene(kSize);
+    const Bitmap scene = ImageBuilder::scene(kProvedSize);
     expectRefused(jpegOf(ImageBuilder::scene({200, 151}), 0.8), scene, {});
 }
 
 TEST(JpegProofTest, otherPictureIsRefused)
 {
-    expectRefused(jpegOf(ImageBuilder::noise(kSize), 0.8), ImageBuilder::scene(kSize), {});
+    expectRefused(
+        jpegOf(ImageBuilder::noise(kProvedSize), 0.8), ImageBuilder::scene(kProvedSize), {});
 }
 
 TEST(JpegProofTest, pictureWhoseLastRowsAreMissingIsRefused)
 {
-    const Bitmap scene = ImageBuilder::scene(kSize);
+    const Bitmap scene = ImageBuilder::scene(kProvedSize);
     Bitmap cut = scene;
-    for (int y = kSize.height() - 8; y < kSize.height(); ++y) {
+    for (int y = kProvedSize.height() - 8; y < kProvedSize.height(); ++y) {
         std::ranges::fill(cut.row(y), quint16{65535});
     }
     expectRefused(jpegOf(cut, 0.8), scene, {});
@@ -96,14 +97,15 @@ TEST(JpegProofTest, pictureWhoseLastRowsAreMissingIsRefused)
 
 TEST(JpegProofTest, flatPictureOfAScenePhotoIsRefused)
 {
-    expectRefused(jpegOf(ImageBuilder::flat(kSize, 30000), 0.8), ImageBuilder::scene(kSize), {});
+    expectRefused(
+        jpegOf(ImageBuilder::flat(kProvedSize, 30000), 0.8), ImageBuilder::scene(kProvedSize), {});
 }
 
 TEST(JpegProofTest, exchangedColoursAreRefused)
 {
-    const Bitmap scene = ImageBuilder::scene(kSize);
+    const Bitmap scene = ImageBuilder::scene(kProvedSize);
     Bitmap exchanged = scene;
-    for (int y = 0; y < kSize.height(); ++y) {
+    for (int y = 0; y < kProvedSize.height(); ++y) {
         const auto row = exchanged.row(y);
         for (std::size_t i = 0; i < row.size(); i += 3) {
             std::swap(row[i], row[i + 2]);
@@ -131,7 +133,7 @@ TEST(JpegProofTest, turnedReferenceShowsTheSameScene)
 
 TEST(JpegProofTest, referenceOfAnotherSceneOrOfNoneProvesNothing)
 {
-    const Bitmap scene = ImageBuilder::scene(kSize);
+    const Bitmap scene = ImageBuilder::scene(kProvedSize);
     const QList<QImage> references{
         BitmapImage::toImage(ImageBuilder::flat({160, 120}, 0)),
         BitmapImage::toImage(ImageBuilder::noise({160, 120})),
@@ -143,7 +145,7 @@ TEST(JpegProofTest, referenceOfAnotherSceneOrOfNoneProvesNothing)
 
 TEST(JpegProofTest, decodeWholeGivesThePictureOrSaysWhatIsWrong)
 {
-    const Bitmap scene = ImageBuilder::scene(kSize);
+    const Bitmap scene = ImageBuilder::scene(kProvedSize);
     const QByteArray jpeg = jpegOf(scene, 1.0);
     const auto whole = JpegProof::decodeWhole(jpeg);
     ASSERT_TRUE(whole.ok());

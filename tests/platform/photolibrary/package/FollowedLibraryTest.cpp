@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr double kNow = 800000000.5;
+constexpr double kFollowedAt = 800000000.5;
 
 } // namespace
 
@@ -23,7 +23,7 @@ TEST(FollowedLibrary, anUnchangedCatalogueIsWrittenByteForByteAsItWas)
         return;
     }
     const QMap<QString, QByteArray> before = library.files();
-    const auto written = Catalogues::write(library.connection(), kNow);
+    const auto written = Catalogues::write(library.connection(), kFollowedAt);
     ASSERT_TRUE(written.ok()) << written.error().message.toStdString();
     EXPECT_TRUE(written.value().oldFileRead);
     const QMap<QString, QByteArray> after = library.files();
@@ -42,7 +42,7 @@ TEST(FollowedLibrary, aLostCatalogueIsDerivedButForWhatOnlyItKnew)
     const QString path = library.package() + u"/AlbumData.xml"_s;
     const QVariantMap before = PropertyList::read(path).value().toMap();
     ASSERT_TRUE(QFile::remove(path));
-    const auto written = Catalogues::write(library.connection(), kNow);
+    const auto written = Catalogues::write(library.connection(), kFollowedAt);
     ASSERT_TRUE(written.ok()) << written.error().message.toStdString();
     EXPECT_FALSE(written.value().oldFileRead);
     const QVariantMap after = PropertyList::read(path).value().toMap();
@@ -61,7 +61,7 @@ TEST(FollowedLibrary, onlySidecarsThatLagAreWritten)
         return;
     }
     const QMap<QString, QByteArray> before = library.files();
-    const auto written = Sidecars::write(library.connection(), library.everything(), kNow);
+    const auto written = Sidecars::write(library.connection(), library.everything(), kFollowedAt);
     ASSERT_TRUE(written.ok()) << written.error().message.toStdString();
     const QMap<QString, QByteArray> after = library.files();
     EXPECT_EQ(after.keys(), before.keys());
@@ -89,7 +89,7 @@ TEST(FollowedLibrary, lostSidecarsAreMadeAsTheApplicationMadeThem)
     if (!library.isPresent()) {
         return;
     }
-    ASSERT_TRUE(Sidecars::write(library.connection(), library.everything(), kNow).ok());
+    ASSERT_TRUE(Sidecars::write(library.connection(), library.everything(), kFollowedAt).ok());
     const QMap<QString, QByteArray> before = library.files();
     int compared = 0;
     for (auto file = before.begin(); file != before.end(); ++file) {
@@ -102,7 +102,7 @@ TEST(FollowedLibrary, lostSidecarsAreMadeAsTheApplicationMadeThem)
         ++compared;
     }
     ASSERT_GT(compared, 80);
-    ASSERT_TRUE(Sidecars::write(library.connection(), library.everything(), kNow).ok());
+    ASSERT_TRUE(Sidecars::write(library.connection(), library.everything(), kFollowedAt).ok());
     const QMap<QString, QByteArray> after = library.files();
     EXPECT_EQ(after.keys(), before.keys());
     for (auto file = before.begin(); file != before.end(); ++file) {
