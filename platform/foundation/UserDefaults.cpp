@@ -3,7 +3,7 @@
 #include "AtomicFile.h"
 #include "Directories.h"
 #include "NumberValue.h"
-#include "PropertyListForms.h"
+#include "PropertyList.h"
 #include "SystemLog.h"
 
 #include <QFile>
@@ -11,6 +11,8 @@
 #include <QLockFile>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 using namespace Qt::StringLiterals;
 
@@ -34,14 +36,62 @@ Result<QVariantMap> readSettings(const QString& path)
     return content.value().toMap();
 }
 
-/// The same type and value: a stored number 1 is not the switch YES.
-bool isStored(const QVariantMap& settings, const QString& key, const QVariant& value)
+/// The value as the file will give it back, so that it is the same in this run and in the next.
+Result<QVariant> asStored(const QString& key, const QVariant& value)
 {
-    const auto found = settings.constFind(key);
-    if (found == settings.constEnd()) {
-        return !value.isValid();
+    const Result<QByteArray> bytes = PropertyList::toXml(QVariantMap{{key, value}});
+    if (!bytes.ok()) {
+        return bytes.error();
     }
-    return found.value().metaType() == value.metaType() && found.value() == value;
+    const Result<QVariant> content = PropertyList::parse(bytes.value());
+    if (!content.ok()) {
+        return content.error();
+    }
+    const QVariant kept = content.value().toMap().value(key);
+    if (!kept.isValid()) {
+        return Error{ErrorCode::Unsupported, u"this key has no place in a property list"_s};
+    }
+    return kept;
+}
+
+/// Gives a damaged file the first free of the names "….damaged", "….damaged 2" and so on. The
+/// caller holds the lock file, so that no other program of ours takes the name in between.
+Result<void> setAside(const QString& path)
+{
+    const auto isTaken = [](const QString& name) {
+        const QFileInfo info(name);
+        return info.exists() || info.isSymLink();
+    };
+    const QString first = path + ".damaged"_L1;
+    QString aside = first;
+    for (int number = 2; isTaken(aside); ++number) {
+        aside = first + u' ' + QString::number(number);
+    }
+    std::error_code failure;
+    std::filesystem::rename(
+        QFile::encodeName(path).toStdString(), QFile::encodeName(aside).toStdString(), failure);
+    if (failure) {
+        return AtomicFile::errorFromErrno(failure.value(), u"set aside the damaged file"_s, path);
+    }
+    return {};
+}
+
+/// The settings in the file, none where there is no file or only a damaged one, which is set aside:
+/// what a person may still want to read is not to be overwritten.
+Result<QVariantMap> readToReplace(const QString& path)
+{
+    Result<QVariantMap> settings = readSettings(path);
+    if (settings.ok() || settings.error().code != ErrorCode::Damaged) {
+        return settings;
+    }
+    const Result<void> moved = setAside(path);
+    return moved.ok() ? Result<QVariantMap>(QVariantMap()) : moved.error();
+}
+
+/// The same type and value: a stored number 1 is not the switch YES.
+bool isSame(const QVariant& one, const QVariant& other)
+{
+    return one.metaType() == other.metaType() && one == other;
 }
 
 void put(QVariantMap& settings, const QString& key, const QVariant& value)
@@ -50,6 +100,13 @@ void put(QVariantMap& settings, const QString& key, const QVariant& value)
         settings.insert(key, value);
     } else {
         settings.remove(key);
+    }
+}
+
+void putAll(QVariantMap& settings, const QVariantMap& changes)
+{
+    for (auto change = changes.cbegin(); change != changes.cend(); ++change) {
+        put(settings, change.key(), change.value());
     }
 }
 
@@ -97,14 +154,16 @@ void UserDefaults::setVolatile(const QString& key, const QVariant& value)
 
 void UserDefaults::setValue(const QString& key, const QVariant& value)
 {
-    // As it will be read back, so that it is the same in this run and in the next.
-    const QVariant kept = PropertyListForms::normalised(value);
-    const Result<QByteArray> storable = PropertyList::toXml(QVariantMap{{key, kept}});
-    if (kept.isValid() && !storable.ok()) {
-        systemLog(u"The setting \"%1\" is not stored: %2"_s.arg(key, storable.error().message));
+    if (!value.isValid()) {
+        remove(key);
         return;
     }
-    store(key, kept);
+    const Result<QVariant> kept = asStored(key, value);
+    if (!kept.ok()) {
+        systemLog(u"The setting \"%1\" is not stored: %2"_s.arg(key, kept.error().message));
+        return;
+    }
+    store(key, kept.value());
 }
 
 void UserDefaults::remove(const QString& key)
@@ -115,83 +174,103 @@ void UserDefaults::remove(const QString& key)
 void UserDefaults::store(const QString& key, const QVariant& value)
 {
     QString failure;
-    {
-        const std::lock_guard guard(m_mutex);
-        if (m_volatile.contains(key)) {
-            put(m_volatile, key, value);
-        } else {
-            m_unwritten.insert(key, value);
-            const Result<void> written = writeUnwritten();
-            if (!written.ok() && !m_writeFailureLogged) {
-                m_writeFailureLogged = true;
-                failure = written.error().message;
-            }
+    QStringList changed;
+    if (!storeVolatile(key, value)) {
+        const std::lock_guard writing(m_writeMutex);
+        m_unwritten.insert(key, value);
+        QVariantMap settings = m_persistent;
+        const Result<void> written = writeUnwritten(settings);
+        changed = publish(std::move(settings));
+        if (!written.ok() && !m_loggedFailures.contains(written.error().message)) {
+            failure = written.error().message;
+            m_loggedFailures.insert(failure);
         }
     }
     if (!failure.isNull()) {
         systemLog(failure);
     }
+    changed.removeOne(key);
     emit valueChanged(key);
+    for (const QString& other : std::as_const(changed)) {
+        emit valueChanged(other);
+    }
 }
 
-Result<void> UserDefaults::writeUnwritten()
+bool UserDefaults::storeVolatile(const QString& key, const QVariant& value)
 {
-    const auto apply = [this](QVariantMap& settings) {
-        for (auto change = m_unwritten.cbegin(); change != m_unwritten.cend(); ++change) {
-            put(settings, change.key(), change.value());
-        }
-    };
-    apply(m_persistent);
+    const std::lock_guard guard(m_mutex);
+    const auto found = m_volatile.find(key);
+    if (found == m_volatile.end()) {
+        return false;
+    }
+    *found = value;
+    return true;
+}
 
+Result<void> UserDefaults::writeUnwritten(QVariantMap& settings)
+{
+    putAll(settings, m_unwritten);
     const Result<void> folder = AtomicFile::makeFolder(QFileInfo(m_filePath).absolutePath());
     if (!folder.ok()) {
-        return folder;
+        return folder.error();
     }
     QLockFile lock(m_filePath + ".lock"_L1);
     if (!lock.tryLock(kLockMilliseconds)) {
         return Error{ErrorCode::NotWritable,
                      u"Could not lock \"%1\": the settings are not stored"_s.arg(m_filePath)};
     }
-    Result<QVariantMap> settings = readSettings(m_filePath);
-    if (!settings.ok() && settings.error().code == ErrorCode::Damaged) {
-        // What a person may still want to read goes aside, not away.
-        QFile::rename(m_filePath, m_filePath + ".damaged"_L1);
-        settings = QVariantMap();
+    const Result<QVariantMap> stored = readToReplace(m_filePath);
+    if (!stored.ok()) {
+        return stored.error();
     }
-    if (!settings.ok()) {
-        return settings.error();
-    }
-    const QVariantMap stored = settings.value();
-    apply(settings.value());
-    m_persistent = settings.value();
+    settings = stored.value();
+    putAll(settings, m_unwritten);
     const bool isNews = std::any_of(
-        m_unwritten.keyBegin(), m_unwritten.keyEnd(), [this, &stored](const QString& key) {
-            return !isStored(stored, key, m_unwritten.value(key));
+        m_unwritten.keyBegin(), m_unwritten.keyEnd(), [&stored, &settings](const QString& key) {
+            return !isSame(stored.value().value(key), settings.value(key));
         });
     if (isNews) {
-        const Result<QByteArray> bytes = PropertyList::toXml(m_persistent);
+        const Result<QByteArray> bytes = PropertyList::toXml(settings);
         if (!bytes.ok()) {
             return bytes.error();
         }
         const Result<void> written = AtomicFile::write(m_filePath, bytes.value());
         if (!written.ok()) {
-            return written;
+            return written.error();
         }
     }
     m_unwritten.clear();
     return {};
 }
 
-QVariant UserDefaults::value(const QString& key) const
+QStringList UserDefaults::publish(QVariantMap settings)
 {
+    QStringList keys = m_persistent.keys() + settings.keys();
+    keys.removeDuplicates();
     const std::lock_guard guard(m_mutex);
-    for (const QVariantMap* layer : {&m_volatile, &m_persistent, &m_registered}) {
+    m_persistent.swap(settings);
+    const QVariantMap& before = settings;
+    keys.removeIf([this, &before](const QString& key) {
+        return isSame(visible(before, key), visible(m_persistent, key));
+    });
+    return keys;
+}
+
+QVariant UserDefaults::visible(const QVariantMap& persistent, const QString& key) const
+{
+    for (const QVariantMap* layer : {&m_volatile, &persistent, &m_registered}) {
         const auto found = layer->constFind(key);
-        if (found != layer->constEnd()) {
+        if (found != layer->constEnd() && found.value().isValid()) {
             return found.value();
         }
     }
     return {};
+}
+
+QVariant UserDefaults::value(const QString& key) const
+{
+    const std::lock_guard guard(m_mutex);
+    return visible(m_persistent, key);
 }
 
 bool UserDefaults::boolValue(const QString& key) const

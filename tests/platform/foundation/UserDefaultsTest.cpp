@@ -3,13 +3,17 @@
 #include "PropertyList.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QUrl>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -29,12 +33,33 @@ protected:
         return content.ok() ? content.value().toMap() : QVariantMap();
     }
 
-    void replaceFile(const QByteArray& bytes) const
+    void replaceFile(const QByteArray& bytes) const { replaceFile(path(), bytes); }
+
+    static void replaceFile(const QString& name, const QByteArray& bytes)
     {
-        ASSERT_TRUE(QDir().mkpath(QFileInfo(path()).path()));
-        QFile file(path());
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(name).path()));
+        QFile file(name);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
         ASSERT_EQ(file.write(bytes), bytes.size());
+    }
+
+    static QByteArray content(const QString& name)
+    {
+        QFile file(name);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    /// Notes "key=value" of each announcement, read while it is made.
+    static void note(UserDefaults& defaults, QStringList& announced)
+    {
+        QObject::connect(
+            &defaults,
+            &UserDefaults::valueChanged,
+            &defaults,
+            [&defaults, &announced](const QString& key) {
+                announced.append(key + u'=' + defaults.stringValue(key));
+            },
+            Qt::DirectConnection);
     }
 
     QTemporaryDir m_folder;
@@ -106,6 +131,33 @@ TEST_F(UserDefaultsTest, aWriteToAVolatileKeyStaysVolatile)
     EXPECT_EQ(stored(), (QVariantMap{{u"Other"_s, qlonglong{1}}}));
 }
 
+TEST_F(UserDefaultsTest, aRemovedVolatileKeyStaysVolatileAndReadsSeeTheLayersBelow)
+{
+    UserDefaults defaults(path());
+    defaults.registerDefaults({{u"Quality"_s, 0.1}});
+    defaults.setDouble(u"Quality"_s, 0.4);
+    defaults.setVolatile(u"Quality"_s, 0.5);
+    const QVariantMap before = stored();
+
+    defaults.remove(u"Quality"_s);
+    EXPECT_EQ(defaults.doubleValue(u"Quality"_s), 0.4);
+    EXPECT_EQ(stored(), before) << "the stored value is another layer's";
+    defaults.setDouble(u"Quality"_s, 0.6);
+    EXPECT_EQ(defaults.doubleValue(u"Quality"_s), 0.6);
+    defaults.setValue(u"Quality"_s, QVariant());
+    EXPECT_EQ(defaults.doubleValue(u"Quality"_s), 0.4) << "an invalid value removes";
+    EXPECT_EQ(stored(), before);
+
+    defaults.setVolatile(u"New"_s, 1);
+    defaults.remove(u"New"_s);
+    EXPECT_FALSE(defaults.value(u"New"_s).isValid());
+    defaults.registerDefaults({{u"New"_s, 7}});
+    EXPECT_EQ(defaults.integerValue(u"New"_s), 7);
+    defaults.setInteger(u"New"_s, 2);
+    EXPECT_EQ(defaults.integerValue(u"New"_s), 2);
+    EXPECT_EQ(stored(), before);
+}
+
 TEST_F(UserDefaultsTest, aRemovedKeyFallsBackToTheRegisteredValue)
 {
     UserDefaults defaults(path());
@@ -149,6 +201,96 @@ TEST_F(UserDefaultsTest, threadsThatWriteAtTheSameTimeLoseNothing)
         thread->wait();
     }
     EXPECT_EQ(stored().size(), kThreads * kKeys);
+}
+
+TEST_F(UserDefaultsTest, aWriteAnnouncesWhatAnotherProgramChangedMeanwhile)
+{
+    UserDefaults one(path());
+    one.registerDefaults({{u"AsRegistered"_s, 5}, {u"Fallback"_s, qlonglong{6}}});
+    one.setInteger(u"Changed"_s, 1);
+    one.setInteger(u"Removed"_s, 2);
+    one.setInteger(u"Same"_s, 3);
+    one.setVolatile(u"Hidden"_s, 4);
+
+    UserDefaults two(path());
+    two.setInteger(u"Changed"_s, 10);
+    two.remove(u"Removed"_s);
+    two.setInteger(u"Added"_s, 11);
+    two.setInteger(u"Hidden"_s, 12);
+    two.setInteger(u"Fallback"_s, 6);
+
+    QStringList announced;
+    note(one, announced);
+    one.setInteger(u"Own"_s, 13);
+    ASSERT_FALSE(announced.isEmpty());
+    EXPECT_EQ(announced.first(), u"Own=13"_s) << "the written key comes first";
+    announced.sort();
+    EXPECT_EQ(announced, (QStringList{u"Added=11"_s, u"Changed=10"_s, u"Own=13"_s, u"Removed="_s}))
+        << "once each, and nothing of which reads see the same as before";
+    announced.clear();
+    one.setInteger(u"Own"_s, 14);
+    EXPECT_EQ(announced, QStringList{u"Own=14"_s});
+}
+
+TEST_F(UserDefaultsTest, aKeyThatAnotherProgramChangedTooIsAnnouncedOnce)
+{
+    UserDefaults one(path());
+    one.setInteger(u"Key"_s, 1);
+    UserDefaults(path()).setInteger(u"Key"_s, 2);
+    QStringList announced;
+    note(one, announced);
+    one.setInteger(u"Key"_s, 3);
+    EXPECT_EQ(announced, QStringList{u"Key=3"_s});
+}
+
+TEST_F(UserDefaultsTest, readsAndVolatileWritesDoNotWaitForAWriteToTheFile)
+{
+    UserDefaults defaults(path());
+    defaults.setInteger(u"Key"_s, 1);
+    defaults.setVolatile(u"Volatile"_s, 1);
+    QLockFile otherProgram(path() + u".lock"_s);
+    ASSERT_TRUE(otherProgram.lock());
+    const std::unique_ptr<QThread> writer(
+        QThread::create([&defaults] { defaults.setInteger(u"Key"_s, 2); }));
+    writer->start();
+
+    QElapsedTimer whole;
+    whole.start();
+    qint64 longest = 0;
+    while (!whole.hasExpired(300)) {
+        QElapsedTimer one;
+        one.start();
+        EXPECT_NE(defaults.integerValue(u"Key"_s), 0);
+        defaults.setInteger(u"Volatile"_s, 2);
+        longest = std::max(longest, one.elapsed());
+        QThread::msleep(1);
+    }
+    EXPECT_LT(longest, 1000) << "milliseconds";
+    otherProgram.unlock();
+    writer->wait();
+    EXPECT_EQ(defaults.integerValue(u"Key"_s), 2);
+    EXPECT_EQ(stored().value(u"Key"_s), QVariant(qlonglong{2}));
+}
+
+TEST_F(UserDefaultsTest, writesAreOrderedSoThatReadsSeeInTheEndWhatTheFileHolds)
+{
+    constexpr int kThreads = 4;
+    constexpr int kWrites = 10;
+    UserDefaults defaults(path());
+    std::vector<std::unique_ptr<QThread>> threads;
+    for (int number = 0; number < kThreads; ++number) {
+        threads.emplace_back(QThread::create([number, &defaults] {
+            for (int write = 0; write < kWrites; ++write) {
+                defaults.setInteger(u"Key"_s, kWrites * number + write + 1);
+                EXPECT_NE(defaults.integerValue(u"Key"_s), 0);
+            }
+        }));
+        threads.back()->start();
+    }
+    for (const auto& thread : threads) {
+        thread->wait();
+    }
+    EXPECT_EQ(stored().value(u"Key"_s), defaults.value(u"Key"_s));
 }
 
 TEST_F(UserDefaultsTest, theValueThatIsStoredAlreadyIsNotWrittenAgain)
@@ -201,9 +343,40 @@ TEST_F(UserDefaultsTest, aDamagedFileCountsAsEmptyAndIsPutAsideNotOverwritten)
     EXPECT_FALSE(defaults.value(u"A"_s).isValid());
     defaults.setInteger(u"A"_s, 1);
     EXPECT_EQ(stored(), (QVariantMap{{u"A"_s, qlonglong{1}}}));
-    QFile aside(path() + u".damaged"_s);
-    ASSERT_TRUE(aside.open(QIODevice::ReadOnly));
-    EXPECT_EQ(aside.readAll(), "torn");
+    EXPECT_EQ(content(path() + u".damaged"_s), "torn");
+}
+
+TEST_F(UserDefaultsTest, eachDamagedFileIsPutAsideUnderANameOfItsOwn)
+{
+    const CapturedLog log;
+    const QString aside = path() + u".damaged"_s;
+    UserDefaults defaults(path());
+    int number = 0;
+    for (const QByteArray torn : {"torn once", "torn twice", "torn again"}) {
+        replaceFile(torn);
+        defaults.setInteger(u"A"_s, ++number);
+        EXPECT_EQ(stored(), (QVariantMap{{u"A"_s, qlonglong{number}}}));
+    }
+    EXPECT_EQ(content(aside), "torn once");
+    EXPECT_EQ(content(aside + u" 2"_s), "torn twice");
+    EXPECT_EQ(content(aside + u" 3"_s), "torn again");
+}
+
+TEST_F(UserDefaultsTest, aDamagedFileThatCannotBePutAsideIsNotOverwrittenAndTheLogSaysWhyOnce)
+{
+    // With ".lock" behind it the name is short enough, with ".damaged" it is not.
+    const QString name = m_folder.filePath(QString(248, u'n'));
+    replaceFile(name, "torn");
+    const CapturedLog log;
+    UserDefaults defaults(name);
+    CapturedLog::entries().clear();
+    defaults.setInteger(u"A"_s, 1);
+    defaults.setInteger(u"B"_s, 2);
+    EXPECT_EQ(content(name), "torn");
+    EXPECT_EQ(defaults.integerValue(u"A"_s), 1) << "settings live for the run";
+    ASSERT_EQ(CapturedLog::entries().size(), 1);
+    EXPECT_TRUE(CapturedLog::entries().first().contains(name));
+    EXPECT_TRUE(CapturedLog::entries().first().contains(u"name too long"_s));
 }
 
 TEST_F(UserDefaultsTest, whereNothingCanBeWrittenSettingsLiveForTheRunAndTheLogSaysSoOnce)
@@ -233,6 +406,47 @@ TEST_F(UserDefaultsTest, aValueThatNoPropertyListHoldsIsRefusedAndLogged)
     EXPECT_EQ(CapturedLog::entries().size(), 1);
     defaults.setInteger(u"Good"_s, 1);
     EXPECT_EQ(stored().keys(), QStringList{u"Good"_s});
+}
+
+TEST_F(UserDefaultsTest, aRefusedValueLeavesTheOldOneAndTheLogNamesTheKeyInOneLine)
+{
+    UserDefaults defaults(path());
+    defaults.setInteger(u"Key"_s, 1);
+    defaults.setVolatile(u"Volatile"_s, 2);
+    const CapturedLog log;
+    QStringList announced;
+    note(defaults, announced);
+    const QVariantList foreign{QUrl(u"http://localhost"_s),
+                               QVariant::fromValue(QThread::currentThread()),
+                               QVariant::fromValue(nullptr)};
+    for (const QVariant& value : foreign) {
+        CapturedLog::entries().clear();
+        defaults.setValue(u"Key"_s, value);
+        ASSERT_EQ(CapturedLog::entries().size(), 1) << value.typeName();
+        EXPECT_TRUE(CapturedLog::entries().first().contains(u"\"Key\""_s));
+        EXPECT_FALSE(CapturedLog::entries().first().contains(u'\n'));
+        defaults.setValue(u"Volatile"_s, value);
+    }
+    EXPECT_EQ(announced, QStringList());
+    EXPECT_EQ(defaults.integerValue(u"Key"_s), 1);
+    EXPECT_EQ(stored(), (QVariantMap{{u"Key"_s, qlonglong{1}}}));
+    EXPECT_EQ(defaults.integerValue(u"Volatile"_s), 2);
+    const QString unspeakable(QChar(1));
+    defaults.setInteger(unspeakable, 3);
+    EXPECT_FALSE(defaults.value(unspeakable).isValid()) << "no file could hold this key";
+}
+
+TEST_F(UserDefaultsTest, aValueIsKeptAsTheFileGivesItBack)
+{
+    UserDefaults defaults(path());
+    defaults.setValue(u"Date"_s, QVariant::fromValue(PropertyList::Date{1.5}));
+    defaults.setValue(u"List"_s, QVariantList{QStringList{u"a"_s}, 1});
+    QStringList announced;
+    note(defaults, announced);
+    defaults.setInteger(u"Key"_s, 1);
+    EXPECT_EQ(announced, QStringList{u"Key=1"_s}) << "reading them back changes nothing";
+    EXPECT_EQ(defaults.value(u"Date"_s).value<PropertyList::Date>(), PropertyList::Date{1.0});
+    EXPECT_EQ(defaults.value(u"List"_s), stored().value(u"List"_s));
 }
 
 TEST_F(UserDefaultsTest, textIsReadAsANumbersStart)
