@@ -17,7 +17,6 @@
 #include <QThread>
 
 #include <algorithm>
-#include <exception>
 
 using namespace Qt::StringLiterals;
 
@@ -28,26 +27,6 @@ constexpr QLatin1StringView kOutputSizeKey = "JpegOutputSize"_L1;
 /// "JpegOutputSize" of the fixed-size mode, and the tag of its cell.
 constexpr qint64 kFixedSizeChoice = 4;
 constexpr int kFixedSizeTag = 0;
-
-/// Runs the callable on the main thread and waits; what it raises is raised here.
-template <typename Callable>
-void callOnMainThread(Callable callable)
-{
-    std::exception_ptr raised;
-    performOnMainThread(
-        [&callable, &raised] {
-            try {
-                callable();
-            } catch (...) {
-                // An event loop must not be passed by an exception.
-                raised = std::current_exception();
-            }
-        },
-        Wait::Yes);
-    if (raised) {
-        std::rethrow_exception(raised);
-    }
-}
 
 /// A path cut before its last part, as a file panel wants it: slashes at the end do not count, and
 /// the root folder is its own parent.
@@ -104,11 +83,9 @@ void CorvaneAppDelegate::registerFallbacks()
 void CorvaneAppDelegate::observeSettings()
 {
     connect(&m_services.defaults, &UserDefaults::valueChanged, this, [this](const QString& key) {
-        if (key == kOutputSizeKey) {
-            observeOutputSize();
-        }
+        observeValueForKeyPath(key);
     });
-    observeOutputSize();
+    observeValueForKeyPath(kOutputSizeKey);
 
     connect(&m_outputSizeMatrix, &Matrix::action, this, [this](Matrix* sender) {
         m_services.defaults.setInteger(kOutputSizeKey, sender->selectedIndex());
@@ -116,8 +93,11 @@ void CorvaneAppDelegate::observeSettings()
     });
 }
 
-void CorvaneAppDelegate::observeOutputSize()
+void CorvaneAppDelegate::observeValueForKeyPath(const QString& keyPath)
 {
+    if (keyPath != kOutputSizeKey) {
+        return;
+    }
     setFixedSize(false);
     const qint64 choice = m_services.defaults.integerValue(kOutputSizeKey);
     switch (choice) {
@@ -253,6 +233,14 @@ void CorvaneAppDelegate::startScan(std::unique_ptr<Corvane> engine)
     connect(thread.get(), &QThread::finished, this, [this, running] { endScan(running); });
     m_scans.push_back(std::move(thread));
     m_scans.back()->start();
+    if (!running->isRunning() && !running->isFinished()) {
+        // The system has no thread to give; Qt has said so in the log.
+        m_scans.pop_back();
+        doAlertSheet({tr("Unable To Process"),
+                      tr("The system has no thread left to convert photos on. Quit other programs "
+                         "and try again.")});
+        emit scanEnded();
+    }
 }
 
 void CorvaneAppDelegate::endScan(const QThread* thread)
@@ -268,7 +256,7 @@ void CorvaneAppDelegate::endScan(const QThread* thread)
 
 void CorvaneAppDelegate::outputScaleSelect(Matrix* sender)
 {
-    const int tag = sender->selectedTag();
+    const int tag = sender == nullptr ? kFixedSizeTag : sender->selectedTag();
     setFixedSize(false);
     if (tag == kFixedSizeTag) {
         setFixedSize(true);
@@ -313,16 +301,21 @@ double CorvaneAppDelegate::compressionFactor() const
 void CorvaneAppDelegate::setCompressionFactor(double quality)
 {
     m_compressionFactor = quality;
-    emit compressionFactorChanged(quality);
     const float single = static_cast<float>(quality);
-    m_compressionFactorText = NumberValue::withTwoDecimals(static_cast<double>(single));
-    emit compressionFactorTextChanged(m_compressionFactorText);
+    setCompressionFactorText(NumberValue::withTwoDecimals(static_cast<double>(single)));
     m_services.defaults.setDouble(u"JpegQuality"_s, quality);
+    emit compressionFactorChanged(quality);
 }
 
 QString CorvaneAppDelegate::compressionFactorText() const
 {
     return m_compressionFactorText;
+}
+
+void CorvaneAppDelegate::setCompressionFactorText(const QString& text)
+{
+    m_compressionFactorText = text;
+    emit compressionFactorTextChanged(text);
 }
 
 float CorvaneAppDelegate::scaleFactor() const
@@ -360,11 +353,11 @@ void CorvaneAppDelegate::setLongSize(const QVariant& pixels)
         const std::lock_guard guard(m_mutex);
         m_longSize = pixels;
     }
-    emit longSizeChanged(pixels);
     if (count != 0) {
         m_prevLongSize = pixels;
         m_services.defaults.setValue(u"LongSide"_s, pixels);
     }
+    emit longSizeChanged(pixels);
 }
 
 QVariant CorvaneAppDelegate::shortSize() const
@@ -380,11 +373,11 @@ void CorvaneAppDelegate::setShortSize(const QVariant& pixels)
         const std::lock_guard guard(m_mutex);
         m_shortSize = pixels;
     }
-    emit shortSizeChanged(pixels);
     if (count != 0) {
         m_prevShortSize = pixels;
         m_services.defaults.setValue(u"ShortSide"_s, pixels);
     }
+    emit shortSizeChanged(pixels);
 }
 
 bool CorvaneAppDelegate::longLocked() const
@@ -404,8 +397,8 @@ void CorvaneAppDelegate::setLongLocked(bool locked)
         setShortLocked(true);
     }
     m_longLocked = locked;
-    emit longLockedChanged(locked);
     m_services.defaults.setBool(u"LongLocked"_s, locked);
+    emit longLockedChanged(locked);
 }
 
 bool CorvaneAppDelegate::shortLocked() const
@@ -425,8 +418,8 @@ void CorvaneAppDelegate::setShortLocked(bool locked)
         setLongLocked(true);
     }
     m_shortLocked = locked;
-    emit shortLockedChanged(locked);
     m_services.defaults.setBool(u"ShortLocked"_s, locked);
+    emit shortLockedChanged(locked);
 }
 
 // State
@@ -466,6 +459,11 @@ void CorvaneAppDelegate::setTheLibrary(const std::optional<QString>& path)
 quint64 CorvaneAppDelegate::userSelectedFilesCount() const
 {
     return m_userSelectedFilesCount;
+}
+
+void CorvaneAppDelegate::setUserSelectedFilesCount(quint64 count)
+{
+    m_userSelectedFilesCount = count;
 }
 
 QString CorvaneAppDelegate::timeRemaining() const

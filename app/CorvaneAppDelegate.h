@@ -105,6 +105,7 @@ public:
     [[nodiscard]] double compressionFactor() const override;
     void setCompressionFactor(double quality);
     [[nodiscard]] QString compressionFactorText() const;
+    void setCompressionFactorText(const QString& text);
     [[nodiscard]] float scaleFactor() const override;
     void setScaleFactor(float factor);
     [[nodiscard]] bool fixedSize() const override;
@@ -133,6 +134,7 @@ public:
     [[nodiscard]] std::optional<QString> theLibrary() const override;
     void setTheLibrary(const std::optional<QString>& path);
     [[nodiscard]] quint64 userSelectedFilesCount() const;
+    void setUserSelectedFilesCount(quint64 count);
     [[nodiscard]] QString timeRemaining() const;
     void setTimeRemaining(const QString& text) override;
 
@@ -171,7 +173,9 @@ signals:
 private:
     void registerFallbacks();
     void observeSettings();
-    void observeOutputSize();
+    /// The output-size setting changed: takes fixed size and scale factor from it. Other keys are
+    /// none of its business.
+    void observeValueForKeyPath(const QString& keyPath);
     void settleLibrary();
     void startScan(std::unique_ptr<Corvane> engine);
     void endScan(const QThread* thread);

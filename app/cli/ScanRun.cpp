@@ -23,6 +23,7 @@ ScanRun::ScanRun(PhotoLibrary& library,
 ScanRun::Ending ScanRun::run(const QList<qint64>& selection)
 {
     Console& console = m_services.console;
+    Ending ending;
     TerminalPresenter presenter(
         console, m_services.interruption, m_library.path(), m_options.summary);
     CorvaneAppDelegate controller(ControllerServices{
@@ -41,7 +42,6 @@ ScanRun::Ending ScanRun::run(const QList<qint64>& selection)
     controller.applicationDidFinishLaunching();
     m_library.setSelection(selection);
 
-    Ending ending;
     collectOutcomes(controller, ending);
     stopOnInterruption(controller);
     std::optional<ScanProgress> progress;
@@ -49,9 +49,10 @@ ScanRun::Ending ScanRun::run(const QList<qint64>& selection)
         progress.emplace(controller, console);
     }
     QEventLoop loop;
-    QObject::connect(&controller, &CorvaneAppDelegate::scanEnded, &loop, &QEventLoop::quit);
     controller.selectionScan(nullptr);
-    loop.exec();
+    while (controller.isScanning()) {
+        loop.processEvents(QEventLoop::WaitForMoreEvents);
+    }
     ending.stopped = presenter.stopped();
     return ending;
 }

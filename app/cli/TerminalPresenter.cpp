@@ -48,7 +48,15 @@ void TerminalPresenter::runModal(const Alert& alert)
 {
     m_console.say(linesOf(alert));
     m_stopped = alert;
-    if (isAcknowledged() || alert.messageText != Texts::missingKeywordsTitle()) {
+    const bool isQuestion = alert.messageText == Texts::missingKeywordsTitle();
+    if (isAcknowledged()) {
+        if (isQuestion) {
+            // Answered: the scan asks again or goes on.
+            m_stopped.reset();
+        }
+        return;
+    }
+    if (!isQuestion) {
         return;
     }
     m_raised = true;

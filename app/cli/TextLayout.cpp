@@ -61,7 +61,7 @@ QString cleaned(const QString& text, LineEnds lineEnds)
         if (lineEnd) {
             result += lineEnds == LineEnds::Kept ? u'\n' : u' ';
         } else if (character == U'\t') {
-            result += u' ';
+            result += lineEnds == LineEnds::Kept ? u'\t' : u' ';
         } else if (category != QChar::Other_Control && !TextLayout::isDirectionMark(character)) {
             result += QStringView(QChar::fromUcs4(character));
         }

@@ -15,7 +15,7 @@ enum class Align : quint8 { Left, Right };
 /// as spaces. Names come from files and databases, so they could otherwise steer the terminal.
 [[nodiscard]] QString printable(const QString& text);
 
-/// The same, line ends kept.
+/// The same, line ends and tabs kept.
 [[nodiscard]] QString printableLines(const QString& text);
 
 /// Whether the character is invisible and steers the direction of text (Unicode Standard Annex #9:

@@ -14,6 +14,7 @@ enum class ErrorCode : quint8 {
     Damaged,     ///< content that contradicts itself or ends early
     Unsupported, ///< content of a kind or version that is not handled
     InUse,       ///< another program holds it
+    NotClosed,   ///< left open by a program that ended without closing it
     Interrupted, ///< the user or the system asked to stop
     Internal,    ///< a library refused something that should have worked
 };

@@ -55,6 +55,7 @@ TEST_F(CorvaneAppDelegateAccessTest, thePromptComesAfterTheEngineIsMadeAndBefore
         EXPECT_TRUE(m_controller->selectionScanButton().isEnabled());
     };
     scan();
+    EXPECT_EQ(m_presenter.panels().size(), 1);
 }
 
 TEST_F(CorvaneAppDelegateAccessTest, everySecondScanRunsWithoutALibraryAndWithoutAsking)

@@ -58,8 +58,11 @@ TEST_F(CorvaneAppDelegateScanTest, everyScanGetsAFreshEngine)
     m_application.setKeywords({u"Corvane Original"_s, u"Corvane Processed"_s});
     CorvaneAppDelegate& controller = wake();
     for (int scan = 1; scan <= 3; ++scan) {
+        const qsizetype askedBefore = m_application.identifiersAsked().size();
         controller.selectionScan(nullptr);
         waitForScans();
+        // Engine and bridge each ask for the application when they are made.
+        EXPECT_EQ(m_application.identifiersAsked().size(), askedBefore + 2);
         EXPECT_EQ(m_presenter.sheets().size(), scan);
     }
 }
@@ -198,6 +201,9 @@ TEST_F(CorvaneAppDelegateScanTest, anInformationTextChangesNothing)
     EXPECT_EQ(controller.countLabel().stringValue(), QString());
     EXPECT_EQ(controller.selectedLabel().stringValue(), QString());
     EXPECT_EQ(controller.timeRemaining(), u"--:--:--"_s);
+    EXPECT_TRUE(controller.progressIndicator().isIndeterminate());
+    EXPECT_EQ(controller.progressIndicator().doubleValue(), 0.0);
+    EXPECT_TRUE(controller.selectionScanButton().isEnabled());
     EXPECT_TRUE(m_presenter.events().isEmpty());
 }
 

@@ -78,6 +78,7 @@ TEST_F(CorvaneAppDelegateSettingsTest, qualityIsKeptShownWithTwoDecimalsAndSaved
 TEST_F(CorvaneAppDelegateSettingsTest, aQualityOfFourFifthsShowsAsPointEighty)
 {
     CorvaneAppDelegate& controller = wake();
+    controller.setCompressionFactor(0.3);
     controller.setCompressionFactor(0.8);
     EXPECT_EQ(controller.compressionFactorText(), u"0.80"_s);
     EXPECT_EQ(controller.compressionFactor(), 0.8) << "kept in full";
@@ -110,27 +111,27 @@ TEST_F(CorvaneAppDelegateSettingsTest, awakeningGoesInItsOrder)
               (QStringList{u"text 0.50"_s,
                            u"saved JpegQuality 0.5"_s,
                            u"fixedSize false"_s,
-                           u"shortSize 700"_s,
                            u"saved ShortSide 700"_s,
-                           u"longSize 1000"_s,
+                           u"shortSize 700"_s,
                            u"saved LongSide 1000"_s,
+                           u"longSize 1000"_s,
                            // the long side is locked
                            u"commit long"_s,
-                           u"longSize 1000"_s,
                            u"saved LongSide 1000"_s,
-                           u"longLocked true"_s,
+                           u"longSize 1000"_s,
                            u"saved LongLocked true"_s,
+                           u"longLocked true"_s,
                            // the short side is freed, which locks the long one once more
                            u"commit short"_s,
                            u"commit long"_s,
                            u"shortSize 0"_s,
                            u"commit long"_s,
-                           u"longSize 1000"_s,
                            u"saved LongSide 1000"_s,
-                           u"longLocked true"_s,
+                           u"longSize 1000"_s,
                            u"saved LongLocked true"_s,
-                           u"shortLocked false"_s,
-                           u"saved ShortLocked false"_s}));
+                           u"longLocked true"_s,
+                           u"saved ShortLocked false"_s,
+                           u"shortLocked false"_s}));
 }
 
 struct LockCase {
@@ -171,6 +172,25 @@ TEST_F(CorvaneAppDelegateSettingsTest, aLockedSideSetToZeroKeepsItsSavedKeyAndRe
     EXPECT_EQ(m_defaults.integerValue(u"LongSide"_s), 1000);
     controller.setLongLocked(true);
     EXPECT_EQ(longSide(), 1000) << "the remembered size comes back";
+
+    controller.setShortSize(0);
+    EXPECT_EQ(shortSide(), 0);
+    EXPECT_EQ(m_defaults.integerValue(u"ShortSide"_s), 700);
+    controller.setShortLocked(true);
+    EXPECT_EQ(shortSide(), 700);
+}
+
+TEST_F(CorvaneAppDelegateSettingsTest, aCorrectionMadeByABoundControlIsWhatStays)
+{
+    CorvaneAppDelegate& controller = wake();
+    QObject::connect(&controller, &CorvaneAppDelegate::longSizeChanged, [&](const QVariant& side) {
+        if (side.toInt() < 0) {
+            controller.setLongSize(1);
+        }
+    });
+    controller.setLongSize(-5);
+    EXPECT_EQ(longSide(), 1);
+    EXPECT_EQ(m_defaults.integerValue(u"LongSide"_s), 1);
 }
 
 TEST_F(CorvaneAppDelegateSettingsTest, freeingASideThatIsZeroForgetsItsSize)
@@ -201,12 +221,32 @@ TEST_F(CorvaneAppDelegateSettingsTest, freeingTheLongSideLocksTheFreeShortSideFi
                            u"commit short"_s,
                            u"longSize 0"_s,
                            u"commit short"_s,
-                           u"shortSize 700"_s,
                            u"saved ShortSide 700"_s,
-                           u"shortLocked true"_s,
+                           u"shortSize 700"_s,
                            u"saved ShortLocked true"_s,
-                           u"longLocked false"_s,
-                           u"saved LongLocked false"_s}));
+                           u"shortLocked true"_s,
+                           u"saved LongLocked false"_s,
+                           u"longLocked false"_s}));
+}
+
+TEST_F(CorvaneAppDelegateSettingsTest, freeingTheShortSideLocksTheFreeLongSideFirst)
+{
+    store(false, true);
+    CorvaneAppDelegate& controller = wake();
+    ASSERT_EQ(longSide(), 0);
+    watch();
+    controller.setShortLocked(false);
+    EXPECT_EQ(m_events,
+              (QStringList{u"commit short"_s,
+                           u"commit long"_s,
+                           u"shortSize 0"_s,
+                           u"commit long"_s,
+                           u"saved LongSide 1000"_s,
+                           u"longSize 1000"_s,
+                           u"saved LongLocked true"_s,
+                           u"longLocked true"_s,
+                           u"saved ShortLocked false"_s,
+                           u"shortLocked false"_s}));
 }
 
 TEST_F(CorvaneAppDelegateSettingsTest, freeingAndLockingBringsTheSameSizeBack)
@@ -343,3 +383,10 @@ TEST_F(CorvaneAppDelegateSettingsTest, closingTheSheetCommitsBothFieldsFirst)
 }
 
 } // namespace
+
+TEST_F(CorvaneAppDelegateSettingsTest, anOutputSizeActionWithoutSenderIsThatOfTheFixedSizeCell)
+{
+    CorvaneAppDelegate& controller = wake();
+    controller.outputScaleSelect(nullptr);
+    EXPECT_TRUE(controller.fixedSize());
+}

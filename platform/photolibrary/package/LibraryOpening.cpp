@@ -30,7 +30,7 @@ WriteAccess::Places placesOf(Connection& connection)
 
 Error notClosed(const QString& package)
 {
-    return {ErrorCode::NotWritable,
+    return {ErrorCode::NotClosed,
             u"iPhoto did not close the library \"%1\" properly, so it is not written to. Open and "
             "quit it in iPhoto, or accept it as it is with --after-crash."_s.arg(package)};
 }

@@ -50,8 +50,8 @@ public:
     /// Opens the package. For writing: takes the writer's lock, recovers what a crash left
     /// (rolled-back journals, files of an unfinished turn, sidecars that lag).
     /// Errors, each naming the path and the remedy: NotFound, Unsupported (no library, foreign
-    /// version, foreign triggers, Aperture), InUse, Unreadable, NotWritable, Damaged. Nothing is
-    /// changed by a failed opening.
+    /// version, foreign triggers, Aperture), InUse, NotClosed, Unreadable, NotWritable, Damaged.
+    /// Nothing is changed by a failed opening.
     [[nodiscard]] static Result<std::unique_ptr<PhotoLibrary>> open(const QString& path,
                                                                     const OpenOptions& options);
     ~PhotoLibrary() override; ///< close() without its result

@@ -8,6 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <array>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -92,4 +96,87 @@ TEST_F(TerminalPresenterTest, withNobodyToAnswerAFilePromptIsAnsweredWithNothing
     EXPECT_EQ(result.code, kPanelOk);
     EXPECT_TRUE(result.paths.isEmpty());
     EXPECT_EQ(m_error.data(), "Read Access Required\nMessage\n");
+}
+
+namespace
+{
+
+/// A person at a terminal, whose answers are typed before they are asked for.
+class AnsweringPresenterTest : public TerminalPresenterTest
+{
+protected:
+    AnsweringPresenterTest() { EXPECT_EQ(::pipe(m_ends.data()), 0); }
+
+    ~AnsweringPresenterTest() override
+    {
+        ::close(m_ends[0]);
+        endInput();
+    }
+
+    void type(const QByteArray& text)
+    {
+        EXPECT_EQ(::write(m_ends[1], text.constData(), static_cast<size_t>(text.size())),
+                  text.size());
+    }
+
+    void endInput()
+    {
+        if (m_ends[1] >= 0) {
+            ::close(m_ends[1]);
+            m_ends[1] = -1;
+        }
+    }
+
+    [[nodiscard]] TerminalPresenter& presenter()
+    {
+        TerminalFacts facts;
+        facts.canAsk = true;
+        facts.inputDescriptor = m_ends[0];
+        m_terminal.emplace(m_output, m_error, facts);
+        return m_asking.emplace(*m_terminal, m_interruption, u"/L"_s, Summary::Output);
+    }
+
+    const Alert m_missing{.messageText = u"Missing Keywords"_s, .informativeText = u"Which"_s};
+
+private:
+    std::array<int, 2> m_ends{-1, -1};
+    std::optional<Console> m_terminal;
+    std::optional<TerminalPresenter> m_asking;
+};
+
+} // namespace
+
+TEST_F(AnsweringPresenterTest, aModalAlertWaitsForEnter)
+{
+    TerminalPresenter& asking = presenter();
+    type("\n");
+    asking.runModal(m_missing);
+    EXPECT_TRUE(m_error.data().startsWith("Missing Keywords\nWhich\n"));
+    EXPECT_EQ(asking.stopped(), std::nullopt) << "an answered question stopped nothing";
+}
+
+TEST_F(AnsweringPresenterTest, atTheEndOfTheInputMissingKeywordsRaise)
+{
+    TerminalPresenter& asking = presenter();
+    endInput();
+    EXPECT_THROW(asking.runModal(m_missing), ScriptingException);
+    EXPECT_EQ(asking.stopped(), m_missing);
+}
+
+TEST_F(AnsweringPresenterTest, anInterruptionEndsTheWaiting)
+{
+    TerminalPresenter& asking = presenter();
+    m_interruption.request();
+    EXPECT_THROW(asking.runModal(m_missing), ScriptingException);
+}
+
+TEST_F(AnsweringPresenterTest, aFilePromptWaitsForEnterAndPicksNothing)
+{
+    TerminalPresenter& asking = presenter();
+    type("\n");
+    OpenPanel panel;
+    panel.title = u"Read Access Required"_s;
+    const OpenPanelResult result = asking.runModal(panel);
+    EXPECT_EQ(result.code, kPanelOk);
+    EXPECT_TRUE(result.paths.isEmpty());
 }

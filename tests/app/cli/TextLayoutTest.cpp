@@ -13,6 +13,7 @@ TEST(TextLayoutTest, controlCharactersAndDirectionMarksAreLeftOut)
 TEST(TextLayoutTest, lineEndsBecomeSpacesUnlessLinesAreWanted)
 {
     EXPECT_EQ(TextLayout::printable(u"a\nb\tc\u2028d"_s), u"a b c d"_s);
+    EXPECT_EQ(TextLayout::printableLines(u"a\n\tb\u2028d"_s), u"a\n\tb\nd"_s);
     EXPECT_EQ(TextLayout::printableLines(u"a\nb\rc"_s), u"a\nbc"_s);
 }
 
