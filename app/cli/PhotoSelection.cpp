@@ -25,7 +25,7 @@ bool hasOneOf(const QStringList& names, const QStringList& wanted)
 
 bool isUnconvertedRaw(const PhotoFacts& photo)
 {
-    return photo.raw && !photo.keywords.contains(Texts::originalKeyword());
+    return photo.raw && !isNamed(Texts::originalKeyword(), photo.keywords);
 }
 
 bool isChosen(const PhotoFacts& photo,

@@ -222,7 +222,8 @@ LibrarySummary LibraryReader::summary(Connection& connection, const QSet<QString
             ++summary.rawPhotos;
             summary.rawBytes += photo.bytes;
         }
-        const bool isCopy = photo.keywords.contains(u"Corvane Processed"_s) &&
+        // A library that knew the keyword in other letters keeps its own spelling.
+        const bool isCopy = photo.keywords.contains(u"Corvane Processed"_s, Qt::CaseInsensitive) &&
                             !photo.keywords.contains(u"Corvane Original"_s);
         summary.processedPhotos += isCopy ? 1 : 0;
     }

@@ -56,6 +56,12 @@ TEST_F(PhotoSelectionTest, withoutAnyOptionTheCommandDecides)
     EXPECT_EQ(chosen({}, PhotoSelection::WithoutSelection::Raw), QList<qint64>{1});
 }
 
+TEST_F(PhotoSelectionTest, rawLeavesOutConvertedOriginalsInWhateverLettersTheLibraryHasTheKeyword)
+{
+    m_photos[3].keywords = QStringList{u"corvane original"_s};
+    EXPECT_EQ(chosen({}, PhotoSelection::WithoutSelection::Raw), QList<qint64>{1});
+}
+
 TEST_F(PhotoSelectionTest, rawLeavesOutOriginalsThatWereConverted)
 {
     SelectionOptions options;
