@@ -1,0 +1,77 @@
+#include "PhotoModel.h"
+
+#include "Texts.h"
+
+#include <QLocale>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+bool carries(const PhotoFacts& photo, const QString& keyword)
+{
+    return photo.keywords.contains(keyword, Qt::CaseInsensitive);
+}
+
+} // namespace
+
+PhotoModel::PhotoModel(QObject* parent)
+    : QAbstractListModel(parent)
+{
+}
+
+void PhotoModel::setPhotos(const QList<PhotoFacts>& photos)
+{
+    beginResetModel();
+    m_photos = photos;
+    endResetModel();
+}
+
+int PhotoModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_photos.size());
+}
+
+QVariant PhotoModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid()) {
+        return {};
+    }
+    const PhotoFacts& photo = m_photos.at(index.row());
+    switch (role) {
+    case Qt::DisplayRole:
+        return titleOf(photo);
+    case Qt::ToolTipRole:
+    case Qt::AccessibleTextRole: {
+        QStringList facts{photo.fileName};
+        facts += photo.missing ? tr("the original is missing")
+                               : QLocale().formattedDataSize(photo.bytes);
+        facts += photo.rollName;
+        facts += photo.keywords.join(u", "_s);
+        facts.removeAll(QString());
+        return facts.join(u" · "_s);
+    }
+    case IdRole:
+        return photo.id;
+    case ThumbnailPathRole:
+        return photo.thumbnailPath.isEmpty() ? photo.previewPath : photo.thumbnailPath;
+    default:
+        return {};
+    }
+}
+
+QString PhotoModel::titleOf(const PhotoFacts& photo)
+{
+    return photo.name.isEmpty() ? photo.fileName : photo.name;
+}
+
+bool PhotoModel::isConvertedOriginal(const PhotoFacts& photo)
+{
+    return carries(photo, Texts::originalKeyword());
+}
+
+bool PhotoModel::isProcessedCopy(const PhotoFacts& photo)
+{
+    return carries(photo, Texts::processedKeyword());
+}

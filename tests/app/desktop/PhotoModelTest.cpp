@@ -1,0 +1,54 @@
+#include "PhotoModel.h"
+
+#include "FactsBuilder.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+TEST(PhotoModelTest, aPhotoIsShownByItsTitleElseByItsFileName)
+{
+    PhotoFacts titled = FactsBuilder::photo(1, u"a.dng"_s, 1, u"Walk"_s);
+    titled.name = u"The lake"_s;
+    PhotoModel model;
+    model.setPhotos({titled, FactsBuilder::photo(2, u"b.dng"_s, 1, u"Walk"_s)});
+    ASSERT_EQ(model.rowCount(), 2);
+    EXPECT_EQ(model.index(0).data(), u"The lake"_s);
+    EXPECT_EQ(model.index(1).data(), u"b.dng"_s);
+    EXPECT_EQ(model.index(1).data(PhotoModel::IdRole), 2);
+    EXPECT_EQ(model.rowCount(model.index(0)), 0);
+}
+
+TEST(PhotoModelTest, thePreviewStandsInForAMissingThumbnail)
+{
+    PhotoFacts facts = FactsBuilder::photo(1, u"a.dng"_s, 1, u"Walk"_s);
+    facts.previewPath = u"/library/Previews/a.jpg"_s;
+    PhotoModel model;
+    model.setPhotos({facts});
+    EXPECT_EQ(model.index(0).data(PhotoModel::ThumbnailPathRole), u"/library/Previews/a.jpg"_s);
+    facts.thumbnailPath = u"/library/Thumbnails/a.jpg"_s;
+    model.setPhotos({facts});
+    EXPECT_EQ(model.index(0).data(PhotoModel::ThumbnailPathRole), u"/library/Thumbnails/a.jpg"_s);
+}
+
+TEST(PhotoModelTest, aMissingOriginalIsSaidInWords)
+{
+    PhotoFacts facts = FactsBuilder::photo(1, u"a.dng"_s, 1, u"Walk"_s);
+    facts.missing = true;
+    facts.keywords = QStringList{u"Lake"_s};
+    PhotoModel model;
+    model.setPhotos({facts});
+    EXPECT_EQ(model.index(0).data(Qt::AccessibleTextRole),
+              u"a.dng · the original is missing · Walk · Lake"_s);
+}
+
+TEST(PhotoModelTest, theTwoMarksAreFoundInWhateverLetters)
+{
+    PhotoFacts facts = FactsBuilder::photo(1, u"a.dng"_s, 1, u"Walk"_s);
+    EXPECT_FALSE(PhotoModel::isConvertedOriginal(facts));
+    facts.keywords = QStringList{u"corvane original"_s};
+    EXPECT_TRUE(PhotoModel::isConvertedOriginal(facts));
+    EXPECT_FALSE(PhotoModel::isProcessedCopy(facts));
+    facts.keywords = QStringList{u"Corvane Processed"_s};
+    EXPECT_TRUE(PhotoModel::isProcessedCopy(facts));
+}
