@@ -56,10 +56,11 @@ void Corvane::corvaneScan(CorvaneDelegate& delegate)
 
 void Corvane::estTimeRemaining(quint64 stage, quint64 curIdx, quint64 totalCount)
 {
-    const QString text = m_timeRemaining.update(stage, curIdx, totalCount);
-    if (m_delegate != nullptr) {
-        m_delegate->setTimeRemaining(text);
-    }
+    m_timeRemaining.update(stage, curIdx, totalCount, [this](const QString& text) {
+        if (m_delegate != nullptr) {
+            m_delegate->setTimeRemaining(text);
+        }
+    });
 }
 
 AlbumPtr Corvane::findAlbum(const QString& name)

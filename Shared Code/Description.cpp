@@ -22,7 +22,7 @@ QString indentation(int depth)
 bool isPlain(QChar character)
 {
     return (character >= u'a' && character <= u'z') || (character >= u'A' && character <= u'Z') ||
-           (character >= u'0' && character <= u'9') || character == u'_';
+           (character >= u'0' && character <= u'9');
 }
 
 QString quoted(const QString& text)

@@ -86,7 +86,7 @@ bool SBUtils::versionCheck(bool /*showAlert*/)
             Texts::communicationFailed(exception.name(), exception.reason()), Texts::errorTitle());
         return true;
     }
-    systemLog(u"iPhoto Version "_s + version);
+    systemLog(u"iPhoto Version "_s + (version.isNull() ? u"(null)"_s : version));
     if (leadingNumber(version.section(u'.', 0, 0)) != kSupportedMajorVersion) {
         m_appDelegate->showAlertOfClass(Texts::unsupportedVersion(),
                                         Texts::unsupportedVersionTitle());
@@ -121,6 +121,8 @@ bool SBUtils::loadData(const QList<ScriptingObjectPtr>& selection)
     m_appDelegate->cfgInfoText(Texts::keepAwayFromPhotoApplication());
     clearLists(selection.size());
     m_selectionList = selection;
+    QVariantList widths;
+    widths.reserve(selection.size());
     prepareProgressBar(selection.size());
     for (qsizetype index = 0; index < selection.size(); ++index) {
         performOnMainThread(
@@ -132,10 +134,10 @@ bool SBUtils::loadData(const QList<ScriptingObjectPtr>& selection)
             return false;
         }
         const ScriptingObjectPtr& photo = selection.at(index);
-        appendRecord(photo, recordOf(photo));
+        appendRecord(photo, recordOf(photo), widths);
     }
-    checkLengths();
-    computeLists();
+    checkLengths(widths);
+    computeLists(widths);
     reportImageIssues();
     return true;
 }
@@ -209,8 +211,7 @@ void SBUtils::clearLists(qsizetype capacity)
                                &m_dateList,
                                &m_pathList,
                                &m_originalsPathList,
-                               &m_heights,
-                               &m_widths}) {
+                               &m_heights}) {
         list->clear();
         list->reserve(capacity);
     }
@@ -239,7 +240,9 @@ QVariantMap SBUtils::recordOf(const ScriptingObjectPtr& object)
     return properties.value_or(QVariantMap());
 }
 
-void SBUtils::appendRecord(const ScriptingObjectPtr& photo, const QVariantMap& record)
+void SBUtils::appendRecord(const ScriptingObjectPtr& photo,
+                           const QVariantMap& record,
+                           QVariantList& widths)
 {
     const auto value = [&](const QString& key, const QVariant& fallback, const QString& issue) {
         return valueOf(photo, record, key, fallback, issue);
@@ -251,7 +254,7 @@ void SBUtils::appendRecord(const ScriptingObjectPtr& photo, const QVariantMap& r
     m_dateList.append(value(u"date"_s, QVariant::fromValue(now), u"Invalid Date"_s));
     m_idList.append(value(u"id"_s, u""_s, u"Invalid ID"_s));
     m_heights.append(value(u"height"_s, 0, u"Invalid Height"_s));
-    m_widths.append(value(u"width"_s, 0, u"Invalid Width"_s));
+    widths.append(value(u"width"_s, 0, u"Invalid Width"_s));
 }
 
 QVariant SBUtils::valueOf(const ScriptingObjectPtr& photo,
@@ -268,30 +271,37 @@ QVariant SBUtils::valueOf(const ScriptingObjectPtr& photo,
     return fallback;
 }
 
-void SBUtils::checkLengths() const
+void SBUtils::checkLengths(const QVariantList& widths) const
 {
-    const QString file = u"Shared Code/SBUtils-iPhoto"_s;
-    const qsizetype count = m_selectionList.size();
-    CORVANE_CONSISTENCY_ASSERT(m_filenameList.size() == count, u"Missing filenames"_s, file);
-    CORVANE_CONSISTENCY_ASSERT(m_idList.size() == count, u"Missing image ids"_s, file);
-    CORVANE_CONSISTENCY_ASSERT(m_pathList.size() == count, u"Missing file paths"_s, file);
-    CORVANE_CONSISTENCY_ASSERT(m_dateList.size() == count, u"Missing image dates"_s, file);
-    CORVANE_CONSISTENCY_ASSERT(m_heights.size() == count, u"Missing image heights"_s, file);
-    CORVANE_CONSISTENCY_ASSERT(m_widths.size() == count, u"Missing image widths"_s, file);
+    // It is the load of this bridge that failed, so that is what the failure names.
+    const auto check = [this](const QVariantList& list, const QString& text, int line) {
+        if (list.size() != m_selectionList.size()) {
+            const auto address = reinterpret_cast<quintptr>(this);
+            throw AssertionFailure(text,
+                                   u"loadData of SBUtils 0x%1"_s.arg(address, 0, 16),
+                                   u"Shared Code/SBUtils-iPhoto"_s,
+                                   line);
+        }
+    };
+    check(m_filenameList, u"Missing filenames"_s, __LINE__);
+    check(m_idList, u"Missing image ids"_s, __LINE__);
+    check(m_pathList, u"Missing file paths"_s, __LINE__);
+    check(m_dateList, u"Missing image dates"_s, __LINE__);
+    check(m_heights, u"Missing image heights"_s, __LINE__);
+    check(widths, u"Missing image widths"_s, __LINE__);
 }
 
-void SBUtils::computeLists()
+void SBUtils::computeLists(const QVariantList& widths)
 {
     systemLog(u"Building Lists"_s);
     for (qsizetype index = 0; index < m_selectionList.size(); ++index) {
-        const qint32 width = integer32(m_widths.at(index));
+        const qint32 width = integer32(widths.at(index));
         const qint32 height = integer32(m_heights.at(index));
         const double ratio = height == 0 ? 0.0 : static_cast<double>(width) / height;
         m_dimsList.append(static_cast<float>(ratio));
         m_sizeList.append(static_cast<qint64>(imagefs(index)));
         m_hashList.append(u""_s);
     }
-    m_widths.clear();
 }
 
 QStringList SBUtils::keywordNames()

@@ -51,7 +51,8 @@ public:
 
     /// Builds the record lists of the selection. YES when they are complete; NO when the user
     /// cancelled: the lists are partial then and must not be used.
-    /// Raises AssertionFailure where the lists differ in length.
+    /// Raises AssertionFailure, of the function "loadData of SBUtils ADDRESS", where the lists
+    /// differ in length.
     [[nodiscard]] bool loadData(const QList<ScriptingObjectPtr>& selection);
 
     /// Bytes of the file behind a record: of the original where it is on disk, else of the image
@@ -122,14 +123,16 @@ private:
     void clearLists(qsizetype capacity);
     void prepareProgressBar(qsizetype count);
     [[nodiscard]] QVariantMap recordOf(const ScriptingObjectPtr& object);
-    void appendRecord(const ScriptingObjectPtr& photo, const QVariantMap& record);
+    void
+    appendRecord(const ScriptingObjectPtr& photo, const QVariantMap& record, QVariantList& widths);
     [[nodiscard]] QVariant valueOf(const ScriptingObjectPtr& photo,
                                    const QVariantMap& record,
                                    const QString& key,
                                    const QVariant& fallback,
                                    const QString& issue);
-    void checkLengths() const;
-    void computeLists();
+    /// Raises, in loadData()'s name, unless every list is as long as the selection.
+    void checkLengths(const QVariantList& widths) const;
+    void computeLists(const QVariantList& widths);
     [[nodiscard]] QStringList keywordNames();
     void importKeywordPicture();
     [[nodiscard]] qsizetype indexInSelection(const ScriptingObjectPtr& photo) const;
@@ -154,5 +157,4 @@ private:
     QVariantList m_pathList;
     QVariantList m_originalsPathList;
     QVariantList m_heights;
-    QVariantList m_widths; ///< of the load under way
 };

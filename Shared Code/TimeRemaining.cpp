@@ -4,8 +4,8 @@
 #include "SystemLog.h"
 #include "UserDefaults.h"
 
-#include <algorithm>
 #include <cmath>
+#include <limits>
 
 using namespace Qt::StringLiterals;
 
@@ -26,6 +26,16 @@ constexpr std::array<StoredRate, 4> kStoredRates{{
 
 constexpr quint64 kEndOfScan = 4;
 
+/// Cut to an integer, or the nearest one that fits; 0 for what is no number.
+quint64 wholePart(double number)
+{
+    constexpr double kTwoTo64 = 18446744073709551616.0;
+    if (!std::isfinite(number) || number < 0.0) {
+        return 0;
+    }
+    return number >= kTwoTo64 ? std::numeric_limits<quint64>::max() : static_cast<quint64>(number);
+}
+
 } // namespace
 
 TimeRemaining::TimeRemaining(UserDefaults& defaults, Clock& clock)
@@ -38,7 +48,10 @@ TimeRemaining::TimeRemaining(UserDefaults& defaults, Clock& clock)
     }
 }
 
-QString TimeRemaining::update(quint64 stage, quint64 curIdx, quint64 totalCount)
+void TimeRemaining::update(quint64 stage,
+                           quint64 curIdx,
+                           quint64 totalCount,
+                           const std::function<void(const QString& text)>& show)
 {
     if (m_prevTime == 0.0) {
         m_prevTime = m_clock.now();
@@ -50,22 +63,19 @@ QString TimeRemaining::update(quint64 stage, quint64 curIdx, quint64 totalCount)
     } else if (stage > kEndOfScan) {
         systemLog(u"Unknown stage for estTimeRemaining"_s);
     }
+    show(text(remaining));
     if (m_prevIdx < curIdx && stage < kStages) {
         learn(stage, curIdx, now - m_prevTime);
     }
     m_prevTime = now;
     m_prevIdx = curIdx;
-    return text(remaining);
 }
 
 QString TimeRemaining::text(double seconds)
 {
-    // The largest number below 2^64: what is cut to an unsigned 64-bit integer must fit.
-    constexpr double kLongest = 18446744073709549568.0;
-    const double duration = std::isfinite(seconds) ? std::clamp(seconds, 0.0, kLongest) : 0.0;
-    const auto hours = static_cast<quint64>(duration / 3600.0);
-    const quint64 minutes = static_cast<quint64>(duration / 60.0) % 60;
-    const quint64 remainder = static_cast<quint64>(duration) % 60;
+    const quint64 hours = wholePart(seconds / 3600.0);
+    const quint64 minutes = wholePart(seconds / 60.0) % 60;
+    const quint64 remainder = wholePart(seconds) % 60;
     return u"%1:%2:%3"_s.arg(hours, 2, 10, QLatin1Char('0'))
         .arg(minutes, 2, 10, QLatin1Char('0'))
         .arg(remainder, 2, 10, QLatin1Char('0'));

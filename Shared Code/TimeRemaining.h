@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <array>
+#include <functional>
 
 class Clock;
 class UserDefaults;
@@ -18,16 +19,22 @@ public:
     /// and `clock` outlive the object.
     TimeRemaining(UserDefaults& defaults, Clock& clock);
 
-    /// Takes note that `curIdx` of `totalCount` items of the stage are done and answers the text
-    /// of the remaining time. Stages: 0 start-up, 1 data loading, 2 album loading, 3 conversion,
-    /// 4 end, which stores the rates; any other is logged and has no time left.
+    /// Takes note that `curIdx` of `totalCount` items of the stage are done and hands the text of
+    /// the remaining time to `show`, on the calling thread. Stages: 0 start-up, 1 data loading,
+    /// 2 album loading, 3 conversion, 4 end, which stores the rates; any other is logged and has no
+    /// time left.
     ///
+    /// Learning comes after: what `show` raises passes through, and nothing is learnt then.
     /// The rate of a stage is a running mean in which the stored rate counts as the first sample.
     /// It is taken as computed: no time elapsed makes it infinite, a clock set back negative.
-    [[nodiscard]] QString update(quint64 stage, quint64 curIdx, quint64 totalCount);
+    void update(quint64 stage,
+                quint64 curIdx,
+                quint64 totalCount,
+                const std::function<void(const QString& text)>& show);
 
     /// "HH:MM:SS", hours not limited to two digits; "00:00:00" for what is no duration (negative,
-    /// infinite, not a number). Durations from 2^64 seconds on read as the longest below.
+    /// infinite, not a number). Hours, minutes and seconds are each counted from the whole duration
+    /// in 64 bits without sign; a count that does not fit is the largest that does.
     [[nodiscard]] static QString text(double seconds);
 
 private:

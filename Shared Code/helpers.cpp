@@ -56,8 +56,7 @@ bool helpers::fileExists(const QVariant& path, CorvaneDelegate& appDelegate)
     if (readable) {
         return true;
     }
-    performOnMainThread(
-        [&appDelegate, root = libraryRoot(file)] { appDelegate.userSelectedFiles(root); },
-        Wait::Yes);
+    callOnMainThread(
+        [&appDelegate, root = libraryRoot(file)] { appDelegate.userSelectedFiles(root); });
     return fileReadable(file);
 }

@@ -19,6 +19,7 @@ public:
     /// Whether the file exists and is readable, after at most one request for access: where it
     /// exists but cannot be read, `appDelegate` is asked on the main thread for access to the
     /// library that holds it, or to the file itself where no library does. A null path is NO.
-    /// Thread: the scan's worker, which waits for the answer; or main.
+    /// Thread: the scan's worker, which waits for the answer; or main. Errors: what the controller
+    /// raises while it asks is raised here.
     [[nodiscard]] static bool fileExists(const QVariant& path, CorvaneDelegate& appDelegate);
 };

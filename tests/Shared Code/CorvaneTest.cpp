@@ -20,6 +20,29 @@ protected:
     {
     }
 
+    /// Adds a picture for each name, in a catalogue that gives it a roll of that name; picture i
+    /// has id i + 1. Scans file by roll then.
+    void addPicturesOfRolls(const QStringList& rollNames)
+    {
+        QString images;
+        QString rolls;
+        for (qsizetype index = 0; index < rollNames.size(); ++index) {
+            const qint64 id = addPicture(u"%1.jpg"_s.arg(index + 1));
+            m_library.photo(id).previewPath = u"/l/guid%1/a.jpg"_s.arg(index);
+            images += u"<key>%1</key><dict><key>GUID</key><string>guid%1</string>"
+                      "<key>Roll</key><integer>%1</integer></dict>"_s.arg(index);
+            rolls += u"<dict><key>RollID</key><integer>%1</integer>"
+                     "<key>RollName</key><string>%2</string></dict>"_s.arg(index)
+                         .arg(rollNames.at(index));
+        }
+        QFile file(m_folder.filePath(u"AlbumData.xml"_s));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(u"<plist version=\"1.0\"><dict><key>Master Image List</key><dict>%1</dict>"
+                   "<key>List of Rolls</key><array>%2</array></dict></plist>"_s.arg(images, rolls)
+                       .toUtf8());
+        m_delegate.library = m_folder.path();
+    }
+
     Corvane m_engine;
 };
 
@@ -127,29 +150,54 @@ TEST_F(CorvaneTest, withoutACatalogueEveryImageIsFiledInTheDefaultAlbum)
 
 TEST_F(CorvaneTest, twoRollsOfOneNameFileIntoOneAlbum)
 {
-    addPicture(u"a.jpg"_s);
-    addPicture(u"b.jpg"_s);
-    m_library.photo(1).previewPath = u"/l/guidA/a.jpg"_s;
-    m_library.photo(2).previewPath = u"/l/guidB/b.jpg"_s;
-    QFile file(m_folder.filePath(u"AlbumData.xml"_s));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("<plist version=\"1.0\"><dict><key>Master Image List</key><dict>"
-               "<key>1</key><dict><key>GUID</key><string>guidA</string>"
-               "<key>Roll</key><integer>1</integer></dict>"
-               "<key>2</key><dict><key>GUID</key><string>guidB</string>"
-               "<key>Roll</key><integer>2</integer></dict></dict>"
-               "<key>List of Rolls</key><array>"
-               "<dict><key>RollID</key><integer>1</integer>"
-               "<key>RollName</key><string>Beach</string></dict>"
-               "<dict><key>RollID</key><integer>2</integer>"
-               "<key>RollName</key><string>Beach</string></dict></array></dict></plist>");
-    file.close();
-    m_delegate.library = m_folder.path();
+    addPicturesOfRolls({u"Beach"_s, u"Beach"_s});
     scan({1, 2});
     EXPECT_EQ(m_library.album(2).name, u"Beach"_s);
     EXPECT_EQ(m_library.album(2).photos, (QList<qint64>{3, 4}));
     EXPECT_EQ(m_library.journal().linesWith(u"newAlbumName"_s),
               QStringList{u"application.newAlbumName Beach"_s});
+}
+
+TEST_F(CorvaneTest, anAlbumMadeByTheUserIsNotSeenUntilTheScanMakesOneItself)
+{
+    const qint64 city = m_library.addAlbum(u"City"_s);
+    addPicturesOfRolls({u"City"_s, u"Beach"_s, u"Snow"_s});
+    qint64 beach = 0;
+    qint64 snow = 0;
+    m_library.whenCalled(u"album 1.importFrom 1.jpg"_s, [&] {
+        beach = m_library.addAlbum(u"Beach"_s);
+        snow = m_library.addAlbum(u"Snow"_s);
+    });
+    scan({1, 2, 3});
+    EXPECT_EQ(m_library.album(city).photos, QList<qint64>{4});
+    // "Beach" was there, unseen: another one is made, and the albums learnt thereby.
+    EXPECT_EQ(m_library.journal().linesWith(u"newAlbumName"_s),
+              QStringList{u"application.newAlbumName Beach"_s});
+    EXPECT_EQ(m_library.album(beach).photos, QList<qint64>{5});
+    EXPECT_EQ(m_library.album(snow).photos, QList<qint64>{6});
+    EXPECT_EQ(m_library.album(snow + 1).name, u"Beach"_s);
+    EXPECT_TRUE(m_library.album(snow + 1).photos.isEmpty());
+}
+
+TEST_F(CorvaneTest, aCompletedRunStoresTheFourRatesThatItLearnt)
+{
+    addPicture(u"a.jpg"_s);
+    addPicture(u"b.jpg"_s);
+    m_library.addAlbum(u"Corvane For iPhoto"_s);
+    set(u"TagEnabled"_s, true);
+    const auto take = [this](const QString& call, double seconds) {
+        m_library.whenCalled(call, [this, seconds] { m_clock.advance(seconds); });
+    };
+    take(u"application.keywords"_s, 4.0);
+    take(u"photo 1.properties"_s, 5.0);
+    take(u"application.albums"_s, 8.0);
+    take(u"album 1.importFrom a.jpg"_s, 20.0);
+    scan({1, 2});
+    const auto rate = [this](const QString& key) { return m_defaults.doubleValue(key); };
+    EXPECT_DOUBLE_EQ(rate(u"estStartupRate"_s), (1.0 + 2.0 / 4.0) / 3.0);
+    EXPECT_DOUBLE_EQ(rate(u"estDataLoadingRate"_s), (1.0 + 2.0 / 5.0) / 3.0);
+    EXPECT_DOUBLE_EQ(rate(u"estAlbumLoadingRate"_s), (1.0 + 2.0 / 8.0) / 3.0);
+    EXPECT_DOUBLE_EQ(rate(u"estConversionRate"_s), (0.1 + 1.0 / 20.0) / 2.0);
 }
 
 } // namespace

@@ -24,9 +24,16 @@ TEST(DescriptionTest, numbersAndNullAreShownPlainly)
 
 TEST(DescriptionTest, anArrayListsOneEntryALineQuotedWhereNeeded)
 {
-    EXPECT_EQ(describe(QStringList{u"Invalid Path"_s, u"plain_1"_s, u"say \"hi\""_s}),
-              u"(\n    \"Invalid Path\",\n    plain_1,\n    \"say \\\"hi\\\"\"\n)"_s);
+    EXPECT_EQ(describe(QStringList{u"Invalid Path"_s, u"Plain1"_s, u"say \"hi\""_s}),
+              u"(\n    \"Invalid Path\",\n    Plain1,\n    \"say \\\"hi\\\"\"\n)"_s);
     EXPECT_EQ(describe(QVariantList()), u"(\n)"_s);
+}
+
+TEST(DescriptionTest, onlyLettersAndDigitsStandWithoutQuotes)
+{
+    EXPECT_EQ(describe(QStringList{u"IMG_1"_s, u"a-b"_s, u"a.b"_s, u"é"_s, u"aZ09"_s}),
+              u"(\n    \"IMG_1\",\n    \"a-b\",\n    \"a.b\",\n    \"é\",\n    aZ09\n)"_s);
+    EXPECT_EQ(describe(QVariantMap{{u"a_key"_s, 1}}), u"{\n    \"a_key\" = 1;\n}"_s);
 }
 
 TEST(DescriptionTest, aDictionaryIsNestedByFourBlanks)

@@ -67,16 +67,25 @@ TEST_F(PropagateMetadataTest, anAltitudeThatIsNoneIsCopiedAsNone)
 
 TEST_F(PropagateMetadataTest, keywordsAreAssignedInOrderWithTheCopySelected)
 {
-    addPhotos({.keywords = {u"Family"_s, u"Corvane Original"_s, u"corvane original"_s, u"Sea"_s}});
+    addPhotos({.keywords = {u"Family"_s, u"Corvane Original"_s, u"Sea"_s}});
     propagate();
     EXPECT_EQ(m_library.calls().mid(12),
               (QStringList{u"photo 1.keywords"_s,
                            u"photo 2.select"_s,
                            u"application.assignKeywordString Family"_s,
-                           u"application.assignKeywordString corvane original"_s,
                            u"application.assignKeywordString Sea"_s}));
-    EXPECT_EQ(m_library.photo(2).keywords,
-              (QStringList{u"Family"_s, u"corvane original"_s, u"Sea"_s}));
+    EXPECT_EQ(m_library.photo(2).keywords, (QStringList{u"Family"_s, u"Sea"_s}));
+}
+
+TEST_F(PropagateMetadataTest, onlyTheExactSpellingIsNotCopied)
+{
+    addPhotos({.keywords = {u"corvane original"_s}});
+    propagate();
+    EXPECT_EQ(m_library.calls().mid(12),
+              (QStringList{u"photo 1.keywords"_s,
+                           u"photo 2.select"_s,
+                           u"application.assignKeywordString corvane original"_s}));
+    EXPECT_EQ(m_library.photo(2).keywords, QStringList{u"corvane original"_s});
 }
 
 TEST_F(PropagateMetadataTest, theOneKeywordThatIsNotCopiedStillSelectsTheCopy)

@@ -124,6 +124,21 @@ TEST_F(RecordsTest, aPhotoWithoutDateGetsTheMomentOfItsRecord)
     EXPECT_EQ(m_bridge.dateList().first().value<PhotoDate>().secondsSince2001, 700000000.5);
 }
 
+TEST_F(RecordsTest, eachFallbackDateIsTheMomentAtWhichItsOwnRecordWasBuilt)
+{
+    QVariantMap record = completeRecord();
+    record.remove(u"date"_s);
+    addRecord(record);
+    addRecord(record);
+    m_library.whenCalled(u"photo 1.properties"_s, [&] { m_clock.advance(10.0); });
+    m_library.whenCalled(u"photo 2.properties"_s, [&] { m_clock.advance(20.0); });
+    ASSERT_TRUE(load({1, 2}));
+    m_clock.advance(40.0);
+    ASSERT_EQ(m_bridge.dateList().size(), 2);
+    EXPECT_EQ(m_bridge.dateList().at(0).value<PhotoDate>(), (PhotoDate{700000010.5, u"GMT"_s}));
+    EXPECT_EQ(m_bridge.dateList().at(1).value<PhotoDate>(), (PhotoDate{700000030.5, u"GMT"_s}));
+}
+
 TEST_F(RecordsTest, missingSidesBecomeZero)
 {
     loadWithout(u"height"_s);
@@ -163,6 +178,15 @@ TEST_F(RecordsTest, theSizeIsThatOfTheOriginalWhereItIsOnDisk)
     EXPECT_EQ(m_bridge.imagefs(0), 7U);
     ASSERT_TRUE(QFile::remove(m_folder.filePath(u"shown.jpg"_s)));
     EXPECT_EQ(m_bridge.imagefs(0), 0U);
+}
+
+TEST_F(RecordsTest, theSizeLoadedIsThatOfTheImageShownWhereTheOriginalIsGone)
+{
+    QVariantMap record = completeRecord();
+    record.insert(u"imagePath"_s, makeFile(u"shown.jpg"_s, 7));
+    record.insert(u"originalPath"_s, m_folder.filePath(u"gone.cr2"_s));
+    ASSERT_TRUE(load({addRecord(record)}));
+    EXPECT_EQ(m_bridge.sizeList(), QVariantList{qint64{7}});
 }
 
 TEST_F(RecordsTest, theSizeIsThatOfTheImageShownWhereTheOriginalHasNoPath)
@@ -250,16 +274,20 @@ TEST_P(LengthsTest, aListThatDiffersInLengthIsAFailureThatNamesIt)
     // The first photo's entry is lost while the second one is read.
     m_library.whenCalled(u"photo 2.properties"_s, [&] { GetParam().lose(m_bridge); });
     QString description;
+    QString function;
     QString file;
     runOnWorker([&] {
         try {
             std::ignore = m_bridge.loadData(photos({1, 2}));
         } catch (const AssertionFailure& failure) {
             description = failure.description();
+            function = failure.function();
             file = failure.file();
         }
     });
     EXPECT_EQ(description, QString::fromLatin1(GetParam().description));
+    EXPECT_EQ(function,
+              u"loadData of SBUtils 0x%1"_s.arg(reinterpret_cast<quintptr>(&m_bridge), 0, 16));
     EXPECT_EQ(file, u"Shared Code/SBUtils-iPhoto"_s);
     EXPECT_TRUE(m_log.entries().isEmpty());
 }

@@ -67,7 +67,13 @@ TEST_F(OperationsTest, anyOtherMajorVersionIsUnsupported)
               QStringList(versions.size(),
                           u"modal Unsupported Version: This version of Corvane is compatible with "
                           "iPhoto '11 Versions 9.x.y only."_s));
-    EXPECT_EQ(m_log.entries().first(), u"iPhoto Version 10.0"_s);
+    EXPECT_EQ(m_log.entries(),
+              (QStringList{u"iPhoto Version 10.0"_s,
+                           u"iPhoto Version 8.1.2"_s,
+                           u"iPhoto Version 96"_s,
+                           u"iPhoto Version v9"_s,
+                           u"iPhoto Version "_s,
+                           u"iPhoto Version (null)"_s}));
 }
 
 TEST_F(OperationsTest, anApplicationThatCannotBeReachedIsAnError)
@@ -161,8 +167,15 @@ TEST_F(OperationsTest, aPhotoThatCarriesItInAnotherLetterCaseIsTagged)
               (QStringList{u"photo 1.keywords"_s,
                            u"photo 1.select"_s,
                            u"application.assignKeywordString Corvane Original"_s}));
-    EXPECT_EQ(m_library.photo(1).keywords,
-              (QStringList{u"corvane original"_s, u"Corvane Original"_s}));
+}
+
+TEST_F(OperationsTest, aKeywordKnownInAnotherLetterCaseIsTheOneThatThePhotoGets)
+{
+    m_library.setKeywords({u"Sea"_s, u"CORVANE ORIGINAL"_s});
+    m_library.addPhoto({});
+    m_bridge.tagImage(m_library.photoHandle(1), u"Corvane Original"_s);
+    EXPECT_EQ(m_library.calls().last(), u"application.assignKeywordString Corvane Original"_s);
+    EXPECT_EQ(m_library.photo(1).keywords, QStringList{u"CORVANE ORIGINAL"_s});
 }
 
 TEST_F(OperationsTest, exportingLocatesTheFileThatTheApplicationShows)

@@ -2,6 +2,7 @@
 
 #include "FakeDelegate.h"
 #include "QtPrinters.h"
+#include "Scripting.h"
 #include "UnreadableFile.h"
 #include "WorkerRun.h"
 
@@ -102,6 +103,25 @@ TEST_F(HelpersTest, theUserIsAskedOnTheMainThreadWhileTheWorkerWaits)
     runOnWorker([&] { exists = helpers::fileExists(path, m_delegate); });
     EXPECT_TRUE(exists);
     EXPECT_EQ(m_delegate.mainCallThreads, QList<QThread*>{QThread::currentThread()});
+}
+
+TEST_F(HelpersTest, whatTheControllerRaisesWhileItAsksIsRaisedOnTheWorker)
+{
+    const QString path = makeFile(u"Holiday.photolibrary/a.CR2"_s);
+    const UnreadableFile unreadable(path);
+    m_delegate.onUserSelectedFiles = [](const QString&) {
+        throw ScriptingException(u"NobodyAnswers"_s, u"Nobody can answer."_s);
+    };
+    QString reason;
+    runOnWorker([&] {
+        try {
+            std::ignore = helpers::fileExists(path, m_delegate);
+        } catch (const ScriptingException& exception) {
+            reason = exception.reason();
+        }
+    });
+    EXPECT_EQ(reason, u"Nobody can answer."_s);
+    EXPECT_EQ(prompts().size(), 1);
 }
 
 TEST_F(HelpersTest, deletingRemovesAFileAndIgnoresOneThatIsGone)

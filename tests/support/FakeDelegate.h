@@ -7,12 +7,17 @@
 #include "ProgressIndicator.h"
 #include "TextField.h"
 
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QThread>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <utility>
 
 /// A controller that records what engine and bridge ask of it, one line a call in its journal:
 ///   button YES | status Ready | count IMG_1.cr2 | bar.max 3 | bar.value 1     (controls)
@@ -70,6 +75,27 @@ public:
     QList<PhotoOutcome> finished;
     /// Threads of the calls that must be made on the main one.
     QList<QThread*> mainCallThreads;
+    /// What the progress bar's calls were given, as it was given.
+    QList<QVariant> progressNumbers;
+    QList<QThread*> infoTextThreads;
+    mutable QList<QThread*> pollThreads; ///< of the questions whether it is cancelled
+
+    /// Holds the main thread once, at the call or label text that is recorded as `line`, until
+    /// `isFurther` finds that the caller has done what comes after it, or until `limit` is over.
+    /// What other threads ask of the main one meanwhile is done, so that a caller who did not wait
+    /// gets further. Set before the calls begin.
+    void holdMainThreadAt(const QString& line,
+                          std::function<bool()> isFurther,
+                          std::chrono::milliseconds limit)
+    {
+        m_hold = Hold{line, std::move(isFurther), limit};
+    }
+
+    /// Whether the caller went on while the main thread was held; nothing before that.
+    [[nodiscard]] std::optional<bool> wentOn() const { return m_wentOn; }
+
+    /// How often it was asked whether it is cancelled.
+    [[nodiscard]] int polls() const { return m_polls; }
 
     Button& selectionScanButton() override { return m_button; }
 
@@ -93,6 +119,7 @@ public:
 
     bool cancelled() const override
     {
+        pollThreads.append(QThread::currentThread());
         ++m_polls;
         return isCancelled || (cancelAtPoll > 0 && m_polls >= cancelAtPoll);
     }
@@ -131,11 +158,13 @@ public:
 
     void cfgProgressBarMaxValue(const QVariant& number) override
     {
+        progressNumbers.append(number);
         noteOnMain(QStringLiteral("cfgProgressBarMaxValue ") + number.toString());
     }
 
     void cfgProgressBarCurrentValue(const QVariant& number) override
     {
+        progressNumbers.append(number);
         noteOnMain(QStringLiteral("cfgProgressBarCurrentValue ") + number.toString());
     }
 
@@ -152,7 +181,11 @@ public:
         }
     }
 
-    void cfgInfoText(const QString& text) override { note(QStringLiteral("cfgInfoText ") + text); }
+    void cfgInfoText(const QString& text) override
+    {
+        infoTextThreads.append(QThread::currentThread());
+        note(QStringLiteral("cfgInfoText ") + text);
+    }
 
     void photosSelected(const QList<PhotoOutcome>& photos) override { selected = photos; }
 
@@ -182,14 +215,42 @@ private:
         return value ? QStringLiteral("YES") : QStringLiteral("NO");
     }
 
-    void note(const QString& line) { journal->add(line); }
+    struct Hold {
+        QString line;
+        std::function<bool()> isFurther;
+        std::chrono::milliseconds limit{0};
+    };
+
+    void note(const QString& line)
+    {
+        journal->add(line);
+        // The hold is the main thread's own; other threads pass.
+        if (QThread::currentThread() == QCoreApplication::instance()->thread() && m_hold &&
+            m_hold->line == line) {
+            hold();
+        }
+    }
 
     void noteOnMain(const QString& line)
     {
         mainCallThreads.append(QThread::currentThread());
-        journal->add(line);
+        note(line);
     }
 
+    void hold()
+    {
+        const Hold held = *std::exchange(m_hold, std::nullopt);
+        const QDeadlineTimer deadline(held.limit);
+        while (!held.isFurther() && !deadline.hasExpired()) {
+            // Not processEvents(): it may leave to the outer loop what was posted before the hold.
+            QCoreApplication::sendPostedEvents();
+            QThread::msleep(1);
+        }
+        m_wentOn = held.isFurther();
+    }
+
+    std::optional<Hold> m_hold;
+    std::optional<bool> m_wentOn;
     mutable std::atomic<int> m_polls{0};
     Button m_button;
     TextField m_status;

@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QLocale>
 
+#include <algorithm>
 #include <utility>
 
 namespace
@@ -322,10 +323,11 @@ public:
     {
         const auto lock =
             m_library.enter(QStringLiteral("application.assignKeywordString ") + keyword);
+        const QString known = m_library.knownKeyword(keyword);
         for (const auto& [kind, id] : std::as_const(m_library.m_state.selection)) {
             QStringList& names = m_library.m_state.photos[id].keywords;
-            if (kind == ScriptingClass::Photo && !names.contains(keyword)) {
-                names.append(keyword);
+            if (kind == ScriptingClass::Photo && !names.contains(known)) {
+                names.append(known);
             }
         }
     }
@@ -528,6 +530,18 @@ std::unique_lock<std::recursive_mutex> FakePhotoApplication::enter(const QString
         }
     }
     return lock;
+}
+
+QString FakePhotoApplication::knownKeyword(const QString& keyword) const
+{
+    QStringList names = m_state.keywords;
+    for (const FakePhotoRecord& photo : m_state.photos) {
+        names += photo.keywords;
+    }
+    const auto known = std::ranges::find_if(names, [&keyword](const QString& name) {
+        return name.compare(keyword, Qt::CaseInsensitive) == 0;
+    });
+    return known == names.end() ? keyword : *known;
 }
 
 void FakePhotoApplication::import(const QString& path)

@@ -59,6 +59,8 @@ struct FakeImport {
 /// paths). `evidence()`, `id()` and `scriptingClass()` are no calls. Turns are listed apart, in
 /// turns(): "begin", "commit", "rollback"; a rollback brings the state of its begin back.
 ///
+/// Keywords that differ only in letter case are one: what is assigned is the spelling known first.
+///
 /// It is its own bridge. Threads: any, one call at a time. Handles live no longer than the fake.
 class FakePhotoApplication final : public ScriptingBridge
 {
@@ -162,6 +164,8 @@ private:
     /// Records a call, raises what was asked for, and holds the state for the call.
     [[nodiscard]] std::unique_lock<std::recursive_mutex> enter(const QString& call);
     void import(const QString& path);
+    /// The keyword as the library, or one of its photos, spells it already; itself when none does.
+    [[nodiscard]] QString knownKeyword(const QString& keyword) const;
 
     std::shared_ptr<Journal> m_journal;
     Journal m_turns;

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <memory>
+#include <stdexcept>
 
 namespace
 {
@@ -53,6 +54,45 @@ TEST(MainThread, aWorkersCallsRunOnTheMainThreadInTheirOrder)
     QCoreApplication::processEvents();
     EXPECT_TRUE(wasMain);
     EXPECT_EQ(order, (QList<int>{1, 2, 3}));
+}
+
+TEST(MainThread, aCallThatIsWaitedForRunsOnTheMainThread)
+{
+    std::atomic<bool> wasMain{false};
+    std::atomic<bool> hadRun{false};
+    const std::unique_ptr<QThread> thread(QThread::create([&] {
+        callOnMainThread([&wasMain] { wasMain = QThread::currentThread() == qApp->thread(); });
+        hadRun = wasMain.load();
+    }));
+    runUntilEnded(*thread);
+    EXPECT_TRUE(wasMain);
+    EXPECT_TRUE(hadRun);
+}
+
+TEST(MainThread, whatACallRaisesOnTheMainThreadIsRaisedWhereItWasMade)
+{
+    QString caught;
+    bool wentOn = false;
+    const std::unique_ptr<QThread> thread(QThread::create([&] {
+        try {
+            callOnMainThread([] { throw std::runtime_error("no answer"); });
+            wentOn = true;
+        } catch (const std::runtime_error& error) {
+            caught = QString::fromUtf8(error.what());
+        }
+    }));
+    runUntilEnded(*thread);
+    EXPECT_EQ(caught, QStringLiteral("no answer"));
+    EXPECT_FALSE(wentOn);
+}
+
+TEST(MainThread, aCallMadeOnTheMainThreadItselfRunsAtOnceAndRaises)
+{
+    bool ran = false;
+    callOnMainThread([&ran] { ran = true; });
+    EXPECT_TRUE(ran);
+    EXPECT_THROW(callOnMainThread([] { throw std::runtime_error("no answer"); }),
+                 std::runtime_error);
 }
 
 } // namespace
