@@ -240,7 +240,9 @@ void CorvaneAppDelegate::startScan(std::unique_ptr<Corvane> engine)
                       tr("The system has no thread left to convert photos on. Quit other programs "
                          "and try again.")});
         emit scanEnded();
+        return;
     }
+    emit scanStarted();
 }
 
 void CorvaneAppDelegate::endScan(const QThread* thread)

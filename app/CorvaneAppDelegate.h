@@ -167,6 +167,8 @@ signals:
     /// From the engine, delivered on the main thread in order.
     void selectionTaken(const QList<PhotoOutcome>& photos);
     void photoDone(const PhotoOutcome& outcome);
+    /// A scan's thread has been started, on the main thread.
+    void scanStarted();
     /// A scan's thread has ended, on the main thread.
     void scanEnded();
 
