@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 using namespace Qt::StringLiterals;
 
@@ -52,15 +53,28 @@ Result<ImageProperties> propertiesForCopy(const QString& source, Photo& photo)
     if (properties.hasIptc()) {
         properties.removeIptcKeywords();
     }
+    properties.removeExifKeywords();
     properties.removeXmpSubjects();
     return properties;
+}
+
+QString outputTooLarge(const QString& path)
+{
+    return Texts::translated("The output size of %1 is larger than a JPEG can be").arg(path);
+}
+
+QString memoryTooShort(const QString& path)
+{
+    return Texts::translated("There is not enough memory to convert %1").arg(path);
 }
 
 Result<Bitmap> resized(Bitmap bitmap, const QString& source, const OutputSize& wanted)
 {
     const std::optional<QSize> target = targetSize(bitmap.size(), wanted);
     if (!target) {
-        return Error{ErrorCode::Unsupported, Texts::noPixelsLeft(source)};
+        return Error{ErrorCode::Unsupported,
+                     isTargetTooLarge(bitmap.size(), wanted) ? outputTooLarge(source)
+                                                             : Texts::noPixelsLeft(source)};
     }
     return *target == bitmap.size() ? Result<Bitmap>(std::move(bitmap))
                                     : Resampler::scale(bitmap, *target);
@@ -98,10 +112,8 @@ QList<QImage> referencesOf(const QString& source, const PhotoEvidence& evidence)
     return references;
 }
 
-} // namespace
-
 Result<ConvertedJpeg>
-JpegConversion::convert(const QString& source, Photo& photo, const CorvaneDelegate& delegate)
+converted(const QString& source, Photo& photo, const CorvaneDelegate& delegate)
 {
     const PhotoEvidence evidence = photo.evidence();
     if (!isFileOf(evidence, source)) {
@@ -132,6 +144,18 @@ JpegConversion::convert(const QString& source, Photo& photo, const CorvaneDelega
         return proof.error();
     }
     return ConvertedJpeg{jpeg.value(), bitmap.value().size()};
+}
+
+} // namespace
+
+Result<ConvertedJpeg>
+JpegConversion::convert(const QString& source, Photo& photo, const CorvaneDelegate& delegate)
+{
+    try {
+        return converted(source, photo, delegate);
+    } catch (const std::bad_alloc&) {
+        return Error{ErrorCode::OutOfSpace, memoryTooShort(source)};
+    }
 }
 
 GpsPosition JpegConversion::gpsPosition(double latitude, double longitude)

@@ -2,6 +2,7 @@
 
 #include "CorvaneDelegate.h"
 #include "NumberValue.h"
+#include "PictureLimits.h"
 
 #include <QSizeF>
 
@@ -10,8 +11,6 @@
 
 namespace
 {
-
-constexpr double kLongestJpegSide = 65535.0;
 
 QSizeF bothLocked(QSizeF pixels, double longSize, double shortSize)
 {
@@ -45,14 +44,27 @@ QSizeF exactSize(QSizeF pixels, const OutputSize& wanted)
     return oneLocked(pixels, wanted.longLocked ? longSize : shortSize, wanted.longLocked);
 }
 
-/// Whole pixels, or 0 for what cannot be a side.
+/// Written so that a side that is not a number has no pixels, too.
+bool hasPixels(QSizeF exact)
+{
+    return exact.width() > 0.0 && exact.height() > 0.0;
+}
+
+/// Whole pixels of a positive side; a longer one than any picture's is cut to what stays too long.
 int wholeSide(double side)
 {
-    // Written so that a side that is not a number fails, too.
-    if (!(side > 0.0 && side <= kLongestJpegSide)) {
-        return 0;
-    }
-    return std::max(1, static_cast<int>(std::lround(side)));
+    constexpr double kTooLong = PictureLimits::kMaximumSide + 1.0;
+    return std::max(1, static_cast<int>(std::lround(std::min(side, kTooLong))));
+}
+
+QSize wholeSize(QSizeF exact)
+{
+    return {wholeSide(exact.width()), wholeSide(exact.height())};
+}
+
+bool isWithinLimits(QSize size)
+{
+    return PictureLimits::holds(size.width(), size.height());
 }
 
 } // namespace
@@ -73,6 +85,18 @@ std::optional<QSize> targetSize(QSize pixels, const OutputSize& wanted)
         return pixels;
     }
     const QSizeF exact = exactSize(pixels.toSizeF(), wanted);
-    const QSize whole(wholeSide(exact.width()), wholeSide(exact.height()));
-    return whole.isEmpty() ? std::nullopt : std::make_optional(whole);
+    if (!hasPixels(exact)) {
+        return std::nullopt;
+    }
+    const QSize whole = wholeSize(exact);
+    return isWithinLimits(whole) ? std::make_optional(whole) : std::nullopt;
+}
+
+bool isTargetTooLarge(QSize pixels, const OutputSize& wanted)
+{
+    if (wanted.isOriginal()) {
+        return false;
+    }
+    const QSizeF exact = exactSize(pixels.toSizeF(), wanted);
+    return hasPixels(exact) && !isWithinLimits(wholeSize(exact));
 }

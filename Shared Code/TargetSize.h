@@ -30,5 +30,9 @@ struct OutputSize {
 /// smaller picture keeps its size. The short side counts as locked where neither is.
 ///
 /// A side is rounded to nearest, a positive one below 0.5 becomes 1. Nothing where a side is not
-/// positive, or longer than the 65535 pixels of a JPEG (ITU T.81, B.2.2).
+/// positive, or where the picture would be larger than PictureLimits allows.
 [[nodiscard]] std::optional<QSize> targetSize(QSize pixels, const OutputSize& wanted);
+
+/// Whether both sides are positive and the picture would be larger than PictureLimits allows: why
+/// targetSize() gives nothing. Any thread.
+[[nodiscard]] bool isTargetTooLarge(QSize pixels, const OutputSize& wanted);

@@ -20,8 +20,17 @@ constexpr quint16 kPanasonicOffset = 0x0118;
 /// Up to this format a Panasonic pixel takes at least a byte; format 4 packs 14 into 16 bytes.
 constexpr quint64 kPanasonicLastFixed = 7;
 
+/// More than any picture has, so that what is computed of it fits in 64 bits.
+constexpr quint64 kMostPixels = quint64{1} << 40U;
+
 /// What stands where an offset is kept in another tag.
 constexpr quint64 kNoOffset = 0xFFFFFFFF;
+
+QString shortBy(quint64 bytes)
+{
+    return QStringLiteral("it ends %1 bytes before its picture does; the file is not whole")
+        .arg(bytes);
+}
 
 class Bytes final
 {
@@ -59,11 +68,7 @@ public:
                QByteArrayView(m_bytes).sliced(static_cast<qsizetype>(offset), mark.size()) == mark;
     }
 
-    [[nodiscard]] QString shortBy(quint64 end) const
-    {
-        return QStringLiteral("it ends %1 bytes before its picture does; the file is not whole")
-            .arg(end - size());
-    }
+    [[nodiscard]] QString shortOf(quint64 end) const { return shortBy(end - size()); }
 
 private:
     const QByteArray& m_bytes;
@@ -82,7 +87,7 @@ Complaint tiffComplaint(const Bytes& file, const TiffStructure& tiff)
             }
         }
     }
-    return end > file.size() ? Complaint(file.shortBy(end)) : std::nullopt;
+    return end > file.size() ? Complaint(file.shortOf(end)) : std::nullopt;
 }
 
 Complaint panasonicComplaint(const Bytes& file, const TiffStructure& tiff)
@@ -92,13 +97,14 @@ Complaint panasonicComplaint(const Bytes& file, const TiffStructure& tiff)
     }
     const TiffDirectory& main = tiff.directories().first();
     const quint64 format = main.number(kPanasonicFormat);
-    const quint64 pixels = main.number(kPanasonicWidth) * main.number(kPanasonicHeight);
+    const quint64 pixels =
+        std::min(main.number(kPanasonicWidth) * main.number(kPanasonicHeight), kMostPixels);
     const quint64 offset = main.number(kPanasonicOffset);
     if (offset == 0 || format > kPanasonicLastFixed) {
         return std::nullopt;
     }
     const quint64 end = offset + (format == 4 ? pixels / 14 * 16 : pixels);
-    return end > file.size() ? Complaint(file.shortBy(end)) : std::nullopt;
+    return end > file.size() ? Complaint(file.shortOf(end)) : std::nullopt;
 }
 
 /// ISO/IEC 14496-12, 4.2: boxes that follow each other to the end of the file.
@@ -116,7 +122,7 @@ Complaint boxComplaint(const Bytes& file)
             return QStringLiteral("its structure is corrupt at byte %1").arg(offset);
         }
         if (!file.holds(offset, length)) {
-            return file.shortBy(offset + length);
+            return shortBy(length - (file.size() - offset));
         }
         offset += length;
     }
@@ -130,7 +136,7 @@ Complaint fujiComplaint(const Bytes& file)
     for (quint64 entry = 84; entry <= 100; entry += 8) {
         const quint64 end = quint64{file.big<quint32>(entry)} + file.big<quint32>(entry + 4);
         if (!file.holds(0, 108) || end > file.size()) {
-            return file.shortBy(std::max<quint64>(end, 108));
+            return file.shortOf(std::max<quint64>(end, 108));
         }
     }
     return std::nullopt;
@@ -179,7 +185,7 @@ Complaint pngComplaint(const Bytes& file)
     while (file.holds(offset, 12)) {
         const quint64 length = quint64{file.big<quint32>(offset)} + 12;
         if (!file.holds(offset, length)) {
-            return file.shortBy(offset + length);
+            return file.shortOf(offset + length);
         }
         if (file.has(offset + 4, "IEND")) {
             return std::nullopt;
@@ -196,7 +202,7 @@ Complaint pictureComplaint(const Bytes& file)
     }
     if (file.has(0, "RIFF")) {
         const quint64 end = quint64{file.little<quint32>(4)} + 8;
-        return end > file.size() ? Complaint(file.shortBy(end)) : std::nullopt;
+        return end > file.size() ? Complaint(file.shortOf(end)) : std::nullopt;
     }
     return std::nullopt;
 }

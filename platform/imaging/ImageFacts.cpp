@@ -201,6 +201,42 @@ std::optional<double> coordinate(const Exiv2::ExifData& exif,
     return reference.at(0).toUpper() == negativeReference ? -unsignedDegrees : unsignedDegrees;
 }
 
+/// "48,30.5N" or "48,30,30N" (ISO 16684-2, GPSCoordinate) as signed degrees.
+std::optional<double>
+xmpCoordinate(const Exiv2::XmpData& xmp, const char* key, QStringView references, double limit)
+{
+    const auto found = xmp.findKey(Exiv2::XmpKey(key));
+    const QString text =
+        found == xmp.end() ? QString() : QString::fromStdString(found->toString()).trimmed();
+    if (text.isEmpty() || !references.contains(text.back().toUpper())) {
+        return std::nullopt;
+    }
+    double degrees = 0.0;
+    double unit = 1.0;
+    for (const QString& part : text.chopped(1).split(u',')) {
+        bool isNumber = false;
+        degrees += part.toDouble(&isNumber) * unit;
+        if (!isNumber) {
+            return std::nullopt;
+        }
+        unit /= 60.0;
+    }
+    if (!(degrees >= 0.0 && degrees <= limit)) {
+        return std::nullopt;
+    }
+    return text.back().toUpper() == references.back() ? -degrees : degrees;
+}
+
+void readXmpPosition(const Exiv2::XmpData& xmp, ImageFacts& facts)
+{
+    const auto latitude = xmpCoordinate(xmp, "Xmp.exif.GPSLatitude", u"NS", 90.0);
+    const auto longitude = xmpCoordinate(xmp, "Xmp.exif.GPSLongitude", u"EW", 180.0);
+    if (latitude && longitude) {
+        facts.latitude = latitude;
+        facts.longitude = longitude;
+    }
+}
+
 void readPosition(const Exiv2::ExifData& exif, ImageFacts& facts)
 {
     const auto latitude =
@@ -239,6 +275,9 @@ ImageFacts ImageProperties::facts() const
         facts.orientation = orientation(exif);
         facts.dateTaken = dateTaken(exif);
         readPosition(exif, facts);
+        if (!facts.latitude) {
+            readXmpPosition(m_content->xmp, facts);
+        }
         readTexts(exif, facts.texts);
         readNumbers(exif, facts.numbers);
         readDescriptions(*m_content, facts);

@@ -55,6 +55,12 @@ bool isOfGps(const Exiv2::Exifdatum& datum)
     return datum.groupName() == "GPSInfo" || datum.key() == kGpsPointer;
 }
 
+/// XMP has the tags of the Exif block under the same names (ISO 16684-2, "exif").
+bool isXmpOfGps(const Exiv2::Xmpdatum& datum)
+{
+    return std::string_view(datum.key()).starts_with("Xmp.exif.GPS");
+}
+
 /// Degrees, minutes and seconds to a ten-millionth (CIPA DC-008, GPSLatitude): 3 micrometres.
 Exiv2::URationalValue degreesMinutesSeconds(double degrees)
 {
@@ -124,8 +130,10 @@ Result<ImageProperties> ImageProperties::fromBytes(const QByteArray& bytes)
 bool ImageProperties::hasGps() const
 {
     bool found = false;
-    static_cast<void>(MetadataAdapter::attempt(
-        [&] { found = std::any_of(m_content->exif.begin(), m_content->exif.end(), isOfGps); }));
+    static_cast<void>(MetadataAdapter::attempt([&] {
+        found = std::any_of(m_content->exif.begin(), m_content->exif.end(), isOfGps) ||
+                std::any_of(m_content->xmp.begin(), m_content->xmp.end(), isXmpOfGps);
+    }));
     return found;
 }
 
@@ -158,6 +166,15 @@ void ImageProperties::removeIptcKeywords()
         eraseWhere(m_content->iptc, [](const Exiv2::Iptcdatum& datum) {
             return datum.record() == Exiv2::IptcDataSets::application2 &&
                    datum.tag() == Exiv2::IptcDataSets::Keywords;
+        });
+    }));
+}
+
+void ImageProperties::removeExifKeywords()
+{
+    static_cast<void>(MetadataAdapter::attempt([this] {
+        eraseWhere(m_content->exif, [](const Exiv2::Exifdatum& datum) {
+            return datum.key() == "Exif.Image.XPKeywords";
         });
     }));
 }

@@ -22,8 +22,8 @@ struct GpsPosition {
 
 /// What a picture file says of itself, decoded; whatever it does not say is absent.
 struct ImageFacts {
-    QSize pixels;       ///< stored size of the main picture, not turned
-    int orientation{1}; ///< EXIF 1..8
+    QSize pixels;       ///< stored size of the main picture, not turned; of HEIC as shown
+    int orientation{1}; ///< EXIF 1..8; of HEIC always 1, its file's turns are part of the picture
     /// Wall clock (DateTimeOriginal, else DateTimeDigitized, else DateTime), Qt::UTC, with
     /// subseconds.
     std::optional<QDateTime> dateTaken;
@@ -68,14 +68,16 @@ public:
     [[nodiscard]] static Result<ImageProperties> read(const QString& path);
     [[nodiscard]] static Result<ImageProperties> fromBytes(const QByteArray& bytes);
 
-    /// Whether there is a GPS block, even one without a position ("{GPS}").
+    /// Whether there is a GPS block, even one without a position ("{GPS}"), in Exif or in XMP.
     [[nodiscard]] bool hasGps() const;
-    /// Replaces the GPS block by one of this position alone.
+    /// Replaces the GPS block of Exif by one of this position alone.
     void setGps(const GpsPosition& position);
     /// Whether there is an IPTC block ("{IPTC}").
     [[nodiscard]] bool hasIptc() const;
     /// Removes the IPTC keywords and nothing else of the block.
     void removeIptcKeywords();
+    /// Removes the keywords that Windows keeps in Exif (XPKeywords).
+    void removeExifKeywords();
     /// Removes subject keywords from XMP (dc:subject, lr:hierarchicalSubject and the like).
     void removeXmpSubjects();
 

@@ -22,4 +22,6 @@ struct ImageProperties::Content {
     QByteArray iccProfile;
     /// From a CRW file, whose exposure and lens stand where only LibRaw finds them.
     bool isOfCrwFile{false};
+    /// The XMP packet notes a second part that is not whole.
+    bool isExtendedXmpLost{false};
 };

@@ -67,6 +67,25 @@ Result<Bitmap> decodeAs(FileType type, const QByteArray& bytes)
                  QStringLiteral("it is no picture of a kind that can be decoded")};
 }
 
+/// What the file shows of its picture beside it.
+std::optional<QImage> previewIn(const QByteArray& bytes, FileType type)
+{
+    if (type == FileType::Heif) {
+        return HeifDecoder::thumbnail(bytes);
+    }
+    return type == FileType::Raw ? PreviewFinder::largest(bytes) : std::nullopt;
+}
+
+/// A RAW file is also judged without a preview, since its sensor's data could be any values.
+std::optional<QString> sceneComplaint(const Bitmap& bitmap, const QByteArray& bytes, FileType type)
+{
+    if (type == FileType::Raw) {
+        return SceneComparison::complaint(bitmap, previewIn(bytes, type));
+    }
+    const auto thumbnail = type == FileType::Heif ? previewIn(bytes, type) : std::nullopt;
+    return thumbnail ? SceneComparison::thumbnailComplaint(bitmap, *thumbnail) : std::nullopt;
+}
+
 } // namespace
 
 const QStringList& ImageSource::readableExtensions()
@@ -96,11 +115,8 @@ Result<Bitmap> ImageSource::decode(const QString& path)
     if (!bitmap.ok()) {
         return errorOf(path, bitmap.error().code, bitmap.error().message);
     }
-    if (type == FileType::Raw) {
-        const auto preview = PreviewFinder::largest(bytes.value());
-        if (const auto complaint = SceneComparison::complaint(bitmap.value(), preview)) {
-            return errorOf(path, ErrorCode::Damaged, *complaint);
-        }
+    if (const auto complaint = sceneComplaint(bitmap.value(), bytes.value(), type)) {
+        return errorOf(path, ErrorCode::Damaged, *complaint);
     }
     return bitmap;
 }
@@ -108,10 +124,8 @@ Result<Bitmap> ImageSource::decode(const QString& path)
 std::optional<QImage> ImageSource::embeddedPreview(const QString& path)
 {
     const Result<QByteArray> bytes = readFile(path);
-    if (!bytes.ok() || FileTypes::detect(bytes.value(), path) != FileType::Raw) {
-        return std::nullopt;
-    }
-    return PreviewFinder::largest(bytes.value());
+    return bytes.ok() ? previewIn(bytes.value(), FileTypes::detect(bytes.value(), path))
+                      : std::nullopt;
 }
 
 Result<void> ImageSource::check(const QString& path)

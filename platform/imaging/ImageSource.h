@@ -12,15 +12,17 @@
 
 /// Decoders of all supported picture types: RAW through LibRaw, JPEG through libjpeg-turbo, HEIC
 /// through libheif, PNG, TIFF and the rest through Qt. Pixels lie as the file stores them (the
-/// sensor's rows for RAW); orientation tags are not applied. The type is recognised by content.
+/// sensor's rows for RAW); orientation tags are not applied. HEIC pictures lie as they are to be
+/// shown, since their file's turns are part of them; ImageProperties says so, too. The type is
+/// recognised by content.
 ///
 /// RAW: camera white balance, sRGB primaries, 16 bits linear, no automatic brightness, highlights
 /// clipped; size is the camera's own crop where the metadata states one, else LibRaw's visible
-/// area. Other types: their ICC profile converted to sRGB.
+/// area. Other types: their colours converted to sRGB.
 ///
 /// Damage is an error, never a picture: data errors reported by a library, truncated strips, a
 /// file shorter than its own offsets say, and a decode that yields noise or nothing where the
-/// embedded preview shows a scene.
+/// embedded preview (RAW, HEIC) shows a scene.
 ///
 /// All functions: any thread, several at once. Deterministic. Errors name the file: NotFound,
 /// Unreadable, Unsupported, Damaged, OutOfSpace (memory).
@@ -32,8 +34,8 @@ namespace ImageSource
 
 [[nodiscard]] Result<Bitmap> decode(const QString& path);
 
-/// The largest preview that the file itself embeds (RAW files), as stored, not turned; nothing
-/// where it has none that decodes.
+/// The largest preview that a RAW file embeds, as stored, not turned; the thumbnail of a HEIC
+/// file, as it is to be shown. Nothing where there is none that decodes.
 [[nodiscard]] std::optional<QImage> embeddedPreview(const QString& path);
 
 /// Whether the file decodes to its last row: decode() without the picture.

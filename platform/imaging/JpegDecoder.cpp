@@ -1,6 +1,7 @@
 #include "JpegDecoder.h"
 
 #include "ColorProfile.h"
+#include "ExifColor.h"
 #include "JpegErrors.h"
 #include "PictureLimits.h"
 #include "SrgbTransfer.h"
@@ -19,6 +20,8 @@ namespace
 /// otherwise keep the decoder busy for hours.
 constexpr int kMaximumScans = 500;
 
+constexpr int kExifMarker = JPEG_APP0 + 1;
+
 /// libjpeg's decompressor and everything that must outlive a longjmp out of it.
 class Decompressor final
 {
@@ -29,6 +32,7 @@ public:
     Decompressor& operator=(const Decompressor&) = delete;
 
     [[nodiscard]] bool readHeader();
+    /// The embedded one, or Adobe's where the Exif block says so; empty for sRGB.
     [[nodiscard]] QByteArray iccProfile();
     [[nodiscard]] bool start();
     [[nodiscard]] bool readRow(JSAMPLE* row);
@@ -76,9 +80,24 @@ bool Decompressor::readHeader()
         jpeg_mem_src(&m_state,
                      reinterpret_cast<const unsigned char*>(m_bytes.data()),
                      static_cast<unsigned long>(m_bytes.size()));
+        jpeg_save_markers(&m_state, kExifMarker, 0xFFFF);
         jpeg_save_markers(&m_state, JPEG_APP0 + 2, 0xFFFF);
         jpeg_read_header(&m_state, TRUE);
     });
+}
+
+/// Whether one of the saved segments is an Exif block that says so.
+bool saysAdobeRgb(jpeg_saved_marker_ptr segment)
+{
+    for (; segment != nullptr; segment = segment->next) {
+        const QByteArrayView payload(reinterpret_cast<const char*>(segment->data),
+                                     static_cast<qsizetype>(segment->data_length));
+        const QByteArrayView signature("Exif\0\0", 6);
+        if (segment->marker == kExifMarker && payload.startsWith(signature)) {
+            return ExifColor::isAdobeRgb(payload.sliced(signature.size()));
+        }
+    }
+    return false;
 }
 
 QByteArray Decompressor::iccProfile()
@@ -87,7 +106,7 @@ QByteArray Decompressor::iccProfile()
     unsigned length = 0;
     if (!m_errors.run([&] { jpeg_read_icc_profile(&m_state, &data, &length); }) ||
         data == nullptr) {
-        return {};
+        return saysAdobeRgb(m_state.marker_list) ? ColorProfile::adobeRgb() : QByteArray();
     }
     QByteArray profile(reinterpret_cast<const char*>(data), static_cast<qsizetype>(length));
     std::free(data); // NOLINT(*-no-malloc): libjpeg allocates it so

@@ -12,10 +12,10 @@
 namespace JpegDecoder
 {
 
-/// Decodes to the last row; grey, YCbCr, RGB, CMYK and YCCK; the ICC profile converted to sRGB
-/// (sRGB assumed where there is none). Anything that libjpeg had to guess (an early end, a bad
-/// code, missing rows) is an error. Errors: Damaged, Unsupported, OutOfSpace; clauses
-/// that name no file.
+/// Decodes to the last row; grey, YCbCr, RGB, CMYK and YCCK; the ICC profile, or Adobe RGB where
+/// only the Exif block says so, converted to sRGB (sRGB assumed where nothing is said). Anything
+/// that libjpeg had to guess (an early end, a bad code, missing rows) is an error. Errors: Damaged,
+/// Unsupported, OutOfSpace; clauses that name no file.
 [[nodiscard]] Result<Bitmap> decode(QByteArrayView bytes);
 
 /// The size that the header states; nothing where the bytes are no JPEG file.

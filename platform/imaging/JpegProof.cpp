@@ -102,12 +102,36 @@ std::optional<Error> compare(const Bitmap& decoded, const Bitmap& encoded, doubl
                    : std::nullopt;
 }
 
-bool contradicts(const SmallPicture& picture, const QImage& reference)
+/// What speaks against the picture where the reference shows the same scene.
+std::optional<Error> contradiction(const SceneComparison::Views& picture, const QImage& reference)
 {
-    const SmallPicture shown = SmallPicture::of(reference);
-    return SceneComparison::isStructured(shown) && SceneComparison::isStructured(picture) &&
-           SceneComparison::likeness(picture, shown) >= kSameScene &&
-           std::abs(picture.mean() - shown.mean()) > kLightnessBound;
+    const auto shown = SceneComparison::Views::of(reference);
+    if (!SceneComparison::isStructured(shown.lightness) ||
+        !SceneComparison::isStructured(picture.lightness) ||
+        SceneComparison::likeness(picture.lightness, shown.lightness) < kSameScene) {
+        return std::nullopt;
+    }
+    if (std::abs(picture.lightness.mean() - shown.lightness.mean()) > kLightnessBound) {
+        return damaged(QStringLiteral("it is far darker or lighter than the preview of the photo"));
+    }
+    if (SceneComparison::hasOtherColors(picture, shown)) {
+        return damaged(QStringLiteral("its colours are not those of the preview of the photo"));
+    }
+    return std::nullopt;
+}
+
+std::optional<Error> contradiction(const Bitmap& decoded, const QList<QImage>& references)
+{
+    if (references.isEmpty()) {
+        return std::nullopt;
+    }
+    const auto picture = SceneComparison::Views::of(decoded);
+    for (const QImage& reference : references) {
+        if (const auto failure = contradiction(picture, reference)) {
+            return failure;
+        }
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -134,10 +158,8 @@ JpegProof::prove(const QByteArray& jpeg, const Bitmap& encoded, const QList<QIma
     if (const auto failure = compare(decoded.value(), encoded, bound)) {
         return *failure;
     }
-    const bool unlike = std::ranges::any_of(
-        references, [&](const QImage& reference) { return contradicts(small, reference); });
-    if (unlike) {
-        return damaged(QStringLiteral("it is far darker or lighter than the preview of the photo"));
+    if (const auto failure = contradiction(decoded.value(), references)) {
+        return *failure;
     }
     return {};
 }

@@ -16,7 +16,8 @@ namespace JpegProof
 /// `encoded` is not. `references`: pictures that should show the same scene (the file's embedded
 /// preview, the library's preview of the unedited photo), as the sensor's rows lie; one that does
 /// not show the scene proves nothing and fails nothing, one that does must be alike within wide
-/// bounds. Any thread. Errors: Damaged with what fell short.
+/// bounds, in lightness and, unless it is in black and white, in colour. Any thread. Errors:
+/// Damaged with what fell short.
 [[nodiscard]] Result<void>
 prove(const QByteArray& jpeg, const Bitmap& encoded, const QList<QImage>& references);
 

@@ -1,5 +1,8 @@
 #include "MetadataAdapter.h"
 
+#include "ExtendedXmp.h"
+#include "FileType.h"
+#include "HeifMetadata.h"
 #include "ImagePropertiesContent.h"
 #include "RawMetadata.h"
 #include "XmpRepair.h"
@@ -20,6 +23,9 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
+
+/// As many bytes of a file as tell HEIF and JPEG files from others.
+constexpr qsizetype kMarkBytes = 32;
 
 /// Exiv2 is prepared on first use: silent, with the readers of HEIC and CR3, and with the XMP
 /// toolkit started before two threads could start it at once.
@@ -108,6 +114,22 @@ bool readWithExiv2(const Open& open, ImageProperties::Content& content)
     });
 }
 
+/// Whether the file says something that Exiv2 does not read.
+bool needsBytes(FileType type, const ImageProperties::Content& content)
+{
+    return type == FileType::Heif || (type == FileType::Jpeg && ExtendedXmp::isNoted(content));
+}
+
+/// True where that alone makes it a picture of a known type.
+bool completeFrom(const QByteArray& bytes, FileType type, ImageProperties::Content& content)
+{
+    if (type == FileType::Heif) {
+        return HeifMetadata::makeUpright(bytes, content);
+    }
+    ExtendedXmp::merge(bytes, content);
+    return false;
+}
+
 /// For pictures of types that only Qt reads: they have no blocks that would be carried over.
 Result<void> readWithQt(QIODevice& device, const QString& name, ImageProperties::Content& content)
 {
@@ -148,6 +170,10 @@ Result<void> readFile(const QString& path, ImageProperties::Content& content)
         known =
             readWithExiv2([&] { return Exiv2::ImageFactory::open(name.toStdString()); }, content);
         known = RawMetadata::completeFromFile(name, content) || known;
+        const FileType type = FileTypes::detect(file.peek(kMarkBytes), path);
+        if (needsBytes(type, content)) {
+            known = completeFrom(file.readAll(), type, content) || known;
+        }
     }));
     return known ? Result<void>{} : readWithQt(file, path, content);
 }
@@ -167,6 +193,10 @@ Result<void> readBytes(const QByteArray& bytes, ImageProperties::Content& conten
             },
             content);
         known = RawMetadata::completeFromBytes(bytes, content) || known;
+        const FileType type = FileTypes::detect(bytes.left(kMarkBytes), {});
+        if (needsBytes(type, content)) {
+            known = completeFrom(bytes, type, content) || known;
+        }
     }));
     QBuffer buffer;
     buffer.setData(bytes);

@@ -78,6 +78,20 @@ constexpr std::array kRawRanges{
     TagRange{0xcd2d, 0xcd4f}, // DNG 1.6 and 1.7
 };
 
+/// Tags within those blocks that tell of the photo, not of its RAW data.
+constexpr std::array<uint16_t, 10> kTrueTags{
+    0xc614, // UniqueCameraModel
+    0xc615, // LocalizedCameraModel
+    0xc68b, // OriginalRawFileName
+    0xc6d2, // Panasonic's title
+    0xc6d3, // and its second one
+    0xc763, // TimeCodes
+    0xc764, // FrameRate
+    0xc772, // TStop
+    0xc789, // ReelName
+    0xc7a1, // CameraLabel
+};
+
 /// Directories of pictures that the JPEG does not have.
 constexpr std::array kPictureGroups{
     std::string_view("Image2"),
@@ -134,6 +148,14 @@ constexpr std::array kKeysOfSize{
     std::string_view("Exif.Photo.FocalPlaneXResolution"),
     std::string_view("Exif.Photo.FocalPlaneYResolution"),
     std::string_view("Exif.Photo.FocalPlaneResolutionUnit"),
+    std::string_view("Exif.Image.SubjectLocation"),
+    std::string_view("Exif.Image.FocalPlaneXResolution"),
+    std::string_view("Exif.Image.FocalPlaneYResolution"),
+    std::string_view("Exif.Image.FocalPlaneResolutionUnit"),
+    std::string_view("Exif.Image.0xa20e"), // the Exif directory's numbers, misplaced
+    std::string_view("Exif.Image.0xa20f"),
+    std::string_view("Exif.Image.0xa210"),
+    std::string_view("Exif.Image.0xa214"),
 };
 
 /// Where RAW files have tags that a JPEG has in another directory (TIFF/EP and Panasonic put them
@@ -183,10 +205,11 @@ bool contains(const List& list, std::string_view text)
 
 bool isUntrueInFirstDirectory(uint16_t tag)
 {
+    const bool isOfRaw = std::ranges::any_of(kRawRanges, [tag](const TagRange& range) {
+        return tag >= range.first && tag <= range.last;
+    });
     return std::ranges::find(kStructureTags, tag) != kStructureTags.end() ||
-           std::ranges::any_of(kRawRanges, [tag](const TagRange& range) {
-               return tag >= range.first && tag <= range.last;
-           });
+           (isOfRaw && std::ranges::find(kTrueTags, tag) == kTrueTags.end());
 }
 
 bool isUntrue(const Exiv2::Exifdatum& datum)
@@ -237,21 +260,6 @@ double numberOf(const Exiv2::ExifData& exif, const char* key)
     return found == exif.end() || found->count() == 0 ? 0.0 : static_cast<double>(found->toLong(0));
 }
 
-/// Whether one pixel of the copy shows what one of the original did: makers and decoders disagree
-/// over a few at the edges, which is not a reduction.
-bool hasScaleOfOriginal(const ImageProperties::Content& content, QSize pixels)
-{
-    constexpr double kEdges = 0.03;
-    double width = numberOf(content.exif, "Exif.Photo.PixelXDimension");
-    double height = numberOf(content.exif, "Exif.Photo.PixelYDimension");
-    if (width <= 0.0 || height <= 0.0) {
-        width = content.pixels.width();
-        height = content.pixels.height();
-    }
-    return std::abs(pixels.width() - width) <= kEdges * width &&
-           std::abs(pixels.height() - height) <= kEdges * height;
-}
-
 /// What the standard asks of every JPEG (CIPA DC-008, 4.6.8), where the original does not say it.
 void addRequired(Exiv2::ExifData& exif)
 {
@@ -280,6 +288,19 @@ void addRequired(Exiv2::ExifData& exif)
 
 namespace MetadataPruning
 {
+
+bool hasScaleOfOriginal(const ImageProperties::Content& content, QSize pixels)
+{
+    constexpr double kEdges = 0.03;
+    double width = numberOf(content.exif, "Exif.Photo.PixelXDimension");
+    double height = numberOf(content.exif, "Exif.Photo.PixelYDimension");
+    if (width <= 0.0 || height <= 0.0) {
+        width = content.pixels.width();
+        height = content.pixels.height();
+    }
+    return std::abs(pixels.width() - width) <= kEdges * width &&
+           std::abs(pixels.height() - height) <= kEdges * height;
+}
 
 bool isOfMakerNote(const std::string& group)
 {

@@ -17,6 +17,10 @@ void makeExifTrue(ImageProperties::Content& content, QSize pixels);
 /// The same for XMP. Keeps the history and rights of the photo.
 void makeXmpTrue(ImageProperties::Content& content, QSize pixels);
 
+/// Whether one pixel of the copy shows what one of the original did: makers and decoders disagree
+/// over a few at the edges, which is not a reduction. To be asked of the original's tags.
+[[nodiscard]] bool hasScaleOfOriginal(const ImageProperties::Content& content, QSize pixels);
+
 /// Whether the tag belongs to a maker note: to none of the directories of the standard.
 [[nodiscard]] bool isOfMakerNote(const std::string& group);
 

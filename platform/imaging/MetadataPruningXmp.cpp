@@ -56,6 +56,15 @@ constexpr std::array kUntrueProperties{
     std::string_view("Xmp.GCamera.MotionPhotoVersion"),
 };
 
+/// Properties in pixels of the original, untrue where the copy has another size.
+constexpr std::array kPropertiesOfSize{
+    std::string_view("Xmp.exif.SubjectArea"),
+    std::string_view("Xmp.exif.SubjectLocation"),
+    std::string_view("Xmp.exif.FocalPlaneXResolution"),
+    std::string_view("Xmp.exif.FocalPlaneYResolution"),
+    std::string_view("Xmp.exif.FocalPlaneResolutionUnit"),
+};
+
 bool isPartOf(std::string_view key, std::string_view property)
 {
     return key.starts_with(property) &&
@@ -63,12 +72,17 @@ bool isPartOf(std::string_view key, std::string_view property)
             key[property.size()] == '/');
 }
 
-bool isUntrue(const Exiv2::Xmpdatum& datum)
+template <typename List>
+bool isPartOfAny(std::string_view key, const List& properties)
+{
+    return std::ranges::any_of(
+        properties, [key](std::string_view property) { return isPartOf(key, property); });
+}
+
+bool isUntrue(const Exiv2::Xmpdatum& datum, bool isScaled)
 {
     const std::string key = datum.key();
-    if (std::ranges::any_of(kUntrueProperties, [&key](std::string_view property) {
-            return isPartOf(key, property);
-        })) {
+    if (isPartOfAny(key, kUntrueProperties) || (isScaled && isPartOfAny(key, kPropertiesOfSize))) {
         return true;
     }
     const std::string space = Exiv2::XmpProperties::ns(datum.groupName());
@@ -95,8 +109,9 @@ namespace MetadataPruning
 void makeXmpTrue(ImageProperties::Content& content, QSize pixels)
 {
     Exiv2::XmpData& xmp = content.xmp;
+    const bool isScaled = !hasScaleOfOriginal(content, pixels);
     for (auto datum = xmp.begin(); datum != xmp.end();) {
-        datum = isUntrue(*datum) ? xmp.erase(datum) : std::next(datum);
+        datum = isUntrue(*datum, isScaled) ? xmp.erase(datum) : std::next(datum);
     }
     correct(xmp, "Xmp.exif.PixelXDimension", std::to_string(pixels.width()));
     correct(xmp, "Xmp.exif.PixelYDimension", std::to_string(pixels.height()));

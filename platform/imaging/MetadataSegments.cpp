@@ -4,10 +4,14 @@
 #include "MetadataAdapter.h"
 #include "MetadataPruning.h"
 #include "MetadataTrimming.h"
+#include "SystemLog.h"
 
 #include <algorithm>
 #include <exiv2/jpgimage.hpp>
+#include <functional>
 #include <string>
+
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -76,11 +80,22 @@ void appendIptc(const Exiv2::IptcData& iptc, QList<JpegSegment>& segments)
 
 void appendXmp(ImageProperties::Content& content, QSize pixels, QList<JpegSegment>& segments)
 {
+    if (content.isExtendedXmpLost) {
+        systemLog(u"The second part of the XMP metadata is not whole; left out"_s);
+    }
     MetadataPruning::makeXmpTrue(content, pixels);
     const QByteArray packet =
         MetadataTrimming::encodeXmp(content, kLargestPayload - xmpSignature().size());
     if (!packet.isEmpty()) {
         segments.append({kApp1, xmpSignature() + packet});
+    }
+}
+
+/// Each block by itself: one that cannot be written leaves the others.
+void appendBlock(const QString& name, const std::function<void()>& append)
+{
+    if (!MetadataAdapter::attempt(append)) {
+        systemLog(u"The %1 metadata cannot be written; all of it is left out"_s.arg(name));
     }
 }
 
@@ -93,17 +108,15 @@ QList<JpegSegment>
 build(const ImageProperties& properties, QSize pixels, const QByteArray& thumbnailJpeg)
 {
     QList<JpegSegment> segments;
-    // Each block by itself: one that cannot be written leaves the others.
-    static_cast<void>(MetadataAdapter::attempt([&] {
+    appendBlock(u"Exif"_s, [&] {
         ImageProperties::Content copy = properties.content();
         appendExif(copy, pixels, thumbnailJpeg, segments);
-    }));
-    static_cast<void>(
-        MetadataAdapter::attempt([&] { appendIptc(properties.content().iptc, segments); }));
-    static_cast<void>(MetadataAdapter::attempt([&] {
+    });
+    appendBlock(u"IPTC"_s, [&] { appendIptc(properties.content().iptc, segments); });
+    appendBlock(u"XMP"_s, [&] {
         ImageProperties::Content copy = properties.content();
         appendXmp(copy, pixels, segments);
-    }));
+    });
     return segments;
 }
 

@@ -61,6 +61,82 @@ bool isComplete(const Exiv2::Blob& block, const Exiv2::ExifData& exif)
     });
 }
 
+/// The part of `exif` that Exiv2 needs to write this tag of it.
+Exiv2::ExifData neededFor(const Exiv2::Exifdatum& datum, const Exiv2::ExifData& exif)
+{
+    Exiv2::ExifData needed;
+    if (!isPartOfMakerNote(datum)) {
+        needed.add(datum);
+        return needed;
+    }
+    for (const Exiv2::Exifdatum& other : exif) {
+        const std::string key = other.key();
+        if (isPartOfMakerNote(other) || key == kWholeMakerNote || key == "Exif.Image.Make" ||
+            key == "Exif.Image.Model") {
+            needed.add(other);
+        }
+    }
+    return needed;
+}
+
+/// Whether Exiv2 leaves the tag out although there is room for it.
+bool isLeftOut(const Exiv2::Exifdatum& datum,
+               const ImageProperties::Content& content,
+               qsizetype largest)
+{
+    const Exiv2::ExifData needed = neededFor(datum, content.exif);
+    if (estimatedSize(needed) > largest) {
+        return false;
+    }
+    Exiv2::Blob block;
+    Exiv2::ExifParser::encode(block, content.byteOrder, needed);
+    Exiv2::ExifData written;
+    Exiv2::ExifParser::decode(written, block.data(), static_cast<uint32_t>(block.size()));
+    return written.findKey(Exiv2::ExifKey(datum.key())) == written.end();
+}
+
+/// Takes out the large tags that Exiv2 leaves out whatever their size, and returns their names.
+QStringList removeLeftOut(ImageProperties::Content& content, qsizetype largest)
+{
+    QStringList removed;
+    Exiv2::ExifData& exif = content.exif;
+    for (auto datum = exif.begin(); datum != exif.end();) {
+        const bool isLarge = datum->size() > kDropsAbove && datum->key() != kWholeMakerNote;
+        bool isUnwritable = false;
+        if (isLarge) {
+            static_cast<void>(MetadataAdapter::attempt(
+                [&] { isUnwritable = isLeftOut(*datum, content, largest); }));
+        }
+        if (isUnwritable) {
+            removed.append(QString::fromStdString(datum->key()));
+        }
+        datum = isUnwritable ? exif.erase(datum) : std::next(datum);
+    }
+    return removed;
+}
+
+/// Takes out the tags at which Exiv2 gives up the whole block, and returns their names.
+QStringList removeRefused(ImageProperties::Content& content)
+{
+    QStringList removed;
+    Exiv2::ExifData accepted;
+    for (const Exiv2::Exifdatum& datum : content.exif) {
+        Exiv2::ExifData tried = accepted;
+        Exiv2::Blob block;
+        const bool isWritten = MetadataAdapter::attempt([&] {
+            tried.add(datum);
+            Exiv2::ExifParser::encode(block, content.byteOrder, tried);
+        });
+        if (isWritten) {
+            accepted = std::move(tried);
+        } else {
+            removed.append(QString::fromStdString(datum.key()));
+        }
+    }
+    content.exif = std::move(accepted);
+    return removed;
+}
+
 bool hasGroup(const Exiv2::ExifData& exif, std::string_view group)
 {
     return std::any_of(exif.begin(), exif.end(), [group](const Exiv2::Exifdatum& datum) {
@@ -117,6 +193,14 @@ void logTrimmed(const QString& block, const QStringList& parts)
 {
     if (!parts.isEmpty()) {
         systemLog(u"The %1 metadata is more than a JPEG segment holds; left out: %2"_s.arg(
+            block, parts.join(u", "_s)));
+    }
+}
+
+void logUnwritable(const QString& block, const QStringList& parts)
+{
+    if (!parts.isEmpty()) {
+        systemLog(u"The %1 metadata has parts that cannot be written; left out: %2"_s.arg(
             block, parts.join(u", "_s)));
     }
 }
@@ -194,22 +278,32 @@ QByteArray encodeExif(ImageProperties::Content& content, qsizetype largest)
     // The estimate leaves out headers and padding of the directories.
     constexpr qsizetype kMargin = 2048;
     QStringList trimmed;
+    QStringList unwritable;
     Exiv2::Blob block;
+    bool isSifted = false;
     while (!content.exif.empty()) {
         bool isWhole = false;
-        // What cannot be written is treated as what does not fit.
-        static_cast<void>(MetadataAdapter::attempt([&] {
+        const bool isWritten = MetadataAdapter::attempt([&] {
             Exiv2::ExifParser::encode(block, content.byteOrder, content.exif);
             isWhole =
                 std::ssize(block) <= largest && (estimatedSize(content.exif) <= largest - kMargin ||
                                                  isComplete(block, content.exif));
-        }));
+        });
         if (isWhole) {
             break;
         }
         block.clear();
+        if (!isSifted) {
+            // A single tag that cannot be written must not cost those that can.
+            isSifted = true;
+            unwritable = isWritten ? removeLeftOut(content, largest) : removeRefused(content);
+            if (!unwritable.isEmpty()) {
+                continue;
+            }
+        }
         trimmed.append(trimExif(content));
     }
+    logUnwritable(u"Exif"_s, unwritable);
     logTrimmed(u"Exif"_s, trimmed);
     return {reinterpret_cast<const char*>(block.data()), std::ssize(block)};
 }
@@ -220,7 +314,7 @@ QByteArray encodeXmp(ImageProperties::Content& content, qsizetype largest)
     QStringList trimmed;
     std::string packet;
     if (!encode(xmp, packet)) {
-        trimmed = removeRefused(xmp);
+        logUnwritable(u"XMP"_s, removeRefused(xmp));
     }
     while (!xmp.empty()) {
         if (encode(xmp, packet) && std::ssize(packet) <= largest) {

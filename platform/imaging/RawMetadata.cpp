@@ -109,6 +109,10 @@ void removeDoubtfulExposure(Exiv2::ExifData& exif)
     }
 }
 
+/// In place of LibRaw's own, which writes to standard error. Damage that matters shows in what was
+/// opened, and when the picture is decoded.
+void ignoreDataError(void* /*object*/, const char* /*file*/, int /*offset*/) {}
+
 template <typename Open>
 bool completeWith(const Open& open, ImageProperties::Content& content)
 {
@@ -117,6 +121,7 @@ bool completeWith(const Open& open, ImageProperties::Content& content)
     }
     // LibRaw's object is too large for the stack of a thread.
     const auto raw = std::make_unique<LibRaw>();
+    raw->set_dataerror_handler(&ignoreDataError, nullptr);
     if (open(*raw) != LIBRAW_SUCCESS) {
         return false;
     }

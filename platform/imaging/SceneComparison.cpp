@@ -7,6 +7,8 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <functional>
+#include <iterator>
 #include <vector>
 
 namespace
@@ -22,9 +24,18 @@ constexpr double kFlat = 0.02;
 constexpr double kSceneNeighbours = 0.6;
 constexpr double kNoiseNeighbours = 0.25;
 
-/// Mean step between neighbouring pixels at full size (0..1); mere darkness, as of a dark room,
-/// stays below it.
-constexpr double kNoiseStep = 0.001;
+/// Mean step between neighbouring pixels at full size (0..1). Measured: values by chance 0.17 and
+/// more; a dark frame or a sky of stars below 0.08, since most of it is black.
+constexpr double kNoiseStep = 0.12;
+
+/// Values by chance are as often light as dark; clipping makes them lighter.
+constexpr double kDarkestNoise = 0.3;
+
+/// Nothing but noise around black in fewer pixels than any camera's sensor has is what is left of
+/// a file that was cut down.
+constexpr qint64 kSmallestPhoto = 640LL * 480;
+constexpr double kBlackMean = 0.01;
+constexpr double kBlackStep = 0.001;
 
 /// Below this likeness two pictures show different things; measured: the same scene 0.85 and
 /// more, noise below 0.1.
@@ -49,29 +60,107 @@ double shapeOf(const SmallPicture& picture)
     return static_cast<double>(picture.original().width()) / picture.original().height();
 }
 
-double gridCorrelation(const SmallPicture& first,
-                       const QRectF& firstArea,
-                       const SmallPicture& second,
-                       const QRectF& secondArea)
+/// How one picture is laid over another: `turns` quarter turns clockwise of the second, and the
+/// part of each that is compared.
+struct Overlay {
+    int turns{0};
+    QRectF first{0.0, 0.0, 1.0, 1.0};
+    QRectF second{0.0, 0.0, 1.0, 1.0};
+};
+
+SmallPicture turnedBy(SmallPicture picture, int turns)
 {
-    const QSize grid(kGrid, kGrid);
-    return Correlation::ofRanks(first.sampled(firstArea, grid).values(),
-                                second.sampled(secondArea, grid).values());
+    for (int quarter = 0; quarter < turns; ++quarter) {
+        picture = picture.turned();
+    }
+    return picture;
 }
 
-double bestFit(const SmallPicture& first, const SmallPicture& second)
+/// The values of both pictures at the same places.
+std::pair<SmallPicture, SmallPicture>
+laidOver(const SmallPicture& first, const SmallPicture& second, const Overlay& overlay)
 {
-    const QRectF whole(0.0, 0.0, 1.0, 1.0);
-    const double firstShape = shapeOf(first);
-    const double secondShape = shapeOf(second);
+    const QSize grid(kGrid, kGrid);
+    return {first.sampled(overlay.first, grid),
+            turnedBy(second, overlay.turns).sampled(overlay.second, grid)};
+}
+
+double correlationOf(const std::pair<SmallPicture, SmallPicture>& pictures)
+{
+    return Correlation::ofRanks(pictures.first.values(), pictures.second.values());
+}
+
+/// The ways to lay pictures of these shapes (width by height) over each other.
+std::vector<Overlay> overlays(double firstShape, double secondShape)
+{
     // Beyond this they are no turns of each other.
     constexpr double kDifferent = 1.5;
-    if (firstShape > secondShape * kDifferent || secondShape > firstShape * kDifferent) {
-        return -1.0;
+    std::vector<Overlay> all;
+    for (int turns = 0; turns < 4; ++turns) {
+        const double shape = turns % 2 == 0 ? secondShape : 1.0 / secondShape;
+        if (firstShape > shape * kDifferent || shape > firstShape * kDifferent) {
+            continue;
+        }
+        all.push_back({.turns = turns});
+        all.push_back({.turns = turns, .first = fitted(firstShape, shape)});
+        all.push_back({.turns = turns, .second = fitted(shape, firstShape)});
     }
-    return std::max({gridCorrelation(first, whole, second, whole),
-                     gridCorrelation(first, fitted(firstShape, secondShape), second, whole),
-                     gridCorrelation(first, whole, second, fitted(secondShape, firstShape))});
+    return all;
+}
+
+/// The overlay in which the pictures are most alike.
+struct Fit {
+    Overlay overlay;
+    double likeness{-1.0};
+};
+
+Fit bestFit(const SmallPicture& first, const SmallPicture& second)
+{
+    Fit best;
+    for (const Overlay& overlay : overlays(shapeOf(first), shapeOf(second))) {
+        const double likeness = correlationOf(laidOver(first, second, overlay));
+        if (likeness > best.likeness) {
+            best = {.overlay = overlay, .likeness = likeness};
+        }
+    }
+    return best;
+}
+
+/// Whether the colour depends on lightness alone, as in black and white pictures and toned ones.
+bool isToned(const SmallPicture& lightness, const SmallPicture& color)
+{
+    constexpr std::size_t kSteps = 16;
+    constexpr double kColored = 0.015;
+    std::array<double, kSteps> sums{};
+    std::array<double, kSteps> squares{};
+    std::array<double, kSteps> counts{};
+    for (std::size_t i = 0; i < color.values().size(); ++i) {
+        const auto part = static_cast<double>(lightness.values()[i]) * kSteps;
+        const auto step = static_cast<std::size_t>(std::clamp(part, 0.0, kSteps - 1.0));
+        const auto value = static_cast<double>(color.values()[i]);
+        sums.at(step) += value;
+        squares.at(step) += value * value;
+        counts.at(step) += 1.0;
+    }
+    double rest = 0.0;
+    for (std::size_t step = 0; step < kSteps; ++step) {
+        rest += squares.at(step) - sums.at(step) * sums.at(step) / std::max(counts.at(step), 1.0);
+    }
+    return rest <= kColored * kColored * static_cast<double>(color.values().size());
+}
+
+/// Whether the colours are far apart on the whole, or one picture's are where the other's are not,
+/// as after an exchange of channels.
+bool isContrary(const std::pair<SmallPicture, SmallPicture>& colors)
+{
+    constexpr double kBound = 0.4;
+    constexpr double kColored = 0.03;
+    constexpr double kContrary = -0.5;
+    if (std::abs(colors.first.mean() - colors.second.mean()) > kBound) {
+        return true;
+    }
+    return colors.first.deviation() >= kColored && colors.second.deviation() >= kColored &&
+           correlationOf(colors) <= kContrary;
 }
 
 /// Lightness of one cell of kCells by kCells.
@@ -123,6 +212,33 @@ bool lacksParts(const SmallPicture& decoded, const SmallPicture& shown)
     return missing >= kEnough && Correlation::ofRanks(decodedRest, shownRest) >= kOtherScene;
 }
 
+/// Whether places differ that should not where the rest is alike: the thumbnail was made of the
+/// very picture. Only for thumbnails of the picture's own shape, which lie as it does.
+bool differsInPlaces(const SmallPicture& decoded, const SmallPicture& shown)
+{
+    constexpr double kSameShape = 0.02;
+    constexpr float kOther = 0.2F;
+    constexpr std::ptrdiff_t kEnough = 6;
+    if (std::abs(shapeOf(decoded) / shapeOf(shown) - 1.0) > kSameShape) {
+        return false;
+    }
+    const QRectF whole(0.0, 0.0, 1.0, 1.0);
+    const SmallPicture picture = decoded.sampled(whole, {shown.width(), shown.height()});
+    if (Correlation::ofRanks(picture.values(), shown.values()) < kOtherScene) {
+        return false;
+    }
+    std::vector<float> steps;
+    std::ranges::transform(
+        picture.values(), shown.values(), std::back_inserter(steps), std::minus<float>());
+    // What all places have in common is a matter of tone.
+    std::vector<float> sorted = steps;
+    const auto middle = sorted.begin() + std::ssize(sorted) / 2;
+    std::ranges::nth_element(sorted, middle);
+    const auto others = std::ranges::count_if(
+        steps, [common = *middle](float step) { return std::abs(step - common) > kOther; });
+    return others >= kEnough;
+}
+
 double meanStep(const Bitmap& bitmap)
 {
     // A few hundred rows are enough, spread over the picture.
@@ -152,13 +268,33 @@ bool SceneComparison::isStructured(const SmallPicture& picture)
 
 double SceneComparison::likeness(const SmallPicture& first, const SmallPicture& second)
 {
-    double best = -1.0;
-    SmallPicture turned = second;
-    for (int quarter = 0; quarter < 4; ++quarter) {
-        best = std::max(best, bestFit(first, turned));
-        turned = turned.turned();
+    return bestFit(first, second).likeness;
+}
+
+SceneComparison::Views SceneComparison::Views::of(const Bitmap& bitmap)
+{
+    return {.lightness = SmallPicture::of(bitmap),
+            .redBlue = SmallPicture::of(bitmap, SmallPicture::View::RedBlue),
+            .greenMagenta = SmallPicture::of(bitmap, SmallPicture::View::GreenMagenta)};
+}
+
+SceneComparison::Views SceneComparison::Views::of(const QImage& image)
+{
+    return {.lightness = SmallPicture::of(image),
+            .redBlue = SmallPicture::of(image, SmallPicture::View::RedBlue),
+            .greenMagenta = SmallPicture::of(image, SmallPicture::View::GreenMagenta)};
+}
+
+bool SceneComparison::hasOtherColors(const Views& picture, const Views& shown)
+{
+    const Overlay overlay = bestFit(picture.lightness, shown.lightness).overlay;
+    const SmallPicture lightness = laidOver(picture.lightness, shown.lightness, overlay).second;
+    const auto redBlue = laidOver(picture.redBlue, shown.redBlue, overlay);
+    const auto greenMagenta = laidOver(picture.greenMagenta, shown.greenMagenta, overlay);
+    if (isToned(lightness, redBlue.second) && isToned(lightness, greenMagenta.second)) {
+        return false;
     }
-    return best;
+    return isContrary(redBlue) || isContrary(greenMagenta);
 }
 
 bool SceneComparison::isNoise(const Bitmap& bitmap)
@@ -167,7 +303,13 @@ bool SceneComparison::isNoise(const Bitmap& bitmap)
     if (small.width() < kSmallestSide || small.height() < kSmallestSide) {
         return false;
     }
-    return small.neighbourCorrelation() < kNoiseNeighbours && meanStep(bitmap) >= kNoiseStep;
+    if (small.neighbourCorrelation() >= kNoiseNeighbours) {
+        return false;
+    }
+    const double step = meanStep(bitmap);
+    const bool isRemnant = qint64{bitmap.pixelsWide()} * bitmap.pixelsHigh() < kSmallestPhoto &&
+                           small.mean() < kBlackMean && step >= kBlackStep;
+    return isRemnant || (step >= kNoiseStep && small.mean() >= kDarkestNoise);
 }
 
 std::optional<QString> SceneComparison::complaint(const Bitmap& decoded,
@@ -191,4 +333,20 @@ std::optional<QString> SceneComparison::complaint(const Bitmap& decoded,
         return QStringLiteral("it decodes to nothing, though its preview shows a picture");
     }
     return QStringLiteral("it decodes to noise, though its preview shows a picture");
+}
+
+std::optional<QString> SceneComparison::thumbnailComplaint(const Bitmap& decoded,
+                                                           const QImage& thumbnail)
+{
+    const SmallPicture shown = SmallPicture::of(thumbnail);
+    if (!isStructured(shown)) {
+        return std::nullopt;
+    }
+    if (const auto found = complaint(decoded, thumbnail)) {
+        return found;
+    }
+    return differsInPlaces(SmallPicture::of(decoded), shown)
+               ? std::optional(QStringLiteral("a part of it does not show what its thumbnail "
+                                              "shows, its picture data is corrupt"))
+               : std::nullopt;
 }

@@ -12,10 +12,26 @@ namespace
 
 constexpr int kLongestSide = 96;
 
-/// Lightness weights of the sRGB primaries (ITU-R BT.709).
-constexpr double kRed = 0.2126;
-constexpr double kGreen = 0.7152;
-constexpr double kBlue = 0.0722;
+/// What each channel adds to a value.
+struct Weights {
+    double red{0.0};
+    double green{0.0};
+    double blue{0.0};
+};
+
+Weights weightsOf(SmallPicture::View view)
+{
+    switch (view) {
+    case SmallPicture::View::RedBlue:
+        return {.red = 1.0, .green = 0.0, .blue = -1.0};
+    case SmallPicture::View::GreenMagenta:
+        return {.red = -0.5, .green = 1.0, .blue = -0.5};
+    case SmallPicture::View::Lightness:
+        break;
+    }
+    // The sRGB primaries (ITU-R BT.709).
+    return {.red = 0.2126, .green = 0.7152, .blue = 0.0722};
+}
 
 QSize smallSize(QSize size)
 {
@@ -25,16 +41,15 @@ QSize smallSize(QSize size)
     return size.scaled(kLongestSide, kLongestSide, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
 }
 
-/// Averages of the source pixels that fall into each small one; `lightness(row)` gives a source
-/// row's values.
-template <typename RowLightness>
-void average(QSize from, QSize into, const RowLightness& lightness, std::vector<float>& values)
+/// Averages of the source pixels that fall into each small one; `rowValues` gives a source row's.
+template <typename RowValues>
+void average(QSize from, QSize into, const RowValues& rowValues, std::vector<float>& values)
 {
     std::vector<double> sums(values.size(), 0.0);
     std::vector<int> counts(values.size(), 0);
     std::vector<float> row(static_cast<std::size_t>(from.width()));
     for (int y = 0; y < from.height(); ++y) {
-        lightness(y, row);
+        rowValues(y, row);
         const auto line = static_cast<std::size_t>(qint64{y} * into.height() / from.height()) *
                           static_cast<std::size_t>(into.width());
         for (int x = 0; x < from.width(); ++x) {
@@ -59,20 +74,29 @@ SmallPicture::SmallPicture(QSize size, QSize original)
 {
 }
 
-SmallPicture SmallPicture::of(const Bitmap& bitmap)
+SmallPicture SmallPicture::of(const Bitmap& bitmap, View view)
 {
     SmallPicture small(smallSize(bitmap.size()), bitmap.size());
-    const auto lightness = [&](int y, std::vector<float>& row) {
+    const SrgbTransfer& tables = SrgbTransfer::tables();
+    const bool isLinear = bitmap.transfer() == Transfer::Linear;
+    // Light is averaged as it is; differences of colours are those of encoded values.
+    const bool isEncodedFirst = isLinear && view != View::Lightness;
+    const Weights weights = weightsOf(view);
+    const auto rowValues = [&](int y, std::vector<float>& row) {
         const auto values = bitmap.row(y);
+        const auto value = [&](std::size_t index) {
+            const quint16 stored = values[index];
+            return static_cast<double>(isEncodedFirst ? tables.encoded(stored) : stored);
+        };
         for (std::size_t x = 0; x < row.size(); ++x) {
-            row[x] = static_cast<float>(
-                (kRed * values[3 * x] + kGreen * values[3 * x + 1] + kBlue * values[3 * x + 2]) /
-                65535.0);
+            row[x] =
+                static_cast<float>((weights.red * value(3 * x) + weights.green * value(3 * x + 1) +
+                                    weights.blue * value(3 * x + 2)) /
+                                   65535.0);
         }
     };
-    average(bitmap.size(), {small.m_width, small.m_height}, lightness, small.m_values);
-    if (bitmap.transfer() == Transfer::Linear) {
-        const SrgbTransfer& tables = SrgbTransfer::tables();
+    average(bitmap.size(), {small.m_width, small.m_height}, rowValues, small.m_values);
+    if (isLinear && !isEncodedFirst) {
         for (float& value : small.m_values) {
             const auto linear = static_cast<quint16>(std::lround(value * 65535.0F));
             value = static_cast<float>(tables.encoded(linear)) / 65535.0F;
@@ -81,19 +105,21 @@ SmallPicture SmallPicture::of(const Bitmap& bitmap)
     return small;
 }
 
-SmallPicture SmallPicture::of(const QImage& image)
+SmallPicture SmallPicture::of(const QImage& image, View view)
 {
     const QImage rgb = image.convertToFormat(QImage::Format_RGB888);
     SmallPicture small(smallSize(rgb.size()), rgb.size());
-    const auto lightness = [&](int y, std::vector<float>& row) {
+    const Weights weights = weightsOf(view);
+    const auto rowValues = [&](int y, std::vector<float>& row) {
         const uchar* pixel = rgb.constScanLine(y);
         for (float& value : row) {
-            value = static_cast<float>((kRed * pixel[0] + kGreen * pixel[1] + kBlue * pixel[2]) /
-                                       255.0);
+            value = static_cast<float>(
+                (weights.red * pixel[0] + weights.green * pixel[1] + weights.blue * pixel[2]) /
+                255.0);
             pixel += 3;
         }
     };
-    average(rgb.size(), {small.m_width, small.m_height}, lightness, small.m_values);
+    average(rgb.size(), {small.m_width, small.m_height}, rowValues, small.m_values);
     return small;
 }
 

@@ -7,13 +7,21 @@
 
 #include <vector>
 
-/// The lightness of a picture, averaged down to at most 96 pixels a side: enough to tell scenes
-/// apart, coarse enough to forget sharpening, noise and compression. A value type.
+/// The lightness of a picture, or another view of its colours, averaged down to at most 96 pixels a
+/// side: enough to tell scenes apart, coarse enough to forget sharpening, noise and compression. A
+/// value type.
 class SmallPicture final
 {
 public:
-    [[nodiscard]] static SmallPicture of(const Bitmap& bitmap);
-    [[nodiscard]] static SmallPicture of(const QImage& image);
+    /// What the values are, from R, G, B of 0..1.
+    enum class View : quint8 {
+        Lightness,    ///< 0..1
+        RedBlue,      ///< red less blue, -1..1
+        GreenMagenta, ///< green less the mean of red and blue, -1..1
+    };
+
+    [[nodiscard]] static SmallPicture of(const Bitmap& bitmap, View view = View::Lightness);
+    [[nodiscard]] static SmallPicture of(const QImage& image, View view = View::Lightness);
 
     [[nodiscard]] int width() const { return m_width; }
 
@@ -24,7 +32,7 @@ public:
     /// Size of the picture that it was made from, in pixels.
     [[nodiscard]] QSize original() const { return m_original; }
 
-    /// sRGB encoded lightness 0..1, row by row.
+    /// sRGB encoded, row by row.
     [[nodiscard]] const std::vector<float>& values() const { return m_values; }
 
     [[nodiscard]] float at(int x, int y) const

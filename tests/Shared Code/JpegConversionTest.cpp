@@ -104,6 +104,24 @@ TEST_F(JpegConversionTest, aSizeThatLeavesNoPixelsIsAFailure)
     EXPECT_TRUE(m_log.entries().isEmpty());
 }
 
+TEST_F(JpegConversionTest, aSizeBeyondAJpegIsAFailureThatSaysSo)
+{
+    m_delegate.scale = 400.0F;
+    const Result<ConvertedJpeg> jpeg = convert();
+    ASSERT_FALSE(jpeg.ok());
+    EXPECT_EQ(jpeg.error().message,
+              u"The output size of %1 is larger than a JPEG can be"_s.arg(m_source));
+}
+
+TEST_F(JpegConversionTest, memoryThatIsTooShortFailsThePhotoAlone)
+{
+    m_library.whenCalled(u"photo 1.latitude"_s, [] { throw std::bad_alloc(); });
+    const Result<ConvertedJpeg> jpeg = convert();
+    ASSERT_FALSE(jpeg.ok());
+    EXPECT_EQ(jpeg.error().code, ErrorCode::OutOfSpace);
+    EXPECT_EQ(jpeg.error().message, u"There is not enough memory to convert "_s + m_source);
+}
+
 TEST_F(JpegConversionTest, theControllersQualityDecidesTheSize)
 {
     m_delegate.quality = 0.1;
@@ -150,6 +168,20 @@ TEST_F(JpegConversionTest, aPictureWithAPositionKeepsItAndNobodyIsAsked)
     EXPECT_TRUE(m_library.calls().isEmpty());
 }
 
+TEST_F(JpegConversionTest, aPositionInXmpAloneStaysWithoutAnotherBesideIt)
+{
+    edit([](Exiv2::Image& image) {
+        image.xmpData()["Xmp.exif.GPSLatitude"] = "48,30.0N";
+        image.xmpData()["Xmp.exif.GPSLongitude"] = "2,0.0E";
+    });
+    const auto image = converted();
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(image->exifData().findKey(Exiv2::ExifKey("Exif.GPSInfo.GPSLatitude")),
+              image->exifData().end());
+    EXPECT_EQ(image->xmpData()["Xmp.exif.GPSLatitude"].toString(), "48,30.0N");
+    EXPECT_TRUE(m_library.calls().isEmpty());
+}
+
 TEST_F(JpegConversionTest, aPositionBlockWithoutAPositionStaysAsItIs)
 {
     edit([](Exiv2::Image& image) { image.exifData()["Exif.GPSInfo.GPSDateStamp"] = "2014:05:06"; });
@@ -167,6 +199,7 @@ TEST_F(JpegConversionTest, keywordsNeverReachTheJpegWhileOtherTextsDo)
         image.iptcData()["Iptc.Application2.Keywords"] = "Sea";
         image.iptcData()["Iptc.Application2.Caption"] = "A caption";
         image.xmpData()["Xmp.dc.subject"] = "Sea";
+        image.exifData()["Exif.Image.XPKeywords"] = "83 0 101 0 97 0 0 0";
         image.exifData()["Exif.Image.Artist"] = "Somebody";
     });
     const auto image = converted();
@@ -174,6 +207,8 @@ TEST_F(JpegConversionTest, keywordsNeverReachTheJpegWhileOtherTextsDo)
     EXPECT_EQ(image->iptcData().findKey(Exiv2::IptcKey("Iptc.Application2.Keywords")),
               image->iptcData().end());
     EXPECT_EQ(image->xmpData().findKey(Exiv2::XmpKey("Xmp.dc.subject")), image->xmpData().end());
+    EXPECT_EQ(image->exifData().findKey(Exiv2::ExifKey("Exif.Image.XPKeywords")),
+              image->exifData().end());
     EXPECT_EQ(image->iptcData()["Iptc.Application2.Caption"].toString(), "A caption");
     EXPECT_EQ(image->exifData()["Exif.Image.Artist"].toString(), "Somebody");
 }

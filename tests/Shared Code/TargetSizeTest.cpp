@@ -131,9 +131,24 @@ TEST(TargetSizeTest, nothingIsLeftOfAScaleOrALockedSideOfZero)
     EXPECT_EQ(scaled({4000, 3000}, -1.0F), std::nullopt);
 }
 
-TEST(TargetSizeTest, aSideLongerThanAJpegCanHoldIsRefused)
+TEST(TargetSizeTest, aPictureLargerThanAJpegCanHoldIsRefusedAndNamedSo)
 {
-    EXPECT_EQ(scaled({40000, 30000}, 2.0F), std::nullopt);
+    const QList<std::pair<QSize, float>> tooLarge{{{40000, 30000}, 2.0F},
+                                                  {{32760, 100}, 2.0F},   // 65520
+                                                  {{20000, 15000}, 2.0F}, // 1.2 gigapixels
+                                                  {{4000, 3000}, 1e30F}};
+    for (const auto& [pixels, factor] : tooLarge) {
+        EXPECT_EQ(scaled(pixels, factor), std::nullopt) << factor;
+        EXPECT_TRUE(isTargetTooLarge(pixels, OutputSize{.scaleFactor = factor})) << factor;
+    }
+    EXPECT_EQ(scaled({32750, 100}, 2.0F), QSize(65500, 200));
+}
+
+TEST(TargetSizeTest, onlyWhatHasPixelsIsTooLarge)
+{
+    EXPECT_FALSE(isTargetTooLarge({4000, 3000}, OutputSize{.scaleFactor = 0.0F}));
+    EXPECT_FALSE(isTargetTooLarge({4000, 3000}, OutputSize{.scaleFactor = 2.0F}));
+    EXPECT_FALSE(isTargetTooLarge({40000, 30000}, OutputSize{}));
 }
 
 TEST(OutputSizeTest, itReadsTheControllersSettings)

@@ -204,6 +204,28 @@ Bitmap ImageBuilder::noise(QSize size, quint32 seed)
     return bitmap;
 }
 
+Bitmap ImageBuilder::night(QSize size, int stars, quint32 seed)
+{
+    constexpr quint32 kNoise = 1200;
+    Bitmap bitmap(size.width(), size.height(), Transfer::Linear);
+    std::mt19937 random(seed);
+    for (int y = 0; y < size.height(); ++y) {
+        for (quint16& value : bitmap.row(y)) {
+            value = static_cast<quint16>(random() % kNoise);
+        }
+    }
+    for (int star = 0; star < stars; ++star) {
+        const int x = static_cast<int>(random() % static_cast<quint32>(size.width() - 1));
+        const int y = static_cast<int>(random() % static_cast<quint32>(size.height() - 1));
+        const auto light = static_cast<quint16>(random() % 60000 + kNoise);
+        for (int pixel = 0; pixel < 4; ++pixel) {
+            const auto row = bitmap.row(y + pixel / 2);
+            std::fill_n(&row[static_cast<std::size_t>(3 * (x + pixel % 2))], 3, light);
+        }
+    }
+    return bitmap;
+}
+
 QByteArray ImageBuilder::dng(const Bitmap& linear, const RawFile& details)
 {
     constexpr quint32 kHeader = 8;

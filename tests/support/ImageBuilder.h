@@ -22,6 +22,9 @@ namespace ImageBuilder
 /// Every value by chance.
 [[nodiscard]] Bitmap noise(QSize size, quint32 seed = 1);
 
+/// A night sky as a sensor sees it, linear: noise about black, and so many points of light.
+[[nodiscard]] Bitmap night(QSize size, int stars, quint32 seed = 1);
+
 /// The sensor data and tags of a DNG file.
 struct RawFile {
     std::optional<QSize> crop; ///< DefaultCropSize, 2 pixels from the left and 4 from the top

@@ -1,6 +1,7 @@
 #include "ColorProfile.h"
 
 #include "ImageBuilder.h"
+#include "ProfileSamples.h"
 
 #include <QColorSpace>
 
@@ -30,6 +31,31 @@ TEST(ColorProfileTest, wideColoursBecomeStrongerValues)
     ColorProfile::convertToSrgb(picture, QColorSpace(QColorSpace::AdobeRgb).iccProfile());
     EXPECT_LT(picture.row(0)[0], 20000);
     EXPECT_NEAR(picture.row(1)[0], picture.row(1)[1], 300);
+}
+
+TEST(ColorProfileTest, profilesForGreyHoldForPicturesWithoutColours)
+{
+    const QByteArray linear = ProfileSamples::linearGrey();
+    Bitmap grey = ImageBuilder::flat({4, 4}, 14000);
+    ColorProfile::convertToSrgb(grey, linear);
+    // IEC 61966-2-1 encodes a light of 0.2136 as 0.4995.
+    EXPECT_NEAR(grey.row(3)[11], 32736, 60);
+    EXPECT_NEAR(grey.row(3)[9], grey.row(3)[11], 1);
+    const Bitmap scene = ImageBuilder::scene({60, 40});
+    Bitmap coloured = scene;
+    ColorProfile::convertToSrgb(coloured, linear);
+    EXPECT_EQ(ImageBuilder::difference(coloured, scene), 0.0);
+}
+
+TEST(ColorProfileTest, madeProfilesAreThoseOfTheirNumbers)
+{
+    const Bitmap scene = ImageBuilder::scene({60, 40});
+    Bitmap byNumbers = scene;
+    ColorProfile::convertToSrgb(byNumbers, ColorProfile::adobeRgb());
+    Bitmap byName = scene;
+    ColorProfile::convertToSrgb(byName, QColorSpace(QColorSpace::AdobeRgb).iccProfile());
+    EXPECT_LT(ImageBuilder::difference(byNumbers, byName), 0.002);
+    EXPECT_TRUE(ColorProfile::made({}, {}).isEmpty());
 }
 
 TEST(ColorProfileTest, rubbishAndOtherKindsLeaveThePictureAlone)

@@ -45,6 +45,17 @@ TEST(FileStructureTest, boxesMustEndWithinTheFile)
     EXPECT_FALSE(isWhole(start + big(1) + "mdat" + big(1) + big(0)));
 }
 
+TEST(FileStructureTest, aBoxOfAnyLengthIsMissedByItsLength)
+{
+    // A length of 64 bits that would lead around to the start.
+    const QByteArray file =
+        big(16) + "ftypcrx " + big(1) + big(1) + "mdat" + big(0xFFFFFFFF) + big(0xFFFFFFF4);
+    const auto complaint = FileStructure::complaint(file, FileType::Raw);
+    ASSERT_TRUE(complaint.has_value());
+    EXPECT_TRUE(complaint->contains(QStringLiteral("18446744073709551588 bytes")))
+        << qPrintable(*complaint);
+}
+
 TEST(FileStructureTest, fujiPartsMustLieInTheFile)
 {
     QByteArray file = QByteArrayLiteral("FUJIFILMCCD-RAW ").leftJustified(84, '0');
@@ -76,6 +87,14 @@ TEST(FileStructureTest, panasonicDataNeedTheirBytes)
     file = file.leftJustified(100, '\0');
     EXPECT_TRUE(isWhole(file + QByteArray(16000, 'x')));
     EXPECT_FALSE(isWhole(file + QByteArray(15999, 'x')));
+}
+
+TEST(FileStructureTest, panasonicSidesOfAnySizeNeedTheirBytes)
+{
+    QByteArray file("IIU\0\x08\0\0\0", 8);
+    file += QByteArray("\4\0", 2) + entry(0x0002, 0xFFFFFFFF) + entry(0x0003, 0xFFFFFFFF) +
+            entry(0x002D, 4) + entry(0x0118, 100) + little(0);
+    EXPECT_FALSE(isWhole(file.leftJustified(1000, '\0')));
 }
 
 TEST(FileStructureTest, stripsMustLieInTheFile)

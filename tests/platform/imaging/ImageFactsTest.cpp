@@ -73,6 +73,30 @@ TEST(ImageFacts, aPositionOffTheEarthIsAbsent)
     EXPECT_FALSE(facts.longitude.has_value());
 }
 
+TEST(ImageFacts, aPositionIsAlsoReadFromXmpWhereExifHasNone)
+{
+    Blocks blocks;
+    blocks.xmp["Xmp.exif.GPSLatitude"] = std::string("34,30.0S");
+    blocks.xmp["Xmp.exif.GPSLongitude"] = std::string("58,0,36W");
+    EXPECT_DOUBLE_EQ(factsOf(blocks).latitude.value_or(0.0), -34.5);
+    EXPECT_DOUBLE_EQ(factsOf(blocks).longitude.value_or(0.0), -58.01);
+    blocks.exif["Exif.GPSInfo.GPSLatitudeRef"] = std::string("N");
+    blocks.exif["Exif.GPSInfo.GPSLatitude"].setValue("48/1 30/1 0/1");
+    blocks.exif["Exif.GPSInfo.GPSLongitudeRef"] = std::string("E");
+    blocks.exif["Exif.GPSInfo.GPSLongitude"].setValue("2/1 0/1 0/1");
+    EXPECT_DOUBLE_EQ(factsOf(blocks).latitude.value_or(0.0), 48.5);
+}
+
+TEST(ImageFacts, aPositionInXmpThatIsNoneIsAbsent)
+{
+    for (const char* const text : {"34,30.0", "134,30.0S", "S", "34;30S", "34,30.0E", ""}) {
+        Blocks blocks;
+        blocks.xmp["Xmp.exif.GPSLatitude"] = std::string(text);
+        blocks.xmp["Xmp.exif.GPSLongitude"] = std::string("58,0,36W");
+        EXPECT_FALSE(factsOf(blocks).latitude.has_value()) << text;
+    }
+}
+
 TEST(ImageFacts, textsComeFromTheBlockThatCountsFirst)
 {
     Blocks blocks;

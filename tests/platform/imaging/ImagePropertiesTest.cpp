@@ -127,6 +127,19 @@ TEST(ImageProperties, aGpsBlockWithoutAPositionCountsAsPresent)
     EXPECT_TRUE(asCarried(properties, {16, 8}).hasGps());
 }
 
+TEST(ImageProperties, aPositionInXmpAloneCountsAsPresentAndStaysAsItIs)
+{
+    Blocks blocks;
+    blocks.xmp["Xmp.exif.GPSLatitude"] = std::string("48,30.0N");
+    blocks.xmp["Xmp.exif.GPSLongitude"] = std::string("2,0.0E");
+    const ImageProperties properties = readBack(jpegWith(blocks));
+    EXPECT_TRUE(properties.hasGps());
+    const ImageProperties carried = asCarried(properties, {16, 8});
+    EXPECT_EQ(xmpText(carried, "Xmp.exif.GPSLatitude"), "48,30.0N");
+    EXPECT_EQ(xmpText(carried, "Xmp.exif.GPSLongitude"), "2,0.0E");
+    EXPECT_FALSE(hasExif(carried, "Exif.GPSInfo.GPSLatitude"));
+}
+
 TEST(ImageProperties, xmpThatStatesAPropertyTwiceKeepsTheFirst)
 {
     const QByteArray packet = R"(<x:xmpmeta xmlns:x="adobe:ns:meta/">
@@ -171,6 +184,19 @@ TEST(ImageProperties, onlyTheKeywordsLeaveTheIptcBlock)
     EXPECT_EQ(iptcCount(carried, "Iptc.Application2.Keywords"), 0);
     EXPECT_EQ(iptcCount(carried, "Iptc.Application2.ObjectName"), 1);
     EXPECT_TRUE(carried.hasIptc());
+}
+
+TEST(ImageProperties, theKeywordsOfWindowsLeaveExif)
+{
+    Blocks blocks;
+    blocks.exif["Exif.Image.XPKeywords"].setValue("83 0 101 0 97 0 0 0");
+    blocks.exif["Exif.Image.XPTitle"].setValue("83 0 101 0 97 0 0 0");
+    ImageProperties properties = readBack(jpegWith(blocks));
+    ASSERT_TRUE(hasExif(properties, "Exif.Image.XPKeywords"));
+    properties.removeExifKeywords();
+    const ImageProperties carried = asCarried(properties, {16, 8});
+    EXPECT_FALSE(hasExif(carried, "Exif.Image.XPKeywords"));
+    EXPECT_TRUE(hasExif(carried, "Exif.Image.XPTitle"));
 }
 
 TEST(ImageProperties, onlyTheSubjectKeywordsLeaveXmp)

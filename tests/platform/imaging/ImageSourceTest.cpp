@@ -1,11 +1,14 @@
 #include "ImageSource.h"
 
 #include "BitmapImage.h"
+#include "HeifSamples.h"
 #include "ImageBuilder.h"
 #include "JpegDestination.h"
 #include "JpegEncoder.h"
+#include "ProfileSamples.h"
 #include "QtPrinters.h"
 
+#include <QColorSpace>
 #include <QDir>
 #include <QTemporaryDir>
 
@@ -146,6 +149,19 @@ TEST_F(ImageSourceTest, rawOfNoiseIsDamagedAlsoWithoutAPreview)
     expectDamaged(u"noise.dng"_s, ImageBuilder::dng(ImageBuilder::noise(kSize)));
 }
 
+TEST_F(ImageSourceTest, rawOfDarknessOrOfANightSkyDecodesAlsoWithoutAPreview)
+{
+    for (const QSize size : {kSize, QSize(800, 600)}) {
+        for (const int stars : {0, 50, 1000}) {
+            const QString path =
+                file(u"night.dng"_s, ImageBuilder::dng(ImageBuilder::night(size, stars)));
+            const auto checked = ImageSource::check(path);
+            EXPECT_TRUE(checked.ok())
+                << stars << qPrintable(checked.ok() ? QString() : checked.error().message);
+        }
+    }
+}
+
 TEST_F(ImageSourceTest, rawOfNoiseOrNothingIsDamagedWhereThePreviewShowsAScene)
 {
     const ImageBuilder::RawFile details{
@@ -191,6 +207,33 @@ TEST_F(ImageSourceTest, embeddedPreviewIsGivenAsStored)
     EXPECT_EQ(preview->size(), QSize(160, 120));
 }
 
+TEST_F(ImageSourceTest, heifOfNoiseOrNothingIsDamagedWhereItsThumbnailShowsAScene)
+{
+    if (!HeifSamples::available()) {
+        GTEST_SKIP() << "libheif has no encoder here";
+    }
+    const HeifSamples::Options options{.thumbnail = ImageBuilder::scene(kSize)};
+    const QByteArray whole = HeifSamples::file(ImageBuilder::scene(kSize), options);
+    EXPECT_TRUE(ImageSource::check(file(u"whole.heic"_s, whole)).ok());
+    expectDamaged(u"noise.heic"_s, HeifSamples::file(ImageBuilder::noise(kSize), options));
+    expectDamaged(u"nothing.heic"_s, HeifSamples::file(ImageBuilder::flat(kSize, 0), options));
+    // Without one there is nothing to judge it by.
+    const QByteArray alone = HeifSamples::file(ImageBuilder::noise(kSize));
+    EXPECT_TRUE(ImageSource::check(file(u"alone.heic"_s, alone)).ok());
+}
+
+TEST_F(ImageSourceTest, theThumbnailOfAHeifFileIsItsPreview)
+{
+    if (!HeifSamples::available()) {
+        GTEST_SKIP() << "libheif has no encoder here";
+    }
+    const QByteArray bytes =
+        HeifSamples::file(ImageBuilder::scene(kSize), {.thumbnail = ImageBuilder::scene(kSize)});
+    const auto preview = ImageSource::embeddedPreview(file(u"photo.heic"_s, bytes));
+    ASSERT_TRUE(preview.has_value());
+    EXPECT_EQ(preview->size(), QSize(120, 90));
+}
+
 TEST_F(ImageSourceTest, pictureOfSixteenBitsKeepsThem)
 {
     const Bitmap scene = ImageBuilder::scene(kSize);
@@ -208,6 +251,21 @@ TEST_F(ImageSourceTest, pictureOfSixteenBitsKeepsThem)
         const auto decoded = ImageSource::decode(path);
         ASSERT_TRUE(decoded.ok()) << qPrintable(decoded.error().message);
         EXPECT_EQ(ImageBuilder::difference(decoded.value(), scene), 0.0) << qPrintable(name);
+    }
+}
+
+TEST_F(ImageSourceTest, theProfileOfAGreyPictureHolds)
+{
+    QImage image(kSize, QImage::Format_Grayscale8);
+    image.fill(54);
+    image.setColorSpace(QColorSpace::fromIccProfile(ProfileSamples::linearGrey()));
+    for (const QString& name : {u"grey.png"_s, u"grey.tif"_s}) {
+        const QString path = m_folder.filePath(name);
+        ASSERT_TRUE(image.save(path));
+        const auto decoded = ImageSource::decode(path);
+        ASSERT_TRUE(decoded.ok()) << qPrintable(decoded.error().message);
+        // IEC 61966-2-1 encodes a light of 54 / 255 as 0.4978.
+        EXPECT_NEAR(decoded.value().row(90)[360], 32624, 300) << qPrintable(name);
     }
 }
 

@@ -1,8 +1,11 @@
 #include "JpegDecoder.h"
 
+#include "ColorProfile.h"
 #include "ImageBuilder.h"
 #include "JpegDestination.h"
+#include "JpegEncoder.h"
 
+#include <QColorSpace>
 #include <QFile>
 #include <QImage>
 
@@ -54,6 +57,37 @@ QByteArray flatJpeg(const std::vector<JSAMPLE>& pixel)
     jpeg_destroy_compress(&state);
     std::free(memory);
     return bytes;
+}
+
+/// A TIFF structure of the entries that tell the colours.
+QByteArray exifOf(quint16 colorSpace, const char* interopIndex)
+{
+    QByteArray exif = QByteArrayLiteral("II*\0\x08\0\0\0"
+                                        "\x01\0"
+                                        "\x69\x87\x04\0\x01\0\0\0\x1a\0\0\0"
+                                        "\0\0\0\0"
+                                        "\x02\0"
+                                        "\x01\xa0\x03\0\x01\0\0\0CC\0\0"
+                                        "\x05\xa0\x04\0\x01\0\0\0\x38\0\0\0"
+                                        "\0\0\0\0"
+                                        "\x01\0"
+                                        "\x01\0\x02\0\x04\0\0\0III\0"
+                                        "\0\0\0\0");
+    exif.replace("CC", QByteArray(2, static_cast<char>(colorSpace)));
+    return exif.replace("III", interopIndex);
+}
+
+Bitmap sceneWith(const QByteArray& exif, const QByteArray& icc)
+{
+    JpegEncoder::Options options;
+    options.quality = 95;
+    options.chroma = JpegEncoder::Chroma::Full;
+    options.segments = {{0xe1, QByteArrayLiteral("Exif\0\0") + exif}};
+    options.iccProfile = icc;
+    const auto jpeg = JpegEncoder::encode(ImageBuilder::scene({160, 120}), options);
+    const auto decoded = jpeg.ok() ? JpegDecoder::decode(jpeg.value()) : jpeg.error();
+    EXPECT_TRUE(decoded.ok());
+    return decoded.ok() ? decoded.value() : Bitmap();
 }
 
 std::array<int, 3> firstPixel(const QByteArray& jpeg)
@@ -113,6 +147,30 @@ TEST(JpegDecoderTest, inksBecomeTheColourTheyPrint)
     EXPECT_NEAR(pixel[2], 255, 2);
     const auto black = firstPixel(flatJpeg({255, 255, 255, 0}));
     EXPECT_NEAR(black[0], 0, 2);
+}
+
+TEST(JpegDecoderTest, adobeRgbThatOnlyExifTellsIsConverted)
+{
+    const Bitmap scene = ImageBuilder::scene({160, 120});
+    const Bitmap byExif = sceneWith(exifOf(0xFFFF, "R03"), {});
+    const Bitmap byProfile = sceneWith({}, QColorSpace(QColorSpace::AdobeRgb).iccProfile());
+    EXPECT_GT(ImageBuilder::difference(byExif, scene), 0.02);
+    EXPECT_LT(ImageBuilder::difference(byExif, byProfile), 0.002);
+}
+
+TEST(JpegDecoderTest, otherColoursOfExifAreTakenAsSrgb)
+{
+    const Bitmap scene = ImageBuilder::scene({160, 120});
+    for (const QByteArray& exif : {exifOf(0xFFFF, "R98"),
+                                   exifOf(0x0101, "R03"),
+                                   exifOf(0xFFFF, "R03").first(60),
+                                   QByteArray("II*"),
+                                   QByteArray()}) {
+        EXPECT_LT(ImageBuilder::difference(sceneWith(exif, {}), scene), 0.01);
+    }
+    // A profile says it better than Exif.
+    const Bitmap profiled = sceneWith(exifOf(0xFFFF, "R03"), ColorProfile::sRgb());
+    EXPECT_LT(ImageBuilder::difference(profiled, scene), 0.01);
 }
 
 TEST(JpegDecoderTest, sizeIsReadFromTheHeader)

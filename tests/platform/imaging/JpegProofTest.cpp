@@ -32,6 +32,18 @@ Bitmap darkened(double factor)
     return bitmap;
 }
 
+Bitmap withRedAndBlueExchanged(const Bitmap& bitmap)
+{
+    Bitmap exchanged = bitmap;
+    for (int y = 0; y < exchanged.pixelsHigh(); ++y) {
+        const auto row = exchanged.row(y);
+        for (std::size_t i = 0; i < row.size(); i += 3) {
+            std::swap(row[i], row[i + 2]);
+        }
+    }
+    return exchanged;
+}
+
 void expectRefused(const QByteArray& jpeg, const Bitmap& encoded, const QList<QImage>& references)
 {
     const auto proof = JpegProof::prove(jpeg, encoded, references);
@@ -104,13 +116,7 @@ TEST(JpegProofTest, flatPictureOfAScenePhotoIsRefused)
 TEST(JpegProofTest, exchangedColoursAreRefused)
 {
     const Bitmap scene = ImageBuilder::scene(kProvedSize);
-    Bitmap exchanged = scene;
-    for (int y = 0; y < kProvedSize.height(); ++y) {
-        const auto row = exchanged.row(y);
-        for (std::size_t i = 0; i < row.size(); i += 3) {
-            std::swap(row[i], row[i + 2]);
-        }
-    }
+    const Bitmap exchanged = withRedAndBlueExchanged(scene);
     expectRefused(jpegOf(exchanged, 0.95), scene, {});
 }
 
@@ -121,6 +127,33 @@ TEST(JpegProofTest, referenceOfTheSameSceneBoundsTheLightness)
     EXPECT_TRUE(JpegProof::prove(jpegOf(right, 0.8), right, {reference}).ok());
     const Bitmap black = darkened(0.02);
     expectRefused(jpegOf(black, 1.0), black, {reference});
+}
+
+TEST(JpegProofTest, referenceOfTheSameSceneBoundsTheColours)
+{
+    const QImage reference = BitmapImage::toImage(ImageBuilder::scene({160, 120}));
+    const Bitmap scene = ImageBuilder::scene(kProvedSize);
+    EXPECT_TRUE(JpegProof::prove(jpegOf(scene, 0.9), scene, {reference}).ok());
+    const Bitmap exchanged = withRedAndBlueExchanged(scene);
+    const QByteArray jpeg = jpegOf(exchanged, 0.9);
+    expectRefused(jpeg, exchanged, {reference});
+    expectRefused(jpeg, exchanged, {reference.transformed(QTransform().rotate(90))});
+    EXPECT_TRUE(JpegProof::prove(jpeg, exchanged, {reference.rgbSwapped()}).ok());
+}
+
+TEST(JpegProofTest, referenceInBlackAndWhiteOrTonedProvesNothingOfColours)
+{
+    const Bitmap scene = ImageBuilder::scene(kProvedSize);
+    const QImage grey = BitmapImage::toImage(ImageBuilder::scene({160, 120}))
+                            .convertToFormat(QImage::Format_Grayscale8);
+    QImage toned = grey.convertToFormat(QImage::Format_RGB888);
+    for (int y = 0; y < toned.height(); ++y) {
+        uchar* const row = toned.scanLine(y);
+        for (int x = 0; x < toned.width(); ++x) {
+            row[3 * x + 2] = static_cast<uchar>(row[3 * x + 2] * 2 / 3);
+        }
+    }
+    EXPECT_TRUE(JpegProof::prove(jpegOf(scene, 0.8), scene, {grey, toned}).ok());
 }
 
 TEST(JpegProofTest, turnedReferenceShowsTheSameScene)

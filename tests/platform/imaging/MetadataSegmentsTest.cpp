@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <stdexcept>
 #include <string>
 
 using namespace Qt::StringLiterals;
@@ -84,6 +85,24 @@ QByteArray noise(qsizetype size)
     return bytes;
 }
 
+/// A value whose bytes Exiv2 does not get.
+class Refused final : public Exiv2::AsciiValue
+{
+public:
+    Refused()
+        : Exiv2::AsciiValue("words")
+    {
+    }
+
+    long copy(Exiv2::byte* /*into*/, Exiv2::ByteOrder /*order*/) const override
+    {
+        throw std::runtime_error("refused");
+    }
+
+private:
+    Refused* clone_() const override { return new Refused(*this); }
+};
+
 void setBytes(Exiv2::ExifData& exif, const char* key, qsizetype size)
 {
     const QByteArray bytes = noise(size);
@@ -139,6 +158,52 @@ TEST(MetadataSegments, sensorPixelsPerMillimetreHoldForACopyOfFullSizeOnly)
     const ImageProperties original = rawPhoto();
     EXPECT_FALSE(hasExif(asCarried(original, kCopy), "Exif.Photo.FocalPlaneXResolution"));
     EXPECT_TRUE(hasExif(asCarried(original, {3996, 1998}), "Exif.Photo.FocalPlaneXResolution"));
+}
+
+TEST(MetadataSegments, placesInPixelsHoldForACopyOfFullSizeOnly)
+{
+    constexpr std::array kInPixels{"Exif.Photo.SubjectArea",
+                                   "Exif.Photo.FocalPlaneXResolution",
+                                   "Exif.Image.SubjectLocation",
+                                   "Exif.Image.FocalPlaneXResolution",
+                                   "Exif.Image.FocalPlaneYResolution",
+                                   "Exif.Image.FocalPlaneResolutionUnit"};
+    Blocks blocks;
+    blocks.exif["Exif.Photo.PixelXDimension"] = uint32_t{4000};
+    blocks.exif["Exif.Photo.PixelYDimension"] = uint32_t{2000};
+    for (const char* const key : kInPixels) {
+        blocks.exif[key].setValue("3");
+    }
+    blocks.xmp["Xmp.exif.SubjectArea"] = std::string("3");
+    const ImageProperties original = holding(blocks);
+    const ImageProperties scaled = asCarried(original, kCopy);
+    const ImageProperties whole = asCarried(original, {4000, 2000});
+    for (const char* const key : kInPixels) {
+        EXPECT_FALSE(hasExif(scaled, key)) << key;
+        EXPECT_TRUE(hasExif(whole, key)) << key;
+    }
+    EXPECT_EQ(xmpText(scaled, "Xmp.exif.SubjectArea"), "(none)");
+    EXPECT_NE(xmpText(whole, "Xmp.exif.SubjectArea"), "(none)");
+}
+
+TEST(MetadataSegments, whatTellsOfThePhotoAmongTagsOfRawFilesStays)
+{
+    constexpr std::array kTrue{"Exif.Image.UniqueCameraModel",
+                               "Exif.Image.LocalizedCameraModel",
+                               "Exif.Image.OriginalRawFileName",
+                               "Exif.Image.0xc6d2",
+                               "Exif.Image.CameraLabel"};
+    Blocks blocks;
+    for (const char* const key : kTrue) {
+        blocks.exif[key] = std::string("as it was");
+    }
+    blocks.exif["Exif.Image.OriginalRawFileData"].setValue("1 2 3");
+    const ImageProperties original = holding(blocks);
+    const ImageProperties carried = asCarried(original, kCopy);
+    for (const char* const key : kTrue) {
+        EXPECT_EQ(exifText(carried, key), exifText(original, key)) << key;
+    }
+    EXPECT_FALSE(hasExif(carried, "Exif.Image.OriginalRawFileData"));
 }
 
 TEST(MetadataSegments, theNewThumbnailTakesTheOldOnesPlace)
@@ -254,6 +319,54 @@ TEST(MetadataSegments, exifThatJustFitsIsWhole)
     EXPECT_LE(segments.first().payload.size(), kLargestPayload);
     EXPECT_TRUE(hasExif(readBack(jpegWithSegments(segments)), "Exif.Photo.UserComment"));
     EXPECT_TRUE(log.entries().isEmpty());
+}
+
+TEST(MetadataSegments, aTagThatCannotBeWrittenCostsNoOther)
+{
+    Blocks blocks;
+    blocks.exif["Exif.Image.Make"] = std::string("Maker");
+    setBytes(blocks.exif, "Exif.Photo.MakerNote", 3000);
+    const Refused refused;
+    blocks.exif.add(Exiv2::ExifKey("Exif.Photo.UserComment"), &refused);
+    const LogRecorder log;
+    const ImageProperties carried = asCarried(holding(blocks), kCopy, noise(4000));
+    EXPECT_FALSE(hasExif(carried, "Exif.Photo.UserComment"));
+    EXPECT_TRUE(hasExif(carried, "Exif.Photo.MakerNote"));
+    EXPECT_TRUE(hasExif(carried, "Exif.Thumbnail.JPEGInterchangeFormat"));
+    EXPECT_EQ(exifText(carried, "Exif.Image.Make"), "Maker");
+    ASSERT_EQ(log.entries().size(), 1);
+    EXPECT_TRUE(log.entries().first().contains(u"cannot be written"_s));
+    EXPECT_TRUE(log.entries().first().endsWith(u"left out: Exif.Photo.UserComment"_s));
+}
+
+TEST(MetadataSegments, aLargeTagThatIsLeftOutSilentlyIsNoReasonToTrim)
+{
+    Blocks blocks;
+    blocks.exif["Exif.Image.Make"] = std::string("Maker");
+    setBytes(blocks.exif, "Exif.Photo.UserComment", 57500);
+    // A maker note of another maker.
+    setBytes(blocks.exif, "Exif.Canon.ColorData", 5000);
+    const LogRecorder log;
+    const ImageProperties carried = asCarried(holding(blocks), kCopy, noise(2000));
+    EXPECT_TRUE(hasExif(carried, "Exif.Photo.UserComment"));
+    EXPECT_TRUE(hasExif(carried, "Exif.Thumbnail.JPEGInterchangeFormat"));
+    ASSERT_EQ(log.entries().size(), 1);
+    EXPECT_TRUE(log.entries().first().endsWith(u"left out: Exif.Canon.ColorData"_s));
+}
+
+TEST(MetadataSegments, aBlockThatCannotBeWrittenIsNamedInTheLog)
+{
+    constexpr const char* kSpace = "http://corvane.test/gone/";
+    Exiv2::XmpProperties::registerNs(kSpace, "gone");
+    Blocks blocks;
+    blocks.exif["Exif.Image.Make"] = std::string("Maker");
+    blocks.xmp["Xmp.gone.Property"] = std::string("text");
+    Exiv2::XmpProperties::unregisterNs(kSpace);
+    const LogRecorder log;
+    const ImageProperties carried = asCarried(holding(blocks), kCopy);
+    EXPECT_EQ(exifText(carried, "Exif.Image.Make"), "Maker");
+    ASSERT_EQ(log.entries().size(), 1);
+    EXPECT_TRUE(log.entries().first().startsWith(u"The XMP metadata cannot be written"_s));
 }
 
 TEST(MetadataSegments, xmpThatIsTooLargeLosesItsLargestProperty)

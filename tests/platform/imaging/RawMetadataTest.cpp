@@ -2,6 +2,7 @@
 #include "ImagePropertiesContent.h"
 #include "MetadataSamples.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <gtest/gtest.h>
@@ -34,6 +35,16 @@ TEST(RawMetadata, theExposureOfACrwFileIsTheCameras)
     EXPECT_NEAR(facts.numbers.value(u"ShutterSpeed"_s), 5.0, 0.1);
     EXPECT_NEAR(facts.numbers.value(u"FocalLength"_s), 31.0, 0.1);
     EXPECT_NEAR(facts.numbers.value(u"ISOSpeedRating"_s), 100.0, 0.1);
+}
+
+TEST(RawMetadata, brokenFilesAreReadInSilence)
+{
+    const QDir files(QStringLiteral(CORVANE_SHARED_DATA "/broken"));
+    testing::internal::CaptureStderr();
+    for (const QFileInfo& info : files.entryInfoList(QDir::Files)) {
+        static_cast<void>(ImageProperties::read(info.filePath()).ok());
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 TEST(RawMetadata, aPictureOfAKnownSizeGetsNoTagsOfARawFile)

@@ -57,12 +57,48 @@ TEST(SceneComparisonTest, noiseIsLikeNothing)
     EXPECT_FALSE(SceneComparison::isNoise(ImageBuilder::flat({640, 480}, 100)));
 }
 
+TEST(SceneComparisonTest, darknessAndStarsAreNoGarbage)
+{
+    for (const int stars : {0, 200, 2000}) {
+        EXPECT_FALSE(SceneComparison::isNoise(ImageBuilder::night({640, 480}, stars))) << stars;
+    }
+}
+
 TEST(SceneComparisonTest, aSceneIsNotDoubtedForThePreviewOfAnother)
 {
     const Bitmap picture = ImageBuilder::scene({320, 240});
     const QImage other = BitmapImage::toImage(picture).mirrored(false, true);
     EXPECT_FALSE(SceneComparison::complaint(picture, other).has_value());
     EXPECT_FALSE(SceneComparison::complaint(picture, std::nullopt).has_value());
+}
+
+TEST(SceneComparisonTest, aPlaceThatDiffersFromTheThumbnailIsDamage)
+{
+    const Bitmap picture = ImageBuilder::scene({640, 480});
+    const QImage thumbnail = BitmapImage::toImage(ImageBuilder::scene({160, 120}));
+    EXPECT_FALSE(SceneComparison::thumbnailComplaint(picture, thumbnail).has_value());
+    Bitmap smeared = picture;
+    for (int y = 200; y < 260; ++y) {
+        std::ranges::fill(smeared.row(y).subspan(300, 180), quint16{9000});
+    }
+    EXPECT_TRUE(SceneComparison::thumbnailComplaint(smeared, thumbnail).has_value());
+    // Nothing to go by: a thumbnail of another scene, or of nothing.
+    const QImage other = thumbnail.mirrored(false, true);
+    EXPECT_FALSE(SceneComparison::thumbnailComplaint(smeared, other).has_value());
+    EXPECT_FALSE(SceneComparison::thumbnailComplaint(smeared, QImage()).has_value());
+}
+
+TEST(SceneComparisonTest, aThumbnailOfAnotherToneProvesNothing)
+{
+    const Bitmap linear = ImageBuilder::scene({640, 480}, Transfer::Linear);
+    Bitmap darker = linear;
+    for (int y = 0; y < darker.pixelsHigh(); ++y) {
+        for (quint16& value : darker.row(y)) {
+            value = static_cast<quint16>(value / 2);
+        }
+    }
+    const QImage thumbnail = BitmapImage::toImage(ImageBuilder::scene({160, 120}));
+    EXPECT_FALSE(SceneComparison::thumbnailComplaint(darker, thumbnail).has_value());
 }
 
 TEST(SceneComparisonTest, ranksCorrelateWhateverTheTone)
