@@ -65,6 +65,7 @@ int CheckCommand::executeWithLibrary(PhotoLibrary& library, const CommandService
     const ChosenPhotos chosen = PhotoSelection::choose(
         photos.value(), m_options.selection, PhotoSelection::WithoutSelection::All);
     PhotoSelection::explain(chosen, services.console);
+    PhotoSelection::explainNothing(chosen, services.console);
 
     QList<BadPhoto> bad;
     {

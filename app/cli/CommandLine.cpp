@@ -7,6 +7,7 @@
 #include "ListCommand.h"
 #include "SampleCommand.h"
 #include "ScanCommand.h"
+#include "TextLayout.h"
 #include "TrashCommand.h"
 
 #include <CLI/CLI.hpp>
@@ -49,6 +50,9 @@ Verb addScan(CLI::App& program)
     app->add_option_function<std::string>(
            "--report",
            [given = given.get()](const std::string& path) {
+               if (path.empty()) {
+                   CommandLineOptions::refuse(CommandLineTexts::fileNotNamed(u"--report"_s));
+               }
                given->options.report = QString::fromStdString(path);
            },
            "Write a JSON document about each photo; - is standard output")
@@ -167,6 +171,7 @@ Verb addSample(CLI::App& program)
            },
            "Size of each RAW photo (fallback: 6)")
         ->type_name("M");
+    CommandLineOptions::addDefaults(*app, options->defaultsFile);
     app->add_flag("--quiet", options->quiet, "Show no progress");
     app->footer("Nothing that exists is written over.\n"
                 "\n"
@@ -195,15 +200,42 @@ QString commandOf(const CLI::App& program)
 ParsedCommandLine refused(const QString& sentence, const QString& command)
 {
     ParsedCommandLine parsed;
-    parsed.error = sentence + u'\n' + CommandLineTexts::howToSeeHelp(command);
+    parsed.error = TextLayout::escaped(sentence) + u'\n' + CommandLineTexts::howToSeeHelp(command);
     return parsed;
+}
+
+/// Arguments that nothing takes, in their order.
+QStringList unexpected(const std::vector<std::string>& remaining)
+{
+    QStringList arguments;
+    for (const std::string& argument : remaining) {
+        if (argument != "--") {
+            arguments += QString::fromStdString(argument);
+        }
+    }
+    return arguments;
+}
+
+/// What is wrong, in a sentence.
+QString sentenceOf(const CLI::App& program, const CLI::ParseError& error)
+{
+    const std::vector<CLI::App*> commands = program.get_subcommands();
+    const QStringList ofProgram = unexpected(program.remaining(false));
+    if (!commands.empty() && !ofProgram.isEmpty()) {
+        return CommandLineTexts::beforeCommand(ofProgram, commandOf(program));
+    }
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+        return CommandLineTexts::notExpected(
+            commands.empty() ? ofProgram : unexpected(commands.front()->remaining(true)));
+    }
+    return QString::fromStdString(error.what());
 }
 
 /// The exceptions of a parse are help, the version, or what is wrong.
 ParsedCommandLine ended(const CLI::App& program, const CLI::ParseError& error)
 {
     if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
-        return refused(QString::fromStdString(error.what()), commandOf(program));
+        return refused(sentenceOf(program, error), commandOf(program));
     }
     std::ostringstream output;
     std::ostringstream messages;

@@ -1,6 +1,9 @@
 #include "CommandLineOptions.h"
 
+#include "CommandLineTexts.h"
 #include "ScanSettings.h"
+
+#include <QFileInfo>
 
 #include <CLI/CLI.hpp>
 #include <array>
@@ -10,6 +13,8 @@
 
 using namespace Qt::StringLiterals;
 
+using CommandLineOptions::refuse;
+
 namespace
 {
 
@@ -18,11 +23,6 @@ constexpr auto kSettingsGroup = "Settings of this run (else the stored ones, els
 constexpr qint64 kLongestSide = 1'000'000;
 /// The factors of the output-size cells 0 to 3.
 constexpr std::array kScales{1.0, 0.75, 0.5, 0.25};
-
-[[noreturn]] void refuse(const QString& sentence)
-{
-    throw CLI::ValidationError(sentence.toStdString());
-}
 
 [[noreturn]] void refuseNumber(const std::string& option, const std::string& text)
 {
@@ -164,18 +164,41 @@ void addSwitches(CLI::App& command, ScanSettings& settings)
 
 } // namespace
 
+void CommandLineOptions::refuse(const QString& sentence)
+{
+    throw CLI::ValidationError(sentence.toStdString());
+}
+
 void CommandLineOptions::addLibraryOptions(CLI::App& command, LibraryOptions& options)
 {
     addPath(command, "LIBRARY", options.library, "The library package");
+    addDefaults(command, options.defaultsFile);
+    command.add_flag("--quiet", options.quiet, "Show no progress");
+}
+
+void CommandLineOptions::addDefaults(CLI::App& command, std::optional<QString>& path)
+{
     command
         .add_option_function<std::string>(
             "--defaults",
-            [&options](const std::string& path) {
-                options.defaultsFile = QString::fromStdString(path);
+            [&path](const std::string& text) {
+                path = QString::fromStdString(text);
+                const QFileInfo file(*path);
+                if (path->isEmpty()) {
+                    refuse(CommandLineTexts::fileNotNamed(u"--defaults"_s));
+                }
+                if (file.isDir()) {
+                    refuse(CommandLineTexts::defaultsIsFolder(*path));
+                }
+                if (file.exists() && !file.isFile()) {
+                    refuse(CommandLineTexts::defaultsIsNoFile(*path));
+                }
+                if (file.exists() && !file.isReadable()) {
+                    refuse(CommandLineTexts::defaultsNotReadable(*path));
+                }
             },
             "Settings file in place of ~/.config/corvane/defaults.plist")
         ->type_name("FILE");
-    command.add_flag("--quiet", options.quiet, "Show no progress");
 }
 
 void CommandLineOptions::addAfterCrash(CLI::App& command, LibraryOptions& options)

@@ -37,8 +37,12 @@ struct SelectionOptions {
 namespace CommandLineOptions
 {
 
+/// Ends the parsing: throws CLI::ValidationError.
+[[noreturn]] void refuse(const QString& sentence);
 /// LIBRARY, --defaults and --quiet.
 void addLibraryOptions(CLI::App& command, LibraryOptions& options);
+/// A settings file that is there must be a file that can be read.
+void addDefaults(CLI::App& command, std::optional<QString>& path);
 void addAfterCrash(CLI::App& command, LibraryOptions& options);
 /// `fallback`: the option that holds where none is given, for the help.
 void addSelection(CLI::App& command, SelectionOptions& options, const std::string& fallback);

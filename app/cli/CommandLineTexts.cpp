@@ -27,11 +27,48 @@ QString CommandLineTexts::noCommand()
     return translated("A command is missing: scan, list, info, check, trash or sample.");
 }
 
+QString CommandLineTexts::notExpected(const QStringList& arguments)
+{
+    return translated(arguments.size() == 1 ? "The following argument was not expected: %1"
+                                            : "The following arguments were not expected: %1")
+        .arg(TextLayout::escaped(arguments.join(u' ')));
+}
+
+QString CommandLineTexts::beforeCommand(const QStringList& arguments, const QString& command)
+{
+    return translated("Not expected before the command “%1”: %2. What a command takes follows "
+                      "its name.")
+        .arg(command, TextLayout::escaped(arguments.join(u' ')));
+}
+
 QString CommandLineTexts::howToSeeHelp(const QString& command)
 {
     return command.isEmpty()
                ? translated("Run “corvane-cli --help” to see how it is used.")
                : translated("Run “corvane-cli %1 --help” to see how it is used.").arg(command);
+}
+
+QString CommandLineTexts::fileNotNamed(const QString& option)
+{
+    return translated("%1 needs the name of a file, but was given none.").arg(option);
+}
+
+QString CommandLineTexts::defaultsIsFolder(const QString& path)
+{
+    return translated("The settings file %1 cannot be used: that is a folder.")
+        .arg(TextLayout::escaped(path));
+}
+
+QString CommandLineTexts::defaultsIsNoFile(const QString& path)
+{
+    return translated("The settings file %1 cannot be used: that is no regular file.")
+        .arg(TextLayout::escaped(path));
+}
+
+QString CommandLineTexts::defaultsNotReadable(const QString& path)
+{
+    return translated("The settings file %1 cannot be read: permission denied.")
+        .arg(TextLayout::escaped(path));
 }
 
 QString CommandLineTexts::emptyNeedsYes()
@@ -42,32 +79,37 @@ QString CommandLineTexts::emptyNeedsYes()
 
 QString CommandLineTexts::reportFolderMissing(const QString& path)
 {
-    return translated("The report cannot be written to %1: its folder does not exist.").arg(path);
+    return translated("The report cannot be written to %1: its folder does not exist.")
+        .arg(TextLayout::escaped(path));
 }
 
 QString CommandLineTexts::reportIsFolder(const QString& path)
 {
-    return translated("The report cannot be written to %1: that is a folder.").arg(path);
+    return translated("The report cannot be written to %1: that is a folder.")
+        .arg(TextLayout::escaped(path));
 }
 
 QString CommandLineTexts::reportIsNoFile(const QString& path)
 {
-    return translated("The report cannot be written to %1: that is no regular file.").arg(path);
+    return translated("The report cannot be written to %1: that is no regular file.")
+        .arg(TextLayout::escaped(path));
 }
 
 QString CommandLineTexts::reportNotWritable(const QString& path)
 {
-    return translated("The report cannot be written to %1: permission denied.").arg(path);
+    return translated("The report cannot be written to %1: permission denied.")
+        .arg(TextLayout::escaped(path));
 }
 
 QString CommandLineTexts::reportInLibrary(const QString& path)
 {
-    return translated("The report cannot be written to %1: that is inside the library.").arg(path);
+    return translated("The report cannot be written to %1: that is inside the library.")
+        .arg(TextLayout::escaped(path));
 }
 
 QString CommandLineTexts::reportNotWritten(const QString& path)
 {
-    return translated("The report could not be written to %1.").arg(path);
+    return translated("The report could not be written to %1.").arg(TextLayout::escaped(path));
 }
 
 QString CommandLineTexts::outputNotWritten()
@@ -82,17 +124,17 @@ QString CommandLineTexts::noPhotoWithId(qint64 id)
 
 QString CommandLineTexts::noPhotoInRoll(const QString& name)
 {
-    return translated("There is no event “%1” with photos in it.").arg(name);
+    return translated("There is no event “%1” with photos in it.").arg(TextLayout::escaped(name));
 }
 
 QString CommandLineTexts::noPhotoInAlbum(const QString& name)
 {
-    return translated("There is no album “%1” with photos in it.").arg(name);
+    return translated("There is no album “%1” with photos in it.").arg(TextLayout::escaped(name));
 }
 
 QString CommandLineTexts::noPhotoWithKeyword(const QString& name)
 {
-    return translated("No photo carries the keyword “%1”.").arg(name);
+    return translated("No photo carries the keyword “%1”.").arg(TextLayout::escaped(name));
 }
 
 QString CommandLineTexts::leftOut(qint64 photos)
@@ -100,6 +142,16 @@ QString CommandLineTexts::leftOut(qint64 photos)
     return counted(photos,
                    "%1 photo is left out: its master is missing or unreadable.",
                    "%1 photos are left out: their masters are missing or unreadable.");
+}
+
+QString CommandLineTexts::nothingSelected()
+{
+    return translated("No photo matches the selection.");
+}
+
+QString CommandLineTexts::allConverted()
+{
+    return translated("No photo matches the selection: all RAW photos are converted already.");
 }
 
 QString CommandLineTexts::pressEnter()
@@ -168,8 +220,8 @@ QString CommandLineTexts::missingMasterHint()
 QString CommandLineTexts::removedOriginalsHint(const QString& library)
 {
     return translated("The originals are in the library's trash; their space comes back with: "
-                      "corvane-cli trash --empty \"%1\"")
-        .arg(library);
+                      "corvane-cli trash --empty %1")
+        .arg(TextLayout::shellQuoted(library));
 }
 
 QString CommandLineTexts::notConvertedHead(qint64 photos)
@@ -241,12 +293,13 @@ QString CommandLineTexts::masterWithoutPath()
 
 QString CommandLineTexts::fileMissing(const QString& path)
 {
-    return translated("The file %1 is missing.").arg(path);
+    return translated("The file %1 is missing.").arg(TextLayout::escaped(path));
 }
 
 QString CommandLineTexts::fileUnreadable(const QString& path)
 {
-    return translated("The file %1 cannot be read: permission denied.").arg(path);
+    return translated("The file %1 cannot be read: permission denied.")
+        .arg(TextLayout::escaped(path));
 }
 
 QString CommandLineTexts::typeNotReadable(const QString& extension)
@@ -254,7 +307,7 @@ QString CommandLineTexts::typeNotReadable(const QString& extension)
     return extension.isEmpty()
                ? translated("A file without an extension is not of a readable type.")
                : translated("Files with the extension “%1” are not of a readable type.")
-                     .arg(extension);
+                     .arg(TextLayout::escaped(extension));
 }
 
 QString CommandLineTexts::noHeight()
@@ -308,7 +361,7 @@ QString CommandLineTexts::samplePhoto(qint64 position, qint64 total)
 
 QString CommandLineTexts::sampleWritten(const QString& path)
 {
-    return translated("The sample library is %1").arg(path);
+    return translated("The sample library is %1").arg(TextLayout::escaped(path));
 }
 
 QString CommandLineTexts::infoRow(InfoRow row)

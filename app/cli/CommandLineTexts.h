@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 /// Every sentence that the command line program itself says; those of engine and controller are
 /// theirs. English is the key of the translation. Any thread.
@@ -9,8 +10,17 @@ namespace CommandLineTexts
 
 // Usage
 [[nodiscard]] QString noCommand();
+/// Of arguments that nothing takes.
+[[nodiscard]] QString notExpected(const QStringList& arguments);
+/// Of arguments that stand before the name of the command.
+[[nodiscard]] QString beforeCommand(const QStringList& arguments, const QString& command);
 /// `command` is empty for the program as a whole.
 [[nodiscard]] QString howToSeeHelp(const QString& command);
+/// An option that takes a file was given an empty name.
+[[nodiscard]] QString fileNotNamed(const QString& option);
+[[nodiscard]] QString defaultsIsFolder(const QString& path);
+[[nodiscard]] QString defaultsIsNoFile(const QString& path);
+[[nodiscard]] QString defaultsNotReadable(const QString& path);
 [[nodiscard]] QString emptyNeedsYes();
 [[nodiscard]] QString reportFolderMissing(const QString& path);
 [[nodiscard]] QString reportIsFolder(const QString& path);
@@ -27,6 +37,8 @@ namespace CommandLineTexts
 [[nodiscard]] QString noPhotoInAlbum(const QString& name);
 [[nodiscard]] QString noPhotoWithKeyword(const QString& name);
 [[nodiscard]] QString leftOut(qint64 photos);
+[[nodiscard]] QString nothingSelected();
+[[nodiscard]] QString allConverted();
 
 // Questions
 [[nodiscard]] QString pressEnter();

@@ -149,10 +149,16 @@ void Console::writeOutput(const QByteArray& bytes)
     const QMutexLocker locker(&m_mutex);
     eraseStatus();
     flush(m_error);
-    m_failed = m_output.write(bytes) != bytes.size() || m_failed;
-    if (auto* const file = qobject_cast<QFileDevice*>(&m_output)) {
-        m_failed = !file->flush() || m_failed;
+    if (m_readerIsGone) {
+        return;
     }
+    bool isWritten = m_output.write(bytes) == bytes.size();
+    if (auto* const file = qobject_cast<QFileDevice*>(&m_output)) {
+        isWritten = file->flush() && isWritten;
+    }
+    // The device tells the reason as a text only.
+    m_readerIsGone = !isWritten && m_output.errorString() == qt_error_string(EPIPE);
+    m_failed = m_failed || (!isWritten && !m_readerIsGone);
 }
 
 void Console::eraseStatus()

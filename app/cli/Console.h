@@ -56,7 +56,8 @@ public:
 
     /// The width of the terminal as it is now.
     [[nodiscard]] int columns() const;
-    /// Whether something could not be written to standard output.
+    /// Whether something could not be written to standard output, though somebody reads it: a
+    /// reader that has seen enough and closed its pipe is no failure.
     [[nodiscard]] bool hasFailed() const;
 
 private:
@@ -69,4 +70,5 @@ private:
     mutable QMutex m_mutex;
     bool m_statusShown{false};
     bool m_failed{false};
+    bool m_readerIsGone{false};
 };

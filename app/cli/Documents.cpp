@@ -15,6 +15,18 @@ QJsonValue numberOrNull(const std::optional<double>& number)
     return number ? QJsonValue(*number) : QJsonValue(QJsonValue::Null);
 }
 
+QJsonValue unlessUnknown(bool isUnknown, const QJsonValue& value)
+{
+    return isUnknown ? QJsonValue(QJsonValue::Null) : value;
+}
+
+QJsonValue roll(const PhotoFacts& photo)
+{
+    return photo.rollId == 0
+               ? QJsonValue(QJsonValue::Null)
+               : QJsonValue(QJsonObject{{u"id"_s, photo.rollId}, {u"name"_s, photo.rollName}});
+}
+
 QJsonObject photoObject(const PhotoFacts& photo)
 {
     return {
@@ -24,16 +36,16 @@ QJsonObject photoObject(const PhotoFacts& photo)
         {u"name"_s, photo.name},
         {u"title"_s, photo.name},
         {u"comment"_s, photo.comment},
-        {u"rating"_s, photo.rating},
+        {u"rating"_s, unlessUnknown(photo.unknown.rating, photo.rating)},
         {u"date"_s, Documents::textOrNull(photo.wallClock())},
-        {u"width"_s, photo.width},
-        {u"height"_s, photo.height},
+        {u"width"_s, unlessUnknown(photo.unknown.width, photo.width)},
+        {u"height"_s, unlessUnknown(photo.unknown.height, photo.height)},
         {u"latitude"_s, numberOrNull(photo.latitude)},
         {u"longitude"_s, numberOrNull(photo.longitude)},
         {u"altitude"_s, numberOrNull(photo.altitude)},
         {u"keywords"_s, QJsonArray::fromStringList(photo.keywords)},
         {u"albums"_s, QJsonArray::fromStringList(photo.albums)},
-        {u"roll"_s, QJsonObject{{u"id"_s, photo.rollId}, {u"name"_s, photo.rollName}}},
+        {u"roll"_s, roll(photo)},
         {u"imagePath"_s, Documents::textOrNull(photo.imagePath)},
         {u"originalPath"_s, Documents::textOrNull(photo.originalPath)},
         {u"previewPath"_s, Documents::textOrNull(photo.previewPath)},

@@ -20,7 +20,7 @@ QString words(const QString& library, const QString& version, const LibrarySumma
     using enum CommandLineTexts::InfoRow;
     const auto number = [](qint64 count) { return QString::number(count); };
     QList<QStringList> rows{
-        {infoRow(Library), TextLayout::printable(library)},
+        {infoRow(Library), TextLayout::escaped(library)},
         {infoRow(Version), TextLayout::printable(version)},
         {infoRow(Photos), number(summary.photos)},
         {infoRow(Rolls), number(summary.rolls)},

@@ -4,6 +4,9 @@
 #include "Console.h"
 #include "ExitStatus.h"
 #include "Interruption.h"
+#include "TextLayout.h"
+
+#include <QFileInfo>
 
 #include <utility>
 
@@ -44,8 +47,16 @@ int LibraryCommand::interruptedEarly(const CommandServices& services) const
     return ExitStatus::kInterrupted;
 }
 
-int LibraryCommand::failed(const Error& error, const CommandServices& services)
+int LibraryCommand::failed(const Error& error, const CommandServices& services) const
 {
-    services.console.say(error.message);
+    QString message = error.message;
+    const QFileInfo library(m_libraryOptions.library);
+    for (const QString& path :
+         {library.filePath(), library.absoluteFilePath(), library.canonicalFilePath()}) {
+        if (!path.isEmpty()) {
+            message.replace(path, TextLayout::escaped(path));
+        }
+    }
+    services.console.say(message);
     return ExitStatus::kLibrary;
 }

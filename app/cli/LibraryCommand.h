@@ -29,7 +29,7 @@ protected:
     [[nodiscard]] virtual int interruptedEarly(const CommandServices& services) const;
 
     /// Says what is wrong with the library and answers the exit status.
-    [[nodiscard]] static int failed(const Error& error, const CommandServices& services);
+    [[nodiscard]] int failed(const Error& error, const CommandServices& services) const;
 
     [[nodiscard]] const LibraryOptions& libraryOptions() const { return m_libraryOptions; }
 

@@ -13,13 +13,21 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+/// Empty where the library does not know both sides.
+QString pixels(const PhotoFacts& photo)
+{
+    return photo.unknown.width || photo.unknown.height
+               ? QString()
+               : u"%1x%2"_s.arg(photo.width).arg(photo.height);
+}
+
 QStringList rowOf(const PhotoFacts& photo)
 {
     return {
         QString::number(photo.id),
         TextLayout::printable(photo.fileName),
         TextLayout::printable(photo.rollName),
-        u"%1x%2"_s.arg(photo.width).arg(photo.height),
+        pixels(photo),
         photo.missing ? u"missing"_s : TextLayout::megabytes(photo.bytes),
         TextLayout::printable(photo.keywords.join(u", "_s)),
     };

@@ -1,7 +1,6 @@
 #include "MessageLog.h"
 
 #include "Console.h"
-#include "SystemLog.h"
 
 #include <QString>
 
@@ -10,33 +9,36 @@
 namespace
 {
 
-/// Qt's message handlers are plain functions, so the console has to be reached without an object.
-std::atomic<Console*>& currentConsole()
+/// Qt's message handlers are plain functions, so the log has to be reached without an object.
+std::atomic<MessageLog*>& currentLog()
 {
-    static std::atomic<Console*> console{nullptr};
-    return console;
-}
-
-void handleMessage(QtMsgType type, const QMessageLogContext& context, const QString& message)
-{
-    Q_UNUSED(context)
-    Console* const console = currentConsole().load();
-    if (console == nullptr || type == QtDebugMsg) {
-        return;
-    }
-    console->say(message);
-    sendToSystemJournal(message);
+    static std::atomic<MessageLog*> log{nullptr};
+    return log;
 }
 
 } // namespace
 
-MessageLog::MessageLog(Console& console)
-    : m_previous((currentConsole().store(&console), qInstallMessageHandler(handleMessage)))
+MessageLog::MessageLog(Console& console, Journal journal)
+    : m_console(console)
+    , m_journal(journal)
+    , m_previous((currentLog().store(this), qInstallMessageHandler(handle)))
 {
 }
 
 MessageLog::~MessageLog()
 {
     qInstallMessageHandler(m_previous);
-    currentConsole().store(nullptr);
+    currentLog().store(nullptr);
+}
+
+void MessageLog::handle(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    MessageLog* const log = currentLog().load();
+    if (log == nullptr || type == QtDebugMsg) {
+        return;
+    }
+    log->m_console.say(message);
+    if (qstrcmp(context.category, corvaneLog().categoryName()) == 0) {
+        log->m_journal(message);
+    }
 }

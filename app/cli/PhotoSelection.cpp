@@ -23,25 +23,27 @@ bool hasOneOf(const QStringList& names, const QStringList& wanted)
                                [&wanted](const QString& name) { return isNamed(name, wanted); });
 }
 
-bool isUnconvertedRaw(const PhotoFacts& photo)
+bool isConvertedOriginal(const PhotoFacts& photo)
 {
-    return photo.raw && !isNamed(Texts::originalKeyword(), photo.keywords);
+    return isNamed(Texts::originalKeyword(), photo.keywords);
 }
 
-bool isChosen(const PhotoFacts& photo,
-              const SelectionOptions& options,
-              PhotoSelection::WithoutSelection withoutSelection)
+/// Whether RAW photos alone are meant that were not converted yet.
+bool meansRaw(const SelectionOptions& options, PhotoSelection::WithoutSelection withoutSelection)
+{
+    const bool selects = options.all || !options.ids.isEmpty() || !options.rolls.isEmpty() ||
+                         !options.albums.isEmpty() || !options.keywords.isEmpty();
+    return options.raw || (!selects && withoutSelection == PhotoSelection::WithoutSelection::Raw);
+}
+
+/// Whether the photo is what all options but the one for RAW photos ask for.
+bool matches(const PhotoFacts& photo, const SelectionOptions& options)
 {
     const bool byId = options.ids.contains(photo.id);
     if (photo.movie || (photo.hidden && !byId)) {
         return false;
     }
-    const bool selects = options.all || options.raw || !options.ids.isEmpty() ||
-                         !options.rolls.isEmpty() || !options.albums.isEmpty() ||
-                         !options.keywords.isEmpty();
-    const bool rawOnly =
-        options.raw || (!selects && withoutSelection == PhotoSelection::WithoutSelection::Raw);
-    return (!rawOnly || isUnconvertedRaw(photo)) && (options.ids.isEmpty() || byId) &&
+    return (options.ids.isEmpty() || byId) &&
            (options.rolls.isEmpty() || isNamed(photo.rollName, options.rolls)) &&
            (options.albums.isEmpty() || hasOneOf(photo.albums, options.albums)) &&
            (options.keywords.isEmpty() || hasOneOf(photo.keywords, options.keywords));
@@ -91,8 +93,13 @@ ChosenPhotos PhotoSelection::choose(const QList<PhotoFacts>& photos,
 {
     ChosenPhotos chosen;
     chosen.notes = notesOn(photos, options);
+    const bool rawOnly = meansRaw(options, withoutSelection);
     for (const PhotoFacts& photo : photos) {
-        if (!isChosen(photo, options, withoutSelection)) {
+        if (!matches(photo, options) || (rawOnly && !photo.raw)) {
+            continue;
+        }
+        if (rawOnly && isConvertedOriginal(photo)) {
+            ++chosen.convertedAlready;
             continue;
         }
         if (options.present && !isPresent(photo)) {
@@ -102,6 +109,15 @@ ChosenPhotos PhotoSelection::choose(const QList<PhotoFacts>& photos,
         }
     }
     return chosen;
+}
+
+void PhotoSelection::explainNothing(const ChosenPhotos& chosen, Console& console)
+{
+    if (chosen.photos.isEmpty()) {
+        console.say(chosen.convertedAlready > 0 && chosen.leftOut == 0
+                        ? CommandLineTexts::allConverted()
+                        : CommandLineTexts::nothingSelected());
+    }
 }
 
 void PhotoSelection::explain(const ChosenPhotos& chosen, Console& console)

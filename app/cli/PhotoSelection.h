@@ -11,8 +11,9 @@ class Console;
 /// The photos that a selection means, in the catalogue's order, and what there is to say about it.
 struct ChosenPhotos {
     QList<PhotoFacts> photos;
-    QStringList notes; ///< sentences about ids and names that match nothing
-    qint64 leftOut{0}; ///< photos that are not present
+    QStringList notes;          ///< sentences about ids and names that match nothing
+    qint64 leftOut{0};          ///< photos that are not present
+    qint64 convertedAlready{0}; ///< RAW photos that would be meant, had they not been converted
 };
 
 /// Selects photos. Pure but for a look whether masters can be read.
@@ -30,5 +31,7 @@ enum class WithoutSelection : quint8 { All, Raw };
 
 /// Says what matched nothing and how many photos were left out.
 void explain(const ChosenPhotos& chosen, Console& console);
+/// Says why no photo is selected, where none is.
+void explainNothing(const ChosenPhotos& chosen, Console& console);
 
 } // namespace PhotoSelection

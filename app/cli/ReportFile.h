@@ -13,7 +13,7 @@ class Console;
 class ReportFile final
 {
 public:
-    /// `path`: "-" is standard output.
+    /// `path`: "-" is standard output, and so are the names that the system has for it.
     explicit ReportFile(QString path);
 
     [[nodiscard]] bool isStandardOutput() const;

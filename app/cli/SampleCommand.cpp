@@ -6,6 +6,7 @@
 #include "Interruption.h"
 #include "ProgressLine.h"
 #include "SampleLibrary.h"
+#include "TextLayout.h"
 
 #include <utility>
 
@@ -22,6 +23,20 @@ int statusOf(ErrorCode code)
     default:
         return ExitStatus::kLibrary;
     }
+}
+
+int failed(const Error& error, Console& console)
+{
+    if (error.code == ErrorCode::Interrupted) {
+        console.say(CommandLineTexts::interrupted());
+        return ExitStatus::kInterrupted;
+    }
+    console.say(TextLayout::escaped(error.message));
+    const int status = statusOf(error.code);
+    if (status == ExitStatus::kUsage) {
+        console.say(CommandLineTexts::howToSeeHelp(QStringLiteral("sample")));
+    }
+    return status;
 }
 
 } // namespace
@@ -53,11 +68,11 @@ int SampleCommand::execute(const CommandServices& services)
     const Result<QString> written =
         SampleLibrary::write(m_options.directory,
                              {.photos = m_options.photos, .megapixels = m_options.megapixels},
-                             showProgress);
+                             showProgress,
+                             [&services] { return services.interruption.isRequested(); });
     console.clearStatus();
     if (!written.ok()) {
-        console.say(written.error().message);
-        return statusOf(written.error().code);
+        return failed(written.error(), console);
     }
     console.print(CommandLineTexts::sampleWritten(written.value()));
     return ExitStatus::kDone;

@@ -11,6 +11,7 @@
 #include "ScanClosing.h"
 #include "ScanReport.h"
 #include "ScanRun.h"
+#include "TextLayout.h"
 #include "UserDefaults.h"
 
 #include <QFileInfo>
@@ -59,6 +60,7 @@ int ScanCommand::executeWithLibrary(PhotoLibrary& library, const CommandServices
     const ChosenPhotos chosen = PhotoSelection::choose(
         photos.value(), m_options.selection, PhotoSelection::WithoutSelection::Raw);
     PhotoSelection::explain(chosen, services.console);
+    PhotoSelection::explainNothing(chosen, services.console);
     sayHints(chosen.photos, defaults, services);
     return m_options.dryRun ? dryRun(library.path(), chosen.photos, defaults, services)
                             : scan(library, chosen.photos, defaults, services);
@@ -173,7 +175,7 @@ int ScanCommand::finish(const ScanReport& report, int status, const CommandServi
         return status;
     }
     services.console.say(CommandLineTexts::reportNotWritten(*m_options.report));
-    services.console.say(written.error().message);
+    services.console.say(TextLayout::escaped(written.error().message));
     return status == ExitStatus::kDone ? ExitStatus::kNotAll : status;
 }
 

@@ -64,13 +64,17 @@ void ScanProgress::draw()
     }
     const ProgressIndicator& bar = m_controller.progressIndicator();
     const QString time = m_controller.timeRemaining();
-    m_console.showStatus(
-        ProgressLine::render({.activity = m_controller.statusLabel().stringValue(),
-                              .position = static_cast<qint64>(bar.doubleValue()),
-                              .total = static_cast<qint64>(bar.maxValue()),
-                              .timeRemaining = time == Texts::noTimeRemaining() ? QString() : time,
-                              .name = m_controller.countLabel().stringValue()},
-                             m_console.columns()));
+    // Until the photos are taken the label still says what it said before the scan, and the bar's
+    // maximum is nobody's number.
+    const QString status = m_controller.statusLabel().stringValue();
+    const bool isCounting = !bar.isIndeterminate();
+    m_console.showStatus(ProgressLine::render(
+        {.activity = status.isEmpty() || status == Texts::ready() ? Texts::loadingData() : status,
+         .position = isCounting ? static_cast<qint64>(bar.doubleValue()) : 0,
+         .total = isCounting ? static_cast<qint64>(bar.maxValue()) : 0,
+         .timeRemaining = time == Texts::noTimeRemaining() ? QString() : time,
+         .name = m_controller.countLabel().stringValue()},
+        m_console.columns()));
 }
 
 void ScanProgress::sayFinished(const PhotoOutcome& outcome)

@@ -69,6 +69,39 @@ QString cleaned(const QString& text, LineEnds lineEnds)
     return result;
 }
 
+bool isLineSeparator(char32_t character)
+{
+    const QChar::Category category = QChar::category(character);
+    return category == QChar::Separator_Line || category == QChar::Separator_Paragraph;
+}
+
+/// Whether it would steer a terminal or end a line.
+bool steers(char32_t character)
+{
+    return QChar::category(character) == QChar::Other_Control || isLineSeparator(character) ||
+           TextLayout::isDirectionMark(character);
+}
+
+QString hexadecimal(char32_t number, int digits)
+{
+    return QString::number(number, 16).rightJustified(digits, u'0');
+}
+
+/// A short escape where there is one; else empty.
+QString shortEscape(char32_t character)
+{
+    switch (character) {
+    case U'\n':
+        return u"\\n"_s;
+    case U'\r':
+        return u"\\r"_s;
+    case U'\t':
+        return u"\\t"_s;
+    default:
+        return {};
+    }
+}
+
 QString padding(int columns)
 {
     return QString(std::max(0, columns), u' ');
@@ -91,6 +124,48 @@ QString TextLayout::printable(const QString& text)
 QString TextLayout::printableLines(const QString& text)
 {
     return cleaned(text, LineEnds::Kept);
+}
+
+QString TextLayout::escaped(const QString& text)
+{
+    QString result;
+    result.reserve(text.size());
+    for (const char32_t character : text.toUcs4()) {
+        if (!steers(character)) {
+            result += QStringView(QChar::fromUcs4(character));
+        } else if (const QString brief = shortEscape(character); !brief.isEmpty()) {
+            result += brief;
+        } else {
+            result += character < 0x100 ? u"\\x"_s + hexadecimal(character, 2)
+                                        : u"\\u"_s + hexadecimal(character, 4);
+        }
+    }
+    return result;
+}
+
+QString TextLayout::shellQuoted(const QString& text)
+{
+    const auto characters = text.toUcs4();
+    if (std::ranges::none_of(characters, steers)) {
+        return u'\'' + QString(text).replace(u'\'', u"'\\''"_s) + u'\'';
+    }
+    QString result = u"$'"_s;
+    for (const char32_t character : characters) {
+        const QString written = QStringView(QChar::fromUcs4(character)).toString();
+        if (character == U'\'' || character == U'\\') {
+            result += u'\\' + written;
+        } else if (!steers(character)) {
+            result += written;
+        } else if (const QString brief = shortEscape(character); !brief.isEmpty()) {
+            result += brief;
+        } else {
+            // Bytes, as the file system has them, whatever the shell takes for its encoding.
+            for (const char byte : written.toUtf8()) {
+                result += u"\\x"_s + hexadecimal(static_cast<uchar>(byte), 2);
+            }
+        }
+    }
+    return result + u'\'';
 }
 
 int TextLayout::displayWidth(const QString& text)

@@ -18,6 +18,14 @@ enum class Align : quint8 { Left, Right };
 /// The same, line ends and tabs kept.
 [[nodiscard]] QString printableLines(const QString& text);
 
+/// The text with every character escaped that would steer a terminal or end a line: "\n", "\t",
+/// "\x1b", "\u2028". For paths and arguments, of which each character counts.
+[[nodiscard]] QString escaped(const QString& text);
+
+/// The text as one word of a shell's command line: in single quotes, or, where a character would
+/// steer a terminal or end a line, in the form $'…' with such characters escaped.
+[[nodiscard]] QString shellQuoted(const QString& text);
+
 /// Whether the character is invisible and steers the direction of text (Unicode Standard Annex #9:
 /// marks, embeddings, overrides and isolates).
 [[nodiscard]] bool isDirectionMark(char32_t character);

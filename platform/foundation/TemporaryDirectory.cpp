@@ -31,6 +31,29 @@ std::unique_ptr<QLockFile> lockOf(const QString& folder)
     return lock;
 }
 
+/// Removes a folder whose lock this process holds, or that has none: the lock goes last, so that
+/// a run that is killed meanwhile leaves a folder that the next one still knows for a run's.
+void removeFolder(const QString& path, QLockFile& lock)
+{
+    // An empty path would mean the current folder: nothing but a folder of that name is removed.
+    const QFileInfo folder(path);
+    if (!folder.isAbsolute() || !folder.fileName().startsWith(kNamePrefix)) {
+        return;
+    }
+    const QFileInfoList content = QDir(path).entryInfoList(QDir::AllEntries | QDir::Hidden |
+                                                           QDir::System | QDir::NoDotAndDotDot);
+    for (const QFileInfo& entry : content) {
+        const QString found = entry.absoluteFilePath();
+        if (entry.isDir() && !entry.isSymLink()) {
+            QDir(found).removeRecursively();
+        } else if (found != path + kLockName) {
+            QFile::remove(found);
+        }
+    }
+    lock.unlock();
+    QDir().rmdir(path);
+}
+
 /// Removes the folder when the run that made it is dead.
 void sweep(const QFileInfo& folder)
 {
@@ -48,9 +71,8 @@ void sweep(const QFileInfo& folder)
         return;
     }
     const std::unique_ptr<QLockFile> lock = lockOf(path);
-    // An empty path would mean the current folder: nothing but a folder of that name is removed.
-    if (folder.fileName().startsWith(kNamePrefix) && lock->tryLock(0)) {
-        QDir(path).removeRecursively();
+    if (lock->tryLock(0)) {
+        removeFolder(path, *lock);
     }
 }
 
@@ -60,6 +82,8 @@ TemporaryDirectory::TemporaryDirectory(std::unique_ptr<QTemporaryDir> folder)
     : m_folder(std::move(folder))
     , m_lock(lockOf(m_folder->path()))
 {
+    // It would remove the lock file before the lock is given up.
+    m_folder->setAutoRemove(false);
 }
 
 TemporaryDirectory::TemporaryDirectory(TemporaryDirectory&&) noexcept = default;
@@ -71,7 +95,13 @@ TemporaryDirectory& TemporaryDirectory::operator=(TemporaryDirectory&& other) no
     return *this;
 }
 
-TemporaryDirectory::~TemporaryDirectory() = default;
+TemporaryDirectory::~TemporaryDirectory()
+{
+    // What was moved from holds nothing.
+    if (m_folder && m_lock) {
+        removeFolder(m_folder->path(), *m_lock);
+    }
+}
 
 Result<TemporaryDirectory> TemporaryDirectory::create()
 {

@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <memory>
+#include <optional>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -41,11 +42,31 @@ int threadsFor(double megapixels)
     return std::clamp(std::min(processors, inMemory), 1, kMostThreads);
 }
 
+/// What the caller is told and asked while the photos are made; both may be empty.
+struct Talk {
+    const std::function<void(int done, int total)>& progress;
+    const std::function<bool()>& shouldStop;
+
+    void tell(qsizetype done, qsizetype total) const
+    {
+        if (progress) {
+            progress(static_cast<int>(done), static_cast<int>(total));
+        }
+    }
+
+    [[nodiscard]] bool isStopWanted() const { return shouldStop && shouldStop(); }
+};
+
+Error stopped()
+{
+    return {ErrorCode::Interrupted, u"The sample library was not finished"_s};
+}
+
 /// Imports all photos; returns their ids in the same order.
 Result<QList<qint64>> importAll(PhotoLibrary& library,
                                 const QList<PlannedPhoto>& photos,
                                 double megapixels,
-                                const std::function<void(int done, int total)>& progress)
+                                const Talk& talk)
 {
     const auto folder = TemporaryDirectory::create();
     if (!folder.ok()) {
@@ -54,6 +75,9 @@ Result<QList<qint64>> importAll(PhotoLibrary& library,
     Photographer photographer(photos, threadsFor(megapixels));
     QList<qint64> ids;
     for (const PlannedPhoto& photo : photos) {
+        if (talk.isStopWanted()) {
+            return stopped();
+        }
         const auto rendered = photographer.next();
         if (!rendered.ok()) {
             return rendered.error();
@@ -77,9 +101,7 @@ Result<QList<qint64>> importAll(PhotoLibrary& library,
             return id.error();
         }
         ids.append(id.value());
-        if (progress) {
-            progress(static_cast<int>(ids.size()), static_cast<int>(photos.size()));
-        }
+        talk.tell(ids.size(), photos.size());
     }
     return ids;
 }
@@ -140,18 +162,19 @@ void arrange(PhotoApplication& application,
 }
 
 /// Fills a library that was just created.
-Result<void> fill(const QString& package,
-                  const SampleOptions& options,
-                  const std::function<void(int done, int total)>& progress)
+Result<void> fill(const QString& package, const SampleOptions& options, const Talk& talk)
 {
     auto library = PhotoLibrary::open(package, {.access = Access::Write});
     if (!library.ok()) {
         return library.error();
     }
     const QList<PlannedPhoto> planned = SamplePlan::photos(options);
-    const auto ids = importAll(*library.value(), planned, options.megapixels, progress);
+    const auto ids = importAll(*library.value(), planned, options.megapixels, talk);
     if (!ids.ok()) {
         return ids.error();
+    }
+    if (talk.isStopWanted()) {
+        return stopped();
     }
     try {
         const auto application =
@@ -163,28 +186,66 @@ Result<void> fill(const QString& package,
     return library.value()->close();
 }
 
+/// Which folder it is, whatever its name.
+struct FolderIdentity {
+    dev_t device{0};
+    ino_t number{0};
+
+    bool operator==(const FolderIdentity&) const = default;
+};
+
+/// Nothing where there is no folder of that name, or only a link to one.
+std::optional<FolderIdentity> identityOf(const QString& folder)
+{
+    struct stat status = {};
+    if (::lstat(QFile::encodeName(folder).constData(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+        return std::nullopt;
+    }
+    return FolderIdentity{status.st_dev, status.st_ino};
+}
+
+/// The library that a folder is or lies in, links resolved; empty when there is none.
+QString libraryAround(const QString& folder)
+{
+    QString path = QFileInfo(folder).canonicalFilePath();
+    while (!path.isEmpty()) {
+        if (QFileInfo(path + "/Database/apdb/Library.apdb"_L1).isFile()) {
+            return path;
+        }
+        path = path.section(u'/', 0, -2);
+    }
+    return {};
+}
+
 /// Makes an empty library; nothing stays where that fails. Making the folder tells atomically
 /// whether the name is free: from then on the package is this call's own.
-Result<void> makePackage(const QString& package)
+Result<FolderIdentity> makePackage(const QString& package)
 {
     if (::mkdir(QFile::encodeName(package).constData(), 0777) != 0) {
         if (errno == EEXIST) {
-            return Error{ErrorCode::NotWritable, u"\"%1\" exists already"_s.arg(package)};
+            return Error{
+                ErrorCode::NotWritable,
+                u"\"%1\" exists already: name another folder, or move it away"_s.arg(package)};
         }
         return AtomicFile::errorFromErrno(errno, u"create"_s, package);
     }
-    auto created = LibraryCreator::create(package);
-    if (!created.ok()) {
-        ::rmdir(QFile::encodeName(package).constData());
+    const std::optional<FolderIdentity> made = identityOf(package);
+    if (!made) {
+        return Error{ErrorCode::Internal, u"\"%1\" was taken away"_s.arg(package)};
     }
-    return created;
+    if (const auto created = LibraryCreator::create(package); !created.ok()) {
+        ::rmdir(QFile::encodeName(package).constData());
+        return created.error();
+    }
+    return *made;
 }
 
-/// Deletes a package that this call has made, and nothing but that.
-void removePackage(const QString& package)
+/// Deletes a package that this call has made, and nothing but that: another one may have been put
+/// in its place.
+void removePackage(const QString& package, const FolderIdentity& made)
 {
     const QFileInfo info(package);
-    if (info.isAbsolute() && info.fileName() == kPackageName && info.isDir() && !info.isSymLink()) {
+    if (info.isAbsolute() && info.fileName() == kPackageName && identityOf(package) == made) {
         QDir(package).removeRecursively();
     }
 }
@@ -205,21 +266,31 @@ Result<void> checkOptions(const SampleOptions& options)
 
 Result<QString> SampleLibrary::write(const QString& directory,
                                      const SampleOptions& options,
-                                     const std::function<void(int done, int total)>& progress)
+                                     const std::function<void(int done, int total)>& progress,
+                                     const std::function<bool()>& shouldStop)
 {
     if (const auto checked = checkOptions(options); !checked.ok()) {
         return checked.error();
     }
     const QFileInfo folder(directory);
     if (directory.isEmpty() || !folder.isDir()) {
-        return Error{ErrorCode::NotFound, u"There is no folder \"%1\""_s.arg(directory)};
+        return Error{
+            ErrorCode::NotFound,
+            u"There is no folder \"%1\": make it, or name one that is there"_s.arg(directory)};
+    }
+    if (const QString library = libraryAround(directory); !library.isEmpty()) {
+        return Error{ErrorCode::NotWritable,
+                     u"\"%1\" lies inside the library \"%2\": name a folder outside it"_s.arg(
+                         directory, library)};
     }
     const QString package = QDir(QDir::cleanPath(folder.absoluteFilePath())).filePath(kPackageName);
-    if (const auto made = makePackage(package); !made.ok()) {
+    const auto made = makePackage(package);
+    if (!made.ok()) {
         return made.error();
     }
-    if (const auto filled = fill(package, options, progress); !filled.ok()) {
-        removePackage(package);
+    const auto filled = fill(package, options, {.progress = progress, .shouldStop = shouldStop});
+    if (!filled.ok()) {
+        removePackage(package, made.value());
         return filled.error();
     }
     return package;

@@ -194,7 +194,7 @@ QList<PlannedPhoto> jpegPhotos()
     PlannedPhoto wall = jpegOf(greenWindow(), 3);
     wall.rating = 2;
     wall.keywords = {u"Architecture"_s};
-    wall.shot.facts.position = Place{53.8689, 10.6873, 12.0};
+    wall.place = Place{53.8689, 10.6873, 12.0};
     return {bed, evening, wall};
 }
 
@@ -207,6 +207,10 @@ PlannedPhoto again(PlannedPhoto photo, int round)
     }
     if (round > 0 && !photo.name.isEmpty()) {
         photo.name += u" %1"_s.arg(round + 1);
+    }
+    if (round > 0) {
+        // The camera was turned once; a girl can be photographed either way.
+        photo.shot.facts.orientation = Orientation::Upright;
     }
     photo.shot.seed += static_cast<quint32>(round) * 1000;
     const qint64 seconds = qint64{kSecondsBetween} * (round % kRoundsOfAnEvent);

@@ -46,6 +46,12 @@ Result<void> flush(const QString& path)
 Result<void> copyFile(const QString& from, const QString& to)
 {
     QFile source(from);
+    if (!source.open(QIODevice::ReadOnly)) {
+        return Error{ErrorCode::Unreadable,
+                     u"\"%1\" cannot be read (%2): check its permissions."_s.arg(
+                         from, source.errorString())};
+    }
+    source.close();
     if (!source.copy(to)) {
         return Error{ErrorCode::NotWritable,
                      u"The backup \"%1\" cannot be written: %2."_s.arg(to, source.errorString())};
@@ -54,9 +60,9 @@ Result<void> copyFile(const QString& from, const QString& to)
     return flush(to);
 }
 
-Result<void> copyDatabase(const QString& from, const QString& to)
+Result<void> copyDatabase(const QString& package, const QString& from, const QString& to)
 {
-    Result<void> copied = LibraryErrors::caught(from, [&]() -> Result<void> {
+    Result<void> copied = LibraryErrors::caught(package, [&]() -> Result<void> {
         SQLite::Database source(QFile::encodeName(from).toStdString(), SQLite::OPEN_READONLY);
         SQLite::Database target(QFile::encodeName(to).toStdString(),
                                 SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
@@ -93,7 +99,7 @@ Result<void> copyPart(const QString& package, const QString& target, const QStri
     if (inDatabases && (name.contains("-journal"_L1) || name.contains("-mj"_L1))) {
         return {}; // belongs to a transaction, not to the state
     }
-    return inDatabases && openDatabases().contains(name) ? copyDatabase(from, to)
+    return inDatabases && openDatabases().contains(name) ? copyDatabase(package, from, to)
                                                          : copyFile(from, to);
 }
 
@@ -133,18 +139,31 @@ void keepFirstAndLast(const QString& backupsFolder)
     }
 }
 
+Error notBackedUp(const Error& cause, const QString& package, const QString& backupsFolder)
+{
+    const QString remedy =
+        cause.code == ErrorCode::Unreadable
+            ? QString()
+            : u" Make room or change the permissions in \"%1\", or set XDG_STATE_HOME to another "
+              "folder."_s.arg(backupsFolder);
+    return {cause.code,
+            u"No backup of the databases of the library \"%1\" could be made, so nothing was "
+            "written to it: %2%3"_s.arg(package, LibraryErrors::asSentence(cause.message), remedy)};
+}
+
 } // namespace
 
 Result<QString> Backup::make(const QString& package, const QString& backupsFolder)
 {
     if (const Result<void> folder = AtomicFile::makeFolder(backupsFolder); !folder.ok()) {
-        return folder.error();
+        return notBackedUp(folder.error(), package, backupsFolder);
     }
     const QString stamp = QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss-zzz"_s);
     const QString unfinished = backupsFolder + u'/' + stamp + kUnfinished;
     const QString finished = backupsFolder + u'/' + stamp;
     if (!QDir().mkdir(unfinished)) {
-        return AtomicFile::errorFromErrno(errno, u"write"_s, unfinished);
+        return notBackedUp(
+            AtomicFile::errorFromErrno(errno, u"write"_s, unfinished), package, backupsFolder);
     }
     Result<void> copied = copyAll(package, unfinished);
     if (copied.ok() && !QDir().rename(unfinished, finished)) {
@@ -155,9 +174,7 @@ Result<QString> Backup::make(const QString& package, const QString& backupsFolde
     }
     if (!copied.ok()) {
         removeCopy(backupsFolder, stamp + kUnfinished);
-        return Error{copied.error().code,
-                     u"No backup of the library's databases could be made, so nothing was "
-                     "written: %1"_s.arg(copied.error().message)};
+        return notBackedUp(copied.error(), package, backupsFolder);
     }
     keepFirstAndLast(backupsFolder);
     return finished;

@@ -20,13 +20,23 @@ Result<QByteArray> bytesOf(const QString& path)
 {
     QFile file(path);
     if (!file.exists()) {
-        return QByteArray();
+        return QByteArray(); // a null one
     }
     if (!file.open(QIODevice::ReadOnly)) {
-        return Error{ErrorCode::Unreadable,
-                     u"\"%1\" cannot be read (%2)."_s.arg(path, file.errorString())};
+        return Error{
+            ErrorCode::Unreadable,
+            u"\"%1\" cannot be read (%2): check its permissions."_s.arg(path, file.errorString())};
     }
-    return file.readAll();
+    const QByteArray bytes = file.readAll();
+    return bytes.isNull() ? QByteArray("") : bytes;
+}
+
+QString damageOf(const QString& path, const QByteArray& bytes, const OldCatalogue& read)
+{
+    return bytes.isNull() || read.wasRead()
+               ? QString()
+               : u"The catalogue \"%1\" is damaged, so it is left as it is: restore it from a "
+                 "backup, or remove it to have a new one made."_s.arg(path);
 }
 
 Result<void> replace(const QString& path, const QByteArray& old, const QByteArray& bytes)
@@ -53,12 +63,25 @@ void touch(const QString& path, double now)
     }
 }
 
+QString fullPathIn(const QString& package)
+{
+    return package + "/AlbumData.xml"_L1;
+}
+
 } // namespace
+
+QString Catalogues::damage(const QString& package)
+{
+    const QString path = fullPathIn(package);
+    const Result<QByteArray> bytes = bytesOf(path);
+    return bytes.ok() ? damageOf(path, bytes.value(), OldCatalogue::parse(bytes.value()))
+                      : bytes.error().message;
+}
 
 Result<Catalogues::CarriedOver> Catalogues::write(Connection& connection, double now)
 {
     const QString& package = connection.packagePath();
-    const QString fullPath = package + u"/AlbumData.xml"_s;
+    const QString fullPath = fullPathIn(package);
     const QString briefPath = package + u"/iLifeShared/AlbumData2.xml"_s;
     const Result<QByteArray> oldFull = bytesOf(fullPath);
     if (!oldFull.ok()) {
@@ -69,6 +92,9 @@ Result<Catalogues::CarriedOver> Catalogues::write(Connection& connection, double
         return oldBrief.error();
     }
     const OldCatalogue old = OldCatalogue::parse(oldFull.value());
+    if (const QString damage = damageOf(fullPath, oldFull.value(), old); !damage.isNull()) {
+        return CarriedOver{false, damage};
+    }
     const QString knownPath = old.text(u"Archive Path"_s);
     const CatalogueModel model = CatalogueReader::read(connection, old);
     const CatalogueWriter writer(model, old, knownPath.isEmpty() ? package : knownPath);
@@ -81,5 +107,5 @@ Result<Catalogues::CarriedOver> Catalogues::write(Connection& connection, double
         return written.error();
     }
     touch(package + u"/iLifeShared/ApertureDatabaseTimestamp"_s, now);
-    return CarriedOver{old.wasRead()};
+    return CarriedOver{old.wasRead(), QString()};
 }

@@ -3,6 +3,8 @@
 #include "Connection.h"
 #include "Result.h"
 
+#include <QString>
+
 /// The catalogues that the photo application writes for others to read: AlbumData.xml and
 /// iLifeShared/AlbumData2.xml.
 namespace Catalogues
@@ -12,10 +14,18 @@ struct CarriedOver {
     /// Whether there was a catalogue before to carry over from. Without it faces and what rules
     /// find are lost, and paths begin with the package's present place.
     bool oldFileRead{false};
+    /// Why both were left as they are, with the remedy: the old one holds what nothing else tells,
+    /// but cannot be read as a catalogue. Null where they were written.
+    QString leftAlone;
 };
 
+/// As CarriedOver::leftAlone, for the catalogue as it lies in the package. Null too where there is
+/// none: then a new one is made.
+[[nodiscard]] QString damage(const QString& package);
+
 /// Writes both anew from the databases, with what only the file before knows carried over from it,
-/// and marks the library as changed. A file that already says the same stays untouched.
+/// and marks the library as changed. A file that already says the same stays untouched, and both do
+/// when the one before is there but cannot be read as a catalogue.
 /// `now`: seconds since 2001-01-01T00:00:00 UTC. Errors: Unreadable, NotWritable, OutOfSpace;
 /// SQLite::Exception.
 [[nodiscard]] Result<CarriedOver> write(Connection& connection, double now);

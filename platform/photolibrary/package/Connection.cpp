@@ -1,10 +1,13 @@
 #include "Connection.h"
 
+#include "LibraryErrors.h"
+
 #include <QFile>
 #include <QFileInfo>
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <array>
 
 using namespace Qt::StringLiterals;
@@ -44,36 +47,35 @@ Connection::Connection(QString packagePath, Mode mode, int busyMilliseconds)
     : m_packagePath(std::move(packagePath))
     , m_database(encoded(databasePath(m_packagePath, kFiles[0])), openFlags(mode), busyMilliseconds)
 {
-    for (std::size_t i = 1; i < kFiles.size(); ++i) {
-        SQLite::Statement attach(m_database, std::string("ATTACH ? AS ") + kSchemas[i]);
-        attach.bind(1, encoded(databasePath(m_packagePath, kFiles[i])));
+}
+
+void Connection::prepare(std::size_t index, Mode mode)
+{
+    const char* const schema = kSchemas[index];
+    if (index > 0) {
+        SQLite::Statement attach(m_database, std::string("ATTACH ? AS ") + schema);
+        attach.bind(1, encoded(databasePath(m_packagePath, kFiles[index])));
         attach.exec();
     }
-    for (const char* schema : kSchemas) {
-        if (mode == Mode::Create) {
-            m_database.exec(pragma(schema, "page_size=16384").toStdString());
-            m_database.exec(pragma(schema, "auto_vacuum=2").toStdString());
-        }
-        if (mode != Mode::Read) {
-            // EXTRA also flushes the folder after the journal is gone, so that a power cut cannot
-            // bring back, and then undo, what was reported as done.
-            m_database.exec(pragma(schema, "synchronous=EXTRA").toStdString());
-            // A page that is not committed stays in memory, so a full disk meets no half-written
-            // database.
-            m_database.exec("PRAGMA cache_spill=OFF");
-        }
-        // The first read takes the lock and undoes an interrupted transaction.
-        SQLite::Statement first(
-            m_database,
-            u"SELECT count(*) FROM %1.sqlite_master"_s.arg(QLatin1StringView(schema))
-                .toStdString());
-        first.executeStep();
-        if (mode != Mode::Read && sqlite3_db_readonly(m_database.getHandle(), schema) != 0) {
-            throw SQLite::Exception("attempt to write a readonly database", SQLITE_READONLY);
-        }
+    if (mode == Mode::Create) {
+        m_database.exec(pragma(schema, "page_size=16384").toStdString());
+        m_database.exec(pragma(schema, "auto_vacuum=2").toStdString());
     }
-    if (mode == Mode::Read) {
-        m_database.exec("PRAGMA query_only=1");
+    if (mode != Mode::Read) {
+        // EXTRA also flushes the folder after the journal is gone, so that a power cut cannot
+        // bring back, and then undo, what was reported as done.
+        m_database.exec(pragma(schema, "synchronous=EXTRA").toStdString());
+        // A page that is not committed stays in memory, so a full disk meets no half-written
+        // database.
+        m_database.exec("PRAGMA cache_spill=OFF");
+    }
+    // The first read takes the lock and undoes an interrupted transaction.
+    SQLite::Statement first(
+        m_database,
+        u"SELECT count(*) FROM %1.sqlite_master"_s.arg(QLatin1StringView(schema)).toStdString());
+    first.executeStep();
+    if (mode != Mode::Read && sqlite3_db_readonly(m_database.getHandle(), schema) != 0) {
+        throw SQLite::Exception("attempt to write a readonly database", SQLITE_READONLY);
     }
 }
 
@@ -95,47 +97,21 @@ Connection::open(const QString& packagePath, Mode mode, int busyMilliseconds)
             }
         }
     }
+    std::size_t index = 0;
     try {
-        return std::unique_ptr<Connection>(new Connection(packagePath, mode, busyMilliseconds));
-    } catch (const SQLite::Exception& exception) {
-        return errorFrom(exception, packagePath);
-    }
-}
-
-Error Connection::errorFrom(const SQLite::Exception& exception, const QString& packagePath)
-{
-    const QString detail = QString::fromUtf8(exception.getErrorStr());
-    switch (exception.getErrorCode() & 0xFF) {
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
-        return {ErrorCode::InUse,
-                u"The library \"%1\" is in use by another program. Quit it and try again."_s.arg(
-                    packagePath)};
-    case SQLITE_CORRUPT:
-    case SQLITE_NOTADB:
-        return {ErrorCode::Damaged,
-                u"A database of the library \"%1\" is damaged (%2)."_s.arg(packagePath, detail)};
-    case SQLITE_FULL:
-        return {ErrorCode::OutOfSpace,
-                u"There is no space left on the disk of the library \"%1\"."_s.arg(packagePath)};
-    case SQLITE_READONLY:
-    case SQLITE_PERM:
-        if (exception.getExtendedErrorCode() == SQLITE_READONLY_ROLLBACK) {
-            return {ErrorCode::Unreadable,
-                    u"A change to the library \"%1\" was interrupted and must be undone before it "
-                    "can be read, but its databases are write-protected."_s.arg(packagePath)};
+        std::unique_ptr<Connection> connection(new Connection(packagePath, mode, busyMilliseconds));
+        for (; index < kFiles.size(); ++index) {
+            connection->prepare(index, mode);
         }
-        return {ErrorCode::NotWritable,
-                u"The databases of the library \"%1\" are write-protected."_s.arg(packagePath)};
-    case SQLITE_CANTOPEN:
-    case SQLITE_IOERR:
-        return {
-            ErrorCode::Unreadable,
-            u"The databases of the library \"%1\" cannot be read (%2)."_s.arg(packagePath, detail)};
-    default:
-        return {ErrorCode::Internal,
-                u"The databases of the library \"%1\" refuse a request (%2)."_s.arg(packagePath,
-                                                                                    detail)};
+        if (mode == Mode::Read) {
+            connection->database().exec("PRAGMA query_only=1");
+        }
+        return connection;
+    } catch (const SQLite::Exception& exception) {
+        return LibraryErrors::fromSqlite(
+            exception,
+            packagePath,
+            QString::fromLatin1(kFiles[std::min(index, kFiles.size() - 1)]));
     }
 }
 

@@ -32,10 +32,6 @@ public:
     [[nodiscard]] static Result<std::unique_ptr<Connection>>
     open(const QString& packagePath, Mode mode, int busyMilliseconds = kBusyMilliseconds);
 
-    /// What an exception of SQLite means for the library in `packagePath`; a sentence for people.
-    [[nodiscard]] static Error errorFrom(const SQLite::Exception& exception,
-                                         const QString& packagePath);
-
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
     /// Rolls back what is not committed.
@@ -60,6 +56,8 @@ public:
 
 private:
     Connection(QString packagePath, Mode mode, int busyMilliseconds);
+    /// Opens the database of that index; the first one is open already. In their order.
+    void prepare(std::size_t index, Mode mode);
 
     QString m_packagePath;
     SQLite::Database m_database;

@@ -1,5 +1,6 @@
 #include "IntegrityCheck.h"
 
+#include "Catalogues.h"
 #include "PathMapping.h"
 #include "Queries.h"
 #include "RowIdIndexes.h"
@@ -124,6 +125,15 @@ void checkCounters(Connection& connection, QStringList& problems)
     }
 }
 
+QStringList ofRows(Connection& connection)
+{
+    QStringList problems;
+    askQuestions(connection, problems);
+    checkCounters(connection, problems);
+    problems << RowIdIndexes::mismatches(connection);
+    return problems;
+}
+
 /// Thumbnails and previews that the databases name; masters are counted as missing elsewhere.
 void checkProxyFiles(Connection& connection, QStringList& problems)
 {
@@ -184,17 +194,31 @@ void checkStrayMasters(Connection& connection,
 
 } // namespace
 
+QStringList IntegrityCheck::ofDatabases(Connection& connection)
+{
+    QStringList problems;
+    checkDatabases(connection, problems);
+    return problems.isEmpty() ? ofRows(connection) : problems;
+}
+
+QStringList IntegrityCheck::ofFiles(Connection& connection, const QSet<QString>& namedFiles)
+{
+    QStringList problems;
+    checkProxyFiles(connection, problems);
+    checkStrayMasters(connection, namedFiles, problems);
+    return problems;
+}
+
 QStringList IntegrityCheck::problems(Connection& connection, const QSet<QString>& namedFiles)
 {
     QStringList problems;
     checkDatabases(connection, problems);
-    if (!problems.isEmpty()) {
-        return problems; // what a damaged database says of the rest proves nothing
+    if (problems.isEmpty()) { // what a damaged database says of the rest proves nothing
+        problems << ofRows(connection) << ofFiles(connection, namedFiles);
     }
-    askQuestions(connection, problems);
-    checkCounters(connection, problems);
-    problems << RowIdIndexes::mismatches(connection);
-    checkProxyFiles(connection, problems);
-    checkStrayMasters(connection, namedFiles, problems);
+    const QString damagedCatalogue = Catalogues::damage(connection.packagePath());
+    if (!damagedCatalogue.isNull()) {
+        problems << damagedCatalogue;
+    }
     return problems;
 }

@@ -10,9 +10,20 @@
 namespace IntegrityCheck
 {
 
-/// One English sentence for each problem; empty for a sound library. Missing masters, and sidecars
-/// or catalogues that lag behind the databases, are no problems here, nor are files that
-/// `namedFiles` (package-relative) holds. Nothing is changed. Errors: SQLite::Exception.
+/// Of everything here: one English sentence for each problem; nothing is changed. Errors:
+/// SQLite::Exception.
+
+/// What is wrong with the databases themselves: their form, counts, indexes, id counters, and rows
+/// that refer to each other. A library with any of that is not written to. Looks at no other file.
+[[nodiscard]] QStringList ofDatabases(Connection& connection);
+
+/// What is wrong between databases and files: pictures that are missing, and files in Masters that
+/// belong to no photo. Missing masters are no problem here, nor are files that `namedFiles`
+/// (package-relative) holds.
+[[nodiscard]] QStringList ofFiles(Connection& connection, const QSet<QString>& namedFiles);
+
+/// Both, and a catalogue that cannot be read; empty for a sound library. Sidecars and catalogues
+/// that lag behind the databases are no problems.
 [[nodiscard]] QStringList problems(Connection& connection, const QSet<QString>& namedFiles);
 
 } // namespace IntegrityCheck

@@ -6,6 +6,7 @@
 #include "Catalogues.h"
 #include "Clock.h"
 #include "Connection.h"
+#include "LibraryErrors.h"
 #include "PropertyList.h"
 #include "Schema.h"
 #include "Sidecars.h"
@@ -172,7 +173,7 @@ Result<void> fill(const QString& package, double now)
         const auto catalogues = Catalogues::write(connection, now);
         return catalogues.ok() ? Result<void>() : catalogues.error();
     } catch (const SQLite::Exception& exception) {
-        return Connection::errorFrom(exception, package);
+        return LibraryErrors::fromSqlite(exception, package);
     }
 }
 

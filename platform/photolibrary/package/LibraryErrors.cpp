@@ -13,38 +13,58 @@ constexpr int kPrimaryCodeMask = 0xFF;
 
 } // namespace
 
-Error LibraryErrors::fromSqlite(const SQLite::Exception& exception, const QString& package)
+Error LibraryErrors::fromSqlite(const SQLite::Exception& exception,
+                                const QString& package,
+                                const QString& file)
 {
-    const QString detail = QString::fromUtf8(exception.what());
+    const QString folder = package + "/Database/apdb"_L1;
+    const QString database = file.isEmpty() ? u"A database of the library \"%1\""_s.arg(package)
+                                            : u"The database \"%1/%2\""_s.arg(folder, file);
+    const QString detail = QString::fromUtf8(exception.getErrorStr());
     switch (exception.getErrorCode() & kPrimaryCodeMask) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
         return {ErrorCode::InUse,
-                u"The library \"%1\" is in use by another program: quit it and try again."_s.arg(
+                u"The library \"%1\" is in use by another program: quit that and try again."_s.arg(
                     package)};
     case SQLITE_FULL:
         return {ErrorCode::OutOfSpace,
-                u"There is no space left for the databases of the library \"%1\"."_s.arg(package)};
+                u"There is no space left for the databases of the library \"%1\": make room on its "
+                "disk and try again."_s.arg(package)};
     case SQLITE_READONLY:
     case SQLITE_PERM:
     case SQLITE_AUTH:
+        if (exception.getExtendedErrorCode() == SQLITE_READONLY_ROLLBACK) {
+            // Elsewhere the databases would not know of each other's journals any more.
+            return {ErrorCode::Unreadable,
+                    u"A change to the library \"%1\" was interrupted and must be undone before it "
+                    "can be read, but its databases are write-protected: change the permissions "
+                    "of \"%2\", and do not move or copy the library before that is done."_s.arg(
+                        package, folder)};
+        }
         return {ErrorCode::NotWritable,
-                u"The databases of the library \"%1\" cannot be written: %2. Check their "
-                "permissions."_s.arg(package, detail)};
+                u"%1 cannot be written (%2): change the permissions of \"%3\" and of what is in "
+                "it."_s.arg(database, detail, folder)};
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
         return {ErrorCode::Damaged,
-                u"A database of the library \"%1\" is damaged: %2. Let iPhoto repair it, or "
-                "restore it from a backup."_s.arg(package, detail)};
+                u"%1 is damaged (%2): let iPhoto repair the library, or restore it from a "
+                "backup."_s.arg(database, detail)};
     case SQLITE_CANTOPEN:
     case SQLITE_IOERR:
         return {ErrorCode::Unreadable,
-                u"A database of the library \"%1\" cannot be read or written: %2."_s.arg(package,
-                                                                                         detail)};
+                u"%1 cannot be read or written (%2): check the permissions of \"%3\" and the state "
+                "of its disk."_s.arg(database, detail, folder)};
     default:
         return {ErrorCode::Internal,
-                u"A database of the library \"%1\" refused a request: %2."_s.arg(package, detail)};
+                u"%1 refused a request (%2): try again, or restore the library from a "
+                "backup."_s.arg(database, detail)};
     }
+}
+
+QString LibraryErrors::asSentence(const QString& message)
+{
+    return message.endsWith(u'.') ? message : message + u'.';
 }
 
 void LibraryErrors::raise(const Error& error)

@@ -13,8 +13,14 @@
 namespace LibraryErrors
 {
 
-/// What SQLite raised on the library at `package`, in words.
-[[nodiscard]] Error fromSqlite(const SQLite::Exception& exception, const QString& package);
+/// What SQLite raised on the library at `package`, in words for people that name the path and the
+/// remedy. `file`: name of the database in question, where that is known.
+[[nodiscard]] Error fromSqlite(const SQLite::Exception& exception,
+                               const QString& package,
+                               const QString& file = QString());
+
+/// The message with a full stop, so that another sentence may follow.
+[[nodiscard]] QString asSentence(const QString& message);
 
 /// Raises ScriptingException with the error's message.
 [[noreturn]] void raise(const Error& error);

@@ -15,7 +15,7 @@ struct PhotoFacts {
     QString fileName;                ///< the master's
     QString name;                    ///< the title; scripting knows it as name and as title
     QString comment;                 ///< empty where there is none
-    int rating{0};                   ///< 0..5
+    int rating{0};                   ///< 0..5; see unknown
     double date{0.0};                ///< seconds since 2001-01-01T00:00:00 UTC; see zoneName
     QString zoneName;                ///< the zone the date is shown in; "GMT": shown as it is
     int width{0};                    ///< pixels, as shown
@@ -36,22 +36,33 @@ struct PhotoFacts {
     bool rotated{false};   ///< the user turned it otherwise than its file says
     bool hidden{false};
     bool movie{false};
-    bool missing{false}; ///< its original is no file that exists
-    qint64 bytes{0};     ///< of the original on disk; 0 when missing
+    bool missing{false}; ///< its original is no file that exists; one that may not be read is there
+    qint64 bytes{0};     ///< of the original on disk, readable or not; 0 when missing
 
-    /// The date as the photo shows it, ISO 8601 without zone: "2018-10-13T09:18:12".
+    /// Numbers that the library does not have of this photo; they stand here as 0.
+    struct Unknown {
+        bool rating{false};
+        bool date{false};
+        bool width{false};
+        bool height{false};
+    };
+
+    Unknown unknown{};
+
+    /// The date as the photo shows it, ISO 8601 without zone: "2018-10-13T09:18:12". Empty where
+    /// there is no date.
     [[nodiscard]] QString wallClock() const;
 };
 
 /// The library in figures. Any thread.
 struct LibrarySummary {
-    int photos{0};          ///< neither in the trash nor hidden
+    int photos{0};          ///< visible ones: not in the trash, not hidden, no movies
     int rolls{0};           ///< events that have a visible photo
     int albums{0};          ///< the user's regular ones
     int keywords{0};        ///< that the library defines
     int rawPhotos{0};       ///< visible ones with a RAW master
     qint64 rawBytes{0};     ///< of the RAW masters on disk; a pair's counts once
-    int processedPhotos{0}; ///< copies filed from an original
+    int processedPhotos{0}; ///< visible copies filed from an original
     int trashedPhotos{0};
     qint64 trashedBytes{0}; ///< of the masters of the trash, both of a pair
     int missing{0};         ///< visible photos whose original is no file that exists

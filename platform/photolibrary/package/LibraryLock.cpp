@@ -1,6 +1,7 @@
 #include "LibraryLock.h"
 
 #include "AtomicFile.h"
+#include "StateFolder.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -50,13 +51,13 @@ Result<std::unique_ptr<LibraryLock>> LibraryLock::take(const QString& package,
                                                        const QString& stateFolder)
 {
     if (const Result<void> folder = AtomicFile::makeFolder(stateFolder); !folder.ok()) {
-        return folder.error();
+        return StateFolder::unusable(folder.error(), package);
     }
     const QString path = stateFolder + "/lock"_L1;
     const int descriptor =
         ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, kPrivate);
     if (descriptor < 0) {
-        return AtomicFile::errorFromErrno(errno, u"write"_s, path);
+        return StateFolder::unusable(AtomicFile::errorFromErrno(errno, u"write"_s, path), package);
     }
     if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
         const QString holder = holderIn(descriptor);
@@ -68,7 +69,8 @@ Result<std::unique_ptr<LibraryLock>> LibraryLock::take(const QString& package,
     }
     QString leftBehind = holderIn(descriptor);
     if (!writeHolder(descriptor, ownName())) {
-        const Error error = AtomicFile::errorFromErrno(errno, u"write"_s, path);
+        const Error error =
+            StateFolder::unusable(AtomicFile::errorFromErrno(errno, u"write"_s, path), package);
         ::close(descriptor);
         return error;
     }

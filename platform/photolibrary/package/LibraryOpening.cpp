@@ -30,16 +30,29 @@ WriteAccess::Places placesOf(Connection& connection)
 
 Error notClosed(const QString& package)
 {
-    return {ErrorCode::NotClosed,
-            u"iPhoto did not close the library \"%1\" properly, so it is not written to. Open and "
-            "quit it in iPhoto, or accept it as it is with --after-crash."_s.arg(package)};
+    return {
+        ErrorCode::NotClosed,
+        u"iPhoto did not close the library \"%1\" properly, so it is not written to. Open it in "
+        "iPhoto and quit. Or accept it as it is: --after-crash does so once its integrity check "
+        "passes and nothing is wrong but what follows the databases anyway."_s.arg(package)};
 }
 
-Error notSound(const QString& package, const QStringList& problems)
+Error notSound(const QString& package, const QStringList& problems, const QString& remedy)
 {
+    const QString count =
+        problems.size() == 1 ? u"is 1 problem"_s : u"are %1 problems"_s.arg(problems.size());
     return {ErrorCode::Damaged,
-            u"The library \"%1\" is damaged, so it is not written to: %2 Let iPhoto repair it, or "
-            "restore it from a backup."_s.arg(package, problems.first())};
+            u"The library \"%1\" does not pass its integrity check, so it is not written to. There "
+            "%2, which \"corvane-cli info\" lists; the first: %3 %4"_s.arg(
+                package, count, problems.first(), remedy)};
+}
+
+QString notRemoved(const QString& package, const QList<PackageFiles::NotRemoved>& left)
+{
+    return u"These files in the library \"%1\" belong to no photo any more but could not be "
+           u"removed; "
+           "the next run tries again, make their folders writable:\n%2"_s.arg(
+               package, PackageFiles::listed(left));
 }
 
 Result<void> checkForWriting(Connection& connection,
@@ -54,16 +67,21 @@ Result<void> checkForWriting(Connection& connection,
     if (!clean && !options.afterCrash) {
         return notClosed(package);
     }
-    if (clean) {
-        return OpeningChecks::soundDatabases(connection);
+    const QStringList problems = IntegrityCheck::ofDatabases(connection);
+    if (!problems.isEmpty()) {
+        return notSound(package, problems, u"Let iPhoto repair it, or restore it from a backup."_s);
     }
-    const QStringList problems = IntegrityCheck::problems(connection, Recovery::named(turns));
-    return problems.isEmpty() ? Result<void>() : notSound(package, problems);
+    const QStringList ofFiles =
+        clean ? QStringList() : IntegrityCheck::ofFiles(connection, Recovery::named(turns));
+    return ofFiles.isEmpty() ? Result<void>()
+                             : notSound(package,
+                                        ofFiles,
+                                        u"Open it in iPhoto and quit; move files that belong to no "
+                                        "photo out of it."_s);
 }
 
-/// With the write lock of the databases: what a crash left is cleared away. Returns what sidecars
-/// and catalogues have to follow.
-Result<Changes>
+/// With the write lock of the databases: what a crash left is cleared away.
+Result<Recovery::Outcome>
 recovered(Connection& connection, const OpenOptions& options, const QString& stateFolder)
 {
     connection.beginImmediate();
@@ -73,16 +91,19 @@ recovered(Connection& connection, const OpenOptions& options, const QString& sta
         connection.rollback();
         return checked.error();
     }
-    Changes changes = Recovery::run(connection, turns);
+    Recovery::Outcome outcome = Recovery::run(connection, turns);
     connection.resetStatements();
     connection.rollback();
-    return changes;
+    return outcome;
 }
 
 Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Connection> connection,
                                                             const OpenOptions& options,
                                                             const QString& version)
 {
+    if (const Result<void> known = StateFolder::isKnown(connection->packagePath()); !known.ok()) {
+        return known.error();
+    }
     const WriteAccess::Places places = placesOf(*connection);
     Result<std::unique_ptr<LibraryLock>> lock = LibraryLock::take(places.package, places.state);
     if (!lock.ok()) {
@@ -92,9 +113,12 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
         systemLog(u"The library \"%1\" was not closed by %2."_s.arg(places.package,
                                                                     lock.value()->leftBehind()));
     }
-    const Result<Changes> changes = recovered(*connection, options, places.state);
-    if (!changes.ok()) {
-        return changes.error();
+    const Result<Recovery::Outcome> outcome = recovered(*connection, options, places.state);
+    if (!outcome.ok()) {
+        return outcome.error();
+    }
+    if (!outcome.value().notRemoved.isEmpty()) {
+        systemLog(notRemoved(places.package, outcome.value().notRemoved));
     }
     connection->database().setBusyTimeout(Connection::kBusyMilliseconds);
     connection->database().exec("PRAGMA cache_spill=OFF");
@@ -102,7 +126,8 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
     if (!write.ok()) {
         return write.error();
     }
-    write.value()->addPending(changes.value());
+    write.value()->addUnsettled(outcome.value().unsettled);
+    write.value()->addPending(outcome.value().changes);
     auto library = std::make_shared<PhotoLibraryPrivate>(
         places, version, std::move(connection), write.value());
     if (const Result<void> followed = library->synchronise(); !followed.ok()) {
@@ -131,7 +156,7 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> LibraryOpening::open(const QString&
     Result<std::unique_ptr<Connection>> connection =
         Connection::open(package,
                          forWriting ? Connection::Mode::Write : Connection::Mode::Read,
-                         forWriting ? kOpeningBusyMilliseconds : Connection::kBusyMilliseconds);
+                         kOpeningBusyMilliseconds);
     if (!connection.ok()) {
         return connection.error();
     }
@@ -144,6 +169,7 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> LibraryOpening::open(const QString&
             return openForWriting(std::move(connection).value(), options, version.value());
         }
         const WriteAccess::Places places = placesOf(*connection.value());
+        connection.value()->database().setBusyTimeout(Connection::kBusyMilliseconds);
         return std::make_shared<PhotoLibraryPrivate>(
             places, version.value(), std::move(connection).value(), nullptr);
     });

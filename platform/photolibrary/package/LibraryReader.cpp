@@ -7,10 +7,15 @@
 #include "Queries.h"
 
 #include <QDateTime>
-#include <QFileInfo>
+#include <QFile>
 #include <QHash>
 #include <QTimeZone>
+#include <QVariant>
 
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
 #include <cmath>
 
 using namespace Qt::StringLiterals;
@@ -36,16 +41,45 @@ constexpr const char* kPhotos =
     " LEFT JOIN prop.RKExifNumberProperty ea ON ea.versionId = v.modelId"
     " AND ea.propertyKey = 'Altitude'"
     " WHERE v.showInLibrary = 1 AND v.isInTrash = ?"
-    " ORDER BY f.minImageDate, v.imageDate, v.modelId";
+    " ORDER BY f.minImageDate, f.modelId, v.imageDate, v.modelId";
+
+/// One album, or all for want of an id.
+constexpr const char* kRegularAlbums =
+    "SELECT modelId FROM RKAlbum WHERE (?1 IS NULL OR modelId = ?1) AND albumSubclass = 3"
+    " AND isMagic = 0 AND isHidden = 0 AND isInTrash = 0 AND coalesce(serviceName, '') = ''"
+    " AND folderUuid <> '' AND uuid NOT IN ('lastImportAlbum', 'rotationAlbum', 'trashAlbum',"
+    " 'allPhotosAlbum', 'allProjectsAlbum', 'flaggedAlbum', 'lastNMonthsAlbum', 'rejectedAlbum',"
+    " 'eventFilterBarAlbum', 'peopleAlbum', 'allPlacedPhotosAlbum', 'libraryFolderImplicitAlbum')"
+    " ORDER BY modelId";
 
 /// Names by photo: keywords or albums.
 using NamesByPhoto = QHash<qint64, QStringList>;
 
-NamesByPhoto namesByPhoto(Connection& connection, const char* sql)
+NamesByPhoto keywordsByPhoto(Connection& connection)
 {
     NamesByPhoto names;
-    for (Sql::Query query(connection, sql); query.next();) {
+    Sql::Query query(connection,
+                     "SELECT kv.versionId, k.name FROM RKKeywordForVersion kv JOIN RKKeyword k"
+                     " ON k.modelId = kv.keywordId ORDER BY kv.versionId, k.name COLLATE NOCASE");
+    while (query.next()) {
         names[query.column(0).getInt64()].append(Sql::text(query.column(1)));
+    }
+    return names;
+}
+
+NamesByPhoto albumsByPhoto(Connection& connection)
+{
+    const QList<qint64> ids = LibraryReader::regularAlbums(connection);
+    const QSet<qint64> regular(ids.begin(), ids.end());
+    NamesByPhoto names;
+    Sql::Query query(connection,
+                     "SELECT av.versionId, a.name, a.modelId FROM RKAlbumVersion av"
+                     " JOIN RKAlbum a ON a.modelId = av.albumId"
+                     " ORDER BY av.versionId, a.name COLLATE NOCASE");
+    while (query.next()) {
+        if (regular.contains(query.column(2).getInt64())) {
+            names[query.column(0).getInt64()].append(Sql::text(query.column(1)));
+        }
     }
     return names;
 }
@@ -56,12 +90,32 @@ std::optional<double> realOrNothing(const SQLite::Column& column)
                                                   : std::nullopt;
 }
 
-/// Bytes of a file that can be read; nothing where there is none.
-std::optional<qint64> readableBytes(const QString& path)
+std::optional<int> integerOrNothing(const SQLite::Column& column)
 {
-    const QFileInfo file(path);
-    const bool usable = !path.isEmpty() && file.isFile() && file.isReadable();
-    return usable ? std::optional<qint64>(file.size()) : std::nullopt;
+    return column.isInteger() || column.isFloat() ? std::optional<int>(column.getInt())
+                                                  : std::nullopt;
+}
+
+/// The number; where there is none, 0 and a note of it.
+template <typename Number>
+Number numberOf(const std::optional<Number>& number, bool& unknown)
+{
+    unknown = !number.has_value();
+    return number.value_or(Number{});
+}
+
+/// Bytes of a file, readable or not; nothing where there is none.
+std::optional<qint64> bytesOnDisk(const QString& path)
+{
+    struct stat status = {};
+    if (path.isEmpty()) {
+        return std::nullopt;
+    }
+    if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
+        // A folder that is closed to this user does not say that the file is gone.
+        return errno == EACCES ? std::optional<qint64>(0) : std::nullopt;
+    }
+    return S_ISREG(status.st_mode) ? std::optional<qint64>(status.st_size) : std::nullopt;
 }
 
 /// Reads the columns of kPhotos one after another.
@@ -95,15 +149,15 @@ private:
         photo.fileName = Sql::text(next());
         photo.name = Sql::text(next());
         photo.comment = Sql::text(next());
-        photo.rating = next().getInt();
+        photo.rating = numberOf(integerOrNothing(next()), photo.unknown.rating);
     }
 
     void readPlaceAndTime(PhotoFacts& photo)
     {
-        photo.date = realOrNothing(next()).value_or(0.0);
+        photo.date = numberOf(realOrNothing(next()), photo.unknown.date);
         photo.zoneName = Sql::text(next());
-        photo.width = next().getInt();
-        photo.height = next().getInt();
+        photo.width = numberOf(integerOrNothing(next()), photo.unknown.width);
+        photo.height = numberOf(integerOrNothing(next()), photo.unknown.height);
         photo.latitude = realOrNothing(next());
         photo.longitude = realOrNothing(next());
         photo.altitude = realOrNothing(next());
@@ -128,14 +182,14 @@ private:
         const std::optional<double> rotation = realOrNothing(next());
         const std::optional<double> importedRotation = realOrNothing(next());
         photo.rotated = rotation && importedRotation && *rotation != *importedRotation;
-        const std::optional<qint64> bytes = readableBytes(photo.originalPath);
+        const std::optional<qint64> bytes = bytesOnDisk(photo.originalPath);
         photo.missing = !bytes.has_value();
         photo.bytes = bytes.value_or(0);
         const QString alternate = Sql::text(next());
         const bool alternateIsReference = next().getInt() != 0;
         if (m_inTrash && !alternate.isNull()) {
             const QString path = PathMapping::master(m_package, alternate, alternateIsReference);
-            photo.bytes += readableBytes(path).value_or(0);
+            photo.bytes += bytesOnDisk(path).value_or(0);
         }
     }
 
@@ -147,17 +201,8 @@ private:
 
 QList<PhotoFacts> readPhotos(Connection& connection, bool inTrash)
 {
-    const NamesByPhoto keywords =
-        namesByPhoto(connection,
-                     "SELECT kv.versionId, k.name FROM RKKeywordForVersion kv JOIN RKKeyword k"
-                     " ON k.modelId = kv.keywordId ORDER BY kv.versionId, k.name COLLATE NOCASE");
-    const NamesByPhoto albums =
-        namesByPhoto(connection,
-                     "SELECT av.versionId, a.name FROM RKAlbumVersion av JOIN RKAlbum a"
-                     " ON a.modelId = av.albumId WHERE a.albumSubclass = 3 AND a.isMagic = 0"
-                     " AND a.isHidden = 0 AND a.isInTrash = 0 AND a.uuid NOT IN"
-                     " ('lastImportAlbum', 'rotationAlbum')"
-                     " ORDER BY av.versionId, a.name COLLATE NOCASE");
+    const NamesByPhoto keywords = keywordsByPhoto(connection);
+    const NamesByPhoto albums = albumsByPhoto(connection);
     QList<PhotoFacts> photos;
     Sql::Query query(connection, kPhotos, inTrash ? 1 : 0);
     while (query.next()) {
@@ -175,6 +220,14 @@ int count(Connection& connection, const char* sql)
     return static_cast<int>(Sql::firstInteger(connection, sql).value_or(0));
 }
 
+/// Whether the photo was filed from an original. A library that knew a keyword in other letters
+/// keeps its own spelling, and the picture that defines the keywords carries both.
+bool isCopy(const PhotoFacts& photo)
+{
+    return photo.keywords.contains(u"Corvane Processed"_s, Qt::CaseInsensitive) &&
+           !photo.keywords.contains(u"Corvane Original"_s, Qt::CaseInsensitive);
+}
+
 bool isWritable(Connection& connection)
 {
     return OpeningChecks::permissions(connection.packagePath()).ok() &&
@@ -188,7 +241,7 @@ QString PhotoFacts::wallClock() const
     constexpr double kMilliseconds = 1000.0;
     const double unix = date + kSecondsFrom1970To2001;
     constexpr double kFarthest = 1e14; // what QDateTime can tell, in seconds
-    if (!std::isfinite(unix) || std::abs(unix) > kFarthest) {
+    if (unknown.date || !std::isfinite(unix) || std::abs(unix) > kFarthest) {
         return {};
     }
     QDateTime moment = QDateTime::fromMSecsSinceEpoch(
@@ -212,32 +265,43 @@ QList<PhotoFacts> LibraryReader::trashedPhotos(Connection& connection)
     return readPhotos(connection, true);
 }
 
+QList<qint64> LibraryReader::regularAlbums(Connection& connection)
+{
+    return Sql::integers(connection, kRegularAlbums, QVariant());
+}
+
+bool LibraryReader::isRegularAlbum(Connection& connection, qint64 id)
+{
+    return Sql::firstInteger(connection, kRegularAlbums, id).has_value();
+}
+
 LibrarySummary LibraryReader::summary(Connection& connection, const QSet<QString>& namedFiles)
 {
     LibrarySummary summary;
+    QSet<qint64> rolls;
     for (const PhotoFacts& photo : photos(connection)) {
+        if (photo.hidden || photo.movie) {
+            continue;
+        }
         ++summary.photos;
+        rolls.insert(photo.rollId);
         summary.missing += photo.missing ? 1 : 0;
         if (photo.raw) {
             ++summary.rawPhotos;
             summary.rawBytes += photo.bytes;
         }
-        // A library that knew the keyword in other letters keeps its own spelling.
-        const bool isCopy = photo.keywords.contains(u"Corvane Processed"_s, Qt::CaseInsensitive) &&
-                            !photo.keywords.contains(u"Corvane Original"_s);
-        summary.processedPhotos += isCopy ? 1 : 0;
+        summary.processedPhotos += isCopy(photo) ? 1 : 0;
     }
     for (const PhotoFacts& photo : trashedPhotos(connection)) {
         ++summary.trashedPhotos;
         summary.trashedBytes += photo.bytes;
     }
-    summary.rolls = count(connection,
-                          "SELECT count(*) FROM RKFolder WHERE folderType = 2 AND isMagic = 0"
-                          " AND isInTrash = 0 AND versionCount > 0");
-    summary.albums = count(connection,
-                           "SELECT count(*) FROM RKAlbum WHERE albumSubclass = 3 AND isMagic = 0"
-                           " AND isHidden = 0 AND isInTrash = 0 AND uuid NOT IN"
-                           " ('lastImportAlbum', 'rotationAlbum')");
+    const QList<qint64> events = Sql::integers(
+        connection,
+        "SELECT modelId FROM RKFolder WHERE folderType = 2 AND isMagic = 0 AND isInTrash = 0");
+    summary.rolls = static_cast<int>(
+        std::ranges::count_if(events, [&rolls](qint64 id) { return rolls.contains(id); }));
+    summary.albums = static_cast<int>(regularAlbums(connection).size());
     summary.keywords = count(connection, "SELECT count(*) FROM RKKeyword");
     summary.writable = isWritable(connection);
     summary.problems = IntegrityCheck::problems(connection, namedFiles);

@@ -6,10 +6,16 @@
 #include "Schema.h"
 #include "Uuid.h"
 
+#include <QDate>
 #include <QFile>
 #include <QFileInfo>
 
+#include <fcntl.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <initializer_list>
+#include <system_error>
 
 using namespace Qt::StringLiterals;
 
@@ -21,11 +27,11 @@ constexpr int kSchemaMajor = 110;
 constexpr int kOldestMinor = 220;
 constexpr int kNewestMinor = 226;
 
-Error noLibrary(const QString& package)
+Error noLibrary(const QString& package, const QString& missing)
 {
     return {ErrorCode::Unsupported,
-            u"\"%1\" is no iPhoto library: choose the library package, the folder that holds "
-            "\"AlbumData.xml\" and \"Database\"."_s.arg(package)};
+            u"\"%1\" is no iPhoto library: %2. Choose the library package, the folder that holds "
+            "\"AlbumData.xml\" and \"Database\"."_s.arg(package, missing)};
 }
 
 Error foreign(const QString& package, const QString& what)
@@ -35,9 +41,83 @@ Error foreign(const QString& package, const QString& what)
                 package, what)};
 }
 
-bool isReadable(const QString& path)
+/// Whether a file can be read, or a folder listed and entered.
+Result<void> isReadable(const QString& package, const QString& path)
 {
-    return QFileInfo(path).isReadable();
+    const QFileInfo entry(path);
+    return entry.isReadable() && (!entry.isDir() || entry.isExecutable())
+               ? Result<void>()
+               : Error{ErrorCode::Unreadable,
+                       u"\"%1\" in the library \"%2\" cannot be read: check its permissions."_s.arg(
+                           path, package)};
+}
+
+/// Where a writer makes or changes something, relative to the package, outer folders first: what is
+/// not there is made, which takes the folder around it. Of the folders by date only those that an
+/// import uses now; sidecars lie in as many as there were imports.
+QStringList writtenPlaces()
+{
+    QStringList places{QString(), u"/Database"_s};
+    const QStringList day = QDate::currentDate().toString(u"yyyy/MM/dd"_s).split(u'/');
+    for (const QLatin1StringView folder :
+         {"/Masters"_L1, "/Previews"_L1, "/Thumbnails"_L1, "/Database/Versions"_L1}) {
+        QString place = folder;
+        places << place;
+        for (const QString& part : day) {
+            place += u'/' + part;
+            places << place;
+        }
+    }
+    places << u"/Database/apdb"_s << u"/Database/Albums"_s << u"/Database/Folders"_s
+           << u"/iLifeShared"_s;
+    places << u"/Database/apdb/Library.apdb"_s << u"/Database/apdb/Properties.apdb"_s
+           << u"/Database/apdb/ImageProxies.apdb"_s << u"/AlbumData.xml"_s
+           << u"/iLifeShared/AlbumData2.xml"_s;
+    return places;
+}
+
+/// The tables of one database that reading needs.
+struct Contents {
+    const char* file;
+    const char* allTables; ///< asks for their names
+    std::initializer_list<const char*> tables;
+    bool tellsTheKind; ///< without one of them it is a library of another program
+};
+
+constexpr Contents kContents[] = {
+    {"Library.apdb",
+     "SELECT name FROM main.sqlite_master WHERE type = 'table'",
+     {"RKAdminData", "RKMaster", "RKVersion", "RKFolder", "RKAlbum"},
+     true},
+    {"Properties.apdb",
+     "SELECT name FROM prop.sqlite_master WHERE type = 'table'",
+     {"RKIptcProperty", "RKUniqueString", "RKExifNumberProperty"},
+     false},
+    {"ImageProxies.apdb",
+     "SELECT name FROM prox.sqlite_master WHERE type = 'table'",
+     {"RKImageProxyState"},
+     false},
+};
+
+Result<void> hasTables(Connection& connection, const Contents& contents)
+{
+    const QString& package = connection.packagePath();
+    const QStringList found = Sql::texts(connection, contents.allTables);
+    for (const char* name : contents.tables) {
+        const QString table = QString::fromLatin1(name);
+        if (found.contains(table)) {
+            continue;
+        }
+        if (contents.tellsTheKind && !found.isEmpty()) {
+            return foreign(package, u"of an unknown kind (no table %1)"_s.arg(table));
+        }
+        const QString lack = found.isEmpty() ? u"is empty"_s : u"lacks the table %1"_s.arg(table);
+        return Error{
+            ErrorCode::Damaged,
+            u"The database \"%1/Database/apdb/%2\" %3: let iPhoto repair the library, or "
+            "restore it from a backup."_s.arg(package, QString::fromLatin1(contents.file), lack)};
+    }
+    return {};
 }
 
 int schemaVersion(Connection& connection, const QString& name)
@@ -71,7 +151,7 @@ Result<QString> OpeningChecks::recognise(const QString& package)
                      u"There is no library at \"%1\": check the path."_s.arg(package)};
     }
     if (!folder.isDir()) {
-        return noLibrary(package);
+        return noLibrary(package, u"it is no folder"_s);
     }
     if (!folder.isReadable() || !folder.isExecutable()) {
         return Error{ErrorCode::Unreadable,
@@ -80,18 +160,30 @@ Result<QString> OpeningChecks::recognise(const QString& package)
     if (QFileInfo::exists(package + "/Aperture.aplib"_L1)) {
         return foreign(package, u"an Aperture library"_s);
     }
-    const QString database = package + "/Database/apdb/Library.apdb"_L1;
-    const QString info = package + "/Info.plist"_L1;
-    if (!QFileInfo(package + "/Database/apdb"_L1).isDir() || !QFileInfo::exists(database) ||
-        !QFileInfo::exists(info)) {
-        return noLibrary(package);
+    // Outer folders first: what lies in one that cannot be entered cannot be seen.
+    for (const QString& part :
+         {u"Database"_s, u"Database/apdb"_s, u"Database/apdb/Library.apdb"_s}) {
+        const QString path = package + u'/' + part;
+        if (!QFileInfo::exists(path)) {
+            return noLibrary(package, u"it has no \"%1\""_s.arg(part));
+        }
+        if (const Result<void> readable = isReadable(package, path); !readable.ok()) {
+            return readable.error();
+        }
     }
-    for (const QString& file : {database, info}) {
-        if (!isReadable(file)) {
-            return Error{
-                ErrorCode::Unreadable,
-                u"\"%1\" in the library \"%2\" cannot be read: check its permissions."_s.arg(
-                    file, package)};
+    const QString info = package + "/Info.plist"_L1;
+    if (!QFileInfo::exists(info)) {
+        return Error{ErrorCode::Damaged,
+                     u"The library \"%1\" has no \"Info.plist\", which tells its version: restore "
+                     "that file from a backup."_s.arg(package)};
+    }
+    for (const QString& path : {info,
+                                package + "/Database/apdb/Properties.apdb"_L1,
+                                package + "/Database/apdb/ImageProxies.apdb"_L1}) {
+        const Result<void> readable =
+            QFileInfo::exists(path) ? isReadable(package, path) : Result<void>();
+        if (!readable.ok()) {
+            return readable.error();
         }
     }
     const Result<QVariant> list = PropertyList::read(info);
@@ -108,18 +200,22 @@ Result<QString> OpeningChecks::recognise(const QString& package)
 
 Result<void> OpeningChecks::permissions(const QString& package)
 {
-    const QStringList places{package,
-                             package + "/Masters"_L1,
-                             package + "/Database"_L1,
-                             package + "/Database/apdb"_L1,
-                             package + "/Database/apdb/Library.apdb"_L1,
-                             package + "/Database/apdb/Properties.apdb"_L1,
-                             package + "/Database/apdb/ImageProxies.apdb"_L1};
-    for (const QString& place : places) {
-        if (QFileInfo::exists(place) && ::access(QFile::encodeName(place).constData(), W_OK) != 0) {
-            return Error{ErrorCode::NotWritable,
-                         u"The library \"%1\" is not writable: change the permissions of \"%2\", "
-                         "or copy the library to where you may write."_s.arg(package, place)};
+    for (const QString& place : writtenPlaces()) {
+        const QString path = package + place;
+        const int mode = QFileInfo(path).isDir() ? W_OK | X_OK : W_OK;
+        const bool permitted =
+            ::faccessat(AT_FDCWD, QFile::encodeName(path).constData(), mode, AT_EACCESS) == 0;
+        if (!permitted && errno != ENOENT) {
+            const QString reason = QString::fromStdString(std::generic_category().message(errno));
+            return Error{
+                ErrorCode::NotWritable,
+                u"The library \"%1\" is not writable (%2: %3). Change the permissions of "
+                "\"%2\", or copy the library to where you may write."_s.arg(package, path, reason)};
+        }
+        // What is changed is read before: to be backed up, and to keep what nothing else tells.
+        const Result<void> readable = permitted ? isReadable(package, path) : Result<void>();
+        if (!readable.ok()) {
+            return readable;
         }
     }
     return {};
@@ -128,17 +224,9 @@ Result<void> OpeningChecks::permissions(const QString& package)
 Result<void> OpeningChecks::readable(Connection& connection)
 {
     const QString& package = connection.packagePath();
-    const auto hasTable = [&connection](const char* name) {
-        return Sql::firstInteger(connection,
-                                 "SELECT count(*) FROM sqlite_master WHERE type = 'table'"
-                                 " AND name = ?",
-                                 QString::fromLatin1(name))
-                   .value_or(0) > 0;
-    };
-    for (const char* table : {"RKAdminData", "RKMaster", "RKVersion", "RKFolder", "RKAlbum"}) {
-        if (!hasTable(table)) {
-            return foreign(package,
-                           u"of an unknown kind (no table %1)"_s.arg(QString::fromLatin1(table)));
+    for (const Contents& contents : kContents) {
+        if (const Result<void> found = hasTables(connection, contents); !found.ok()) {
+            return found;
         }
     }
     const QString application =
@@ -184,20 +272,4 @@ Result<void> OpeningChecks::writableSchema(Connection& connection)
 bool OpeningChecks::closedClean(Connection& connection)
 {
     return AdminData::text(connection, u"database"_s, u"closedClean"_s) == "1"_L1;
-}
-
-Result<void> OpeningChecks::soundDatabases(Connection& connection)
-{
-    for (const char* sql : {"PRAGMA main.integrity_check(1)",
-                            "PRAGMA prop.integrity_check(1)",
-                            "PRAGMA prox.integrity_check(1)"}) {
-        const QString found = Sql::firstText(connection, sql);
-        if (found != "ok"_L1) {
-            return Error{ErrorCode::Damaged,
-                         u"A database of the library \"%1\" is damaged, so it is not written to: "
-                         "%2. Let iPhoto repair it, or restore it from a backup."_s.arg(
-                             connection.packagePath(), found)};
-        }
-    }
-    return {};
 }

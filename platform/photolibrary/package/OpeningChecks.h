@@ -11,10 +11,12 @@ namespace OpeningChecks
 {
 
 /// Recognises an iPhoto library by its content; returns the application's version from its
-/// Info.plist. Errors: NotFound, Unsupported, Unreadable.
+/// Info.plist. Errors: NotFound, Unsupported, Unreadable, Damaged.
 [[nodiscard]] Result<QString> recognise(const QString& package);
 
-/// Whether this user may write what a scan writes. Errors: NotWritable.
+/// Whether this user may write what a scan writes: databases, catalogues, and the folders that take
+/// imports of today and sidecars. Asks about a few dozen places, however large the library. Errors:
+/// NotWritable; Unreadable for one that may be written but not read.
 [[nodiscard]] Result<void> permissions(const QString& package);
 
 /// Whether it is an iPhoto library of a schema that can be read, with safe file names. Errors:
@@ -27,8 +29,5 @@ namespace OpeningChecks
 
 /// Whether iPhoto closed the library properly.
 [[nodiscard]] bool closedClean(Connection& connection);
-
-/// SQLite's own check of the three databases. Errors: Damaged; SQLite::Exception.
-[[nodiscard]] Result<void> soundDatabases(Connection& connection);
 
 } // namespace OpeningChecks

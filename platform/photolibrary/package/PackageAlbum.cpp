@@ -1,5 +1,6 @@
 #include "PackageAlbum.h"
 
+#include "LibraryReader.h"
 #include "PackagePhoto.h"
 #include "Queries.h"
 
@@ -10,20 +11,6 @@ namespace
 
 /// Any FourCC but that of a regular album.
 constexpr quint32 kOtherAlbumType = 0x6F746872; // 'othr'
-
-/// A regular album of the user's own: not one of the library's fixed ones, not hidden, not in the
-/// trash, not published to a service.
-constexpr const char* kIsRegularAlbum =
-    "SELECT modelId FROM RKAlbum WHERE modelId = ? AND albumSubclass = 3 AND isMagic = 0"
-    " AND isHidden = 0 AND isInTrash = 0 AND coalesce(serviceName, '') = ''"
-    " AND folderUuid <> '' AND uuid NOT IN ('lastImportAlbum', 'rotationAlbum', 'trashAlbum',"
-    " 'allPhotosAlbum', 'allProjectsAlbum', 'flaggedAlbum', 'lastNMonthsAlbum', 'rejectedAlbum',"
-    " 'eventFilterBarAlbum', 'peopleAlbum', 'allPlacedPhotosAlbum', 'libraryFolderImplicitAlbum')";
-
-bool isRegular(Connection& connection, qint64 id)
-{
-    return Sql::firstInteger(connection, kIsRegularAlbum, id).has_value();
-}
 
 } // namespace
 
@@ -43,8 +30,8 @@ QString PackageAlbum::name()
 
 quint32 PackageAlbum::type()
 {
-    const bool regular =
-        m_library->read([this](Connection& connection) { return isRegular(connection, m_id); });
+    const bool regular = m_library->read(
+        [this](Connection& connection) { return LibraryReader::isRegularAlbum(connection, m_id); });
     return regular ? kRegularAlbumType : kOtherAlbumType;
 }
 
@@ -61,7 +48,7 @@ QList<qint64> PackageAlbum::photoIds()
                                  "SELECT v.modelId FROM RKVersion v LEFT JOIN RKFolder f"
                                  " ON f.uuid = v.projectUuid WHERE v.showInLibrary = 1"
                                  " AND v.isInTrash = 0"
-                                 " ORDER BY f.minImageDate, v.imageDate, v.modelId");
+                                 " ORDER BY f.minImageDate, f.modelId, v.imageDate, v.modelId");
         }
         return Sql::integers(connection,
                              "SELECT v.modelId FROM RKAlbumVersion av JOIN RKVersion v"
@@ -92,8 +79,8 @@ void PackageAlbum::importFrom(const QString& path, bool forceCopy, const AlbumPt
     std::optional<qint64> album;
     if (target) {
         const qint64 id = target->id();
-        const bool regular =
-            m_library->read([id](Connection& connection) { return isRegular(connection, id); });
+        const bool regular = m_library->read(
+            [id](Connection& connection) { return LibraryReader::isRegularAlbum(connection, id); });
         album = regular ? std::optional<qint64>(id) : std::nullopt;
     }
     m_library->importPicture(path, album);

@@ -5,10 +5,18 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <filesystem>
+#include <system_error>
+
 using namespace Qt::StringLiterals;
+using PackageFiles::NotRemoved;
+
+namespace fs = std::filesystem;
 
 namespace
 {
+
+constexpr qsizetype kMostListed = 20;
 
 /// AtomicFile's names of files that are being written: ".NAME.XXXXXX.corvane-new".
 constexpr QLatin1StringView kUnfinishedSuffix(".corvane-new");
@@ -16,6 +24,17 @@ constexpr QLatin1StringView kUnfinishedSuffix(".corvane-new");
 QString absolute(const QString& package, const QString& relativePath)
 {
     return package + u'/' + relativePath;
+}
+
+/// Neither is anything outside the package ever touched nor, without one, anything at all.
+bool isRefused(const QString& package, const QString& relativePath)
+{
+    return !QDir::isAbsolutePath(package) || !PackageFiles::isInside(relativePath);
+}
+
+NotRemoved refused(const QString& relativePath)
+{
+    return {relativePath, u"it does not lie in the library"_s};
 }
 
 bool isLinkOrFile(const QFileInfo& entry)
@@ -33,19 +52,28 @@ QStringList withParents(const QString& folder)
     return all;
 }
 
-bool removeFolder(const QString& path)
+/// Removes a file, a link, or a folder with what is in it; adds what stays.
+void removeTree(const fs::path& path, const QString& relativePath, QList<NotRemoved>& left)
 {
-    // Depth is known: a photo's folder holds files, at most one level of folders.
-    QDir folder(path);
-    const QFileInfoList entries =
-        folder.entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    bool allGone = true;
-    for (const QFileInfo& entry : entries) {
-        const bool gone =
-            isLinkOrFile(entry) ? QFile::remove(entry.filePath()) : removeFolder(entry.filePath());
-        allGone = gone && allGone;
+    std::error_code error;
+    const qsizetype leftBefore = left.size();
+    if (fs::symlink_status(path, error).type() == fs::file_type::directory) {
+        fs::directory_iterator entry(path, error);
+        while (!error && entry != fs::directory_iterator()) {
+            const QByteArray name = QByteArray::fromStdString(entry->path().filename().string());
+            removeTree(entry->path(), relativePath + u'/' + QFile::decodeName(name), left);
+            entry.increment(error);
+        }
     }
-    return QDir().rmdir(path) && allGone;
+    const bool isLastThere = left.size() == leftBefore;
+    if (!error && isLastThere) {
+        fs::remove(path, error);
+    }
+    const bool isGone =
+        error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory;
+    if (error && !isGone) {
+        left.append({relativePath, QString::fromStdString(error.message())});
+    }
 }
 
 } // namespace
@@ -80,16 +108,15 @@ qint64 PackageFiles::bytesOf(const QString& package, const QString& relativePath
     return bytes;
 }
 
-bool PackageFiles::remove(const QString& package, const QString& relativePath)
+QList<NotRemoved> PackageFiles::remove(const QString& package, const QString& relativePath)
 {
-    if (!isInside(relativePath)) {
-        return false;
+    if (isRefused(package, relativePath)) {
+        return {refused(relativePath)};
     }
-    const QFileInfo entry(absolute(package, relativePath));
-    if (isLinkOrFile(entry)) {
-        return QFile::remove(entry.filePath());
-    }
-    return !entry.exists() || removeFolder(entry.filePath());
+    QList<NotRemoved> left;
+    const QByteArray path = QFile::encodeName(absolute(package, relativePath));
+    removeTree(fs::path(path.toStdString()), relativePath, left);
+    return left;
 }
 
 void PackageFiles::removeEmpty(const QString& package, const QStringList& folders)
@@ -106,23 +133,23 @@ void PackageFiles::removeEmpty(const QString& package, const QStringList& folder
     }
 }
 
-bool PackageFiles::removeMade(const QString& package, const QStringList& files)
+QList<NotRemoved> PackageFiles::removeMade(const QString& package, const QStringList& files)
 {
-    bool allGone = true;
+    QList<NotRemoved> left;
     QStringList folders;
     for (const QString& file : files) {
-        if (!isInside(file)) {
-            allGone = false;
+        if (isRefused(package, file)) {
+            left.append(refused(file));
             continue;
         }
         const QString folder = file.section(u'/', 0, -2);
         removeUnfinished(package, folder, file.section(u'/', -1));
-        allGone = remove(package, file) && allGone;
+        left.append(remove(package, file));
         folders << folder;
     }
     folders.removeDuplicates();
     removeEmpty(package, folders);
-    return allGone;
+    return left;
 }
 
 void PackageFiles::removeUnfinished(const QString& package,
@@ -142,4 +169,16 @@ void PackageFiles::removeUnfinished(const QString& package,
             QFile::remove(entry.filePath());
         }
     }
+}
+
+QString PackageFiles::listed(const QList<NotRemoved>& notRemoved)
+{
+    QStringList lines;
+    for (const NotRemoved& entry : notRemoved.first(qMin(notRemoved.size(), kMostListed))) {
+        lines << u"  %1: %2"_s.arg(entry.path, entry.reason);
+    }
+    if (notRemoved.size() > kMostListed) {
+        lines << u"  and %1 more"_s.arg(notRemoved.size() - kMostListed);
+    }
+    return lines.join(u'\n');
 }

@@ -84,13 +84,18 @@ public:
     /// were restored.
     [[nodiscard]] Result<int> restoreFromTrash(const QList<qint64>& photoIds);
     /// Deletes the trash's photos for good: rows first, then files. Referenced masters are never
-    /// deleted. Returns the bytes freed on disk.
+    /// deleted. Returns the bytes freed on disk. Errors, beside those of every write: NotWritable
+    /// when the photos are deleted but some of their files could not be removed; the message names
+    /// them and says how much is free, and the next opening for writing tries again.
     [[nodiscard]] Result<qint64> emptyTrash();
 
     /// Brings sidecars, AlbumData.xml and AlbumData2.xml in step with the databases. Does nothing
-    /// when nothing changed since the last call.
+    /// when nothing changed since the last call. Errors, each saying that the photos are safe: what
+    /// could not be written is tried again at the next call and at the next opening; Damaged also
+    /// when AlbumData.xml cannot be read: it is never overwritten then.
     [[nodiscard]] Result<void> synchronise();
-    /// synchronise(), then gives up locks and connections.
+    /// synchronise(), then gives up locks and connections. A damaged AlbumData.xml is no error
+    /// here, but a line of the log.
     [[nodiscard]] Result<void> close();
 
 private:

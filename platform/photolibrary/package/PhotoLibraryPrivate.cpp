@@ -1,5 +1,6 @@
 #include "PhotoLibraryPrivate.h"
 
+#include "AdminData.h"
 #include "AlbumRows.h"
 #include "Catalogues.h"
 #include "Clock.h"
@@ -10,6 +11,7 @@
 #include "PackageTurn.h"
 #include "Queries.h"
 #include "Sidecars.h"
+#include "SystemLog.h"
 #include "TrashRows.h"
 #include "Uuid.h"
 
@@ -71,18 +73,57 @@ Result<void> makeFiles(WriteTransaction& transaction,
     return done;
 }
 
-/// Removes what deleted photos left on disk; returns the bytes that it took.
-qint64 removeLeftovers(const QString& package, const TrashRows::Leftovers& leftovers, bool& allGone)
+struct Removal {
+    qint64 bytes{0}; ///< that are free again
+    QList<PackageFiles::NotRemoved> left;
+};
+
+/// Removes what deleted photos left on disk.
+Removal removeLeftovers(const QString& package, const TrashRows::Leftovers& leftovers)
 {
-    qint64 bytes = 0;
+    Removal removal;
     for (const QString& path : leftovers.folders + leftovers.files) {
-        const qint64 size = PackageFiles::bytesOf(package, path);
-        const bool gone = PackageFiles::remove(package, path);
-        bytes += gone ? size : 0;
-        allGone = allGone && gone;
+        const qint64 before = PackageFiles::bytesOf(package, path);
+        const QList<PackageFiles::NotRemoved> left = PackageFiles::remove(package, path);
+        removal.bytes += before - (left.isEmpty() ? 0 : PackageFiles::bytesOf(package, path));
+        removal.left << left;
     }
     PackageFiles::removeEmpty(package, leftovers.emptyFolders);
-    return bytes;
+    return removal;
+}
+
+Error notAllRemoved(const QString& package, qsizetype photos, const Removal& removal)
+{
+    constexpr double kMegabyte = 1024.0 * 1024.0;
+    const QString freed =
+        QString::number(static_cast<double>(removal.bytes) / kMegabyte, 'f', 2) + " MB"_L1;
+    const QString deleted = photos == 1 ? u"1 photo was"_s : u"%1 photos were"_s.arg(photos);
+    return {ErrorCode::NotWritable,
+            u"%1 deleted from the library \"%2\" for good and %3 are free again, but these files "
+            "could not be removed:\n%4\nMake their folders writable; the next run that writes to "
+            "the library tries again."_s.arg(
+                deleted, package, freed, PackageFiles::listed(removal.left))};
+}
+
+/// Sidecars and catalogues; neither waits for the other. That a damaged catalogue was left as it is
+/// is an error as well; `damagedCatalogue` is set when there is no other.
+Result<void>
+writeFollowers(Connection& connection, const Changes& changes, QString& damagedCatalogue)
+{
+    const double now = SystemClock().now();
+    const Result<void> sidecars = Sidecars::write(connection, changes, now);
+    if (!changes.catalogues) {
+        return sidecars;
+    }
+    const Result<Catalogues::CarriedOver> catalogues = Catalogues::write(connection, now);
+    if (!sidecars.ok()) {
+        return sidecars;
+    }
+    if (!catalogues.ok()) {
+        return catalogues.error();
+    }
+    damagedCatalogue = catalogues.value().leftAlone;
+    return damagedCatalogue.isNull() ? Result<void>() : Error{ErrorCode::Damaged, damagedCatalogue};
 }
 
 } // namespace
@@ -285,6 +326,11 @@ Result<qint64> PhotoLibraryPrivate::insertPicture(PreparedPicture picture,
         }
         const qint64 photo = ImportRows::insert(writer, picture, identity);
         AlbumRows::replaceLastImport(writer, {photo});
+        AdminData::setText(writer,
+                           u"database.iPhoto"_s,
+                           u"lastImportEventUuid"_s,
+                           identity.eventUuid,
+                           AdminData::kString);
         if (target) {
             AlbumRows::addPhotos(writer, *target, {photo});
         }
@@ -304,56 +350,64 @@ QString PhotoLibraryPrivate::runEventName()
 Result<qint64> PhotoLibraryPrivate::emptyTrash()
 {
     TrashRows::Leftovers leftovers;
+    qsizetype photos = 0;
     qint64 turn = 0;
     const Result<void> deleted = tryWrite([&](WriteTransaction& transaction) -> Result<void> {
         Writer writer = transaction.writer();
-        leftovers = TrashRows::deleteForGood(
-            writer,
-            Sql::integers(writer.connection,
-                          "SELECT modelId FROM RKVersion WHERE showInLibrary = 1"
-                          " AND isInTrash <> 0"));
+        const QList<qint64> ids = Sql::integers(writer.connection,
+                                                "SELECT modelId FROM RKVersion WHERE"
+                                                " showInLibrary = 1 AND isInTrash <> 0");
+        photos = ids.size();
+        leftovers = TrashRows::deleteForGood(writer, ids);
         turn = transaction.turn();
         return transaction.doom(leftovers);
     });
     if (!deleted.ok()) {
         return deleted.error();
     }
-    bool allGone = true;
-    const qint64 bytes = removeLeftovers(path(), leftovers, allGone);
-    const Result<void> settled = m_write->settle(turn, allGone);
-    return settled.ok() ? Result<qint64>(bytes) : settled.error();
+    const Removal removal = removeLeftovers(path(), leftovers);
+    const Result<void> settled = m_write->settle(turn, removal.left.isEmpty());
+    if (!removal.left.isEmpty()) {
+        return notAllRemoved(path(), photos, removal);
+    }
+    return settled.ok() ? Result<qint64>(removal.bytes) : settled.error();
 }
 
 Result<void> PhotoLibraryPrivate::synchronise()
 {
+    return follow().result;
+}
+
+PhotoLibraryPrivate::Following PhotoLibraryPrivate::follow()
+{
     const Result<std::shared_ptr<Session>> mine = session();
     if (!mine.ok()) {
-        return mine.error();
+        return {mine.error(), false};
     }
     if (!m_write) {
         return {};
     }
     if (mine.value()->transaction) {
-        return Error{ErrorCode::Internal,
-                     u"The catalogues cannot follow in the midst of a photo's turn."_s};
+        return {Error{ErrorCode::Internal,
+                      u"The catalogues cannot follow in the midst of a photo's turn."_s},
+                false};
     }
     Connection& connection = *mine.value()->connection;
-    Result<void> done = m_write->synchronise([&](const Changes& changes) {
-        return LibraryErrors::caught(path(), [&]() -> Result<void> {
-            const double now = SystemClock().now();
-            if (const Result<void> written = Sidecars::write(connection, changes, now);
-                !written.ok()) {
-                return written;
-            }
-            if (!changes.catalogues) {
-                return {};
-            }
-            const Result<Catalogues::CarriedOver> written = Catalogues::write(connection, now);
-            return written.ok() ? Result<void>() : written.error();
-        });
+    QString damagedCatalogue;
+    const Result<void> done = m_write->synchronise([&](const Changes& changes) {
+        return LibraryErrors::caught(
+            path(), [&] { return writeFollowers(connection, changes, damagedCatalogue); });
     });
     connection.resetStatements();
-    return done;
+    if (done.ok()) {
+        return {};
+    }
+    const Error error{
+        done.error().code,
+        u"%1 Nothing is lost: the photos are safe in the databases of the library "
+        "\"%2\", and the files that could not be written follow at the next run that "
+        "writes to it."_s.arg(LibraryErrors::asSentence(done.error().message), path())};
+    return {error, !damagedCatalogue.isNull()};
 }
 
 Result<void> PhotoLibraryPrivate::close()
@@ -365,7 +419,12 @@ Result<void> PhotoLibraryPrivate::close()
     if (const std::shared_ptr<Session> own = knownSession(mark)) {
         own->transaction.reset();
     }
-    Result<void> result = synchronise();
+    Following following = follow();
+    if (following.onlyCatalogueDamaged) {
+        // It was so before, and nothing was lost by what was done now.
+        systemLog(following.result.error().message);
+        following.result = {};
+    }
     m_closed = true;
     if (m_write) {
         m_write->shutDown();
@@ -373,5 +432,5 @@ Result<void> PhotoLibraryPrivate::close()
     std::vector<std::shared_ptr<Session>> sessions; // given up outside the lock
     const std::lock_guard lock(m_mutex);
     sessions.swap(m_sessions);
-    return result;
+    return following.result;
 }

@@ -79,6 +79,12 @@ public:
     [[nodiscard]] Result<void> close();
 
 private:
+    struct Following {
+        Result<void> result;
+        bool onlyCatalogueDamaged{false}; ///< the error, if any, is that the old one was left alone
+    };
+
+    [[nodiscard]] Following follow();
     [[nodiscard]] Result<std::shared_ptr<Session>> session();
     [[nodiscard]] std::shared_ptr<Session> knownSession(const ThreadMark& mark);
     [[nodiscard]] Error closedError() const;

@@ -92,12 +92,15 @@ bool deletionWasCommitted(Connection& connection, const TrashRows::Leftovers& do
     return !doomed.folders.isEmpty() && !folderKnown && !fileKnown;
 }
 
-void finishDeletion(const QString& package, const TrashRows::Leftovers& doomed)
+QList<PackageFiles::NotRemoved> finishDeletion(const QString& package,
+                                               const TrashRows::Leftovers& doomed)
 {
+    QList<PackageFiles::NotRemoved> left;
     for (const QString& path : doomed.folders + doomed.files) {
-        PackageFiles::remove(package, path);
+        left << PackageFiles::remove(package, path);
     }
     PackageFiles::removeEmpty(package, doomed.emptyFolders);
+    return left;
 }
 
 void keepKnown(Connection& connection, QSet<QString>& uuids, const char* sql)
@@ -134,18 +137,24 @@ void removeUnfinishedSidecars(Connection& connection, const Changes& changes)
 namespace Recovery
 {
 
-Changes run(Connection& connection, const QList<JournaledTurn>& turns)
+Outcome run(Connection& connection, const QList<JournaledTurn>& turns)
 {
     const QString& package = connection.packagePath();
     removeDeadJournals(databaseFolder(connection));
     removeDeadSuperJournals(databaseFolder(connection));
-    Changes changes;
+    Outcome outcome;
+    Changes& changes = outcome.changes;
     for (const JournaledTurn& turn : turns) {
+        QList<PackageFiles::NotRemoved> left;
         if (!turn.made.isEmpty() && !wasCommitted(connection, turn.made)) {
-            PackageFiles::removeMade(package, turn.made);
+            left << PackageFiles::removeMade(package, turn.made);
         }
         if (deletionWasCommitted(connection, turn.doomed)) {
-            finishDeletion(package, turn.doomed);
+            left << finishDeletion(package, turn.doomed);
+        }
+        if (!left.isEmpty()) {
+            outcome.unsettled.insert(turn.number);
+            outcome.notRemoved << left;
         }
         changes.unite(turn.changes);
     }
@@ -156,7 +165,7 @@ Changes run(Connection& connection, const QList<JournaledTurn>& turns)
     if (!changes.isEmpty()) {
         removeUnfinishedSidecars(connection, changes);
     }
-    return changes;
+    return outcome;
 }
 
 QSet<QString> named(const QList<JournaledTurn>& turns)

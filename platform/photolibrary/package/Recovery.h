@@ -2,6 +2,7 @@
 
 #include "Changes.h"
 #include "Connection.h"
+#include "PackageFiles.h"
 #include "TurnJournal.h"
 
 #include <QSet>
@@ -10,10 +11,17 @@
 namespace Recovery
 {
 
+/// What is left to do after it.
+struct Outcome {
+    Changes changes;                            ///< what sidecars and catalogues have to follow
+    QSet<qint64> unsettled;                     ///< turns of whose files some could not be removed
+    QList<PackageFiles::NotRemoved> notRemoved; ///< those files
+};
+
 /// Removes dead journals beside the databases, the files of turns that were not committed, and
-/// what a committed deletion left. Returns what sidecars and catalogues have to follow. Any file
-/// that the journal does not name stays. Errors: SQLite::Exception.
-[[nodiscard]] Changes run(Connection& connection, const QList<JournaledTurn>& turns);
+/// what a committed deletion left. Any file that the journal does not name stays. Errors:
+/// SQLite::Exception.
+[[nodiscard]] Outcome run(Connection& connection, const QList<JournaledTurn>& turns);
 
 /// The package-relative files that the journal names.
 [[nodiscard]] QSet<QString> named(const QList<JournaledTurn>& turns);

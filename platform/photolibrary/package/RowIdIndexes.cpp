@@ -276,7 +276,7 @@ bool mayHoldMore(const Source& source, const Key& key)
 
 QString describe(const Source& source, const Key& key, QLatin1StringView what)
 {
-    return u"index %1, %2 = %3: %4"_s.arg(
+    return u"In %1 the set of rows whose %2 is \"%3\" %4."_s.arg(
         QLatin1StringView(source.indexes), key.index, key.value, what);
 }
 

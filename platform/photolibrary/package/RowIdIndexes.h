@@ -38,7 +38,7 @@ void removeRows(Writer& writer, const char* table, const QList<qint64>& modelIds
 /// Writes every index anew from the tables.
 void recomputeAll(Writer& writer);
 
-/// A line for each index that says otherwise than the tables; empty when all are right. Sets of
+/// A sentence for each index that says otherwise than the tables; empty when all are right. Sets of
 /// string ids and of albums below a folder may hold more than needed: the application leaves stale
 /// ids there.
 [[nodiscard]] QStringList mismatches(Connection& connection);

@@ -284,27 +284,24 @@ Result<void> SidecarWriter::writeFolder(const QString& uuid)
 Result<void> Sidecars::write(Connection& connection, const Changes& changes, double now)
 {
     SidecarWriter writer(connection, now);
+    Result<void> outcome;
+    const auto note = [&outcome](const Result<void>& written) {
+        outcome = outcome.ok() ? written : outcome;
+    };
     for (const QString& uuid : changes.masters) {
-        if (const Result<void> written = writer.writeMaster(uuid); !written.ok()) {
-            return written;
-        }
+        note(writer.writeMaster(uuid));
     }
     for (const QString& uuid : changes.albums) {
-        if (const Result<void> written = writer.writeAlbum(uuid); !written.ok()) {
-            return written;
-        }
+        note(writer.writeAlbum(uuid));
     }
     for (const QString& uuid : changes.folders) {
-        if (const Result<void> written = writer.writeFolder(uuid); !written.ok()) {
-            return written;
-        }
+        note(writer.writeFolder(uuid));
     }
     if (changes.keywords) {
-        if (const Result<void> written = LibrarySidecars::writeKeywords(connection);
-            !written.ok()) {
-            return written;
-        }
+        note(LibrarySidecars::writeKeywords(connection));
     }
-    const bool countsMayDiffer = changes.adminData || !changes.masters.isEmpty();
-    return countsMayDiffer ? LibrarySidecars::writeDataModel(connection) : Result<void>();
+    if (changes.adminData || !changes.masters.isEmpty()) {
+        note(LibrarySidecars::writeDataModel(connection)); // it tells how many there are
+    }
+    return outcome;
 }

@@ -12,7 +12,8 @@ namespace Sidecars
 /// Brings what `changes` names in step with the databases, outside a transaction that is still to
 /// be committed. Existing files are edited, so keys unknown here survive; missing and damaged ones
 /// are made anew; those of albums and folders that are gone are removed. A file that already says
-/// what it should stays untouched, so calling again after an interruption costs little.
+/// what it should stays untouched, so calling again after an interruption costs little. One that
+/// cannot be written keeps no other from following; the first error is returned.
 /// `now`: the moment of writing, seconds since 2001-01-01T00:00:00 UTC.
 /// Errors: NotWritable, OutOfSpace, Unreadable; SQLite::Exception.
 [[nodiscard]] Result<void> write(Connection& connection, const Changes& changes, double now);

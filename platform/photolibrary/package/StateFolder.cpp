@@ -1,8 +1,10 @@
 #include "StateFolder.h"
 
 #include "Directories.h"
+#include "LibraryErrors.h"
 
 #include <QCryptographicHash>
+#include <QDir>
 
 using namespace Qt::StringLiterals;
 
@@ -33,4 +35,25 @@ QString StateFolder::ofLibrary(const QString& key)
 QString StateFolder::ofBackups(const QString& key)
 {
     return Directories::state() + "/backups/"_L1 + key;
+}
+
+Result<void> StateFolder::isKnown(const QString& package)
+{
+    const bool known = !qEnvironmentVariableIsEmpty("HOME") ||
+                       QDir::isAbsolutePath(qEnvironmentVariable("XDG_STATE_HOME"));
+    return known ? Result<void>()
+                 : Error{ErrorCode::NotWritable,
+                         u"To write to the library \"%1\" this program keeps a lock, a journal and "
+                         "backups in your home folder, but HOME is not set: set it, or set "
+                         "XDG_STATE_HOME to a folder that you may write to."_s.arg(package)};
+}
+
+Error StateFolder::unusable(const Error& cause, const QString& package)
+{
+    return {
+        cause.code,
+        u"To write to the library \"%1\" this program keeps a lock and a journal outside of it, "
+        "which it cannot: %2 Change the permissions there or make room, or set XDG_STATE_HOME "
+        "to another folder that you may write to."_s.arg(package,
+                                                         LibraryErrors::asSentence(cause.message))};
 }

@@ -87,9 +87,29 @@ QByteArray lineOf(qint64 turn, const QString& key, const QJsonValue& value)
     return QJsonDocument(entry).toJson(QJsonDocument::Compact) + '\n';
 }
 
+/// The lines of a journal that are whole.
+QList<QJsonObject> entriesOf(const QString& path)
+{
+    QFile file(path);
+    QList<QJsonObject> entries;
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    while (!file.atEnd()) {
+        const QByteArray line = file.readLine();
+        const QJsonDocument document = QJsonDocument::fromJson(line);
+        if (line.endsWith('\n') && document.isObject()) {
+            entries << document.object();
+        }
+    }
+    return entries;
+}
+
 void apply(const QJsonObject& entry, QMap<qint64, JournaledTurn>& turns)
 {
-    JournaledTurn& turn = turns[entry["turn"_L1].toInteger()];
+    const qint64 number = entry["turn"_L1].toInteger();
+    JournaledTurn& turn = turns[number];
+    turn.number = number;
     if (entry.contains("settled"_L1)) {
         turn.made.clear();
         turn.doomed = {};
@@ -109,17 +129,9 @@ void apply(const QJsonObject& entry, QMap<qint64, JournaledTurn>& turns)
 
 QList<JournaledTurn> TurnJournal::read(const QString& stateFolder)
 {
-    QFile file(pathIn(stateFolder));
     QMap<qint64, JournaledTurn> turns;
-    if (!file.open(QIODevice::ReadOnly)) {
-        return {};
-    }
-    while (!file.atEnd()) {
-        const QByteArray line = file.readLine();
-        const QJsonDocument document = QJsonDocument::fromJson(line);
-        if (line.endsWith('\n') && document.isObject()) {
-            apply(document.object(), turns);
-        }
+    for (const QJsonObject& entry : entriesOf(pathIn(stateFolder))) {
+        apply(entry, turns);
     }
     return turns.values();
 }
@@ -127,8 +139,8 @@ QList<JournaledTurn> TurnJournal::read(const QString& stateFolder)
 Result<std::unique_ptr<TurnJournal>> TurnJournal::open(const QString& stateFolder)
 {
     std::unique_ptr<TurnJournal> journal(new TurnJournal(pathIn(stateFolder)));
-    if (!journal->m_file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)) {
-        return AtomicFile::errorFromErrno(errno, u"write"_s, journal->m_file.fileName());
+    if (const Result<void> opened = journal->openForAppending(); !opened.ok()) {
+        return opened.error();
     }
     if (const Result<void> flushed = AtomicFile::flushFolder(stateFolder); !flushed.ok()) {
         return flushed.error();
@@ -175,9 +187,34 @@ Result<void> TurnJournal::turnIsSettled(qint64 turn)
     return append(lineOf(turn, u"settled"_s, true));
 }
 
-Result<void> TurnJournal::clear()
+Result<void> TurnJournal::openForAppending()
+{
+    m_file.close();
+    return m_file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)
+               ? Result<void>()
+               : AtomicFile::errorFromErrno(errno, u"write"_s, m_file.fileName());
+}
+
+Result<void> TurnJournal::clearBut(const QSet<qint64>& unsettled)
 {
     const std::lock_guard lock(m_mutex);
+    if (unsettled.isEmpty()) {
+        return empty();
+    }
+    QByteArray kept;
+    for (const QJsonObject& entry : entriesOf(m_file.fileName())) {
+        const bool isOfFiles = entry.contains("made"_L1) || entry.contains("doomed"_L1);
+        if (isOfFiles && unsettled.contains(entry["turn"_L1].toInteger())) {
+            kept += QJsonDocument(entry).toJson(QJsonDocument::Compact) + '\n';
+        }
+    }
+    // While it is replaced, either the old one or the new one is there.
+    const Result<void> written = AtomicFile::write(m_file.fileName(), kept);
+    return written.ok() ? openForAppending() : written;
+}
+
+Result<void> TurnJournal::empty()
+{
     if (m_file.size() == 0) {
         return {};
     }

@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QList>
+#include <QSet>
 #include <QStringList>
 
 #include <memory>
@@ -13,6 +14,7 @@
 
 /// What the journal says of one turn.
 struct JournaledTurn {
+    qint64 number{0};
     QStringList made;            ///< package-relative files that were about to be made
     TrashRows::Leftovers doomed; ///< what was to be removed after the commit
     Changes changes;             ///< what sidecars and catalogues have to follow
@@ -38,12 +40,15 @@ public:
     [[nodiscard]] Result<void> turnWillCommit(qint64 turn, const Changes& changes);
     /// Its files were all removed or are all known to the databases.
     [[nodiscard]] Result<void> turnIsSettled(qint64 turn);
-    /// Everything follows: the journal is empty again.
-    [[nodiscard]] Result<void> clear();
+    /// Sidecars and catalogues follow: of all turns but these nothing is told any more, and of
+    /// these only the files. Without any the journal is empty again.
+    [[nodiscard]] Result<void> clearBut(const QSet<qint64>& unsettled);
 
 private:
     explicit TurnJournal(const QString& path);
+    [[nodiscard]] Result<void> openForAppending();
     [[nodiscard]] Result<void> append(const QByteArray& line);
+    [[nodiscard]] Result<void> empty();
 
     std::mutex m_mutex;
     QFile m_file;

@@ -6,6 +6,7 @@
 #include "LibraryErrors.h"
 #include "PackageFiles.h"
 #include "Queries.h"
+#include "StateFolder.h"
 #include "SystemLog.h"
 
 #include <QFileInfo>
@@ -49,6 +50,7 @@ Result<void> WriteTransaction::makeFile(const QString& relativePath, const QByte
 
 Result<void> WriteTransaction::doom(const TrashRows::Leftovers& leftovers)
 {
+    m_access->addUnsettled({m_turn});
     return m_access->m_journal->filesAreDoomed(m_turn, leftovers);
 }
 
@@ -83,9 +85,9 @@ void WriteTransaction::rollback()
     m_open = false;
     m_connection.rollback();
     // When the outcome is in doubt everything stays: the next opening decides by the notebook.
-    const bool allGone =
-        m_made.isEmpty() ||
-        (madeFilesAreUnknown() && PackageFiles::removeMade(m_access->places().package, m_made));
+    const bool allGone = m_made.isEmpty() ||
+                         (madeFilesAreUnknown() &&
+                          PackageFiles::removeMade(m_access->places().package, m_made).isEmpty());
     if (const Result<void> settled = m_access->settle(m_turn, allGone); !settled.ok()) {
         systemLog(settled.error().message);
     }
@@ -113,7 +115,7 @@ Result<WriteAccessPtr> WriteAccess::open(const Places& places, std::unique_ptr<L
 {
     Result<std::unique_ptr<TurnJournal>> journal = TurnJournal::open(places.state);
     if (!journal.ok()) {
-        return journal.error();
+        return StateFolder::unusable(journal.error(), places.package);
     }
     return WriteAccessPtr(new WriteAccess(places, std::move(lock), std::move(journal).value()));
 }
@@ -162,10 +164,26 @@ void WriteAccess::shutDown()
 Result<void> WriteAccess::settle(qint64 turn, bool allGone)
 {
     if (!allGone) {
-        m_unsettled = true;
+        addUnsettled({turn});
         return {};
     }
+    {
+        const std::lock_guard lock(m_mutex);
+        m_unsettled.remove(turn);
+    }
     return m_journal->turnIsSettled(turn);
+}
+
+void WriteAccess::addUnsettled(const QSet<qint64>& turns)
+{
+    const std::lock_guard lock(m_mutex);
+    m_unsettled.unite(turns);
+}
+
+QSet<qint64> WriteAccess::unsettled()
+{
+    const std::lock_guard lock(m_mutex);
+    return m_unsettled;
 }
 
 void WriteAccess::addPending(const Changes& changes)
@@ -198,6 +216,5 @@ Result<void> WriteAccess::forgetPending()
         const std::lock_guard lock(m_mutex);
         m_pending = {};
     }
-    // What could not be removed now is left to the next opening, which needs the notebook for it.
-    return m_unsettled ? Result<void>() : m_journal->clear();
+    return m_journal->clearBut(unsettled());
 }

@@ -9,6 +9,7 @@
 #include "Writer.h"
 #include "WriterGate.h"
 
+#include <QSet>
 #include <QStringList>
 
 #include <memory>
@@ -85,8 +86,11 @@ public:
     [[nodiscard]] Result<void> synchronise(Follow&& follow);
     void addPending(const Changes& changes);
 
-    /// Notes that the files of a turn need no more attention, unless some could not be removed.
+    /// Notes that the files of a turn need no more attention, unless some could not be removed:
+    /// then the journal tells of them until the next opening has removed them.
     [[nodiscard]] Result<void> settle(qint64 turn, bool allGone);
+    /// Turns of earlier runs whose files could not be removed until now.
+    void addUnsettled(const QSet<qint64>& turns);
     /// Waits for the writer, then gives up the lock; nothing is written afterwards.
     void shutDown();
 
@@ -99,18 +103,19 @@ private:
                 std::unique_ptr<TurnJournal> journal);
     [[nodiscard]] Result<void> backUpOnce();
     [[nodiscard]] Changes pending();
+    [[nodiscard]] QSet<qint64> unsettled();
     [[nodiscard]] Result<void> forgetPending();
 
     const Places m_places;
     std::unique_ptr<LibraryLock> m_lock;
     const std::unique_ptr<TurnJournal> m_journal;
     WriterGate m_gate;
-    bool m_backedUp{false};  ///< under the gate
-    bool m_shutDown{false};  ///< under the gate
-    bool m_unsettled{false}; ///< under the gate
+    bool m_backedUp{false}; ///< under the gate
+    bool m_shutDown{false}; ///< under the gate
 
     std::mutex m_mutex; ///< guards what follows
     Changes m_pending;
+    QSet<qint64> m_unsettled; ///< turns with files that are still to be removed
 };
 
 template <typename Follow>
@@ -119,7 +124,7 @@ Result<void> WriteAccess::synchronise(Follow&& follow)
     const WriterGate::Scope taken(m_gate);
     const Changes changes = pending();
     if (changes.isEmpty()) {
-        return m_shutDown || m_unsettled ? Result<void>() : m_journal->clear();
+        return m_shutDown ? Result<void>() : m_journal->clearBut(unsettled());
     }
     const Result<void> followed = follow(changes);
     return followed.ok() ? forgetPending() : followed;

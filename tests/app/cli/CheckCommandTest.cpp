@@ -18,6 +18,13 @@ TEST_F(CheckCommandTest, soundPhotosPass)
     EXPECT_EQ(m_err, QByteArray());
 }
 
+TEST_F(CheckCommandTest, whereNothingIsSelectedItIsSaid)
+{
+    EXPECT_EQ(run({u"check"_s, library(), u"--raw"_s}), 0);
+    EXPECT_EQ(m_out, "0 photos checked, nothing wrong.\n");
+    EXPECT_EQ(m_err, "No photo matches the selection.\n");
+}
+
 TEST_F(CheckCommandTest, missingAndCutOffMastersAreNamedWithTheirProblems)
 {
     const PhotoFacts missing = photo(u"Wood.jpg"_s);

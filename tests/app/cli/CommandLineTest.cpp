@@ -35,12 +35,12 @@ TEST_P(CommandLineRefusalTest, wrongUsageIsNamedAndTheHelpToo)
     const ParsedCommandLine parsed = parse(refusal.arguments);
     EXPECT_EQ(parsed.command, nullptr);
     EXPECT_TRUE(parsed.output.isEmpty());
-    const QString command = QString::fromLatin1(refusal.command);
+    const QString command = QString::fromUtf8(refusal.command);
     const QString help = command.isEmpty()
                              ? u"Run “corvane-cli --help” to see how it is used."_s
                              : u"Run “corvane-cli %1 --help” to see how it is used."_s.arg(command);
     EXPECT_EQ(parsed.error.toStdString(),
-              (QString::fromLatin1(refusal.sentence) + u'\n' + help).toStdString());
+              (QString::fromUtf8(refusal.sentence) + u'\n' + help).toStdString());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -52,6 +52,16 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"scan", "LIBRARY is required", "scan"},
         Refusal{"scan L --unknown", "The following argument was not expected: --unknown", "scan"},
         Refusal{"list L M", "The following argument was not expected: M", "list"},
+        Refusal{"list L M N --x O", "The following arguments were not expected: M N --x O", "list"},
+        Refusal{"list -- --x --y", "The following argument was not expected: --y", "list"},
+        Refusal{"--quiet list L",
+                "Not expected before the command “list”: --quiet. What a command takes follows "
+                "its name.",
+                "list"},
+        Refusal{"L --quiet scan --raw",
+                "Not expected before the command “scan”: L --quiet. What a command takes follows "
+                "its name.",
+                "scan"},
         Refusal{"scan L --tag --no-tag", "--tag excludes --no-tag", "scan"},
         Refusal{"scan L --scale 0.5 --long 800", "--scale excludes --long", "scan"},
         Refusal{"scan L --all --raw", "--all excludes --raw", "scan"},
@@ -80,6 +90,15 @@ INSTANTIATE_TEST_SUITE_P(
         Refusal{"sample /tmp --photos 0",
                 "The value of --photos must lie between 1 and 1000, but is 0",
                 "sample"},
+        Refusal{"scan L --defaults /dev",
+                "The settings file /dev cannot be used: that is a folder.",
+                "scan"},
+        Refusal{"info L --defaults /dev/null",
+                "The settings file /dev/null cannot be used: that is no regular file.",
+                "info"},
+        Refusal{"sample /tmp --defaults /dev",
+                "The settings file /dev cannot be used: that is a folder.",
+                "sample"},
         Refusal{"sample", "DIRECTORY is required", "sample"}));
 
 TEST_P(CommandLineAcceptanceTest, rightUsageBecomesACommand)
@@ -103,7 +122,20 @@ INSTANTIATE_TEST_SUITE_P(all,
                                          "trash L --json",
                                          "trash L --restore --id 3 --id 4",
                                          "trash L --empty --yes --after-crash",
-                                         "sample /tmp --photos 1000 --megapixels 0.05"));
+                                         "sample /tmp --photos 1000 --megapixels 0.05",
+                                         "sample /tmp --defaults F --quiet"));
+
+TEST(CommandLineTest, aFileWithoutANameIsWrongUsage)
+{
+    for (const QString& option : {u"--report"_s, u"--defaults"_s}) {
+        const ParsedCommandLine parsed =
+            CommandLine::parse({u"scan"_s, u"L"_s, option, QString()}, u"1.2.3"_s);
+        EXPECT_EQ(parsed.command, nullptr);
+        EXPECT_EQ(parsed.error,
+                  option + u" needs the name of a file, but was given none.\nRun “corvane-cli scan "
+                           u"--help” to see how it is used."_s);
+    }
+}
 
 TEST(CommandLineTest, versionAndHelpAreResults)
 {

@@ -5,12 +5,17 @@
 #include "SystemLog.h"
 
 #include <QBuffer>
+#include <QFile>
 
 #include <gtest/gtest.h>
 
 #include <pty.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstdio>
 
 using namespace Qt::StringLiterals;
 
@@ -120,6 +125,44 @@ TEST_F(ConsoleTest, logLinesEraseTheProgressLineToo)
         qDebug("noise of a library");
     }
     EXPECT_EQ(m_error.data(), "one\r\x1b[KiPhoto Version 9.6.1\n");
+}
+
+TEST_F(ConsoleTest, onlyThisProgramsOwnEntriesGoToTheJournal)
+{
+    static QStringList journal;
+    journal.clear();
+    Console console(m_output, m_error, {});
+    {
+        const MessageLog log(console, [](const QString& entry) { journal += entry; });
+        systemLog(u"iPhoto Version 9.6.1"_s);
+        qWarning("a library's worry");
+    }
+    EXPECT_EQ(journal, QStringList{u"iPhoto Version 9.6.1"_s});
+    EXPECT_EQ(m_error.data(), "iPhoto Version 9.6.1\na library's worry\n");
+}
+
+TEST_F(ConsoleTest, aReaderThatHasSeenEnoughIsNoFailure)
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    QFile output;
+    ASSERT_TRUE(output.open(fdopen(ends[1], "w"), QIODevice::WriteOnly, QFile::AutoCloseHandle));
+    Console console(output, m_error, {});
+    console.print(u"read"_s);
+    ASSERT_EQ(close(ends[0]), 0);
+    console.print(u"not read"_s);
+    console.print(QString(100000, u'x'));
+    EXPECT_FALSE(console.hasFailed());
+}
+
+TEST_F(ConsoleTest, aFullDiskIsAFailure)
+{
+    QFile output(u"/dev/full"_s);
+    ASSERT_TRUE(output.open(QIODevice::WriteOnly));
+    Console console(output, m_error, {});
+    console.print(u"lost"_s);
+    EXPECT_TRUE(console.hasFailed());
 }
 
 TEST_F(ConsoleTest, outputThatCannotBeWrittenIsNoticed)

@@ -33,6 +33,33 @@ TEST(DocumentsTest, numbersAndPathsThatDoNotExistAreNull)
     EXPECT_EQ(object.value(u"comment"_s).toString(u"none"_s), QString());
 }
 
+TEST(DocumentsTest, whatTheLibraryDoesNotKnowIsNullAndWhatIsZeroIsNot)
+{
+    const auto objectOf = [](const PhotoFacts& photo) {
+        return Documents::list(u"/L"_s, u"9.6.1"_s, {photo})
+            .value(u"photos"_s)
+            .toArray()
+            .first()
+            .toObject();
+    };
+    PhotoFacts known;
+    known.rollId = 8;
+    known.rollName = u"Import"_s;
+    QJsonObject object = objectOf(known);
+    for (const QString& key : {u"rating"_s, u"width"_s, u"height"_s}) {
+        EXPECT_EQ(object.value(key).toInt(-1), 0) << key.toStdString();
+    }
+    EXPECT_EQ(object.value(u"date"_s).toString(), u"2001-01-01T00:00:00"_s);
+    EXPECT_EQ(object.value(u"roll"_s).toObject().value(u"id"_s).toInt(), 8);
+
+    PhotoFacts photo;
+    photo.unknown = {.rating = true, .date = true, .width = true, .height = true};
+    object = objectOf(photo);
+    for (const QString& key : {u"rating"_s, u"width"_s, u"height"_s, u"date"_s, u"roll"_s}) {
+        EXPECT_TRUE(object.value(key).isNull()) << key.toStdString();
+    }
+}
+
 TEST(DocumentsTest, theTrashIsSummedUp)
 {
     PhotoFacts photo;

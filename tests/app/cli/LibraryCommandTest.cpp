@@ -19,6 +19,13 @@ TEST_F(LibraryCommandTest, whatIsNoLibraryIsNamedAndEndsWithThree)
     }
 }
 
+TEST_F(LibraryCommandTest, aPathWithALineEndStaysOnItsLine)
+{
+    EXPECT_EQ(run({u"list"_s, m_folder.filePath(u"no\nwhere"_s)}), 3);
+    EXPECT_EQ(m_err.count('\n'), 1) << m_err.toStdString();
+    EXPECT_TRUE(m_err.contains("/no\\nwhere"));
+}
+
 TEST_F(LibraryCommandTest, aRequestToStopWhileOpeningEndsWith130)
 {
     m_interruption->request();

@@ -40,6 +40,14 @@ protected:
         return true;
     }
 
+    /// The test's own folder is closed to others.
+    void openForAll()
+    {
+        ASSERT_TRUE(QFile::setPermissions(m_folder.path(),
+                                          QFile::permissions(m_folder.path()) | QFile::ReadOther |
+                                              QFile::ExeOther));
+    }
+
     void interruptInTheMidst(int signal)
     {
         addPhotos();
@@ -71,6 +79,20 @@ protected:
         EXPECT_TRUE(m_out.endsWith("Problems:          none\n"));
     }
 };
+
+/// The arguments of the program, so that somebody runs it to whom files can be forbidden.
+QStringList asOrdinaryUser(QProcess& process, const QStringList& arguments)
+{
+    if (geteuid() != 0) {
+        return arguments;
+    }
+    process.setProgram(u"setpriv"_s);
+    return QStringList{u"--reuid=65534"_s,
+                       u"--regid=65534"_s,
+                       u"--clear-groups"_s,
+                       QStringLiteral(CORVANE_CLI)} +
+           arguments;
+}
 
 /// What a process writes to a terminal of 80 columns.
 class OnTerminal final
@@ -169,23 +191,75 @@ TEST_F(MainTest, outputThatNobodyTakesIsAnErrorAndNoCrash)
     EXPECT_EQ(m_process.readAllStandardError(), "Standard output could not be written.\n");
 }
 
+TEST_F(MainTest, aReaderThatHasSeenEnoughIsNoError)
+{
+    m_process.setProgram(u"bash"_s);
+    start({u"-c"_s,
+           u"\"$0\" list \"$1\" | true; echo ${PIPESTATUS[0]}"_s,
+           QStringLiteral(CORVANE_CLI),
+           library()});
+    EXPECT_EQ(finish(), 0);
+    EXPECT_EQ(m_process.readAllStandardOutput(), "0\n");
+    EXPECT_EQ(m_process.readAllStandardError(), QByteArray());
+}
+
+TEST_F(MainTest, anInterruptEndsASampleAndLeavesNothing)
+{
+    const QString sample = m_folder.filePath(u"Sample.photolibrary"_s);
+    start({u"sample"_s, m_folder.path(), u"--photos"_s, u"500"_s, u"--megapixels"_s, u"0.3"_s});
+    // The first original says that the library is open and being filled.
+    while (QDir(sample + u"/Masters"_s).isEmpty() && m_process.state() == QProcess::Running) {
+        m_process.waitForFinished(20);
+    }
+    ASSERT_EQ(kill(static_cast<pid_t>(m_process.processId()), SIGINT), 0);
+    EXPECT_EQ(finish(), 130);
+    EXPECT_EQ(m_process.readAllStandardError(), "Interrupted.\n");
+    EXPECT_EQ(m_process.readAllStandardOutput(), QByteArray());
+    EXPECT_FALSE(QFileInfo::exists(sample));
+}
+
+TEST_F(MainTest, aMasterThatMayNotBeReadIsNotMissing)
+{
+    const PhotoFacts closed = photo(u"Wood.jpg"_s);
+    ASSERT_TRUE(QFile::setPermissions(closed.originalPath, {}));
+    openForAll();
+    start(asOrdinaryUser(
+        m_process, {u"list"_s, library(), u"--json"_s, u"--id"_s, QString::number(closed.id)}));
+    EXPECT_EQ(finish(), 0);
+    const QJsonObject listed = QJsonDocument::fromJson(m_process.readAllStandardOutput())
+                                   .object()
+                                   .value(u"photos"_s)
+                                   .toArray()
+                                   .first()
+                                   .toObject();
+    EXPECT_FALSE(listed.value(u"missing"_s).toBool(true));
+    EXPECT_EQ(listed.value(u"bytes"_s).toInteger(), closed.bytes);
+
+    start(asOrdinaryUser(m_process, {u"list"_s, library(), u"--present"_s}));
+    EXPECT_EQ(finish(), 0);
+    EXPECT_EQ(m_process.readAllStandardOutput().count('\n'), 2);
+    EXPECT_EQ(m_process.readAllStandardError(),
+              "1 photo is left out: its master is missing or unreadable.\n");
+}
+
+TEST_F(MainTest, aSettingsFileThatMayNotBeReadIsWrongUsage)
+{
+    QFile file(defaultsPath());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(file.setPermissions({}));
+    openForAll();
+    start(asOrdinaryUser(m_process, {u"info"_s, library(), u"--defaults"_s, defaultsPath()}));
+    EXPECT_EQ(finish(), 2);
+    EXPECT_TRUE(m_process.readAllStandardError().startsWith(
+        "The settings file " + defaultsPath().toUtf8() + " cannot be read: permission denied.\n"));
+}
+
 TEST_F(MainTest, aLibraryThatIsNotReadableForTheUserIsRefused)
 {
     const QString database = library() + u"/Database/apdb/Library.apdb"_s;
     ASSERT_TRUE(QFile::setPermissions(database, {}));
-    QStringList arguments{u"list"_s, library()};
-    if (geteuid() == 0) { // nothing is forbidden to root, so somebody else has to look
-        ASSERT_TRUE(QFile::setPermissions(m_folder.path(),
-                                          QFile::permissions(m_folder.path()) | QFile::ReadOther |
-                                              QFile::ExeOther));
-        arguments = QStringList{u"--reuid=65534"_s,
-                                u"--regid=65534"_s,
-                                u"--clear-groups"_s,
-                                QStringLiteral(CORVANE_CLI)} +
-                    arguments;
-        m_process.setProgram(u"setpriv"_s);
-    }
-    start(arguments);
+    openForAll();
+    start(asOrdinaryUser(m_process, {u"list"_s, library()}));
     EXPECT_EQ(finish(), 3);
     const QByteArray said = m_process.readAllStandardError();
     EXPECT_TRUE(said.contains(library().toUtf8())) << said.toStdString();

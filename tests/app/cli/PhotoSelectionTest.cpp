@@ -1,5 +1,8 @@
 #include "PhotoSelection.h"
 
+#include "Console.h"
+
+#include <QBuffer>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -125,6 +128,40 @@ TEST_F(PhotoSelectionTest, whatMatchesNothingIsSaid)
                      u"There is no event “A” with photos in it."_s,
                      u"There is no album “B” with photos in it."_s,
                      u"No photo carries the keyword “C”."_s}));
+}
+
+TEST_F(PhotoSelectionTest, whyNothingIsSelectedIsSaidInALine)
+{
+    const auto said = [this](const SelectionOptions& options,
+                             PhotoSelection::WithoutSelection without) {
+        QBuffer output;
+        QBuffer error;
+        output.open(QIODevice::WriteOnly);
+        error.open(QIODevice::WriteOnly);
+        Console console(output, error, {});
+        PhotoSelection::explainNothing(PhotoSelection::choose(m_photos, options, without), console);
+        return error.data().toStdString();
+    };
+    using enum PhotoSelection::WithoutSelection;
+    SelectionOptions options;
+    EXPECT_EQ(said(options, Raw), "");
+    options.albums = {u"Pumpkin Farm"_s};
+    options.keywords = {u"none"_s};
+    EXPECT_EQ(said(options, All), "No photo matches the selection.\n");
+
+    const std::string allConverted =
+        "No photo matches the selection: all RAW photos are converted already.\n";
+    m_photos[2].raw = false;
+    EXPECT_EQ(said({}, Raw), allConverted);
+    options = {};
+    options.raw = true;
+    EXPECT_EQ(said(options, All), allConverted);
+    options.rolls = {u"Elder Park"_s}; // no RAW photo at all
+    EXPECT_EQ(said(options, All), "No photo matches the selection.\n");
+    m_photos[2].raw = true; // not converted, but not present either
+    options = {};
+    options.present = true;
+    EXPECT_EQ(said(options, Raw), "No photo matches the selection.\n");
 }
 
 TEST_F(PhotoSelectionTest, presentLeavesOutAndCountsWhatHasNoReadableMaster)

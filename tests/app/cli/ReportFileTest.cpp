@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -59,6 +61,36 @@ TEST_F(ReportFileTest, nothingIsWrittenIntoTheLibraryNotEvenThroughALink)
               u"The report cannot be written to %1: that is inside the library."_s.arg(direct));
     ASSERT_TRUE(QFile::link(in(u"L.photolibrary"_s), in(u"link"_s)));
     EXPECT_TRUE(obstacle(in(u"link/r.json"_s)).endsWith(u"that is inside the library."_s));
+}
+
+TEST_F(ReportFileTest, aLinkToAFileThatIsNotThereYetIsFollowed)
+{
+    const auto link = [this](const QString& target, const QString& name) {
+        return ::symlink(QFile::encodeName(target).constData(),
+                         QFile::encodeName(in(name)).constData()) == 0;
+    };
+    ASSERT_TRUE(link(in(u"L.photolibrary/r.json"_s), u"inside"_s));
+    ASSERT_TRUE(link(u"inside"_s, u"chain"_s));
+    ASSERT_TRUE(link(u"none/r.json"_s, u"nowhere"_s));
+    ASSERT_TRUE(link(u"circle"_s, u"circle"_s));
+    ASSERT_TRUE(link(u"r.json"_s, u"outside"_s));
+    EXPECT_TRUE(obstacle(in(u"inside"_s)).endsWith(u"that is inside the library."_s));
+    EXPECT_TRUE(obstacle(in(u"chain"_s)).endsWith(u"that is inside the library."_s));
+    EXPECT_TRUE(obstacle(in(u"nowhere"_s)).endsWith(u"its folder does not exist."_s));
+    EXPECT_TRUE(obstacle(in(u"circle"_s)).endsWith(u"that is no regular file."_s));
+    EXPECT_EQ(obstacle(in(u"outside"_s)), QString());
+    ASSERT_TRUE(ReportFile(in(u"outside"_s)).write("{}\n", m_console).ok());
+    EXPECT_TRUE(QFile::exists(in(u"r.json"_s)));
+}
+
+TEST_F(ReportFileTest, theSystemsNamesOfStandardOutputAreStandardOutput)
+{
+    for (const QString& name : {u"/dev/stdout"_s, u"/dev/fd/1"_s, u"/proc/self/fd/1"_s}) {
+        EXPECT_TRUE(ReportFile(name).isStandardOutput());
+        EXPECT_EQ(obstacle(name), QString());
+    }
+    EXPECT_EQ(obstacle(u"/dev/stderr"_s),
+              u"The report cannot be written to /dev/stderr: that is no regular file."_s);
 }
 
 TEST_F(ReportFileTest, theDocumentReplacesAnOlderReport)

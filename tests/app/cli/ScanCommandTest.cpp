@@ -121,12 +121,15 @@ TEST_F(ScanCommandTest, optionsOfARunAreNotStoredAndTheRatesAre)
 TEST_F(ScanCommandTest, nothingSelectedIsAnAlertOfTheScan)
 {
     EXPECT_EQ(scan({}), 1); // no RAW photos
+    EXPECT_TRUE(m_err.startsWith("No photo matches the selection.\n")) << m_err.toStdString();
     EXPECT_TRUE(m_err.endsWith(
         "Unable To Process\nYou need to select the photos you want me to process\n"));
     EXPECT_EQ(m_out, QByteArray());
     EXPECT_EQ(report().value(u"stopped"_s).toObject().value(u"title"_s).toString(),
               u"Unable To Process"_s);
     EXPECT_EQ(outcomes(), QStringList());
+    EXPECT_EQ(scan({u"--dry-run"_s}), 1);
+    EXPECT_TRUE(m_err.startsWith("No photo matches the selection.\n")) << m_err.toStdString();
 }
 
 TEST_F(ScanCommandTest, aMissingMasterStopsTheScanAndPresentIsNamed)
@@ -170,8 +173,8 @@ TEST_F(ScanCommandTest, removedOriginalsBringALineThatNamesTheTrash)
 {
     EXPECT_EQ(scan({u"--all"_s, u"--no-tag"_s, u"--trash"_s, u"--albums"_s}), 0);
     EXPECT_TRUE(m_err.endsWith("The originals are in the library's trash; their space comes back "
-                               "with: corvane-cli trash --empty \"" +
-                               library().toUtf8() + "\"\n"))
+                               "with: corvane-cli trash --empty '" +
+                               library().toUtf8() + "'\n"))
         << m_err.toStdString();
     EXPECT_EQ(photos().size(), 3);
     const QString album = entry(0).value(u"album"_s).toString();

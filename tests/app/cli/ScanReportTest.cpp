@@ -101,5 +101,5 @@ TEST_F(ScanReportTest, copiesOfAnotherNameAndTheTrashAreNamed)
                      u"  IMG_3.cr2 (photo 3): no reason was given"_s,
                      u"The copy of IMG_7.cr2 (photo 7) bears another name: IMG_1.jpg"_s,
                      u"The originals are in the library's trash; their space comes back with: "
-                     "corvane-cli trash --empty \"/L\""_s}));
+                     "corvane-cli trash --empty '/L'"_s}));
 }

@@ -1,5 +1,7 @@
 #include "TextLayout.h"
 
+#include <QProcess>
+
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
@@ -15,6 +17,32 @@ TEST(TextLayoutTest, lineEndsBecomeSpacesUnlessLinesAreWanted)
     EXPECT_EQ(TextLayout::printable(u"a\nb\tc\u2028d"_s), u"a b c d"_s);
     EXPECT_EQ(TextLayout::printableLines(u"a\n\tb\u2028d"_s), u"a\n\tb\nd"_s);
     EXPECT_EQ(TextLayout::printableLines(u"a\nb\rc"_s), u"a\nbc"_s);
+}
+
+TEST(TextLayoutTest, escapedTextLosesNothingAndStaysOnItsLine)
+{
+    EXPECT_EQ(TextLayout::escaped(u"/a b/ü'\"\\📷"_s), u"/a b/ü'\"\\📷"_s);
+    EXPECT_EQ(TextLayout::escaped(u"a\nb\rc\td\u001be\u0085f\u2028g\u202eh"_s),
+              u"a\\nb\\rc\\td\\x1be\\x85f\\u2028g\\u202eh"_s);
+}
+
+TEST(TextLayoutTest, aQuotedTextIsOneWordForAShell)
+{
+    const QStringList texts{u"/a b/$HOME`id`\"!\\"_s,
+                            u"it's 'quoted'"_s,
+                            u"ä📷"_s,
+                            u"two\nlines' \\ end"_s,
+                            u"\u202e1\u001bc"_s,
+                            QString()};
+    for (const QString& text : texts) {
+        const QString word = TextLayout::shellQuoted(text);
+        EXPECT_EQ(TextLayout::escaped(word), word);
+        QProcess shell;
+        shell.start(u"bash"_s, {u"-c"_s, u"printf %s "_s + word});
+        ASSERT_TRUE(shell.waitForFinished());
+        EXPECT_EQ(shell.readAllStandardOutput(), text.toUtf8()) << word.toStdString();
+    }
+    EXPECT_EQ(TextLayout::shellQuoted(u"it's"_s), u"'it'\\''s'"_s);
 }
 
 TEST(TextLayoutTest, wideCharactersTakeTwoColumnsAndMarksNone)

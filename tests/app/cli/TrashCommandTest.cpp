@@ -1,3 +1,4 @@
+#include "../../platform/photolibrary/package/OrdinaryUser.h"
 #include "CommandFixture.h"
 
 #include <QJsonArray>
@@ -75,6 +76,18 @@ TEST_F(TrashCommandTest, withYesPhotosAreDeletedForGood)
     EXPECT_EQ(run({u"trash"_s, library(), u"--empty"_s, u"--yes"_s}), 0) << m_err.toStdString();
     EXPECT_TRUE(m_out.startsWith("1 photo was deleted for good; ")) << m_out.toStdString();
     EXPECT_FALSE(QFile::exists(m_lake.originalPath));
+}
+
+TEST_F(TrashCommandTest, filesThatCannotBeRemovedAreNamedAndTheRunFails)
+{
+    const OrdinaryUser user({m_folder.path()});
+    const WithPermissions closed(QFileInfo(m_lake.originalPath).path(), 0555);
+    EXPECT_EQ(run({u"trash"_s, library(), u"--empty"_s, u"--yes"_s}), 3);
+    EXPECT_EQ(m_out, "");
+    EXPECT_TRUE(m_err.startsWith("1 photo was deleted from the library ")) << m_err.toStdString();
+    EXPECT_TRUE(m_err.contains("/Lake.jpg: Permission denied\n")) << m_err.toStdString();
+    EXPECT_TRUE(m_err.contains("tries again")) << m_err.toStdString();
+    EXPECT_TRUE(QFile::exists(m_lake.originalPath));
 }
 
 TEST_F(TrashCommandTest, onATerminalOnlyYesDeletes)

@@ -42,6 +42,34 @@ protected:
     QByteArray m_before;
 };
 
+/// What Qt says while it lives.
+class Messages final
+{
+public:
+    Messages()
+    {
+        store().clear();
+        m_previous = qInstallMessageHandler(
+            [](QtMsgType, const QMessageLogContext&, const QString& text) { store() += text; });
+    }
+
+    ~Messages() { qInstallMessageHandler(m_previous); }
+
+    Messages(const Messages&) = delete;
+    Messages& operator=(const Messages&) = delete;
+
+    [[nodiscard]] static QStringList seen() { return store(); }
+
+private:
+    static QStringList& store()
+    {
+        static QStringList texts;
+        return texts;
+    }
+
+    QtMessageHandler m_previous{nullptr};
+};
+
 void makeFile(const QString& path)
 {
     QFile file(path);
@@ -66,6 +94,33 @@ TEST_F(TemporaryDirectoryTest, itIsPrivateAndGoneWithAllItsContentAtTheEnd)
     }
     EXPECT_FALSE(QFileInfo::exists(path));
     EXPECT_TRUE(names().isEmpty());
+}
+
+TEST_F(TemporaryDirectoryTest, itGoesWithoutAWord)
+{
+    const Messages messages;
+    {
+        const Result<TemporaryDirectory> made = TemporaryDirectory::create();
+        ASSERT_TRUE(made.ok());
+        makeFile(made.value().path() + u"file"_s);
+    }
+    EXPECT_EQ(Messages::seen(), QStringList());
+    EXPECT_TRUE(names().isEmpty());
+}
+
+TEST_F(TemporaryDirectoryTest, whatLinksInItLeadToStays)
+{
+    const QTemporaryDir other;
+    makeFile(other.filePath(u"mine"_s));
+    {
+        const Result<TemporaryDirectory> made = TemporaryDirectory::create();
+        ASSERT_TRUE(made.ok());
+        ASSERT_TRUE(QFile::link(other.path(), made.value().path() + u"link"_s));
+        ASSERT_TRUE(QFile::link(u"/nowhere"_s, made.value().path() + u"dangling"_s));
+        makeFile(made.value().path() + u".hidden"_s);
+    }
+    EXPECT_EQ(names(), QStringList{QFileInfo(other.path()).fileName()});
+    EXPECT_TRUE(QFileInfo::exists(other.filePath(u"mine"_s)));
 }
 
 TEST_F(TemporaryDirectoryTest, movingItKeepsTheFolder)
@@ -107,10 +162,12 @@ TEST_F(TemporaryDirectoryTest, aKilledRunsFolderIsRemovedByTheNext)
     const QString left = m_system.filePath(names().first() + u"/half.jpg"_s);
     ASSERT_TRUE(QFileInfo::exists(left));
 
+    const Messages messages;
     const Result<TemporaryDirectory> made = TemporaryDirectory::create();
     ASSERT_TRUE(made.ok());
     EXPECT_FALSE(QFileInfo::exists(left));
     EXPECT_EQ(names().size(), 1);
+    EXPECT_EQ(Messages::seen(), QStringList());
 }
 
 TEST_F(TemporaryDirectoryTest, foldersThatAreNoRunsAreLeftAlone)

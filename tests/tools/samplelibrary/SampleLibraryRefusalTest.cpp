@@ -135,6 +135,56 @@ TEST_F(SampleLibraryRefusalTest, afterAFailureNothingOfTheLibraryStays)
     EXPECT_TRUE(SampleLibrary::write(m_folder.path(), kTiny, {}).ok());
 }
 
+TEST_F(SampleLibraryRefusalTest, whoStopsItLeavesNothingBehind)
+{
+    QFile neighbour(m_folder.filePath(u"neighbour.txt"_s));
+    ASSERT_TRUE(neighbour.open(QIODevice::WriteOnly));
+    neighbour.close();
+    const auto before = contentsOf(m_folder.path());
+    for (const int after : {0, 1, 4}) { // photos; four are all
+        int done = 0;
+        const auto refused = SampleLibrary::write(
+            m_folder.path(),
+            kTiny,
+            [&done](int photos, int) { done = photos; },
+            [&done, after] { return done == after; });
+        ASSERT_FALSE(refused.ok()) << after;
+        EXPECT_EQ(refused.error().code, ErrorCode::Interrupted);
+        EXPECT_EQ(contentsOf(m_folder.path()), before);
+    }
+}
+
+TEST_F(SampleLibraryRefusalTest, whatSomebodyPutInThePlaceOfAnUnfinishedOneIsLeftAlone)
+{
+    const auto exchange = [this](int done, int) {
+        if (done == 1) {
+            QDir folder(m_folder.path());
+            ASSERT_TRUE(folder.rename(u"Sample.photolibrary"_s, u"moved away"_s));
+            ASSERT_TRUE(folder.mkpath(u"Sample.photolibrary/mine"_s));
+        }
+    };
+    int asked = 0;
+    EXPECT_FALSE(SampleLibrary::write(m_folder.path(), kTiny, exchange, [&asked] {
+                     return ++asked > 1;
+                 }).ok());
+    EXPECT_TRUE(QFileInfo(package() + u"/mine"_s).isDir());
+}
+
+TEST_F(SampleLibraryRefusalTest, nothingIsWrittenIntoALibraryNotEvenThroughALink)
+{
+    ASSERT_TRUE(SampleLibrary::write(m_folder.path(), kTiny, {}).ok());
+    ASSERT_TRUE(QFile::link(package() + u"/Masters"_s, m_folder.filePath(u"link"_s)));
+    const auto before = contentsOf(m_folder.path());
+    for (const QString& directory :
+         {package(), package() + u"/Masters"_s, m_folder.filePath(u"link"_s)}) {
+        const auto refused = SampleLibrary::write(directory, kTiny, {});
+        ASSERT_FALSE(refused.ok());
+        EXPECT_EQ(refused.error().code, ErrorCode::NotWritable);
+        EXPECT_TRUE(refused.error().message.contains(package())) << directory.toStdString();
+    }
+    EXPECT_EQ(contentsOf(m_folder.path()), before);
+}
+
 TEST_F(SampleLibraryRefusalTest, optionsOutOfRangeAreRefusedBeforeAnythingIsMade)
 {
     const double nan = std::numeric_limits<double>::quiet_NaN();

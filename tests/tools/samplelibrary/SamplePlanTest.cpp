@@ -88,13 +88,22 @@ TEST(SamplePlanTest, fourRawPhotosShowAllThatALibraryKnowsOfOne)
     }));
 }
 
-TEST(SamplePlanTest, oneRawPhotoAloneHasItsPositionInTheFile)
+TEST(SamplePlanTest, onePhotoAloneHasItsPositionInTheFileAndOneIsAPortrait)
 {
-    const auto raw = rawOnly(SamplePlan::photos({.photos = 30}));
-    EXPECT_EQ(
-        std::ranges::count_if(
-            raw, [](const PlannedPhoto& photo) { return photo.shot.facts.position.has_value(); }),
-        1);
+    for (const int wanted : {1, 12, 30}) {
+        const auto photos = SamplePlan::photos({.photos = wanted});
+        EXPECT_EQ(std::ranges::count_if(photos,
+                                        [](const PlannedPhoto& photo) {
+                                            return photo.shot.facts.position.has_value();
+                                        }),
+                  1);
+        EXPECT_EQ(std::ranges::count_if(photos,
+                                        [](const PlannedPhoto& photo) {
+                                            return photo.shot.facts.orientation !=
+                                                   Orientation::Upright;
+                                        }),
+                  wanted > 1 ? 1 : 0);
+    }
 }
 
 TEST(SamplePlanTest, aSubjectComesAgainLaterAndDifferently)

@@ -106,16 +106,38 @@ TEST_F(CataloguesTest, aMissingCatalogueIsMadeWithPathsOfThePackage)
     EXPECT_TRUE(QFileInfo::exists(package() + u"/iLifeShared/AlbumData2.xml"_s));
 }
 
-TEST_F(CataloguesTest, aMalformedCatalogueIsReplaced)
+TEST_F(CataloguesTest, aCatalogueThatCannotBeReadIsLeftAsItIsAndSoIsTheBriefOne)
 {
+    const QString briefPath = package() + u"/iLifeShared/AlbumData2.xml"_s;
+    const auto content = [](const QString& file) {
+        QFile opened(file);
+        return opened.open(QIODevice::ReadOnly) ? opened.readAll() : QByteArray();
+    };
+    QFile::remove(path());
+    writeCatalogues(false);
+    EXPECT_TRUE(Catalogues::damage(package()).isNull());
+    const QByteArray brief = content(briefPath);
+    Writer to = writer();
+    PhotoRows::setName(to, m_photo.visible, u"another"_s);
     for (const QByteArray& bytes : {QByteArray("<plist><dict><key>torn"),
                                     QByteArray("not xml"),
+                                    QByteArray(""),
                                     QByteArray("<plist version=\"1.0\"><array/></plist>"),
                                     QByteArray("<plist version=\"1.0\"><dict/></plist>")}) {
         replaceOldFile(bytes);
-        writeCatalogues(false);
-        EXPECT_EQ(record(m_second.visible).value(u"Caption"_s).toString(), u"one"_s);
+        const auto written = Catalogues::write(connection(), kNow);
+        ASSERT_TRUE(written.ok()) << written.error().message.toStdString();
+        EXPECT_FALSE(written.value().oldFileRead);
+        EXPECT_TRUE(written.value().leftAlone.contains(path())) << bytes.toStdString();
+        EXPECT_TRUE(written.value().leftAlone.contains(u"remove it"_s));
+        EXPECT_EQ(Catalogues::damage(package()), written.value().leftAlone);
+        EXPECT_EQ(content(path()), bytes);
+        EXPECT_EQ(content(briefPath), brief);
     }
+    QFile::remove(path());
+    EXPECT_TRUE(Catalogues::damage(package()).isNull());
+    writeCatalogues(false);
+    EXPECT_EQ(record(m_photo.visible).value(u"Caption"_s).toString(), u"another"_s);
 }
 
 TEST_F(CataloguesTest, whatOnlyTheOldFileKnowsIsCarriedOver)

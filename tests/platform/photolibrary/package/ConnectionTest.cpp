@@ -1,6 +1,7 @@
 #include "Connection.h"
 
 #include "LibraryCreator.h"
+#include "LibraryErrors.h"
 #include "Queries.h"
 
 #include <QDir>
@@ -110,7 +111,7 @@ TEST_F(ConnectionTest, aLibraryThatAnotherWritesIsInUse)
         mine->beginImmediate();
         FAIL() << "two writers";
     } catch (const SQLite::Exception& exception) {
-        EXPECT_EQ(Connection::errorFrom(exception, package()).code, ErrorCode::InUse);
+        EXPECT_EQ(LibraryErrors::fromSqlite(exception, package()).code, ErrorCode::InUse);
     }
     other->rollback();
     mine->beginImmediate();

@@ -1,9 +1,12 @@
 #include "LibraryReader.h"
 
+#include "AlbumRows.h"
 #include "EventRows.h"
 #include "LibraryFixture.h"
+#include "OrdinaryUser.h"
 #include "PackageCopy.h"
 #include "PathMapping.h"
+#include "PhotoRows.h"
 #include "QtPrinters.h"
 
 #include <QDir>
@@ -79,6 +82,66 @@ protected:
         Writer to = writer();
         return addPhoto(EventRows::createEvent(to, u"Walk"_s));
     }
+
+    /// An event of photos taken at these seconds; their ids.
+    QList<qint64> addEvent(const QList<double>& seconds)
+    {
+        Writer to = writer();
+        const QString event = EventRows::createEvent(to, u"Walk"_s);
+        QList<qint64> ids;
+        for (const double second : seconds) {
+            Kind kind;
+            kind.date += second;
+            ids.append(addPhoto(event, kind).visible);
+        }
+        EventRows::updateStatistics(to, event);
+        return ids;
+    }
+
+    [[nodiscard]] LibrarySummary summary() { return LibraryReader::summary(connection(), {}); }
+
+    [[nodiscard]] QStringList albumsOf(qint64 photo)
+    {
+        for (const PhotoFacts& facts : LibraryReader::photos(connection())) {
+            if (facts.id == photo) {
+                return facts.albums;
+            }
+        }
+        return {};
+    }
+};
+
+/// The master of a photo of the fixture as a file, for as long as this lives.
+class MasterFile final
+{
+public:
+    MasterFile(const QString& package, qint64 bytes)
+        : m_masters(package + u"/Masters/2010"_s)
+        , m_folder(m_masters + u"/05/01/20100501-120000"_s)
+    {
+        QFile file(path());
+        m_made = QDir().mkpath(m_folder) && file.open(QIODevice::WriteOnly) && file.resize(bytes);
+    }
+
+    ~MasterFile()
+    {
+        QFile::remove(path());
+        QDir().rmpath(m_folder);
+    }
+
+    MasterFile(const MasterFile&) = delete;
+    MasterFile& operator=(const MasterFile&) = delete;
+
+    [[nodiscard]] bool isMade() const { return m_made; }
+
+    [[nodiscard]] QString path() const { return m_folder + u"/IMG_1.JPG"_s; }
+
+    [[nodiscard]] QString folder() const { return m_folder; }
+
+private:
+    QString m_masters;
+    QString m_folder;
+    bool m_made{false};
 };
 
 } // namespace
@@ -140,6 +203,117 @@ TEST_F(LibraryReaderTest, columnsOfAnotherTypeReadAsNothing)
     EXPECT_FALSE(facts.latitude.has_value());
     EXPECT_EQ(facts.width, 0);
     EXPECT_EQ(facts.rating, 0);
+    EXPECT_TRUE(facts.unknown.date && facts.unknown.width && facts.unknown.rating);
+    EXPECT_EQ(facts.wallClock(), QString());
+}
+
+TEST_F(LibraryReaderTest, aNumberThatIsZeroIsKnown)
+{
+    const Photo photo = add();
+    Sql::execute(connection(),
+                 "UPDATE RKVersion SET imageDate=0, processedWidth=0, processedHeight=0,"
+                 " mainRating=0 WHERE modelId=?",
+                 photo.visible);
+    const PhotoFacts facts = only();
+    EXPECT_FALSE(facts.unknown.date || facts.unknown.width || facts.unknown.height ||
+                 facts.unknown.rating);
+    EXPECT_EQ(facts.wallClock(), u"2001-01-01T00:00:00"_s);
+}
+
+TEST_F(LibraryReaderTest, eventsThatBeginAtTheSameMomentAreNotMixed)
+{
+    const QList<qint64> first = addEvent({0.0, 60.0});
+    const QList<qint64> second = addEvent({30.0, 0.0});
+    QList<qint64> ids;
+    for (const PhotoFacts& photo : LibraryReader::photos(connection())) {
+        ids.append(photo.id);
+    }
+    EXPECT_EQ(ids, (QList<qint64>{first.at(0), first.at(1), second.at(1), second.at(0)}));
+}
+
+TEST_F(LibraryReaderTest, onlyRegularAlbumsOfTheUserCount)
+{
+    const Photo photo = add();
+    Writer to = writer();
+    for (const char* change : {"name='Kept'",
+                               "serviceName='MobileMe'",
+                               "isHidden=1",
+                               "isInTrash=1",
+                               "isMagic=1",
+                               "folderUuid=''",
+                               "albumSubclass=2"}) {
+        const qint64 album = AlbumRows::createAlbum(to, QString::fromLatin1(change));
+        AlbumRows::addPhotos(to, album, {photo.visible});
+        connection().database().exec("UPDATE RKAlbum SET " + std::string(change) +
+                                     " WHERE modelId=" + std::to_string(album));
+    }
+    const qint64 lastImport =
+        number("SELECT modelId FROM RKAlbum WHERE uuid='lastImportAlbum' AND modelId>?", 0);
+    AlbumRows::addPhotos(to, lastImport, {photo.visible});
+    EXPECT_EQ(albumsOf(photo.visible), QStringList{u"Kept"_s});
+    EXPECT_EQ(summary().albums, 1);
+    EXPECT_EQ(LibraryReader::regularAlbums(connection()).size(), 1);
+    EXPECT_FALSE(LibraryReader::isRegularAlbum(connection(), lastImport));
+}
+
+TEST_F(LibraryReaderTest, anOriginalThatMayNotBeReadIsNotMissing)
+{
+    add();
+    EXPECT_TRUE(only().missing);
+    const MasterFile master(package(), 1234);
+    ASSERT_TRUE(master.isMade());
+    EXPECT_EQ(only().bytes, 1234);
+    const OrdinaryUser user({QFileInfo(package()).absolutePath()});
+    {
+        const WithPermissions closed(master.path(), 0);
+        EXPECT_FALSE(only().missing);
+        EXPECT_EQ(only().bytes, 1234);
+        EXPECT_EQ(summary().missing, 0);
+    }
+    const WithPermissions closed(master.folder(), 0);
+    EXPECT_FALSE(only().missing);
+    EXPECT_EQ(only().bytes, 0);
+}
+
+TEST_F(LibraryReaderTest, aFolderInTheOriginalsPlaceIsNoFile)
+{
+    add();
+    const MasterFile master(package(), 1);
+    ASSERT_TRUE(master.isMade() && QFile::remove(master.path()));
+    ASSERT_TRUE(QDir().mkdir(master.path()));
+    EXPECT_TRUE(only().missing);
+    EXPECT_TRUE(QDir().rmdir(master.path()));
+}
+
+TEST_F(LibraryReaderTest, theSummaryCountsWhatIsVisible)
+{
+    const MasterFile master(package(), 1000);
+    ASSERT_TRUE(master.isMade());
+    const QList<qint64> shown = addEvent({0.0, 60.0});
+    const QList<qint64> hidden = addEvent({90.0});
+    const QList<qint64> movie = addEvent({120.0});
+    connection().database().exec("UPDATE RKMaster SET isTrulyRaw=1");
+    Sql::execute(connection(), "UPDATE RKVersion SET isHidden=1 WHERE modelId=?", hidden.first());
+    Sql::execute(connection(),
+                 "UPDATE RKMaster SET type='VIDT' WHERE uuid="
+                 "(SELECT masterUuid FROM RKVersion WHERE modelId=?)",
+                 movie.first());
+    const LibrarySummary counts = summary();
+    EXPECT_EQ(counts.photos, 2);
+    EXPECT_EQ(counts.rolls, 1);
+    EXPECT_EQ(counts.rawPhotos, 2);
+    EXPECT_EQ(counts.rawBytes, 2000);
+}
+
+TEST_F(LibraryReaderTest, copiesAreToldInWhateverLettersTheLibraryHasTheKeywords)
+{
+    const QList<qint64> photos = addEvent({0.0, 60.0, 120.0});
+    Writer to = writer();
+    PhotoRows::assignKeyword(to, photos.at(0), u"corvane processed"_s);
+    // As the picture that defines the keywords.
+    PhotoRows::assignKeyword(to, photos.at(1), u"corvane processed"_s);
+    PhotoRows::assignKeyword(to, photos.at(1), u"CORVANE ORIGINAL"_s);
+    EXPECT_EQ(summary().processedPhotos, 1);
 }
 
 TEST_F(LibraryReaderTest, aPathThatLeadsOutOfThePackageIsNone)

@@ -1,9 +1,11 @@
 #include "OpeningChecks.h"
 
 #include "LibraryCreator.h"
+#include "OrdinaryUser.h"
 #include "PackageCopy.h"
 #include "QtPrinters.h"
 
+#include <QDate>
 #include <QDir>
 #include <QFile>
 
@@ -66,7 +68,6 @@ TEST_F(OpeningChecksTest, aNewLibraryPassesThemAll)
     const Result<void> schema = OpeningChecks::writableSchema(*connection);
     EXPECT_TRUE(schema.ok()) << (schema.ok() ? "" : schema.error().message.toStdString());
     EXPECT_TRUE(OpeningChecks::closedClean(*connection));
-    EXPECT_TRUE(OpeningChecks::soundDatabases(*connection).ok());
 }
 
 TEST(RealOpeningChecks, aLibraryOfIPhotosOwnPassesThemAll)
@@ -81,7 +82,6 @@ TEST(RealOpeningChecks, aLibraryOfIPhotosOwnPassesThemAll)
     EXPECT_TRUE(OpeningChecks::readable(library.connection()).ok());
     EXPECT_TRUE(OpeningChecks::writableSchema(library.connection()).ok());
     EXPECT_TRUE(OpeningChecks::closedClean(library.connection()));
-    EXPECT_TRUE(OpeningChecks::soundDatabases(library.connection()).ok());
 }
 
 TEST(UnknownPackage, whatIsNotThereIsNotFound)
@@ -173,4 +173,51 @@ TEST_F(OpeningChecksTest, aLibraryThatWasNotClosedIsNoticed)
     EXPECT_FALSE(OpeningChecks::closedClean(*connection));
     connection->database().exec("DELETE FROM RKAdminData WHERE propertyName='closedClean'");
     EXPECT_FALSE(OpeningChecks::closedClean(*connection));
+}
+
+TEST_F(OpeningChecksTest, whereverAWriterWritesItMustBeAllowedTo)
+{
+    const QString today = QDate::currentDate().toString(u"yyyy/MM/dd"_s);
+    QStringList places{QString(),
+                       u"/Masters"_s,
+                       u"/Previews"_s,
+                       u"/Thumbnails"_s,
+                       u"/iLifeShared"_s,
+                       u"/Database"_s,
+                       u"/Database/Versions"_s,
+                       u"/Database/Folders"_s,
+                       u"/Database/Albums"_s,
+                       u"/Database/apdb"_s,
+                       u"/Database/apdb/Library.apdb"_s,
+                       u"/Database/apdb/Properties.apdb"_s,
+                       u"/Database/apdb/ImageProxies.apdb"_s,
+                       u"/AlbumData.xml"_s,
+                       u"/iLifeShared/AlbumData2.xml"_s};
+    for (const QString& root :
+         {u"/Masters"_s, u"/Previews"_s, u"/Thumbnails"_s, u"/Database/Versions"_s}) {
+        ASSERT_TRUE(QDir().mkpath(package() + root + u'/' + today));
+        places << root + u'/' + today << root + u'/' + today.left(7) << root + u'/' + today.left(4);
+    }
+    const OrdinaryUser user({m_folder.path()});
+    EXPECT_TRUE(OpeningChecks::permissions(package()).ok());
+    for (const QString& place : std::as_const(places)) {
+        const WithPermissions readOnly(package() + place, 0555);
+        const Result<void> permitted = OpeningChecks::permissions(package());
+        ASSERT_FALSE(permitted.ok()) << place.toStdString();
+        EXPECT_EQ(permitted.error().code, ErrorCode::NotWritable);
+        const QString message = permitted.error().message;
+        EXPECT_TRUE(message.contains(u"permissions of \""_s + package() + place + u'"'))
+            << message.toStdString();
+    }
+    EXPECT_TRUE(OpeningChecks::permissions(package()).ok());
+}
+
+TEST_F(OpeningChecksTest, whatIsMissingIsMadeAndNeedsNoPermission)
+{
+    for (const QString& folder : {u"Previews"_s, u"Thumbnails"_s, u"iLifeShared"_s}) {
+        ASSERT_TRUE(QDir(package()).rename(folder, u"../was"_s + folder));
+    }
+    ASSERT_TRUE(QFile::remove(package() + u"/AlbumData.xml"_s));
+    const OrdinaryUser user({m_folder.path()});
+    EXPECT_TRUE(OpeningChecks::permissions(package()).ok());
 }

@@ -1,5 +1,7 @@
 #include "PackageFiles.h"
 
+#include "OrdinaryUser.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -32,6 +34,8 @@ protected:
         writeFile(package() + u"/b"_s);
         writeFile(outside());
     }
+
+    [[nodiscard]] QString folder() const { return m_folder.path(); }
 
     [[nodiscard]] QString package() const { return m_folder.path() + u"/P.photolibrary"_s; }
 
@@ -77,8 +81,8 @@ TEST_F(PackageFilesOnDisk, pathsThatLeadOutAreNotInside)
 TEST_F(PackageFilesOnDisk, removingAPathThatLeadsOutTouchesNothing)
 {
     for (const QString& path : refused()) {
-        EXPECT_FALSE(PackageFiles::remove(package(), path)) << path.toStdString();
-        EXPECT_FALSE(PackageFiles::removeMade(package(), {path})) << path.toStdString();
+        EXPECT_EQ(PackageFiles::remove(package(), path).size(), 1) << path.toStdString();
+        EXPECT_EQ(PackageFiles::removeMade(package(), {path}).size(), 1) << path.toStdString();
         PackageFiles::removeEmpty(package(), {path});
         expectAllThere();
     }
@@ -88,20 +92,65 @@ TEST_F(PackageFilesOnDisk, aRemovedFolderTakesItsFilesAndNotWhatItsLinksPointTo)
 {
     ASSERT_TRUE(QFile::link(outside(), package() + u"/Masters/2010/link"_s));
     ASSERT_TRUE(QFile::link(package() + u"/Masters"_s, package() + u"/Masters/2010/folder"_s));
-    EXPECT_TRUE(PackageFiles::remove(package(), u"Masters/2010"_s));
+    EXPECT_TRUE(PackageFiles::remove(package(), u"Masters/2010"_s).isEmpty());
     EXPECT_FALSE(QFile::exists(package() + u"/Masters/2010"_s));
     EXPECT_TRUE(QFile::exists(package() + u"/Masters"_s));
     EXPECT_TRUE(QFile::exists(outside()));
-    EXPECT_TRUE(PackageFiles::remove(package(), u"Masters/2010"_s)) << "what is gone is gone";
+    EXPECT_TRUE(PackageFiles::remove(package(), u"Masters/2010"_s).isEmpty())
+        << "what is gone is gone";
+    EXPECT_TRUE(PackageFiles::remove(package(), u"b/below"_s).isEmpty()) << "nor was this there";
 }
 
 TEST_F(PackageFilesOnDisk, filesThatWereMadeGoWithTheFoldersTheyLeaveEmpty)
 {
     ASSERT_TRUE(QDir().mkpath(package() + u"/Masters/2011/05"_s));
     writeFile(package() + u"/Masters/2011/05/c.jpg"_s);
-    EXPECT_TRUE(PackageFiles::removeMade(package(), {u"Masters/2011/05/c.jpg"_s}));
+    EXPECT_TRUE(PackageFiles::removeMade(package(), {u"Masters/2011/05/c.jpg"_s}).isEmpty());
     EXPECT_FALSE(QFile::exists(package() + u"/Masters/2011"_s));
     expectAllThere();
+}
+
+TEST_F(PackageFilesOnDisk, withoutAPackageNothingIsRemoved)
+{
+    for (const QString& nowhere : {QString(), u"."_s, u"Masters"_s}) {
+        EXPECT_EQ(PackageFiles::remove(nowhere, u"b"_s).size(), 1);
+        EXPECT_EQ(PackageFiles::removeMade(nowhere, {u"b"_s}).size(), 1);
+    }
+    expectAllThere();
+}
+
+TEST_F(PackageFilesOnDisk, whatCannotBeRemovedIsNamedWithTheReasonAndTheRestGoes)
+{
+    ASSERT_TRUE(QDir().mkpath(package() + u"/Masters/2010/closed"_s));
+    writeFile(package() + u"/Masters/2010/closed/e.jpg"_s);
+    const OrdinaryUser user({folder()});
+    const WithPermissions closed(package() + u"/Masters/2010/closed"_s, 0555);
+    const auto left = PackageFiles::remove(package(), u"Masters/2010"_s);
+    ASSERT_EQ(left.size(), 1);
+    EXPECT_EQ(left.first().path, u"Masters/2010/closed/e.jpg"_s);
+    EXPECT_EQ(left.first().reason, u"Permission denied"_s);
+    EXPECT_FALSE(QFile::exists(package() + u"/Masters/2010/a.jpg"_s));
+}
+
+TEST_F(PackageFilesOnDisk, whatCannotBeLookedForIsNotTakenForGone)
+{
+    const OrdinaryUser user({folder()});
+    const WithPermissions closed(package() + u"/Masters/2010"_s, 0);
+    EXPECT_EQ(PackageFiles::remove(package(), u"Masters/2010/a.jpg"_s).size(), 1);
+    EXPECT_EQ(PackageFiles::remove(package(), u"Masters/2010"_s).size(), 1);
+}
+
+TEST_F(PackageFilesOnDisk, ofManyFilesThatStayTheFirstAreListedAndTheRestCounted)
+{
+    QList<PackageFiles::NotRemoved> left;
+    for (int i = 0; i < 25; ++i) {
+        left.append({u"Masters/%1"_s.arg(i), u"Permission denied"_s});
+    }
+    const QStringList lines = PackageFiles::listed(left).split(u'\n');
+    ASSERT_EQ(lines.size(), 21);
+    EXPECT_EQ(lines.first(), u"  Masters/0: Permission denied"_s);
+    EXPECT_EQ(lines.last(), u"  and 5 more"_s);
+    EXPECT_EQ(PackageFiles::listed(left.first(1)), u"  Masters/0: Permission denied"_s);
 }
 
 TEST_F(PackageFilesOnDisk, bytesOfAFolderAreThoseOfItsFilesWithoutLinks)

@@ -1,3 +1,4 @@
+#include "OrdinaryUser.h"
 #include "WritableLibrary.h"
 
 #include <QFile>
@@ -180,5 +181,90 @@ TEST_F(PhotoLibraryImport, emptyingTheTrashDeletesItsFilesAndNoOthers)
     EXPECT_EQ(libraryIds().size(), 1);
     EXPECT_TRUE(library().close().ok());
     EXPECT_EQ(rows(u"RKMaster"_s), 1);
+    expectSound();
+}
+
+/// A photo in the trash whose original's folder cannot be written.
+class TrashThatStays : public WritableLibrary
+{
+protected:
+    void SetUp() override
+    {
+        WritableLibrary::SetUp();
+        const auto library = open(Access::Write);
+        ASSERT_NE(library, nullptr);
+        import(*library, makePicture(u"STAYS.JPG"_s));
+        const PhotoPtr photo = lastImported(*library);
+        ASSERT_NE(photo, nullptr);
+        photo->removeFrom(application(*library)->photoLibraryAlbum());
+        ASSERT_TRUE(library->close().ok());
+        m_masters = pictureFiles().filter(u"Masters/"_s);
+        ASSERT_EQ(m_masters.size(), 1);
+        m_group = package() + u'/' + m_masters.first().section(u'/', 0, -2);
+    }
+
+    /// Empties the trash while the original cannot be removed; returns the message.
+    [[nodiscard]] QString emptyInVain() const
+    {
+        const WithPermissions closed(m_group, 0555);
+        const auto library = open(Access::Write);
+        const Result<qint64> freed =
+            library ? library->emptyTrash() : Result<qint64>(Error{ErrorCode::Internal, QString()});
+        EXPECT_FALSE(freed.ok());
+        EXPECT_TRUE(library && library->close().ok());
+        return freed.ok() ? QString() : freed.error().message;
+    }
+
+    QStringList m_masters;
+    QString m_group;
+};
+
+TEST_F(TrashThatStays, filesThatCannotBeRemovedAreNamedAndNotCountedAsFreed)
+{
+    const OrdinaryUser user({folder()});
+    qint64 before = 0;
+    for (const QString& file : pictureFiles() + versionSidecars()) {
+        before += QFileInfo(package() + u'/' + file).size();
+    }
+    const qint64 master = QFileInfo(package() + u'/' + m_masters.first()).size();
+    const QString message = emptyInVain();
+    EXPECT_EQ(pictureFiles(), m_masters) << "all the others are gone";
+    EXPECT_TRUE(message.contains(m_masters.first() + u": Permission denied"_s))
+        << message.toStdString();
+    EXPECT_TRUE(message.contains(package())) << message.toStdString();
+    EXPECT_TRUE(message.contains(u"next run"_s)) << message.toStdString();
+    const QString freed =
+        QString::number(static_cast<double>(before - master) / 1048576.0, 'f', 2) + u" MB"_s;
+    EXPECT_TRUE(message.contains(freed)) << message.toStdString() << freed.toStdString();
+    EXPECT_EQ(rows(u"RKMaster"_s), 0);
+}
+
+TEST_F(TrashThatStays, filesThatCouldNotBeRemovedGoAtTheNextRun)
+{
+    const OrdinaryUser user({folder()});
+    ASSERT_FALSE(emptyInVain().isEmpty());
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    EXPECT_EQ(pictureFiles(), QStringList());
+    EXPECT_FALSE(QFile::exists(m_group)) << "an empty folder stays";
+    EXPECT_TRUE(library->close().ok());
+    expectSound();
+}
+
+TEST_F(TrashThatStays, filesAreNotForgottenHoweverManyRunsCannotRemoveThem)
+{
+    const OrdinaryUser user({folder()});
+    ASSERT_FALSE(emptyInVain().isEmpty());
+    for (int run = 0; run < 2; ++run) {
+        const WithPermissions closed(m_group, 0555);
+        const auto library = open(Access::Write);
+        ASSERT_NE(library, nullptr);
+        import(*library, makePicture(u"RUN%1.JPG"_s.arg(run)));
+        EXPECT_TRUE(library->close().ok());
+        EXPECT_TRUE(pictureFiles().contains(m_masters.first()));
+    }
+    EXPECT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_FALSE(pictureFiles().contains(m_masters.first()));
+    EXPECT_EQ(pictureFiles().filter(u"Masters/"_s).size(), 2);
     expectSound();
 }

@@ -1,3 +1,4 @@
+#include "OrdinaryUser.h"
 #include "WritableLibrary.h"
 
 #include <QFile>
@@ -178,5 +179,27 @@ TEST_F(RecoveryAfterCrash, aRecoveredLibraryTakesTheSamePictureAgain)
     recover();
     EXPECT_EQ(pictureFiles(), files) << "a later opening removed files of a committed turn";
     EXPECT_EQ(rows(u"RKMaster"_s), 1);
+    expectSound();
+}
+
+TEST_F(RecoveryAfterCrash, filesThatCannotBeRemovedAreNotForgotten)
+{
+    const OrdinaryUser user({folder()});
+    const QString picture = makePicture(u"IMG_1.JPG"_s);
+    crashAfter([&](PhotoLibrary& library) {
+        const auto turn = library.beginPhotoTurn();
+        import(library, picture);
+        ::_exit(0);
+    });
+    const QStringList masters = pictureFiles().filter(u"Masters/"_s);
+    ASSERT_EQ(masters.size(), 1);
+    {
+        const WithPermissions closed(package() + u'/' + masters.first().section(u'/', 0, -2), 0555);
+        recover();
+        EXPECT_EQ(pictureFiles(), masters);
+        recover();
+    }
+    recover();
+    EXPECT_EQ(pictureFiles(), QStringList());
     expectSound();
 }

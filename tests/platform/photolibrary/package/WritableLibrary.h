@@ -16,6 +16,10 @@ protected:
     void SetUp() override;
 
     [[nodiscard]] QString package() const;
+
+    /// Everything of the test's own lies below it.
+    [[nodiscard]] QString folder() const { return m_folder.path(); }
+
     /// Asserts that the opening succeeds; null when it does not.
     [[nodiscard]] std::unique_ptr<PhotoLibrary> open(Access access) const;
     [[nodiscard]] static PhotoApplicationPtr application(PhotoLibrary& library);

@@ -1,0 +1,193 @@
+#include "LibraryOpening.h"
+
+#include "OrdinaryUser.h"
+#include "Queries.h"
+#include "WritableLibrary.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+class OpenedLibrary : public WritableLibrary
+{
+protected:
+    /// A photo in the library, and the library closed.
+    void importOne(const QString& name) const
+    {
+        const auto library = open(Access::Write);
+        ASSERT_NE(library, nullptr);
+        import(*library, makePicture(name));
+        ASSERT_TRUE(library->close().ok());
+    }
+
+    /// Changes the databases behind the program's back.
+    void change(const char* sql) const
+    {
+        auto connection = Connection::open(package(), Connection::Mode::Write);
+        ASSERT_TRUE(connection.ok());
+        connection.value()->database().exec(sql);
+    }
+
+    void leaveOpen() const
+    {
+        change("UPDATE RKAdminData SET propertyValue='0' WHERE propertyName='closedClean'");
+    }
+
+    /// The message of an opening for writing that is refused with that code.
+    [[nodiscard]] QString refusal(ErrorCode code, bool afterCrash = false) const
+    {
+        const auto library = PhotoLibrary::open(package(), {Access::Write, afterCrash});
+        EXPECT_FALSE(library.ok());
+        if (library.ok()) {
+            return {};
+        }
+        EXPECT_EQ(library.error().code, code) << library.error().message.toStdString();
+        EXPECT_TRUE(library.error().message.contains(package()));
+        return library.error().message;
+    }
+
+    void expectSays(const QString& message, std::initializer_list<const char*> words) const
+    {
+        for (const char* word : words) {
+            EXPECT_TRUE(message.contains(QLatin1StringView(word)))
+                << word << " is not in: " << message.toStdString();
+        }
+    }
+
+    [[nodiscard]] QStringList problems() const
+    {
+        const auto library = open(Access::Read);
+        const Result<LibrarySummary> summary = library->summary();
+        EXPECT_TRUE(summary.ok());
+        return summary.ok() ? summary.value().problems : QStringList();
+    }
+
+    [[nodiscard]] QByteArray content(const QString& name) const
+    {
+        QFile file(package() + u'/' + name);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    void put(const QString& name, const QByteArray& bytes) const
+    {
+        QFile file(package() + u'/' + name);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
+    }
+};
+
+} // namespace
+
+TEST_F(OpenedLibrary, databasesThatContradictThemselvesAreNotWrittenToHoweverTheyWereClosed)
+{
+    importOne(u"IMG_1.JPG"_s);
+    for (const char* sql :
+         {"UPDATE RKAdminData SET propertyValue='1' WHERE propertyArea='RKMaster'"
+          " AND propertyName='nextModelId'",
+          "DELETE FROM RKVersion_RidIndexes WHERE indexName='isInTrash'",
+          "UPDATE RKFolder SET versionCount=7 WHERE folderType=2 AND isMagic=0"}) {
+        change(sql);
+        expectSays(refusal(ErrorCode::Damaged), {"corvane-cli info", "restore it from a backup"});
+        EXPECT_FALSE(problems().isEmpty());
+    }
+    expectSays(refusal(ErrorCode::Damaged), {"3 problems"});
+    leaveOpen();
+    expectSays(refusal(ErrorCode::Damaged, true), {"3 problems", "corvane-cli info"});
+    EXPECT_NE(open(Access::Read), nullptr) << "it is read all the same";
+}
+
+TEST_F(OpenedLibrary, strayAndMissingFilesDoNotKeepAClosedLibraryFromBeingWrittenTo)
+{
+    importOne(u"IMG_1.JPG"_s);
+    for (const QString& file : pictureFiles()) {
+        ASSERT_TRUE(QFile::remove(package() + u'/' + file));
+    }
+    put(u"Masters/stray.jpg"_s, "somebody's");
+    EXPECT_EQ(problems().size(), 2);
+    EXPECT_NE(open(Access::Write), nullptr);
+}
+
+TEST_F(OpenedLibrary, aLibraryThatWasNotClosedIsRefusedWithTheConditionOfAcceptingIt)
+{
+    importOne(u"IMG_1.JPG"_s);
+    leaveOpen();
+    expectSays(refusal(ErrorCode::NotClosed),
+               {"iPhoto did not close", "--after-crash", "integrity check passes"});
+    put(u"Masters/stray.jpg"_s, "somebody's");
+    expectSays(refusal(ErrorCode::Damaged, true),
+               {"is 1 problem", "corvane-cli info", "stray.jpg", "move files"});
+    ASSERT_TRUE(QFile::remove(package() + u"/Masters/stray.jpg"_s));
+    const auto library = PhotoLibrary::open(package(), {Access::Write, true});
+    EXPECT_TRUE(library.ok()) << library.error().message.toStdString();
+}
+
+TEST_F(OpenedLibrary, whatCannotFollowIsSafeInTheDatabasesAndFollowsAtTheNextRun)
+{
+    importOne(u"IMG_1.JPG"_s);
+    const QStringList sidecars = versionSidecars();
+    const QString folder = package() + u'/' + sidecars.first().section(u'/', 0, -2);
+    const QByteArray before = content(sidecars.first());
+    const OrdinaryUser user({this->folder()});
+    {
+        const auto library = open(Access::Write);
+        ASSERT_NE(library, nullptr);
+        const WithPermissions closed(folder, 0555);
+        const PhotoPtr photo = application(*library)->photoLibraryAlbum()->photos().first();
+        photo->removeFrom(application(*library)->photoLibraryAlbum());
+        const Result<void> followed = library->close();
+        ASSERT_FALSE(followed.ok());
+        EXPECT_EQ(followed.error().code, ErrorCode::NotWritable);
+        expectSays(followed.error().message,
+                   {"Permission denied", "safe in the databases", "next run"});
+    }
+    EXPECT_EQ(content(sidecars.first()), before);
+    EXPECT_FALSE(content(u"AlbumData.xml"_s).contains("IMG_1.JPG")) << "it waits for a sidecar";
+    EXPECT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_NE(content(sidecars.first()), before);
+    expectSound();
+}
+
+TEST_F(OpenedLibrary, aDamagedCatalogueIsAProblemThatStopsNothingAndStaysAsItIs)
+{
+    importOne(u"IMG_1.JPG"_s);
+    const QByteArray good = content(u"AlbumData.xml"_s);
+    const QByteArray torn = good.left(good.size() / 2);
+    put(u"AlbumData.xml"_s, torn);
+    ASSERT_EQ(problems().size(), 1);
+    expectSays(problems().first(), {"AlbumData.xml", "restore it from a backup"});
+
+    testing::internal::CaptureStderr();
+    importOne(u"IMG_2.JPG"_s);
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_NE(log.find("AlbumData.xml\" is damaged, so it is left as it is"), std::string::npos)
+        << log;
+    EXPECT_EQ(content(u"AlbumData.xml"_s), torn);
+    EXPECT_EQ(rows(u"RKMaster"_s), 2);
+
+    leaveOpen(); // what follows the databases anyway is no reason to refuse
+    EXPECT_TRUE(PhotoLibrary::open(package(), {Access::Write, true}).ok());
+    change("UPDATE RKAdminData SET propertyValue='1' WHERE propertyName='closedClean'");
+
+    put(u"AlbumData.xml"_s, good);
+    EXPECT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_TRUE(content(u"AlbumData.xml"_s).contains("IMG_2.JPG")) << "it follows once it can";
+    EXPECT_EQ(problems(), QStringList());
+}
+
+TEST_F(OpenedLibrary, synchroniseSaysThatTheCatalogueIsDamaged)
+{
+    put(u"AlbumData.xml"_s, "torn");
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    import(*library, makePicture(u"IMG_1.JPG"_s));
+    const Result<void> followed = library->synchronise();
+    ASSERT_FALSE(followed.ok());
+    EXPECT_EQ(followed.error().code, ErrorCode::Damaged);
+    expectSays(followed.error().message, {"AlbumData.xml", "safe in the databases"});
+}
