@@ -1,5 +1,8 @@
 # The libraries that the program stands on; all are Debian 12 packages ("./dev setup" installs them).
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui DBus Network)
+if(CORVANE_BUILD_DESKTOP)
+    find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets Test)
+endif()
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(LIBRAW REQUIRED IMPORTED_TARGET libraw_r)
 pkg_check_modules(JPEG REQUIRED IMPORTED_TARGET libjpeg)

@@ -32,14 +32,15 @@ void PhotoFilter::setCollection(const Collection& collection, const QSet<qint64>
 {
     m_collection = collection;
     m_lastImport = lastImport;
-    invalidateFilter();
+    // Filtering again row by row takes minutes where many ranges come and go.
+    invalidate();
 }
 
 void PhotoFilter::setSearchText(const QString& text)
 {
     static const QRegularExpression kSpace(u"\\s+"_s);
     m_words = text.split(kSpace, Qt::SkipEmptyParts);
-    invalidateFilter();
+    invalidate();
 }
 
 void PhotoFilter::setOrder(Order order, bool descending)

@@ -1,8 +1,7 @@
 #include "PhotoModel.h"
 
+#include "PhotoTexts.h"
 #include "Texts.h"
-
-#include <QLocale>
 
 using namespace Qt::StringLiterals;
 
@@ -45,8 +44,7 @@ QVariant PhotoModel::data(const QModelIndex& index, int role) const
     case Qt::ToolTipRole:
     case Qt::AccessibleTextRole: {
         QStringList facts{photo.fileName};
-        facts += photo.missing ? tr("the original is missing")
-                               : QLocale().formattedDataSize(photo.bytes);
+        facts += photo.missing ? tr("the original is missing") : PhotoTexts::size(photo.bytes);
         facts += photo.rollName;
         facts += photo.keywords.join(u", "_s);
         facts.removeAll(QString());

@@ -53,16 +53,27 @@ QList<Event> eventsOf(const QList<PhotoFacts>& photos)
     return events;
 }
 
-QString shownDay(const QString& day)
+QString shownMonth(const QString& day)
 {
-    return QLocale().toString(QDate::fromString(day, Qt::ISODate), QLocale::ShortFormat);
+    return QLocale().toString(QDate::fromString(day, Qt::ISODate), u"MMM yyyy"_s);
+}
+
+/// Short enough for the side of a window; the days are told by the tool tip.
+QString shownMonths(const Event& event)
+{
+    const QString first = shownMonth(event.first);
+    const QString last = shownMonth(event.last);
+    return first == last ? first : SidebarModel::tr("%1 – %2").arg(first, last);
 }
 
 QString shownDays(const Event& event)
 {
+    const auto shown = [](const QString& day) {
+        return QLocale().toString(QDate::fromString(day, Qt::ISODate), QLocale::LongFormat);
+    };
     return event.first == event.last
-               ? shownDay(event.first)
-               : SidebarModel::tr("%1 – %2").arg(shownDay(event.first), shownDay(event.last));
+               ? shown(event.first)
+               : SidebarModel::tr("%1 – %2").arg(shown(event.first), shown(event.last));
 }
 
 /// How many of the visible photos have each of their names: keywords, albums.
@@ -94,16 +105,17 @@ SidebarModel::SidebarModel(QObject* parent)
 {
 }
 
-void SidebarModel::add(QStandardItem* parent,
-                       const QString& text,
-                       int photos,
-                       const Collection& collection)
+QStandardItem* SidebarModel::add(QStandardItem* parent,
+                                 const QString& text,
+                                 int photos,
+                                 const Collection& collection)
 {
     auto* const item = new QStandardItem(tr("%1 (%2)").arg(text).arg(photos));
     item->setData(QVariant::fromValue(collection), kCollectionRole);
     item->setToolTip(text);
     item->setEditable(false);
     parent->appendRow(item);
+    return item;
 }
 
 QStandardItem* SidebarModel::addHeading(const QString& title)
@@ -124,9 +136,10 @@ void SidebarModel::addEvents(const QList<PhotoFacts>& photos)
     for (const Event& event : events) {
         const QString name = event.name.isEmpty() ? tr("Untitled event") : event.name;
         add(heading,
-            tr("%1, %2").arg(name, shownDays(event)),
+            tr("%1, %2").arg(name, shownMonths(event)),
             event.photos,
-            {Collection::Kind::Event, event.id, event.name});
+            {Collection::Kind::Event, event.id, event.name})
+            ->setToolTip(tr("%1, %2").arg(name, shownDays(event)));
     }
 }
 

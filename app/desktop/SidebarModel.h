@@ -26,9 +26,9 @@ public:
 
 private:
     QStandardItem* addHeading(const QString& title);
-    static void add(QStandardItem* parent,
-                    const QString& text,
-                    int photos,
-                    const PhotoFilter::Collection& collection);
+    static QStandardItem* add(QStandardItem* parent,
+                              const QString& text,
+                              int photos,
+                              const PhotoFilter::Collection& collection);
     void addEvents(const QList<PhotoFacts>& photos);
 };

@@ -31,7 +31,7 @@ protected:
             ControllerServices{.bridge = m_application,
                                .defaults = m_defaults,
                                .bundle = m_bundle,
-                               .presenter = m_presenter,
+                               .presenter = presenter(),
                                .workspace = m_workspace,
                                .power = m_power,
                                .notifications = m_notifications,
@@ -43,6 +43,9 @@ protected:
                                }});
         return *m_controller;
     }
+
+    /// What the controller shows things with.
+    virtual Presenter& presenter() { return m_presenter; }
 
     /// Makes the controller and wakes it.
     CorvaneAppDelegate& wake()

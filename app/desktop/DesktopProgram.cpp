@@ -1,0 +1,212 @@
+#include "DesktopProgram.h"
+
+#include "Directories.h"
+#include "LibraryActions.h"
+#include "LibraryFinder.h"
+#include "Texts.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+DesktopProgram::DesktopProgram(const QString& settingsFile, QObject* parent)
+    : QObject(parent)
+    , m_bundle(u":/corvane"_s)
+    , m_defaults(settingsFile.isEmpty() ? UserDefaults::standardFilePath() : settingsFile)
+    , m_recent(m_defaults)
+    , m_controller(std::make_unique<CorvaneAppDelegate>(ControllerServices{
+          .bridge = m_session,
+          .defaults = m_defaults,
+          .bundle = m_bundle,
+          .presenter = m_presenter,
+          .workspace = m_workspace,
+          .power = m_power,
+          .notifications = m_notifications,
+          .clock = m_clock,
+          .checkForNewCrashes = {},
+      }))
+{
+    m_controller->awakeFromNib();
+    makeWindows();
+    followLibrary();
+    followScan();
+    resetControls();
+}
+
+DesktopProgram::~DesktopProgram()
+{
+    m_session.requestStop();
+    m_presenter.stop();
+    m_controller.reset();
+}
+
+void DesktopProgram::makeWindows()
+{
+    m_corvaneWindow = std::make_unique<CorvaneWindow>(*m_controller, m_defaults);
+    m_presenter.setWindow(m_corvaneWindow.get());
+    m_libraryWindow = std::make_unique<LibraryWindow>(m_session, m_recent);
+    m_corvaneWindow->setMayClose([this] { return mayHideConverter(); });
+    m_libraryWindow->setMayClose([this] { return mayQuit(); });
+
+    const LibraryActions& actions = m_libraryWindow->actions();
+    connect(m_libraryWindow.get(),
+            &LibraryWindow::converterRequested,
+            this,
+            &DesktopProgram::showConverter);
+    connect(actions.information, &QAction::triggered, this, [this] {
+        m_controller->moreInfoButton(nullptr);
+    });
+    connect(
+        actions.support, &QAction::triggered, this, [this] { m_controller->techSupport(nullptr); });
+    connect(actions.about, &QAction::triggered, this, &DesktopProgram::showAbout);
+}
+
+void DesktopProgram::followLibrary()
+{
+    connect(m_libraryWindow.get(), &LibraryWindow::forecastSelectionChanged, this, [this] {
+        m_corvaneWindow->setSelectionFacts(m_libraryWindow->forecastSelection());
+        // The photo application is a window of this program: coming back from it is no activation
+        // of the program, so the count follows at once.
+        m_controller->applicationDidBecomeActive();
+    });
+    connect(&m_session, &LibrarySession::opened, this, &DesktopProgram::resetControls);
+}
+
+void DesktopProgram::followScan()
+{
+    connect(m_controller.get(), &CorvaneAppDelegate::scanStarted, this, [this] {
+        m_session.holdSelection(true);
+        m_libraryWindow->setScanning(true);
+        m_corvaneWindow->updateForecast();
+    });
+    connect(m_controller.get(), &CorvaneAppDelegate::scanEnded, this, [this] {
+        if (m_controller->isScanning()) {
+            return;
+        }
+        m_session.holdSelection(false);
+        m_libraryWindow->setScanning(false);
+        m_corvaneWindow->updateForecast();
+        m_session.synchronise();
+        if (m_quitting) {
+            quit();
+        }
+    });
+}
+
+/// As at the start: the controls of a scan that was stopped by its version check stay as it left
+/// them until a library is opened.
+void DesktopProgram::resetControls()
+{
+    if (m_controller->isScanning()) {
+        return;
+    }
+    m_controller->selectionScanButton().setEnabled(true);
+    m_controller->countLabel().setStringValue(QString());
+    m_controller->statusLabel().setStringValue(Texts::ready());
+    m_controller->progressIndicator().setIndeterminate(false);
+    m_controller->progressIndicator().setDoubleValue(0.0);
+    m_controller->setNowProcessing(false);
+    m_controller->setTimeRemaining(Texts::noTimeRemaining());
+    m_controller->applicationDidBecomeActive();
+    m_corvaneWindow->setSelectionFacts(m_libraryWindow->forecastSelection());
+}
+
+void DesktopProgram::start(const QString& library)
+{
+    m_libraryWindow->show();
+    m_controller->applicationDidFinishLaunching();
+    if (!library.isEmpty()) {
+        m_libraryWindow->openLibrary(library);
+        return;
+    }
+    const QStringList recent = m_recent.paths();
+    QStringList offered;
+    for (const QString& path : recent) {
+        if (LibraryFinder::isLibrary(path)) {
+            offered.append(path);
+        }
+    }
+    offered += LibraryFinder::librariesIn(Directories::pictures());
+    offered.removeDuplicates();
+    m_libraryWindow->offer(offered);
+}
+
+void DesktopProgram::showConverter()
+{
+    m_corvaneWindow->show();
+    m_corvaneWindow->raise();
+    m_corvaneWindow->activateWindow();
+}
+
+void DesktopProgram::showAbout()
+{
+    QMessageBox::about(
+        m_libraryWindow.get(),
+        tr("About Corvane"),
+        tr("<h3>Corvane For iPhoto %1</h3><p>Replaces RAW photos of an iPhoto library by JPEG "
+           "copies, so that their space can be had back.</p><p>Free software under the GNU General "
+           "Public License, version 3 or later. It comes without any warranty.</p>")
+            .arg(QCoreApplication::applicationVersion().toHtmlEscaped()));
+}
+
+bool DesktopProgram::mayHideConverter()
+{
+    // Hidden, the window can be had back from the library window at any time, but a scan is
+    // watched here.
+    return !m_controller->isScanning() || mayQuit();
+}
+
+bool DesktopProgram::mayQuit()
+{
+    if (m_quitting) {
+        return !m_controller->isScanning();
+    }
+    if (!m_controller->isScanning()) {
+        m_corvaneWindow->hide();
+        emit ended();
+        return true;
+    }
+    QMessageBox box(QMessageBox::Question,
+                    tr("Corvane"),
+                    tr("A scan is running. Stop it and quit?"),
+                    QMessageBox::NoButton,
+                    QApplication::activeWindow());
+    box.setObjectName(u"quitQuestion"_s);
+    box.setInformativeText(tr("It stops before the next photo is taken into the library. What was "
+                              "converted so far stays; every other original stays as it is."));
+    QPushButton* const keep = box.addButton(tr("&Keep Scanning"), QMessageBox::RejectRole);
+    const QPushButton* const stop = box.addButton(tr("&Stop and Quit"), QMessageBox::AcceptRole);
+    box.setDefaultButton(keep);
+    box.setEscapeButton(keep);
+    box.exec();
+    if (box.clickedButton() == stop) {
+        stopAndQuit();
+    }
+    return false;
+}
+
+void DesktopProgram::stopAndQuit()
+{
+    if (!m_controller->isScanning()) {
+        quit();
+        return;
+    }
+    m_quitting = true;
+    m_session.requestStop();
+    // Nobody answers what the scan still has to ask.
+    m_presenter.stop();
+    m_libraryWindow->setEnabled(false);
+    m_corvaneWindow->setEnabled(false);
+    m_corvaneWindow->setWindowTitle(tr("Stopping…"));
+}
+
+void DesktopProgram::quit()
+{
+    m_quitting = true;
+    m_corvaneWindow->hide();
+    m_libraryWindow->hide();
+    emit ended();
+}

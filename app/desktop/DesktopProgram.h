@@ -1,0 +1,73 @@
+#pragma once
+
+#include "Bundle.h"
+#include "Clock.h"
+#include "CorvaneAppDelegate.h"
+#include "CorvaneWindow.h"
+#include "DesktopNotificationCenter.h"
+#include "DesktopPresenter.h"
+#include "DesktopWorkspace.h"
+#include "LibrarySession.h"
+#include "LibraryWindow.h"
+#include "LoginPowerManagement.h"
+#include "RecentLibraries.h"
+#include "UserDefaults.h"
+
+#include <QObject>
+
+#include <memory>
+
+/// The desktop program as a whole: library, controller and windows, and what happens between them.
+/// Main thread.
+class DesktopProgram final : public QObject
+{
+    Q_OBJECT
+    Q_DISABLE_COPY_MOVE(DesktopProgram)
+public:
+    /// `settingsFile`: empty for the user's own.
+    explicit DesktopProgram(const QString& settingsFile, QObject* parent = nullptr);
+    /// Waits for a running scan, which is asked to stop.
+    ~DesktopProgram() override;
+
+    /// Shows the windows and opens a library: the one given; else, offers those that it finds.
+    void start(const QString& library);
+    /// Ends the program: asks a running scan to stop between two photos and waits for it.
+    void stopAndQuit();
+
+    [[nodiscard]] CorvaneAppDelegate& controller() { return *m_controller; }
+
+    [[nodiscard]] LibrarySession& session() { return m_session; }
+
+    [[nodiscard]] LibraryWindow& libraryWindow() { return *m_libraryWindow; }
+
+    [[nodiscard]] CorvaneWindow& corvaneWindow() { return *m_corvaneWindow; }
+
+signals:
+    /// Every window is closed and no scan runs.
+    void ended();
+
+private:
+    void makeWindows();
+    void followLibrary();
+    void followScan();
+    void resetControls();
+    void showConverter();
+    void showAbout();
+    [[nodiscard]] bool mayQuit();
+    [[nodiscard]] bool mayHideConverter();
+    void quit();
+
+    const Bundle m_bundle;
+    UserDefaults m_defaults;
+    RecentLibraries m_recent;
+    SystemClock m_clock;
+    DesktopWorkspace m_workspace;
+    LoginPowerManagement m_power;
+    DesktopNotificationCenter m_notifications;
+    DesktopPresenter m_presenter;
+    LibrarySession m_session;
+    std::unique_ptr<CorvaneAppDelegate> m_controller;
+    std::unique_ptr<CorvaneWindow> m_corvaneWindow;
+    std::unique_ptr<LibraryWindow> m_libraryWindow;
+    bool m_quitting{false};
+};

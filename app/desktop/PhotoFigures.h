@@ -1,0 +1,28 @@
+#pragma once
+
+#include "LibraryFacts.h"
+#include "PhotoModel.h"
+
+/// Several photos in figures. Any thread.
+struct PhotoFigures {
+    int photos{0};
+    int raw{0};
+    int movies{0};
+    int edited{0};
+    int missing{0};   ///< whose original is no file that exists
+    int converted{0}; ///< that carry "Corvane Original"
+    int processed{0}; ///< that carry "Corvane Processed"
+    qint64 bytes{0};  ///< of the originals on disk
+
+    void add(const PhotoFacts& photo)
+    {
+        ++photos;
+        raw += photo.raw ? 1 : 0;
+        movies += photo.movie ? 1 : 0;
+        edited += photo.edited ? 1 : 0;
+        missing += photo.missing ? 1 : 0;
+        converted += PhotoModel::isConvertedOriginal(photo) ? 1 : 0;
+        processed += PhotoModel::isProcessedCopy(photo) ? 1 : 0;
+        bytes += photo.bytes;
+    }
+};

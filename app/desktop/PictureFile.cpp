@@ -1,0 +1,117 @@
+#include "PictureFile.h"
+
+#include "BitmapImage.h"
+#include "ImageSource.h"
+#include "PictureLimits.h"
+#include "Texts.h"
+
+#include <QColorSpace>
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QImageReader>
+
+namespace
+{
+
+/// The largest size within the bounds that has the aspect of `size`; `size` where it fits.
+QSize fitted(QSize size, QSize within)
+{
+    if (size.width() <= within.width() && size.height() <= within.height()) {
+        return size;
+    }
+    return size.scaled(within, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+}
+
+Error noPicture(const QString& path, ErrorCode code, const QString& reason)
+{
+    return {code,
+            QCoreApplication::translate("PictureFile", "%1 cannot be shown: %2").arg(path, reason)};
+}
+
+Error errorOf(const QImageReader& reader, const QString& path)
+{
+    const ErrorCode code = reader.error() == QImageReader::UnsupportedFormatError
+                               ? ErrorCode::Unsupported
+                               : ErrorCode::Damaged;
+    return noPicture(path, code, reader.errorString());
+}
+
+Result<QImage> readWithQt(const QString& path, QSize within, PictureFile::Turn turn)
+{
+    QImageReader reader(path);
+    reader.setDecideFormatFromContent(true);
+    reader.setAutoTransform(turn == PictureFile::Turn::AsTagged);
+    const QSize size = reader.size();
+    if (size.isValid()) {
+        if (!PictureLimits::holds(size.width(), size.height())) {
+            return noPicture(path,
+                             ErrorCode::Unsupported,
+                             QCoreApplication::translate("PictureFile", "it is too large"));
+        }
+        // The size is told, and scaled, before the picture is turned.
+        const bool onItsSide =
+            reader.autoTransform() &&
+            reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
+        const QSize scaled = fitted(size, onItsSide ? within.transposed() : within);
+        if (scaled != size) {
+            reader.setScaledSize(scaled);
+        }
+    }
+    QImage image = reader.read();
+    if (image.isNull()) {
+        return errorOf(reader, path);
+    }
+    return image;
+}
+
+/// Types that Qt has no plugin for.
+Result<QImage> readWithOwnDecoders(const QString& path)
+{
+    const Result<Bitmap> bitmap = ImageSource::decode(path);
+    if (!bitmap.ok()) {
+        return bitmap.error();
+    }
+    return BitmapImage::toImage(bitmap.value());
+}
+
+QImage forScreen(QImage image, QSize within)
+{
+    const QSize size = fitted(image.size(), within);
+    if (size != image.size()) {
+        image = image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    }
+    const QColorSpace screen(QColorSpace::SRgb);
+    if (image.colorSpace().isValid() && image.colorSpace() != screen) {
+        image.convertToColorSpace(screen);
+    }
+    image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
+                                            : QImage::Format_RGB32);
+    return image;
+}
+
+} // namespace
+
+Result<QImage> PictureFile::read(const QString& path, QSize within, Turn turn)
+{
+    const QFileInfo file(path);
+    if (!file.isFile() || !file.isReadable()) {
+        return Error{file.exists() ? ErrorCode::Unreadable : ErrorCode::NotFound,
+                     Texts::fileMissing(path)};
+    }
+    Result<QImage> image = readWithQt(path, within, turn);
+    if (!image.ok() && image.error().code == ErrorCode::Unsupported) {
+        if (Result<QImage> other = readWithOwnDecoders(path); other.ok()) {
+            image = std::move(other);
+        }
+    }
+    if (!image.ok()) {
+        return image.error();
+    }
+    QImage shown = forScreen(std::move(image).value(), within);
+    if (shown.isNull()) {
+        return noPicture(path,
+                         ErrorCode::OutOfSpace,
+                         QCoreApplication::translate("PictureFile", "there is not enough memory"));
+    }
+    return shown;
+}

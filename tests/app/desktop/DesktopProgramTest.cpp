@@ -1,0 +1,262 @@
+#include "ProgramFixture.h"
+
+#include <QDirIterator>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QTreeView>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+class DesktopProgramTest : public ProgramFixture
+{
+};
+
+} // namespace
+
+TEST_F(DesktopProgramTest, withoutALibraryTheCountIsZeroAndAHintSaysWhatToDo)
+{
+    m_program->start({});
+    m_program->corvaneWindow().show();
+    EXPECT_FALSE(m_program->session().isOpen());
+    EXPECT_EQ(control<QLabel>("selectedLabel").text(), u"0"_s);
+    EXPECT_FALSE(actions().emptyTrash->isEnabled());
+}
+
+TEST_F(DesktopProgramTest, aScanWithoutALibrarySaysSoAndOpeningOneResetsTheControls)
+{
+    m_program->start({});
+    m_program->corvaneWindow().show();
+    auto* const ok = new QTimer(qApp);
+    QObject::connect(ok, &QTimer::timeout, [ok] {
+        if (auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            EXPECT_EQ(box->text(), u"Error"_s);
+            EXPECT_TRUE(box->informativeText().contains(u"No photo library is open."_s));
+            ok->deleteLater();
+            box->button(QMessageBox::Ok)->click();
+        }
+    });
+    ok->start(10);
+    scan();
+    EXPECT_FALSE(control("selectionScanButton").isEnabled());
+    m_program->libraryWindow().openLibrary(library());
+    ASSERT_TRUE(waitUntil([this] { return m_program->session().isOpen() && isIdle(); }));
+    EXPECT_TRUE(waitUntil([this] { return control("selectionScanButton").isEnabled(); }));
+    EXPECT_EQ(control<QLabel>("statusLabel").text(), u"Ready"_s);
+}
+
+TEST_F(DesktopProgramTest, anOpenedLibraryShowsItsPhotosAndWhatIsSelected)
+{
+    open();
+    EXPECT_EQ(grid().model()->rowCount(), 5);
+    actions().selectRaw->trigger();
+    EXPECT_TRUE(waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"2"_s; }));
+    actions().invertSelection->trigger();
+    EXPECT_TRUE(waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"3"_s; }));
+    actions().selectAll->trigger();
+    EXPECT_TRUE(waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"5"_s; }));
+}
+
+TEST_F(DesktopProgramTest, selectRawLeavesOutAMissingMasterAndSaysSo)
+{
+    const QStringList masters = [this] {
+        QStringList found;
+        QDirIterator walk(
+            library() + u"/Masters"_s, {u"*.dng"_s}, QDir::Files, QDirIterator::Subdirectories);
+        while (walk.hasNext()) {
+            found.append(walk.next());
+        }
+        return found;
+    }();
+    ASSERT_EQ(masters.size(), 2);
+    ASSERT_TRUE(QFile::remove(masters.first()));
+    open();
+    const PhotoGrid::RawSelection found = grid().selectRaw();
+    EXPECT_EQ(found.selected, 1);
+    EXPECT_EQ(found.missing, 1);
+}
+
+TEST_F(DesktopProgramTest, aWholeSessionConvertsFilesByEventTrashesAndFreesSpace)
+{
+    open();
+    actions().selectRaw->trigger();
+    ASSERT_TRUE(waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"2"_s; }));
+    control("outputSizeMatrix").findChildren<QAbstractButton*>().at(2)->click();
+    click("TrashEnabled");
+    scan();
+    EXPECT_EQ(alerts(), QStringList{u"All Done"_s});
+    EXPECT_EQ(grid().model()->rowCount(), 6)
+        << "two copies, the keyword picture, three JPEG photos";
+    EXPECT_EQ(m_program->session().contents().trash.size(), 2);
+
+    answerSoon(u"emptyTrashQuestion"_s, u"Delete"_s);
+    ASSERT_TRUE(actions().emptyTrash->isEnabled());
+    actions().emptyTrash->trigger();
+    ASSERT_TRUE(
+        waitUntil([this] { return isIdle() && m_program->session().contents().trash.isEmpty(); }));
+
+    const LibraryContents contents = afterwards();
+    const QList<PhotoFacts> copies = copiesIn(contents);
+    EXPECT_EQ(contents.trash.size(), 0);
+    ASSERT_GE(copies.size(), 2);
+    for (const PhotoFacts& photo : contents.photos) {
+        EXPECT_FALSE(photo.raw) << photo.fileName.toStdString();
+    }
+}
+
+TEST_F(DesktopProgramTest, whatIsInTheTrashIsPutBack)
+{
+    open();
+    actions().selectRaw->trigger();
+    ASSERT_TRUE(waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"2"_s; }));
+    click("TrashEnabled");
+    scan();
+    ASSERT_EQ(m_program->session().contents().trash.size(), 2);
+    EXPECT_FALSE(actions().putBack->isEnabled()) << "only where the trash is seen";
+    actions().showTrash->trigger();
+    EXPECT_EQ(grid().model()->rowCount(), 2);
+    ASSERT_TRUE(actions().putBack->isEnabled());
+    actions().putBack->trigger();
+    ASSERT_TRUE(
+        waitUntil([this] { return isIdle() && m_program->session().contents().trash.isEmpty(); }));
+    EXPECT_EQ(afterwards().photos.size(), 8);
+}
+
+TEST_F(DesktopProgramTest, clicksInTheLibraryWindowDuringAScanChangeNothingOfWhatItDoes)
+{
+    open();
+    actions().selectRaw->trigger();
+    ASSERT_TRUE(waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"2"_s; }));
+    const QList<qint64> chosen = grid().selectedPhotos();
+    QTimer meddler;
+    bool all = false;
+    QObject::connect(&meddler, &QTimer::timeout, [this, &all] {
+        if (m_program->controller().isScanning()) {
+            (all ? actions().selectAll : actions().invertSelection)->trigger();
+            all = !all;
+        }
+    });
+    meddler.start(1);
+    scan();
+    meddler.stop();
+    const LibraryContents contents = afterwards();
+    QList<qint64> tagged;
+    for (const PhotoFacts& photo : contents.photos) {
+        const bool isPicture = photo.fileName.startsWith(u"iPhoto Keywords"_s);
+        if (!isPicture && photo.keywords.contains(u"Corvane Original"_s)) {
+            tagged.append(photo.id);
+        }
+    }
+    EXPECT_EQ(tagged, chosen);
+    EXPECT_EQ(copiesIn(contents).size(), 2);
+}
+
+TEST_F(DesktopProgramTest, aDoublePressStartsTwoEnginesAndTheLibraryStaysSound)
+{
+    open();
+    actions().selectRaw->trigger();
+    ASSERT_TRUE(waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"2"_s; }));
+    click("TagEnabled"); // off: the keyword picture of both is not what is looked at
+    int started = 0;
+    QObject::connect(
+        &m_program->controller(), &CorvaneAppDelegate::scanStarted, [&started] { ++started; });
+    // Both clicks come before the event loop hears that the first engine has disabled the button.
+    auto& button = control<QAbstractButton>("selectionScanButton");
+    button.click();
+    button.click();
+    ASSERT_TRUE(waitUntil([this] { return !m_program->controller().isScanning(); }));
+    EXPECT_EQ(started, 2);
+    ASSERT_TRUE(waitUntil([this] { return isIdle(); }));
+    EXPECT_EQ(afterwards().photos.size(), 9) << "each engine makes a copy of each RAW photo";
+}
+
+TEST_F(DesktopProgramTest, closingDuringAScanAsksAndGoesOnWhenToldSo)
+{
+    open();
+    actions().selectRaw->trigger();
+    ASSERT_TRUE(waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"2"_s; }));
+    click("selectionScanButton");
+    answerSoon(u"quitQuestion"_s, u"Keep Scanning"_s);
+    EXPECT_FALSE(m_program->libraryWindow().close());
+    EXPECT_TRUE(m_program->libraryWindow().isVisible());
+    ASSERT_TRUE(waitUntil([this] { return !m_program->controller().isScanning() && isIdle(); }));
+    EXPECT_EQ(copiesIn(afterwards()).size(), 2);
+}
+
+TEST_F(DesktopProgramTest, closingDuringAScanStopsItBetweenTwoPhotosWhenToldSo)
+{
+    open();
+    actions().selectRaw->trigger();
+    ASSERT_TRUE(waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"2"_s; }));
+    bool ended = false;
+    QObject::connect(m_program.get(), &DesktopProgram::ended, [&ended] { ended = true; });
+    click("selectionScanButton");
+    answerSoon(u"quitQuestion"_s, u"Stop and Quit"_s);
+    m_program->libraryWindow().close();
+    EXPECT_TRUE(waitUntil([&ended] { return ended; }));
+    EXPECT_FALSE(m_program->controller().cancelled()) << "no control of a window cancels";
+    const LibraryContents contents = afterwards();
+    for (const PhotoFacts& copy : copiesIn(contents)) {
+        EXPECT_FALSE(copy.missing);
+    }
+    EXPECT_EQ(contents.trash.size(), 0);
+}
+
+TEST_F(DesktopProgramTest, whileAScanRunsNothingIsOpenedPutBackOrDeleted)
+{
+    open();
+    actions().selectRaw->trigger();
+    ASSERT_TRUE(waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"2"_s; }));
+    click("selectionScanButton");
+    EXPECT_FALSE(actions().open->isEnabled());
+    EXPECT_FALSE(actions().openRecent->isEnabled());
+    EXPECT_FALSE(actions().putBack->isEnabled());
+    EXPECT_FALSE(actions().emptyTrash->isEnabled());
+    ASSERT_TRUE(waitUntil([this] { return !m_program->controller().isScanning() && isIdle(); }));
+    EXPECT_TRUE(actions().open->isEnabled());
+}
+
+TEST_F(DesktopProgramTest, aLibraryInUseIsOpenedForReadingAndSaysWhy)
+{
+    auto other = PhotoLibrary::open(library(), {.access = Access::Write, .afterCrash = false});
+    ASSERT_TRUE(other.ok());
+    open();
+    EXPECT_FALSE(m_program->session().contents().isWritable());
+    auto* const why = m_program->libraryWindow().findChild<QLabel*>(u"whyReadOnly"_s);
+    ASSERT_NE(why, nullptr);
+    EXPECT_TRUE(why->isVisible());
+    EXPECT_TRUE(why->text().contains(library()));
+    EXPECT_FALSE(actions().emptyTrash->isEnabled());
+}
+
+TEST_F(DesktopProgramTest, aDamagedLibraryIsRefusedWithAMessageAndTheOpenOneStays)
+{
+    open();
+    const QString broken = m_folder.filePath(u"Broken.photolibrary"_s);
+    ASSERT_EQ(QProcess::execute(u"cp"_s, {u"-r"_s, library(), broken}), 0);
+    QFile database(broken + u"/Database/apdb/Library.apdb"_s);
+    ASSERT_TRUE(database.open(QIODevice::ReadWrite));
+    database.write(QByteArray(4096, 'x'));
+    database.close();
+    m_program->libraryWindow().openLibrary(broken);
+    ASSERT_TRUE(waitUntil([this] { return isIdle(); }));
+    EXPECT_EQ(alerts(), QStringList{u"The library could not be opened"_s});
+    EXPECT_EQ(m_program->session().contents().path, library());
+    EXPECT_EQ(grid().model()->rowCount(), 5);
+}
+
+TEST_F(DesktopProgramTest, aLibraryThatIsRemovedWhileOpenLeavesWhatWasSeenAndSaysSo)
+{
+    open();
+    ASSERT_TRUE(QDir().rename(library(), m_folder.filePath(u"Elsewhere"_s)));
+    actions().selectRaw->trigger();
+    ASSERT_TRUE(waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"2"_s; }));
+    scan();
+    EXPECT_FALSE(alerts().isEmpty());
+    EXPECT_FALSE(alerts().contains(u"All Done"_s));
+    m_program.reset();
+    EXPECT_FALSE(QFile::exists(library() + u"/Masters"_s)) << "nothing is written to where it was";
+}

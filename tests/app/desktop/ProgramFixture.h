@@ -1,0 +1,175 @@
+#pragma once
+
+#include "DesktopProgram.h"
+#include "LibraryActions.h"
+#include "PhotoGrid.h"
+#include "SampleLibrary.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QMessageBox>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+/// The whole program in this process, over a copy of a small sample library: two RAW photos and
+/// three JPEG ones. Widgets are found by their names and clicked.
+class ProgramFixture : public testing::Test
+{
+protected:
+    static constexpr int kPatience = 60000; ///< milliseconds
+
+    static void SetUpTestSuite()
+    {
+        static QTemporaryDir folder;
+        if (s_sample.isEmpty()) {
+            SampleOptions options;
+            options.photos = 2;
+            options.megapixels = 0.2;
+            const Result<QString> written = SampleLibrary::write(folder.path(), options, {});
+            ASSERT_TRUE(written.ok()) << written.error().message.toStdString();
+            s_sample = written.value();
+        }
+    }
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_folder.isValid());
+        ASSERT_EQ(
+            QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-r"), s_sample, library()}),
+            0);
+        makeProgram();
+    }
+
+    void makeProgram()
+    {
+        m_program =
+            std::make_unique<DesktopProgram>(m_folder.filePath(QStringLiteral("settings.plist")));
+    }
+
+    [[nodiscard]] QString library() const
+    {
+        return m_folder.filePath(QStringLiteral("Photos.photolibrary"));
+    }
+
+    /// Starts the program with the library and waits until it is there.
+    void open()
+    {
+        m_program->start(library());
+        m_program->corvaneWindow().show();
+        ASSERT_TRUE(waitUntil([this] { return m_program->session().isOpen() && isIdle(); }));
+    }
+
+    [[nodiscard]] bool isIdle() { return !m_program->session().isBusy(); }
+
+    template <typename Condition>
+    [[nodiscard]] static bool waitUntil(Condition condition)
+    {
+        return QTest::qWaitFor(condition, kPatience);
+    }
+
+    [[nodiscard]] PhotoGrid& grid()
+    {
+        return *m_program->libraryWindow().findChild<PhotoGrid*>(QStringLiteral("photoGrid"));
+    }
+
+    template <typename Widget = QWidget>
+    [[nodiscard]] Widget& control(const char* name)
+    {
+        auto* const found =
+            m_program->corvaneWindow().findChild<Widget*>(QString::fromLatin1(name));
+        EXPECT_NE(found, nullptr) << name;
+        return *found;
+    }
+
+    void click(const char* name) { control<QAbstractButton>(name).click(); }
+
+    [[nodiscard]] LibraryActions& actions() { return m_program->libraryWindow().actions(); }
+
+    /// Presses the scan button and waits for the end and for the windows to follow.
+    void scan()
+    {
+        click("selectionScanButton");
+        ASSERT_TRUE(waitUntil([this] { return !m_program->controller().isScanning(); }));
+        ASSERT_TRUE(waitUntil([this] { return isIdle(); }));
+    }
+
+    /// Titles of the alerts that are up.
+    [[nodiscard]] static QStringList alerts()
+    {
+        QStringList titles;
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        for (const QWidget* const window : windows) {
+            const auto* const box = qobject_cast<const QMessageBox*>(window);
+            if (box != nullptr && box->isVisible()) {
+                titles.append(box->text());
+            }
+        }
+        return titles;
+    }
+
+    /// Answers the next question that is up with that name by a button of that text.
+    static void answerSoon(const QString& question, const QString& buttonText)
+    {
+        auto* const timer = new QTimer(qApp);
+        timer->setInterval(10);
+        QObject::connect(timer, &QTimer::timeout, [timer, question, buttonText] {
+            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            if (box == nullptr || box->objectName() != question) {
+                return;
+            }
+            const QList<QAbstractButton*> buttons = box->buttons();
+            for (QAbstractButton* const button : buttons) {
+                if (button->text().remove(u'&') == buttonText) {
+                    timer->stop();
+                    timer->deleteLater();
+                    button->click();
+                    return;
+                }
+            }
+        });
+        timer->start();
+    }
+
+    /// What the library on disk holds once the program is gone.
+    [[nodiscard]] LibraryContents afterwards()
+    {
+        m_program.reset();
+        LibraryContents contents;
+        auto opened = PhotoLibrary::open(library(), {.access = Access::Read, .afterCrash = false});
+        EXPECT_TRUE(opened.ok());
+        if (opened.ok()) {
+            contents.photos = opened.value()->photos().value();
+            contents.trash = opened.value()->trashedPhotos().value();
+            const LibrarySummary summary = opened.value()->summary().value();
+            EXPECT_EQ(summary.problems, QStringList());
+        }
+        return contents;
+    }
+
+    [[nodiscard]] static QList<PhotoFacts> copiesIn(const LibraryContents& contents)
+    {
+        QList<PhotoFacts> copies;
+        for (const PhotoFacts& photo : contents.photos) {
+            if (photo.keywords.contains(QStringLiteral("Corvane Processed")) &&
+                !photo.keywords.contains(QStringLiteral("Corvane Original"))) {
+                copies.append(photo);
+            }
+        }
+        return copies;
+    }
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<DesktopProgram> m_program;
+
+private:
+    inline static QString s_sample;
+};
