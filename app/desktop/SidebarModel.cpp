@@ -47,8 +47,11 @@ QList<Event> eventsOf(const QList<PhotoFacts>& photos)
         }
         Event& event = events[*known];
         ++event.photos;
-        event.first = std::min(event.first, day);
-        event.last = std::max(event.last, day);
+        // A photo without a date says nothing of when the event was.
+        if (!day.isEmpty()) {
+            event.first = event.first.isEmpty() ? day : std::min(event.first, day);
+            event.last = std::max(event.last, day);
+        }
     }
     return events;
 }
@@ -135,10 +138,12 @@ void SidebarModel::addEvents(const QList<PhotoFacts>& photos)
     const QList<Event> events = eventsOf(photos);
     for (const Event& event : events) {
         const QString name = event.name.isEmpty() ? tr("Untitled event") : event.name;
-        add(heading,
-            tr("%1, %2").arg(name, shownMonths(event)),
-            event.photos,
-            {Collection::Kind::Event, event.id, event.name})
+        const Collection collection{Collection::Kind::Event, event.id, event.name};
+        if (event.first.isEmpty()) {
+            add(heading, name, event.photos, collection);
+            continue;
+        }
+        add(heading, tr("%1, %2").arg(name, shownMonths(event)), event.photos, collection)
             ->setToolTip(tr("%1, %2").arg(name, shownDays(event)));
     }
 }

@@ -16,7 +16,7 @@
 namespace
 {
 
-constexpr quint32 kFull = 65535;
+constexpr quint32 kFullScale = 65535;
 
 struct ContextFree {
     void operator()(heif_context* context) const { heif_context_free(context); }
@@ -106,7 +106,7 @@ public:
     {
         const std::size_t channels = m_layout.alpha ? 4 : 3;
         for (std::size_t i = 0, pixel = 0; i < into.size(); i += 3, pixel += channels) {
-            const quint32 alpha = m_layout.alpha ? value(from, pixel + 3) : kFull;
+            const quint32 alpha = m_layout.alpha ? value(from, pixel + 3) : kFullScale;
             for (std::size_t channel = 0; channel < 3; ++channel) {
                 into[i + channel] = onWhite(value(from, pixel + channel), alpha);
             }
@@ -118,16 +118,17 @@ private:
     {
         const quint32 stored =
             m_layout.deep ? qFromLittleEndian<quint16>(from + 2 * index) : from[index];
-        return (std::min(stored, m_largest) * kFull + m_largest / 2) / m_largest;
+        return (std::min(stored, m_largest) * kFullScale + m_largest / 2) / m_largest;
     }
 
     [[nodiscard]] quint16 onWhite(quint32 value, quint32 alpha) const
     {
-        const quint32 white = kFull - alpha;
+        const quint32 white = kFullScale - alpha;
         if (m_layout.premultiplied) {
-            return static_cast<quint16>(std::min(value + white, kFull));
+            return static_cast<quint16>(std::min(value + white, kFullScale));
         }
-        return static_cast<quint16>((value * alpha + kFull * white + kFull / 2) / kFull);
+        return static_cast<quint16>((value * alpha + kFullScale * white + kFullScale / 2) /
+                                    kFullScale);
     }
 
     Layout m_layout;

@@ -42,14 +42,6 @@ bool isSubject(std::string_view key)
     });
 }
 
-template <typename Data, typename Predicate>
-void eraseWhere(Data& data, const Predicate& predicate)
-{
-    for (auto datum = data.begin(); datum != data.end();) {
-        datum = predicate(*datum) ? data.erase(datum) : std::next(datum);
-    }
-}
-
 bool isOfGps(const Exiv2::Exifdatum& datum)
 {
     return datum.groupName() == "GPSInfo" || datum.key() == kGpsPointer;
@@ -144,7 +136,7 @@ void ImageProperties::setGps(const GpsPosition& position)
     }
     Exiv2::ExifData& exif = m_content->exif;
     static_cast<void>(MetadataAdapter::attempt([&] {
-        eraseWhere(exif, isOfGps);
+        MetadataData::eraseWhere(exif, isOfGps);
         exif["Exif.GPSInfo.GPSVersionID"].setValue("2 3 0 0");
         exif["Exif.GPSInfo.GPSLatitudeRef"] = position.latitudeRef.toStdString();
         const Exiv2::URationalValue latitude = degreesMinutesSeconds(position.latitude);
@@ -163,7 +155,7 @@ bool ImageProperties::hasIptc() const
 void ImageProperties::removeIptcKeywords()
 {
     static_cast<void>(MetadataAdapter::attempt([this] {
-        eraseWhere(m_content->iptc, [](const Exiv2::Iptcdatum& datum) {
+        MetadataData::eraseWhere(m_content->iptc, [](const Exiv2::Iptcdatum& datum) {
             return datum.record() == Exiv2::IptcDataSets::application2 &&
                    datum.tag() == Exiv2::IptcDataSets::Keywords;
         });
@@ -173,7 +165,7 @@ void ImageProperties::removeIptcKeywords()
 void ImageProperties::removeExifKeywords()
 {
     static_cast<void>(MetadataAdapter::attempt([this] {
-        eraseWhere(m_content->exif, [](const Exiv2::Exifdatum& datum) {
+        MetadataData::eraseWhere(m_content->exif, [](const Exiv2::Exifdatum& datum) {
             return datum.key() == "Exif.Image.XPKeywords";
         });
     }));
@@ -182,7 +174,7 @@ void ImageProperties::removeExifKeywords()
 void ImageProperties::removeXmpSubjects()
 {
     static_cast<void>(MetadataAdapter::attempt([this] {
-        eraseWhere(m_content->xmp,
-                   [](const Exiv2::Xmpdatum& datum) { return isSubject(datum.key()); });
+        MetadataData::eraseWhere(
+            m_content->xmp, [](const Exiv2::Xmpdatum& datum) { return isSubject(datum.key()); });
     }));
 }

@@ -9,6 +9,7 @@
 #include <exiv2/iptc.hpp>
 #include <exiv2/types.hpp>
 #include <exiv2/xmp_exiv2.hpp>
+#include <iterator>
 
 /// What ImageProperties holds: the decoded blocks, and what the file says beside them.
 struct ImageProperties::Content {
@@ -25,3 +26,18 @@ struct ImageProperties::Content {
     /// The XMP packet notes a second part that is not whole.
     bool isExtendedXmpLost{false};
 };
+
+/// Exiv2's three kinds of metadata, handled alike.
+namespace MetadataData
+{
+
+/// Removes every datum that the predicate holds for.
+template <typename Data, typename Predicate>
+void eraseWhere(Data& data, const Predicate& predicate)
+{
+    for (auto datum = data.begin(); datum != data.end();) {
+        datum = predicate(*datum) ? data.erase(datum) : std::next(datum);
+    }
+}
+
+} // namespace MetadataData

@@ -189,14 +189,6 @@ constexpr std::array kMoves{
     Move{"Exif.Image.FocalLength", "Exif.Photo.FocalLength"},
 };
 
-template <typename Data, typename Predicate>
-void eraseWhere(Data& data, const Predicate& predicate)
-{
-    for (auto datum = data.begin(); datum != data.end();) {
-        datum = predicate(*datum) ? data.erase(datum) : std::next(datum);
-    }
-}
-
 template <typename List>
 bool contains(const List& list, std::string_view text)
 {
@@ -314,7 +306,7 @@ bool isOfMakerNote(const std::string& group)
 
 void removeMakerNote(ImageProperties::Content& content)
 {
-    eraseWhere(content.exif, [](const Exiv2::Exifdatum& datum) {
+    MetadataData::eraseWhere(content.exif, [](const Exiv2::Exifdatum& datum) {
         return isOfMakerNote(datum.groupName()) || datum.key() == "Exif.Photo.MakerNote";
     });
 }
@@ -323,11 +315,11 @@ void makeExifTrue(ImageProperties::Content& content, QSize pixels)
 {
     Exiv2::ExifData& exif = content.exif;
     moveTags(exif);
-    eraseWhere(exif, [](const Exiv2::Exifdatum& datum) {
+    MetadataData::eraseWhere(exif, [](const Exiv2::Exifdatum& datum) {
         return isUntrue(datum) || !isOfKnownType(datum);
     });
     if (!hasScaleOfOriginal(content, pixels)) {
-        eraseWhere(
+        MetadataData::eraseWhere(
             exif, [](const Exiv2::Exifdatum& datum) { return contains(kKeysOfSize, datum.key()); });
     }
     exif["Exif.Photo.PixelXDimension"] = static_cast<uint32_t>(pixels.width());

@@ -8,6 +8,9 @@
 #include <QDirIterator>
 #include <QFileInfo>
 
+#include <array>
+#include <string>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -61,12 +64,56 @@ constexpr Question kQuestions[] = {
     {"SELECT a.name FROM RKAlbum a WHERE a.albumSubclass = 3 AND coalesce(a.versionCount, 0) <>"
      " (SELECT count(*) FROM RKAlbumVersion v WHERE v.albumId = a.modelId)",
      "%2 album(s) miscount their photos, the first is \"%1\"."},
+    // The signs keep SQLite to the index of the event: by that of the trash it would look at nearly
+    // every photo of the library for each event.
     {"SELECT f.name FROM RKFolder f WHERE f.folderType = 2 AND f.isMagic = 0 AND f.versionCount <>"
-     " (SELECT count(*) FROM RKVersion v WHERE v.projectUuid = f.uuid AND v.showInLibrary = 1"
-     " AND v.isInTrash = 0 AND v.isHidden = 0) AND f.versionCount <>"
-     " (SELECT count(*) FROM RKVersion v WHERE v.projectUuid = f.uuid AND v.showInLibrary = 1"
-     " AND v.isInTrash = 0)",
+     " (SELECT count(*) FROM RKVersion v WHERE v.projectUuid = f.uuid AND +v.showInLibrary = 1"
+     " AND +v.isInTrash = 0 AND +v.isHidden = 0) AND f.versionCount <>"
+     " (SELECT count(*) FROM RKVersion v WHERE v.projectUuid = f.uuid AND +v.showInLibrary = 1"
+     " AND +v.isInTrash = 0)",
      "%2 event(s) miscount their photos, the first is \"%1\"."},
+};
+
+/// Lets SQLite keep more of the databases in memory for a while: the checks go through all of them,
+/// and with its usual two megabytes it would read the same pages again and again.
+class RoomyCache final
+{
+public:
+    explicit RoomyCache(Connection& connection)
+        : m_connection(connection)
+    {
+        for (std::size_t i = 0; i < kSchemas.size(); ++i) {
+            m_before[i] = connection.database().execAndGet(pragma(i)).getInt();
+            set(i, kKibibytes);
+        }
+    }
+
+    ~RoomyCache()
+    {
+        for (std::size_t i = 0; i < kSchemas.size(); ++i) {
+            set(i, m_before[i]);
+        }
+    }
+
+    RoomyCache(const RoomyCache&) = delete;
+    RoomyCache& operator=(const RoomyCache&) = delete;
+
+private:
+    static constexpr std::array kSchemas{"main", "prop", "prox"};
+    static constexpr int kKibibytes = -128 * 1024; ///< below zero: no count of pages
+
+    static std::string pragma(std::size_t schema)
+    {
+        return std::string("PRAGMA ") + kSchemas[schema] + ".cache_size";
+    }
+
+    void set(std::size_t schema, int size)
+    {
+        m_connection.database().tryExec(pragma(schema) + '=' + std::to_string(size));
+    }
+
+    Connection& m_connection;
+    std::array<int, kSchemas.size()> m_before{};
 };
 
 void askQuestions(Connection& connection, QStringList& problems)
@@ -196,6 +243,7 @@ void checkStrayMasters(Connection& connection,
 
 QStringList IntegrityCheck::ofDatabases(Connection& connection)
 {
+    const RoomyCache cache(connection);
     QStringList problems;
     checkDatabases(connection, problems);
     return problems.isEmpty() ? ofRows(connection) : problems;
@@ -211,6 +259,7 @@ QStringList IntegrityCheck::ofFiles(Connection& connection, const QSet<QString>&
 
 QStringList IntegrityCheck::problems(Connection& connection, const QSet<QString>& namedFiles)
 {
+    const RoomyCache cache(connection);
     QStringList problems;
     checkDatabases(connection, problems);
     if (problems.isEmpty()) { // what a damaged database says of the rest proves nothing

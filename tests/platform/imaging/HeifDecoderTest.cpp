@@ -13,7 +13,7 @@
 namespace
 {
 
-constexpr QSize kSize(120, 90);
+constexpr QSize kHeifSize(120, 90);
 
 // ISO/IEC 23091-2, tables 2 and 3.
 constexpr int kBt709{1};
@@ -91,7 +91,7 @@ Bitmap mirrored(const Bitmap& bitmap)
 
 TEST_F(HeifDecoderTest, turnsAndMirroringOfTheFileArePartOfThePicture)
 {
-    const Bitmap scene = ImageBuilder::scene(kSize);
+    const Bitmap scene = ImageBuilder::scene(kHeifSize);
     EXPECT_LT(ImageBuilder::difference(decoded(HeifSamples::file(scene)), scene), 0.02);
     const QByteArray sixth = HeifSamples::file(scene, {.orientation = 6});
     EXPECT_LT(ImageBuilder::difference(decoded(sixth), turned(scene)), 0.02);
@@ -113,7 +113,7 @@ TEST_F(HeifDecoderTest, thePropertiesAreThoseOfTheUprightPicture)
     for (const int orientation : {1, 3, 6, 8}) {
         for (const uint16_t exifOrientation : {uint16_t{1}, uint16_t{6}}) {
             const QByteArray file =
-                HeifSamples::file(ImageBuilder::scene(kSize),
+                HeifSamples::file(ImageBuilder::scene(kHeifSize),
                                   {.orientation = orientation, .exif = exifOf(exifOrientation)});
             const ImageProperties properties = propertiesOf(file);
             const Exiv2::ExifData& exif = properties.content().exif;
@@ -128,7 +128,7 @@ TEST_F(HeifDecoderTest, thePropertiesAreThoseOfTheUprightPicture)
 
 TEST_F(HeifDecoderTest, placesInRowsThatWereTurnedAreLeftOut)
 {
-    const Bitmap scene = ImageBuilder::scene(kSize);
+    const Bitmap scene = ImageBuilder::scene(kHeifSize);
     const auto hasArea = [](const QByteArray& file) {
         const ImageProperties properties = propertiesOf(file);
         const Exiv2::ExifData& exif = properties.content().exif;
@@ -141,7 +141,7 @@ TEST_F(HeifDecoderTest, placesInRowsThatWereTurnedAreLeftOut)
 
 TEST_F(HeifDecoderTest, whatLibheifComplainsOfIsDamage)
 {
-    QByteArray file = HeifSamples::file(ImageBuilder::scene(kSize));
+    QByteArray file = HeifSamples::file(ImageBuilder::scene(kHeifSize));
     const qsizetype data = file.indexOf("mdat") + 4;
     file.replace(data, file.size() - data, QByteArray(file.size() - data, '\x5A'));
     // The decoder beneath has more to say than its caller.
@@ -155,7 +155,7 @@ TEST_F(HeifDecoderTest, whatLibheifComplainsOfIsDamage)
 
 TEST_F(HeifDecoderTest, theThumbnailLiesAsThePictureDoes)
 {
-    const Bitmap scene = ImageBuilder::scene(kSize);
+    const Bitmap scene = ImageBuilder::scene(kHeifSize);
     EXPECT_FALSE(HeifDecoder::thumbnail(HeifSamples::file(scene)).has_value());
     const auto thumbnail = HeifDecoder::thumbnail(
         HeifSamples::file(scene, {.orientation = 6, .thumbnail = ImageBuilder::scene({120, 88})}));
@@ -165,7 +165,7 @@ TEST_F(HeifDecoderTest, theThumbnailLiesAsThePictureDoes)
 
 TEST_F(HeifDecoderTest, namedColoursAreThoseOfTheirProfile)
 {
-    const Bitmap scene = ImageBuilder::scene(kSize);
+    const Bitmap scene = ImageBuilder::scene(kHeifSize);
     const QByteArray p3 = QColorSpace(QColorSpace::DisplayP3).iccProfile();
     const Bitmap byProfile = decoded(HeifSamples::file(scene, {.icc = p3}));
     const Bitmap byName =
@@ -179,7 +179,7 @@ TEST_F(HeifDecoderTest, namedColoursAreThoseOfTheirProfile)
 
 TEST_F(HeifDecoderTest, srgbByNameStaysAsItIs)
 {
-    const Bitmap scene = ImageBuilder::scene(kSize);
+    const Bitmap scene = ImageBuilder::scene(kHeifSize);
     const QByteArray file =
         HeifSamples::file(scene, {.primaries = kBt709, .transfer = kSrgbTransfer});
     EXPECT_LT(ImageBuilder::difference(decoded(file), scene), 0.01);
@@ -187,13 +187,13 @@ TEST_F(HeifDecoderTest, srgbByNameStaysAsItIs)
 
 TEST_F(HeifDecoderTest, namedCurvesAreFollowed)
 {
-    const Bitmap linear = ImageBuilder::flat(kSize, 14000);
+    const Bitmap linear = ImageBuilder::flat(kHeifSize, 14000);
     const Bitmap lighter =
         decoded(HeifSamples::file(linear, {.primaries = kBt709, .transfer = kLinearTransfer}));
     // IEC 61966-2-1 encodes a light of 0.2136 as 0.4995.
     EXPECT_NEAR(lighter.row(40)[60], 32736, 500);
     // ITU-R BT.709: 0.5 is a light of 0.2597, which sRGB encodes as 0.5466.
-    const Bitmap camera = decoded(HeifSamples::file(ImageBuilder::flat(kSize, 32768),
+    const Bitmap camera = decoded(HeifSamples::file(ImageBuilder::flat(kHeifSize, 32768),
                                                     {.primaries = kBt709, .transfer = kBt709}));
     EXPECT_NEAR(camera.row(40)[60], 35820, 500);
 }
@@ -202,7 +202,7 @@ TEST_F(HeifDecoderTest, lightBeyondAScreenIsRefusedInWords)
 {
     for (const int transfer : {kPqTransfer, kHlgTransfer}) {
         const auto bitmap = HeifDecoder::decode(HeifSamples::file(
-            ImageBuilder::scene(kSize), {.primaries = kBt2020, .transfer = transfer}));
+            ImageBuilder::scene(kHeifSize), {.primaries = kBt2020, .transfer = transfer}));
         ASSERT_FALSE(bitmap.ok());
         EXPECT_EQ(bitmap.error().code, ErrorCode::Unsupported);
         EXPECT_TRUE(bitmap.error().message.contains(QStringLiteral("high dynamic range")));
@@ -211,7 +211,7 @@ TEST_F(HeifDecoderTest, lightBeyondAScreenIsRefusedInWords)
 
 TEST_F(HeifDecoderTest, transparentPlacesAreWhite)
 {
-    const Bitmap black = ImageBuilder::flat(kSize, 0);
+    const Bitmap black = ImageBuilder::flat(kHeifSize, 0);
     EXPECT_NEAR(decoded(HeifSamples::file(black, {.alpha = 0})).row(40)[60], 65535, 700);
     EXPECT_NEAR(decoded(HeifSamples::file(black, {.alpha = 128})).row(40)[60], 32639, 700);
     EXPECT_NEAR(decoded(HeifSamples::file(black, {.alpha = 255})).row(40)[60], 0, 700);
@@ -220,7 +220,7 @@ TEST_F(HeifDecoderTest, transparentPlacesAreWhite)
 TEST_F(HeifDecoderTest, moreThanEightBitsAreKept)
 {
     // Between two steps of 8 bits.
-    const Bitmap grey = ImageBuilder::flat(kSize, 20000);
+    const Bitmap grey = ImageBuilder::flat(kHeifSize, 20000);
     const Bitmap kept = decoded(HeifSamples::file(grey, {.bits = 10}));
     EXPECT_NEAR(kept.row(40)[60], 20000, 80);
     EXPECT_NE(kept.row(40)[60] % 257, 0);
