@@ -127,12 +127,13 @@ void askQuestions(Connection& connection, QStringList& problems)
     }
 }
 
-void checkDatabases(Connection& connection, QStringList& problems)
+void checkDatabases(Connection& connection, IntegrityCheck::Depth depth, QStringList& problems)
 {
-    for (const char* sql : {"PRAGMA main.integrity_check(1)",
-                            "PRAGMA prop.integrity_check(1)",
-                            "PRAGMA prox.integrity_check(1)"}) {
-        const QString found = Sql::firstText(connection, sql);
+    const char* const check =
+        depth == IntegrityCheck::Depth::Quick ? "quick_check(1)" : "integrity_check(1)";
+    for (const char* schema : {"main", "prop", "prox"}) {
+        const std::string sql = std::string("PRAGMA ") + schema + '.' + check;
+        const QString found = Sql::firstText(connection, sql.c_str());
         if (found != "ok"_L1) {
             problems << u"A database is damaged: %1."_s.arg(found);
         }
@@ -241,11 +242,11 @@ void checkStrayMasters(Connection& connection,
 
 } // namespace
 
-QStringList IntegrityCheck::ofDatabases(Connection& connection)
+QStringList IntegrityCheck::ofDatabases(Connection& connection, Depth depth)
 {
     const RoomyCache cache(connection);
     QStringList problems;
-    checkDatabases(connection, problems);
+    checkDatabases(connection, depth, problems);
     return problems.isEmpty() ? ofRows(connection) : problems;
 }
 
@@ -261,7 +262,7 @@ QStringList IntegrityCheck::problems(Connection& connection, const QSet<QString>
 {
     const RoomyCache cache(connection);
     QStringList problems;
-    checkDatabases(connection, problems);
+    checkDatabases(connection, Depth::Full, problems);
     if (problems.isEmpty()) { // what a damaged database says of the rest proves nothing
         problems << ofRows(connection) << ofFiles(connection, namedFiles);
     }

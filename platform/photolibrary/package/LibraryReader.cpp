@@ -303,7 +303,10 @@ LibrarySummary LibraryReader::summary(Connection& connection, const QSet<QString
         std::ranges::count_if(events, [&rolls](qint64 id) { return rolls.contains(id); }));
     summary.albums = static_cast<int>(regularAlbums(connection).size());
     summary.keywords = count(connection, "SELECT count(*) FROM RKKeyword");
-    summary.writable = isWritable(connection);
     summary.problems = IntegrityCheck::problems(connection, namedFiles);
+    summary.writable =
+        isWritable(connection) &&
+        (summary.problems.isEmpty() ||
+         IntegrityCheck::ofDatabases(connection, IntegrityCheck::Depth::Quick).isEmpty());
     return summary;
 }
