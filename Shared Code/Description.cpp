@@ -16,7 +16,7 @@ QString describeNested(const QVariant& value, int depth);
 
 QString indentation(int depth)
 {
-    return QString(4 * depth, u' ');
+    return QString(qsizetype{4} * depth, u' ');
 }
 
 bool isPlain(QChar character)

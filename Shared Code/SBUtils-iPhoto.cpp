@@ -26,7 +26,7 @@ constexpr int kSupportedMajorVersion = 9;
 /// The digits that a text starts with, as a number; 0 without any.
 qint64 leadingNumber(const QString& text)
 {
-    const auto end = std::ranges::find_if_not(
+    const auto* const end = std::ranges::find_if_not(
         text, [](QChar character) { return character >= u'0' && character <= u'9'; });
     return NumberValue::integer(text.left(std::distance(text.begin(), end)));
 }
@@ -124,16 +124,15 @@ bool SBUtils::loadData(const QList<ScriptingObjectPtr>& selection)
     QVariantList widths;
     widths.reserve(selection.size());
     prepareProgressBar(selection.size());
-    for (qsizetype index = 0; index < selection.size(); ++index) {
+    quint32 shown = 0;
+    for (const ScriptingObjectPtr& photo : selection) {
+        ++shown;
         performOnMainThread(
-            [delegate = m_appDelegate, shown = static_cast<quint32>(index + 1)] {
-                delegate->cfgProgressBarCurrentValue(shown);
-            },
+            [delegate = m_appDelegate, shown] { delegate->cfgProgressBarCurrentValue(shown); },
             Wait::No);
         if (m_appDelegate->cancelled()) {
             return false;
         }
-        const ScriptingObjectPtr& photo = selection.at(index);
         appendRecord(photo, recordOf(photo), widths);
     }
     checkLengths(widths);

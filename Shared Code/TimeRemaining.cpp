@@ -14,7 +14,7 @@ namespace
 
 struct StoredRate {
     QLatin1StringView key;
-    double fallback;
+    double fallback{0.0};
 };
 
 constexpr std::array<StoredRate, 4> kStoredRates{{

@@ -47,9 +47,9 @@ struct SplitPath {
 
 } // namespace
 
-CorvaneAppDelegate::CorvaneAppDelegate(const ControllerServices& services, QObject* parent)
+CorvaneAppDelegate::CorvaneAppDelegate(ControllerServices services, QObject* parent)
     : QObject(parent)
-    , m_services(services)
+    , m_services(std::move(services))
     , m_outputSizeMatrix({1, 2, 3, 4, kFixedSizeTag})
 {
     registerFallbacks();

@@ -52,7 +52,7 @@ class CorvaneAppDelegate final : public QObject, public CorvaneDelegate
 public:
     /// `init`: registers the fallback settings and begins to observe "JpegOutputSize", which is
     /// looked at once right here.
-    explicit CorvaneAppDelegate(const ControllerServices& services, QObject* parent = nullptr);
+    explicit CorvaneAppDelegate(ControllerServices services, QObject* parent = nullptr);
     /// Waits for running scans (the main event loop is run while waiting).
     ~CorvaneAppDelegate() override;
 

@@ -3,6 +3,7 @@
 #include "TextLayout.h"
 
 #include <algorithm>
+#include <cmath>
 
 using namespace Qt::StringLiterals;
 
@@ -14,7 +15,7 @@ constexpr int kBarWidth = 24;
 QString bar(qint64 position, qint64 total)
 {
     const double share = total > 0 ? static_cast<double>(position) / static_cast<double>(total) : 0;
-    const int full = static_cast<int>(std::clamp(share, 0.0, 1.0) * kBarWidth + 0.5);
+    const int full = static_cast<int>(std::lround(std::clamp(share, 0.0, 1.0) * kBarWidth));
     return u'[' + QString(full, u'#') + QString(kBarWidth - full, u'-') + u']';
 }
 

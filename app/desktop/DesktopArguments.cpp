@@ -23,8 +23,8 @@ DesktopArguments DesktopArguments::parse(const QStringList& arguments)
 
     // CLI11 takes them from the back.
     std::vector<std::string> reversed;
-    for (auto argument = arguments.crbegin(); argument != arguments.crend(); ++argument) {
-        reversed.push_back(argument->toStdString());
+    for (const QString& argument : arguments) {
+        reversed.insert(reversed.begin(), argument.toStdString());
     }
     DesktopArguments parsed;
     try {

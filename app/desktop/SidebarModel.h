@@ -22,7 +22,7 @@ public:
     [[nodiscard]] static std::optional<PhotoFilter::Collection>
     collection(const QModelIndex& index);
     /// Where a collection stands; of one that is gone, all photos.
-    [[nodiscard]] QModelIndex indexOf(const PhotoFilter::Collection& collection) const;
+    [[nodiscard]] QModelIndex indexOf(const PhotoFilter::Collection& wanted) const;
 
 private:
     QStandardItem* addHeading(const QString& title);

@@ -299,7 +299,7 @@ Result<void> AtomicFile::makeFolder(const QString& path)
         if (::mkdir(QFile::encodeName(name).constData(), 0777) != 0 && errno != EEXIST) {
             return errorFromErrno(errno, u"make the folder"_s, name);
         }
-        const Result<void> flushed = flushFolder(QFileInfo(name).absolutePath());
+        Result<void> flushed = flushFolder(QFileInfo(name).absolutePath());
         if (!flushed.ok()) {
             return flushed;
         }

@@ -22,7 +22,7 @@ constexpr qsizetype kDigestLength = 32;
 constexpr qsizetype kHeadLength = kSignature.size() + kDigestLength + 8;
 
 /// More than any program writes; depth maps and second pictures are a few megabytes.
-constexpr qsizetype kLongest = 64 * 1024 * 1024;
+constexpr qsizetype kLongest = qsizetype{64} * 1024 * 1024;
 
 /// The payloads of the segments before the picture (ITU-T T.81, B.1.1.4) that hold pieces.
 QList<QByteArrayView> piecesIn(QByteArrayView jpeg, QByteArrayView digest)

@@ -127,7 +127,7 @@ std::optional<Error> contradiction(const Bitmap& decoded, const QList<QImage>& r
     }
     const auto picture = SceneComparison::Views::of(decoded);
     for (const QImage& reference : references) {
-        if (const auto failure = contradiction(picture, reference)) {
+        if (auto failure = contradiction(picture, reference)) {
             return failure;
         }
     }

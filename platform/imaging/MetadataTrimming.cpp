@@ -151,7 +151,7 @@ bool isSmaller(const Exiv2::Exifdatum& left, const Exiv2::Exifdatum& right)
 
 QString takeOut(Exiv2::ExifData& exif, Exiv2::ExifData::iterator datum)
 {
-    const QString key = QString::fromStdString(datum->key());
+    QString key = QString::fromStdString(datum->key());
     exif.erase(datum);
     return key;
 }

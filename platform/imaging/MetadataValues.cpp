@@ -82,7 +82,7 @@ QString textOf(const Exiv2::ExifData& exif, const char* key)
 
 QByteArray bytesOf(const Exiv2::ExifData& exif, const char* key)
 {
-    constexpr long kLongest = 64 * 1024;
+    constexpr long kLongest = 64L * 1024;
     const auto found = exif.findKey(Exiv2::ExifKey(key));
     if (found == exif.end() || found->size() <= 0 || found->size() > kLongest) {
         return {};

@@ -14,7 +14,7 @@ namespace
 {
 
 /// Memory that Qt may take for a picture: eight bytes for each pixel allowed, in megabytes.
-constexpr int kMegabytes = static_cast<int>(PictureLimits::kMaximumPixels * 8 / (1024 * 1024));
+constexpr int kMegabytes = static_cast<int>(PictureLimits::kMaximumPixels * 8 / (1024LL * 1024));
 
 Error errorOf(const QImageReader& reader)
 {

@@ -32,7 +32,7 @@ constexpr std::size_t aligned(std::size_t bytes)
 
 /// One colour plane of 16-bit values with aligned rows.
 struct Plane {
-    Plane(QSize size)
+    explicit Plane(QSize size)
         : stride(aligned(static_cast<std::size_t>(size.width()) * sizeof(quint16)))
         , memory(std::aligned_alloc(kAlignment, stride * static_cast<std::size_t>(size.height())))
     {

@@ -342,7 +342,7 @@ std::optional<QString> SceneComparison::thumbnailComplaint(const Bitmap& decoded
     if (!isStructured(shown)) {
         return std::nullopt;
     }
-    if (const auto found = complaint(decoded, thumbnail)) {
+    if (auto found = complaint(decoded, thumbnail)) {
         return found;
     }
     return differsInPlaces(SmallPicture::of(decoded), shown)

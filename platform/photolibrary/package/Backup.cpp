@@ -112,7 +112,7 @@ Result<void> copyAll(const QString& package, const QString& target)
         }
     }
     for (const QString& part : std::as_const(parts)) {
-        if (const Result<void> copied = copyPart(package, target, part); !copied.ok()) {
+        if (Result<void> copied = copyPart(package, target, part); !copied.ok()) {
             return copied;
         }
     }

@@ -44,7 +44,7 @@ Result<void> replace(const QString& path, const QByteArray& old, const QByteArra
     if (bytes == old) {
         return {};
     }
-    if (const Result<void> made = AtomicFile::makeFolder(QFileInfo(path).path()); !made.ok()) {
+    if (Result<void> made = AtomicFile::makeFolder(QFileInfo(path).path()); !made.ok()) {
         return made;
     }
     return AtomicFile::write(path, bytes);

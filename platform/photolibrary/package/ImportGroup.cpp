@@ -4,6 +4,9 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+#include <array>
+
 using namespace Qt::StringLiterals;
 
 QDateTime ImportGroup::freeStamp(Connection& connection, const QString& package, QDateTime moment)
@@ -22,13 +25,11 @@ QDateTime ImportGroup::freeStamp(Connection& connection, const QString& package,
         if (known) {
             return true;
         }
-        for (const QLatin1StringView root :
-             {"Masters/"_L1, "Previews/"_L1, "Thumbnails/"_L1, "Database/Versions/"_L1}) {
-            if (QFileInfo::exists(package + u'/' + root + relative)) {
-                return true;
-            }
-        }
-        return false;
+        constexpr std::array kRoots{
+            "Masters/"_L1, "Previews/"_L1, "Thumbnails/"_L1, "Database/Versions/"_L1};
+        return std::ranges::any_of(kRoots, [&](QLatin1StringView root) {
+            return QFileInfo::exists(package + u'/' + root + relative);
+        });
     };
     while (isTaken(moment)) {
         moment = moment.addSecs(1);

@@ -64,7 +64,7 @@ double wallClockOf(const ImageFacts& facts)
 
 QString insertImportGroup(Writer& writer, const QDateTime& stamp)
 {
-    const QString uuid = Uuid::create();
+    QString uuid = Uuid::create();
     const QString name = QLocale::c().toString(stamp, u"yyyy-MM-dd '@' hh:mm:ss AP"_s);
     RowInsert("RKImportGroup")
         .set("modelId", ModelIds::allocate(writer, "RKImportGroup"))

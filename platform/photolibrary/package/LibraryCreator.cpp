@@ -135,8 +135,8 @@ Result<void> writeBackupMarks(const QString& package, Connection& connection)
     const QString area = u"database"_s;
     const QString uuid = AdminData::text(connection, area, u"tmSyncUuid"_s);
     const int counter = AdminData::text(connection, area, u"tmSyncCounter"_s).toInt();
-    const Result<void> marked = writeList(package + "/Database/tmSync.plist"_L1,
-                                          {{u"tmSyncCounter"_s, counter}, {u"tmSyncUuid"_s, uuid}});
+    Result<void> marked = writeList(package + "/Database/tmSync.plist"_L1,
+                                    {{u"tmSyncCounter"_s, counter}, {u"tmSyncUuid"_s, uuid}});
     if (!marked.ok()) {
         return marked;
     }

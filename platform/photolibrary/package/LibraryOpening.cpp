@@ -60,7 +60,7 @@ Result<void> checkForWriting(Connection& connection,
                              const QList<JournaledTurn>& turns)
 {
     const QString& package = connection.packagePath();
-    if (const Result<void> schema = OpeningChecks::writableSchema(connection); !schema.ok()) {
+    if (Result<void> schema = OpeningChecks::writableSchema(connection); !schema.ok()) {
         return schema;
     }
     const bool clean = OpeningChecks::closedClean(connection);

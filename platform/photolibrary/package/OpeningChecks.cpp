@@ -78,10 +78,10 @@ QStringList writtenPlaces()
 
 /// The tables of one database that reading needs.
 struct Contents {
-    const char* file;
-    const char* allTables; ///< asks for their names
+    const char* file{nullptr};
+    const char* allTables{nullptr}; ///< asks for their names
     std::initializer_list<const char*> tables;
-    bool tellsTheKind; ///< without one of them it is a library of another program
+    bool tellsTheKind{false}; ///< without one of them it is a library of another program
 };
 
 constexpr Contents kContents[] = {
@@ -213,7 +213,7 @@ Result<void> OpeningChecks::permissions(const QString& package)
                 "\"%2\", or copy the library to where you may write."_s.arg(package, path, reason)};
         }
         // What is changed is read before: to be backed up, and to keep what nothing else tells.
-        const Result<void> readable = permitted ? isReadable(package, path) : Result<void>();
+        Result<void> readable = permitted ? isReadable(package, path) : Result<void>();
         if (!readable.ok()) {
             return readable;
         }
@@ -225,7 +225,7 @@ Result<void> OpeningChecks::readable(Connection& connection)
 {
     const QString& package = connection.packagePath();
     for (const Contents& contents : kContents) {
-        if (const Result<void> found = hasTables(connection, contents); !found.ok()) {
+        if (Result<void> found = hasTables(connection, contents); !found.ok()) {
             return found;
         }
     }

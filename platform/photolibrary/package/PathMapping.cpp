@@ -45,7 +45,7 @@ PathMapping::inside(const QString& package, QLatin1StringView folder, const QStr
         return {};
     }
     const QString root = package + u'/' + folder;
-    const QString exact = root + u'/' + relative;
+    QString exact = root + u'/' + relative;
     if (QFileInfo::exists(exact)) {
         return exact;
     }

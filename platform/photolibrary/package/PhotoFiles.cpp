@@ -37,7 +37,7 @@ QString alike(const QString& path)
 QString spelled(const QString& package, const QString& path)
 {
     for (const auto form : {QString::NormalizationForm_C, QString::NormalizationForm_D}) {
-        const QString other = path.normalized(form);
+        QString other = path.normalized(form);
         if (!QFileInfo::exists(package + '/'_L1 + path) &&
             QFileInfo::exists(package + '/'_L1 + other)) {
             return other;

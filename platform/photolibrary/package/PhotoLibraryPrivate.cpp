@@ -111,7 +111,7 @@ Result<void>
 writeFollowers(Connection& connection, const Changes& changes, QString& damagedCatalogue)
 {
     const double now = SystemClock().now();
-    const Result<void> sidecars = Sidecars::write(connection, changes, now);
+    Result<void> sidecars = Sidecars::write(connection, changes, now);
     if (!changes.catalogues) {
         return sidecars;
     }

@@ -4,6 +4,7 @@
 #include <bit>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 namespace
 {
@@ -15,8 +16,8 @@ constexpr quint64 kLastWord = std::numeric_limits<quint32>::max();
 class NumberReader final
 {
 public:
-    explicit NumberReader(const QByteArray& bytes)
-        : m_bytes(bytes)
+    explicit NumberReader(QByteArray bytes)
+        : m_bytes(std::move(bytes))
     {
     }
 

@@ -34,10 +34,10 @@ Result<void> SidecarFile::save()
     if (!bytes.ok()) {
         return bytes.error();
     }
-    if (const Result<void> made = AtomicFile::makeFolder(QFileInfo(m_path).path()); !made.ok()) {
+    if (Result<void> made = AtomicFile::makeFolder(QFileInfo(m_path).path()); !made.ok()) {
         return made;
     }
-    const Result<void> written = AtomicFile::write(m_path, bytes.value());
+    Result<void> written = AtomicFile::write(m_path, bytes.value());
     if (written.ok()) {
         m_old = m_content;
     }

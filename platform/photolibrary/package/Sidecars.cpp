@@ -111,13 +111,13 @@ Result<void> SidecarWriter::writeMaster(const QString& uuid)
     if (!exists || folder.isEmpty()) {
         return {}; // deleted for good, files and all; or a path that leads out of the package
     }
-    if (const Result<void> written = writeMasterFile(uuid, folder); !written.ok()) {
+    if (Result<void> written = writeMasterFile(uuid, folder); !written.ok()) {
         return written;
     }
     const QList<qint64> versions = Sql::integers(
         m_connection, "SELECT modelId FROM RKVersion WHERE masterUuid=? ORDER BY modelId", uuid);
     for (const qint64 version : versions) {
-        const Result<void> written = VersionSidecar::write(m_connection, version, folder, m_now);
+        Result<void> written = VersionSidecar::write(m_connection, version, folder, m_now);
         if (!written.ok()) {
             return written;
         }
