@@ -92,11 +92,6 @@ heif_error append(heif_context* /*context*/, const void* data, std::size_t size,
 
 } // namespace
 
-bool HeifSamples::available()
-{
-    return heif_have_encoder_for_format(kFormat) != 0;
-}
-
 QByteArray HeifSamples::file(const Bitmap& bitmap, const Options& options)
 {
     const Context context(heif_context_alloc());

@@ -4,7 +4,7 @@
 
 #include <QByteArray>
 
-/// HEIF files of the tests' own making.
+/// HEIF files of the tests' own making, by the encoder that Debian's libheif always comes with.
 namespace HeifSamples
 {
 
@@ -18,9 +18,6 @@ struct Options {
     QByteArray icc{};
     Bitmap thumbnail{}; ///< twice as large as the file will hold it; none if null
 };
-
-/// Whether libheif has an encoder here.
-[[nodiscard]] bool available();
 
 /// A HEIC file of the picture (sRGB encoded values), nearly without loss. A failure is a test
 /// failure and yields no bytes.
