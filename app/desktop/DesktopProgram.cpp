@@ -38,6 +38,9 @@ DesktopProgram::DesktopProgram(const QString& settingsFile, QObject* parent)
 
 DesktopProgram::~DesktopProgram()
 {
+    // The controller waits for its scans; what follows their ends is no business of a program that
+    // is going.
+    disconnect(m_controller.get(), nullptr, this, nullptr);
     m_session.requestStop();
     m_presenter.stop();
     m_controller.reset();

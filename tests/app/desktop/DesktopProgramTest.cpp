@@ -205,6 +205,18 @@ TEST_F(DesktopProgramTest, closingDuringAScanStopsItBetweenTwoPhotosWhenToldSo)
     EXPECT_EQ(contents.trash.size(), 0);
 }
 
+TEST_F(DesktopProgramTest, aProgramThatGoesDuringAScanWaitsForItAndLeavesTheLibrarySound)
+{
+    open();
+    actions().selectRaw->trigger();
+    ASSERT_TRUE(waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"2"_s; }));
+    click("selectionScanButton");
+    ASSERT_TRUE(m_program->controller().isScanning());
+    const LibraryContents contents = afterwards();
+    EXPECT_EQ(contents.trash.size(), 0);
+    EXPECT_LE(copiesIn(contents).size(), 2);
+}
+
 TEST_F(DesktopProgramTest, whileAScanRunsNothingIsOpenedPutBackOrDeleted)
 {
     open();
