@@ -273,21 +273,18 @@ QVariant SBUtils::valueOf(const ScriptingObjectPtr& photo,
 void SBUtils::checkLengths(const QVariantList& widths) const
 {
     // It is the load of this bridge that failed, so that is what the failure names.
-    const auto check = [this](const QVariantList& list, const QString& text, int line) {
-        if (list.size() != m_selectionList.size()) {
-            const auto address = reinterpret_cast<quintptr>(this);
-            throw AssertionFailure(text,
-                                   u"loadData of SBUtils 0x%1"_s.arg(address, 0, 16),
-                                   u"Shared Code/SBUtils-iPhoto"_s,
-                                   line);
-        }
+    const QString function =
+        u"loadData of SBUtils 0x%1"_s.arg(reinterpret_cast<quintptr>(this), 0, 16);
+    const QString file = u"Shared Code/SBUtils-iPhoto"_s;
+    const auto isWhole = [count = m_selectionList.size()](const QVariantList& list) {
+        return list.size() == count;
     };
-    check(m_filenameList, u"Missing filenames"_s, __LINE__);
-    check(m_idList, u"Missing image ids"_s, __LINE__);
-    check(m_pathList, u"Missing file paths"_s, __LINE__);
-    check(m_dateList, u"Missing image dates"_s, __LINE__);
-    check(m_heights, u"Missing image heights"_s, __LINE__);
-    check(widths, u"Missing image widths"_s, __LINE__);
+    CORVANE_CONSISTENCY_ASSERT(isWhole(m_filenameList), u"Missing filenames"_s, function, file);
+    CORVANE_CONSISTENCY_ASSERT(isWhole(m_idList), u"Missing image ids"_s, function, file);
+    CORVANE_CONSISTENCY_ASSERT(isWhole(m_pathList), u"Missing file paths"_s, function, file);
+    CORVANE_CONSISTENCY_ASSERT(isWhole(m_dateList), u"Missing image dates"_s, function, file);
+    CORVANE_CONSISTENCY_ASSERT(isWhole(m_heights), u"Missing image heights"_s, function, file);
+    CORVANE_CONSISTENCY_ASSERT(isWhole(widths), u"Missing image widths"_s, function, file);
 }
 
 void SBUtils::computeLists(const QVariantList& widths)

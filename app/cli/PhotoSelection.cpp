@@ -2,7 +2,7 @@
 
 #include "CommandLineTexts.h"
 #include "Console.h"
-#include "Texts.h"
+#include "PhotoMarks.h"
 
 #include <QFileInfo>
 
@@ -21,11 +21,6 @@ bool hasOneOf(const QStringList& names, const QStringList& wanted)
 {
     return std::ranges::any_of(names,
                                [&wanted](const QString& name) { return isNamed(name, wanted); });
-}
-
-bool isConvertedOriginal(const PhotoFacts& photo)
-{
-    return isNamed(Texts::originalKeyword(), photo.keywords);
 }
 
 /// Whether RAW photos alone are meant that were not converted yet.
@@ -98,7 +93,7 @@ ChosenPhotos PhotoSelection::choose(const QList<PhotoFacts>& photos,
         if (!matches(photo, options) || (rawOnly && !photo.raw)) {
             continue;
         }
-        if (rawOnly && isConvertedOriginal(photo)) {
+        if (rawOnly && PhotoMarks::isConvertedOriginal(photo.keywords)) {
             ++chosen.convertedAlready;
             continue;
         }

@@ -1,5 +1,6 @@
 #include "Inspector.h"
 
+#include "PhotoModel.h"
 #include "PhotoTexts.h"
 
 #include <QEvent>

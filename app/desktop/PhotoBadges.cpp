@@ -1,5 +1,6 @@
 #include "PhotoBadges.h"
 
+#include "PhotoMarks.h"
 #include "PhotoModel.h"
 
 #include <QColor>
@@ -29,10 +30,10 @@ QList<Mark> marksOf(const PhotoFacts& photo)
     if (photo.raw) {
         marks += Mark::Raw;
     }
-    if (PhotoModel::isConvertedOriginal(photo)) {
+    if (PhotoMarks::isConvertedOriginal(photo.keywords)) {
         marks += Mark::Converted;
     }
-    if (PhotoModel::isProcessedCopy(photo)) {
+    if (PhotoMarks::isProcessedCopy(photo.keywords)) {
         marks += Mark::Processed;
     }
     return marks;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "LibraryFacts.h"
-#include "PhotoModel.h"
+#include "PhotoMarks.h"
 
 /// Several photos in figures. Any thread.
 struct PhotoFigures {
@@ -21,8 +21,8 @@ struct PhotoFigures {
         movies += photo.movie ? 1 : 0;
         edited += photo.edited ? 1 : 0;
         missing += photo.missing ? 1 : 0;
-        converted += PhotoModel::isConvertedOriginal(photo) ? 1 : 0;
-        processed += PhotoModel::isProcessedCopy(photo) ? 1 : 0;
+        converted += PhotoMarks::isConvertedOriginal(photo.keywords) ? 1 : 0;
+        processed += PhotoMarks::isProcessedCopy(photo.keywords) ? 1 : 0;
         bytes += photo.bytes;
     }
 };

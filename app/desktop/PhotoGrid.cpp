@@ -1,5 +1,6 @@
 #include "PhotoGrid.h"
 
+#include "PhotoMarks.h"
 #include "PhotoModel.h"
 #include "ThumbnailStore.h"
 
@@ -203,7 +204,7 @@ PhotoGrid::RawSelection PhotoGrid::selectRaw()
         if (!photo.raw || photo.movie) {
             return false;
         }
-        if (PhotoModel::isConvertedOriginal(photo)) {
+        if (PhotoMarks::isConvertedOriginal(photo.keywords)) {
             ++found.converted;
             return false;
         }

@@ -1,19 +1,8 @@
 #include "PhotoModel.h"
 
 #include "PhotoTexts.h"
-#include "Texts.h"
 
 using namespace Qt::StringLiterals;
-
-namespace
-{
-
-bool carries(const PhotoFacts& photo, const QString& keyword)
-{
-    return photo.keywords.contains(keyword, Qt::CaseInsensitive);
-}
-
-} // namespace
 
 PhotoModel::PhotoModel(QObject* parent)
     : QAbstractListModel(parent)
@@ -62,14 +51,4 @@ QVariant PhotoModel::data(const QModelIndex& index, int role) const
 QString PhotoModel::titleOf(const PhotoFacts& photo)
 {
     return photo.name.isEmpty() ? photo.fileName : photo.name;
-}
-
-bool PhotoModel::isConvertedOriginal(const PhotoFacts& photo)
-{
-    return carries(photo, Texts::originalKeyword());
-}
-
-bool PhotoModel::isProcessedCopy(const PhotoFacts& photo)
-{
-    return carries(photo, Texts::processedKeyword());
 }

@@ -32,8 +32,6 @@ public:
 
     /// The title, else the file name.
     [[nodiscard]] static QString titleOf(const PhotoFacts& photo);
-    [[nodiscard]] static bool isConvertedOriginal(const PhotoFacts& photo);
-    [[nodiscard]] static bool isProcessedCopy(const PhotoFacts& photo);
 
 private:
     QList<PhotoFacts> m_photos;

@@ -45,13 +45,11 @@ private:
         }                                                                                          \
     } while (false)
 
-/// Raises AssertionFailure with `text` unless the condition holds.
-#define CORVANE_CONSISTENCY_ASSERT(condition, text, file)                                          \
+/// Raises AssertionFailure with `text` unless the condition holds. `function`: the operation that
+/// failed, and of which object, as a reader of the log knows them.
+#define CORVANE_CONSISTENCY_ASSERT(condition, text, function, file)                                \
     do {                                                                                           \
         if (!(condition)) {                                                                        \
-            throw AssertionFailure((text),                                                         \
-                                   QString::fromLatin1(static_cast<const char*>(__func__)),        \
-                                   (file),                                                         \
-                                   __LINE__);                                                      \
+            throw AssertionFailure((text), (function), (file), __LINE__);                          \
         }                                                                                          \
     } while (false)

@@ -1,6 +1,7 @@
 #include "PhotoModel.h"
 
 #include "FactsBuilder.h"
+#include "PhotoMarks.h"
 
 #include <gtest/gtest.h>
 
@@ -45,10 +46,10 @@ TEST(PhotoModelTest, aMissingOriginalIsSaidInWords)
 TEST(PhotoModelTest, theTwoMarksAreFoundInWhateverLetters)
 {
     PhotoFacts facts = FactsBuilder::photo(1, u"a.dng"_s, 1, u"Walk"_s);
-    EXPECT_FALSE(PhotoModel::isConvertedOriginal(facts));
+    EXPECT_FALSE(PhotoMarks::isConvertedOriginal(facts.keywords));
     facts.keywords = QStringList{u"corvane original"_s};
-    EXPECT_TRUE(PhotoModel::isConvertedOriginal(facts));
-    EXPECT_FALSE(PhotoModel::isProcessedCopy(facts));
+    EXPECT_TRUE(PhotoMarks::isConvertedOriginal(facts.keywords));
+    EXPECT_FALSE(PhotoMarks::isProcessedCopy(facts.keywords));
     facts.keywords = QStringList{u"Corvane Processed"_s};
-    EXPECT_TRUE(PhotoModel::isProcessedCopy(facts));
+    EXPECT_TRUE(PhotoMarks::isProcessedCopy(facts.keywords));
 }

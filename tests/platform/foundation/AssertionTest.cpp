@@ -36,10 +36,12 @@ TEST(Assertion, aFailedParameterAssertionCarriesItsTextFunctionFileAndLine)
 TEST(Assertion, aConsistencyAssertionCarriesItsOwnText)
 {
     try {
-        CORVANE_CONSISTENCY_ASSERT(1 > 2, u"the order is lost"_s, u"app/Example"_s);
+        CORVANE_CONSISTENCY_ASSERT(
+            1 > 2, u"the order is lost"_s, u"sort of Example"_s, u"app/Example"_s);
         FAIL() << "nothing was raised";
     } catch (const AssertionFailure& failure) {
         EXPECT_EQ(failure.description(), u"the order is lost"_s);
+        EXPECT_EQ(failure.function(), u"sort of Example"_s);
         EXPECT_EQ(failure.file(), u"app/Example"_s);
     }
 }
