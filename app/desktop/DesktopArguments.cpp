@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -24,8 +25,9 @@ DesktopArguments DesktopArguments::parse(const QStringList& arguments)
     // CLI11 takes them from the back.
     std::vector<std::string> reversed;
     for (const QString& argument : arguments) {
-        reversed.insert(reversed.begin(), argument.toStdString());
+        reversed.push_back(argument.toStdString());
     }
+    std::ranges::reverse(reversed);
     DesktopArguments parsed;
     try {
         parser.parse(reversed);

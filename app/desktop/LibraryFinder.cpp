@@ -1,9 +1,12 @@
 #include "LibraryFinder.h"
 
 #include "OpeningChecks.h"
+#include "PathText.h"
 
 #include <QDir>
 #include <QFileInfo>
+
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -27,6 +30,16 @@ bool LibraryFinder::isLibrary(const QString& path)
     // Most folders are told apart by a name that they lack, without a file being read.
     return QFileInfo::exists(path + QStringLiteral("/Database")) &&
            OpeningChecks::recognise(path).ok();
+}
+
+bool LibraryFinder::looksLikeLibrary(const QString& path)
+{
+    if (!QFileInfo(path).isDir()) {
+        return false;
+    }
+    const QString extension = PathText::extension(QDir::cleanPath(path)).toLower();
+    return extension == "photolibrary"_L1 || extension == "aplibrary"_L1 ||
+           QFileInfo(path + "/Database/apdb/Library.apdb"_L1).isFile();
 }
 
 QStringList LibraryFinder::librariesIn(const QString& folder)

@@ -1,5 +1,6 @@
 #include "LibraryOpenPanel.h"
 
+#include "LibraryFinder.h"
 #include "PathText.h"
 
 #include <QDialogButtonBox>
@@ -45,16 +46,6 @@ std::optional<QString> LibraryOpenPanel::choose(QWidget* parent, const QString& 
     LibraryOpenPanel panel(request, parent);
     return panel.exec() == QDialog::Accepted ? std::make_optional(panel.chosenPath())
                                              : std::nullopt;
-}
-
-bool LibraryOpenPanel::isLibrary(const QString& path)
-{
-    if (!QFileInfo(path).isDir()) {
-        return false;
-    }
-    const QString extension = PathText::extension(QDir::cleanPath(path)).toLower();
-    return extension == "photolibrary"_L1 || extension == "aplibrary"_L1 ||
-           QFileInfo(path + "/Database/apdb/Library.apdb"_L1).isFile();
 }
 
 void LibraryOpenPanel::accept()
@@ -151,7 +142,7 @@ bool LibraryOpenPanel::isPackage(const QString& path) const
     const bool isOfType = !extension.isEmpty() &&
                           m_request.allowedFileTypes.contains(extension, Qt::CaseInsensitive) &&
                           QFileInfo(path).isDir();
-    return isOfType || isLibrary(path);
+    return isOfType || LibraryFinder::looksLikeLibrary(path);
 }
 
 bool LibraryOpenPanel::mayChoose(const QString& path) const

@@ -25,9 +25,6 @@ public:
     /// Nothing when it was cancelled.
     [[nodiscard]] static std::optional<QString> choose(QWidget* parent, const QString& start);
 
-    /// Whether the path is a folder that is a photo library, by its name or by its content.
-    [[nodiscard]] static bool isLibrary(const QString& path);
-
     void accept() override;
 
 private:

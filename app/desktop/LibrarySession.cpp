@@ -201,14 +201,20 @@ void LibrarySession::open(const QString& path, bool afterCrash)
         // The same library again: its lock is given up first.
         const bool again = before != nullptr && before->path() == path;
         if (again) {
-            static_cast<void>(before->close());
+            if (const Result<void> closed = before->close(); !closed.ok()) {
+                systemLog(closed.error().message);
+            }
         }
         Result<OpenedLibrary> result = openLibrary(path, afterCrash);
         if (!result.ok()) {
             if (again) {
                 setLibrary(nullptr);
             }
-            return [this, message = result.error().message] {
+            return [this, again, message = result.error().message] {
+                if (again) {
+                    m_selection.clear();
+                    take({});
+                }
                 emit failed(tr("The library could not be opened"), message);
             };
         }

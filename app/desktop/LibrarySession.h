@@ -27,7 +27,8 @@ public:
     ~LibrarySession() override; ///< closes the library, waiting
 
     /// Opens the package in place of the one that is open, for writing where that can be, else for
-    /// reading. Ends with opened() or failed(); what was open stays open when it fails.
+    /// reading. Ends with opened() or failed(). What was open stays open when it fails, unless it
+    /// is the same package: then none is open, and contentsChanged() comes first.
     void open(const QString& path, bool afterCrash = false);
     /// Reads the contents anew; ends with contentsChanged() or failed().
     void reload();
@@ -71,7 +72,6 @@ signals:
     void restored(int photos);
     void trashEmptied(qint64 bytes);
     /// A person's operation failed: `title` in a few words, `text` with path and remedy.
-    /// `path` and `canOpenAfterCrash`: the library can be opened for writing on request.
     void failed(const QString& title, const QString& text);
     /// The library was opened for reading only, since iPhoto did not close it properly; the person
     /// may ask for open(path, true).

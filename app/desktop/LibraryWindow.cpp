@@ -51,7 +51,7 @@ std::optional<QString> draggedLibrary(const QMimeData* data)
         return std::nullopt;
     }
     const QString path = urls.first().toLocalFile();
-    return LibraryFinder::isLibrary(path) ? std::optional(path) : std::nullopt;
+    return LibraryFinder::looksLikeLibrary(path) ? std::optional(path) : std::nullopt;
 }
 
 /// A text shown in a menu: an ampersand in it is no mnemonic.
@@ -71,7 +71,6 @@ LibraryWindow::LibraryWindow(LibrarySession& session, RecentLibraries& recent, Q
     setObjectName(u"libraryWindow"_s);
     setWindowTitle(tr("Photo Library"));
     setAcceptDrops(true);
-    setUnifiedTitleAndToolBarOnMac(true);
     m_filter.setSourceModel(&m_photos);
     makeCentre();
     makeInspector();
@@ -334,10 +333,10 @@ void LibraryWindow::showContents()
     m_banner->setText(contents.whyReadOnly, contents.path == m_notClosedPath);
     m_showingContents = false;
     showCollection();
-    m_pages->setCurrentIndex(1);
+    m_pages->setCurrentIndex(m_session.isOpen() ? 1 : 0);
     m_welcome->setActivity({});
-    setWindowTitle(tr("%1 — Photo Library").arg(QDir(contents.path).dirName()));
-    setWindowFilePath(contents.path);
+    setWindowTitle(m_session.isOpen() ? tr("%1 — Photo Library").arg(QDir(contents.path).dirName())
+                                      : tr("Photo Library"));
     updateActions();
 }
 

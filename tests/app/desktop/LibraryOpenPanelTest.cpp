@@ -1,5 +1,6 @@
 #include "LibraryOpenPanel.h"
 
+#include "LibraryFinder.h"
 #include "WhenModal.h"
 
 #include <QDialogButtonBox>
@@ -111,12 +112,12 @@ TEST_F(LibraryOpenPanelTest, saysWhatItWants)
 
 TEST_F(LibraryOpenPanelTest, aLibraryIsKnownByNameOrContent)
 {
-    EXPECT_TRUE(LibraryOpenPanel::isLibrary(path(u"Named.photolibrary"_s)));
-    EXPECT_TRUE(LibraryOpenPanel::isLibrary(path(u"Named.photolibrary/"_s)));
-    EXPECT_TRUE(LibraryOpenPanel::isLibrary(path(u"By Content"_s)));
-    EXPECT_FALSE(LibraryOpenPanel::isLibrary(path(u"Plain"_s)));
-    EXPECT_FALSE(LibraryOpenPanel::isLibrary(path(u"a.jpg"_s)));
-    EXPECT_FALSE(LibraryOpenPanel::isLibrary(path(u"none.photolibrary"_s)));
+    EXPECT_TRUE(LibraryFinder::looksLikeLibrary(path(u"Named.photolibrary"_s)));
+    EXPECT_TRUE(LibraryFinder::looksLikeLibrary(path(u"Named.photolibrary/"_s)));
+    EXPECT_TRUE(LibraryFinder::looksLikeLibrary(path(u"By Content"_s)));
+    EXPECT_FALSE(LibraryFinder::looksLikeLibrary(path(u"Plain"_s)));
+    EXPECT_FALSE(LibraryFinder::looksLikeLibrary(path(u"a.jpg"_s)));
+    EXPECT_FALSE(LibraryFinder::looksLikeLibrary(path(u"none.photolibrary"_s)));
 }
 
 TEST_F(LibraryOpenPanelTest, aLibraryIsChosenAsOneThing)
