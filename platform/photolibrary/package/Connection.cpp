@@ -15,7 +15,6 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr std::array kSchemas{"main", "prop", "prox"};
 constexpr std::array kFiles{"Library.apdb", "Properties.apdb", "ImageProxies.apdb"};
 
 QString databasePath(const QString& packagePath, const char* file)

@@ -8,6 +8,7 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
+#include <array>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -18,6 +19,9 @@
 class Connection final
 {
 public:
+    /// The names of the three in SQL.
+    static constexpr std::array kSchemas{"main", "prop", "prox"};
+
     enum class Mode : quint8 {
         Read,   ///< never changes anything, but lets SQLite undo a transaction cut off by a crash
         Write,  ///< everything that is committed is on the disk

@@ -82,7 +82,7 @@ public:
     explicit RoomyCache(Connection& connection)
         : m_connection(connection)
     {
-        for (std::size_t i = 0; i < kSchemas.size(); ++i) {
+        for (std::size_t i = 0; i < Connection::kSchemas.size(); ++i) {
             m_before[i] = connection.database().execAndGet(pragma(i)).getInt();
             set(i, kKibibytes);
         }
@@ -90,7 +90,7 @@ public:
 
     ~RoomyCache()
     {
-        for (std::size_t i = 0; i < kSchemas.size(); ++i) {
+        for (std::size_t i = 0; i < Connection::kSchemas.size(); ++i) {
             set(i, m_before[i]);
         }
     }
@@ -99,12 +99,11 @@ public:
     RoomyCache& operator=(const RoomyCache&) = delete;
 
 private:
-    static constexpr std::array kSchemas{"main", "prop", "prox"};
     static constexpr int kKibibytes = -128 * 1024; ///< below zero: no count of pages
 
     static std::string pragma(std::size_t schema)
     {
-        return std::string("PRAGMA ") + kSchemas[schema] + ".cache_size";
+        return std::string("PRAGMA ") + Connection::kSchemas[schema] + ".cache_size";
     }
 
     void set(std::size_t schema, int size)
@@ -113,7 +112,7 @@ private:
     }
 
     Connection& m_connection;
-    std::array<int, kSchemas.size()> m_before{};
+    std::array<int, Connection::kSchemas.size()> m_before{};
 };
 
 void askQuestions(Connection& connection, QStringList& problems)
@@ -131,7 +130,7 @@ void checkDatabases(Connection& connection, IntegrityCheck::Depth depth, QString
 {
     const char* const check =
         depth == IntegrityCheck::Depth::Quick ? "quick_check(1)" : "integrity_check(1)";
-    for (const char* schema : {"main", "prop", "prox"}) {
+    for (const char* schema : Connection::kSchemas) {
         const std::string sql = std::string("PRAGMA ") + schema + '.' + check;
         const QString found = Sql::firstText(connection, sql.c_str());
         if (found != "ok"_L1) {

@@ -7,6 +7,7 @@
 #include "EventRows.h"
 #include "ImportGroup.h"
 #include "ImportRows.h"
+#include "NumberValue.h"
 #include "PackageFiles.h"
 #include "PackageTurn.h"
 #include "Queries.h"
@@ -96,7 +97,7 @@ Error notAllRemoved(const QString& package, qsizetype photos, const Removal& rem
 {
     constexpr double kMegabyte = 1024.0 * 1024.0;
     const QString freed =
-        QString::number(static_cast<double>(removal.bytes) / kMegabyte, 'f', 2) + " MB"_L1;
+        NumberValue::withTwoDecimals(static_cast<double>(removal.bytes) / kMegabyte) + " MB"_L1;
     const QString deleted = photos == 1 ? u"1 photo was"_s : u"%1 photos were"_s.arg(photos);
     return {ErrorCode::NotWritable,
             u"%1 deleted from the library \"%2\" for good and %3 are free again, but these files "
