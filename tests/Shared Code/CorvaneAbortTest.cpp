@@ -1,6 +1,8 @@
 #include "ScanFixture.h"
 #include "Texts.h"
 
+#include <functional>
+
 using namespace Qt::StringLiterals;
 
 // Every way in which a scan ends early.
@@ -29,6 +31,37 @@ protected:
             calls += u"power.release 4711"_s;
         }
         return calls + QStringList{u"timeRemaining --:--:--"_s};
+    }
+
+    /// Scans a photo that is selected twice, with a list of the bridge changed once it is complete.
+    void scanWithList(const std::function<void(SBUtils&)>& change)
+    {
+        addPicture(u"a.jpg"_s);
+        m_library.selectPhotos({1, 1});
+        Corvane engine(ScanServices{.bridge = m_library,
+                                    .defaults = m_defaults,
+                                    .bundle = m_bundle,
+                                    .power = m_power,
+                                    .notifications = m_notifications,
+                                    .clock = m_clock});
+        m_log.setOnEntry([&](const QString& entry) {
+            if (entry.startsWith(u"Found "_s)) { // the last line of its report
+                change(engine.sbutils());
+            }
+        });
+        runOnWorker([&] { engine.corvaneScan(m_delegate); });
+        m_log.setOnEntry({});
+    }
+
+    void expectListsRefused()
+    {
+        EXPECT_EQ(alerts(),
+                  QStringList{u"alert Unable To Continue: You need to deal with the item(s) that "
+                              "iPhoto could not open because the original referenced item could "
+                              "not be found."_s});
+        EXPECT_EQ(m_library.calls().last(), u"photo 1.properties"_s);
+        EXPECT_EQ(resetAfter(u"alert"_s), reset(false));
+        expectResetWithoutNotification();
     }
 
     [[nodiscard]] bool assertionWasTaken() const { return !told({u"power.create"_s}).isEmpty(); }
@@ -144,30 +177,24 @@ TEST_F(AbortTest, cancellingLaterIsNotLookedAt)
     EXPECT_TRUE(m_delegate.isCancelled);
 }
 
-TEST_F(AbortTest, listsThatDifferFromTheSelectionStopTheScan)
+TEST_F(AbortTest, aListOfPathsThatDiffersFromTheSelectionStopsTheScan)
 {
-    addPicture(u"a.jpg"_s);
-    m_library.selectPhotos({1, 1});
-    Corvane engine(ScanServices{.bridge = m_library,
-                                .defaults = m_defaults,
-                                .bundle = m_bundle,
-                                .power = m_power,
-                                .notifications = m_notifications,
-                                .clock = m_clock});
-    // The lists are complete when the report's last line is written, and lose an entry there.
-    m_log.setOnEntry([&](const QString& entry) {
-        if (entry.startsWith(u"Found "_s)) {
-            engine.sbutils().setPathList({u"/only/one"_s});
-        }
-    });
-    runOnWorker([&] { engine.corvaneScan(m_delegate); });
-    EXPECT_EQ(alerts(),
-              QStringList{u"alert Unable To Continue: You need to deal with the item(s) that "
-                          "iPhoto could not open because the original referenced item could not "
-                          "be found."_s});
-    EXPECT_EQ(m_library.calls().last(), u"photo 1.properties"_s);
-    EXPECT_EQ(resetAfter(u"alert"_s), reset(false));
-    expectResetWithoutNotification();
+    scanWithList([](SBUtils& bridge) { bridge.setPathList({u"/only/one"_s}); });
+    expectListsRefused();
+}
+
+TEST_F(AbortTest, aListOfFileNamesThatDiffersFromTheSelectionStopsTheScan)
+{
+    scanWithList([](SBUtils& bridge) { bridge.setFilenameList({u"one"_s, u"two"_s, u"three"_s}); });
+    expectListsRefused();
+}
+
+TEST_F(AbortTest, aListOfSizesThatDiffersFromTheSelectionIsTakenAsItIs)
+{
+    scanWithList([](SBUtils& bridge) { bridge.setSizeList({}); });
+    EXPECT_EQ(m_library.imports().size(), 2);
+    ASSERT_EQ(m_delegate.finished.size(), 2);
+    EXPECT_EQ(m_delegate.finished.first().originalBytes, 0);
 }
 
 TEST_F(AbortTest, aPhotoWithoutASourceStopsTheWholeScan)
@@ -185,6 +212,48 @@ TEST_F(AbortTest, aPhotoWithoutASourceStopsTheWholeScan)
     EXPECT_EQ(m_library.turns(), (QStringList{u"begin"_s, u"rollback"_s}));
     ASSERT_EQ(m_delegate.finished.size(), 1);
     EXPECT_EQ(m_delegate.finished.first().kind, PhotoOutcome::Kind::Missing);
+    expectResetWithoutNotification();
+}
+
+TEST_F(AbortTest, aPhotoWithoutAnOriginalStopsTheScanWhereOriginalsAreConverted)
+{
+    addPicture(u"a.jpg"_s);
+    m_library.photo(1).name = u"The name"_s;
+    m_library.photo(1).originalPath = std::nullopt;
+    addPicture(u"b.jpg"_s);
+    set(u"ProcessingOption"_s, true);
+    scan({1, 2});
+    EXPECT_EQ(after(m_library.calls(), u"album 2.type"_s),
+              (QStringList{u"photo 1.originalPath"_s, u"photo 1.name"_s}));
+    EXPECT_EQ(alerts(),
+              QStringList{u"alert Conversion Aborted: "_s + Texts::imageMissing(u"The name"_s)});
+    EXPECT_EQ(resetAfter(u"alert"_s), reset(true));
+    expectResetWithoutNotification();
+}
+
+TEST_F(AbortTest, onlyTheFileThatIsConvertedNeedsAPath)
+{
+    addPicture(u"a.jpg"_s);
+    m_library.photo(1).originalPath = std::nullopt;
+    scan({1});
+    EXPECT_EQ(m_library.imports().size(), 1);
+
+    addPicture(u"b.jpg"_s);
+    m_library.photo(3).properties->insert(u"imagePath"_s, QVariant());
+    set(u"ProcessingOption"_s, true);
+    scan({3});
+    EXPECT_EQ(m_library.imports().size(), 2);
+    EXPECT_TRUE(alerts().filter(u"Aborted"_s).isEmpty());
+}
+
+TEST_F(AbortTest, anEmptyPathIsOneAtWhichNoFileIs)
+{
+    addPicture(u"a.jpg"_s);
+    m_library.photo(1).properties->remove(u"imagePath"_s);
+    scan({1});
+    EXPECT_EQ(
+        alerts(),
+        QStringList{u"alert Conversion Aborted: "_s + Texts::imageMissing(u"a.jpg"_s, u""_s)});
     expectResetWithoutNotification();
 }
 

@@ -1,5 +1,7 @@
 #include "ScanFixture.h"
 
+#include <stdexcept>
+
 using namespace Qt::StringLiterals;
 
 // What the photo application raises in a scan.
@@ -140,6 +142,34 @@ TEST_F(RaiseTest, aRollWithoutANameEndsTheScanBeforeItsLoop)
     EXPECT_EQ(alerts(),
               QStringList{u"alert Conversion Aborted: Roll 7 has no name in AlbumData.xml"_s});
     expectResetWithoutNotification();
+}
+
+TEST_F(RaiseTest, listsThatAreNotWholeEndTheScanBeforeItsLoop)
+{
+    m_library.selectPhotos({1, 2});
+    Corvane engine(ScanServices{.bridge = m_library,
+                                .defaults = m_defaults,
+                                .bundle = m_bundle,
+                                .power = m_power,
+                                .notifications = m_notifications,
+                                .clock = m_clock});
+    m_library.whenCalled(u"photo 2.properties"_s, [&] { engine.sbutils().setFilenameList({}); });
+    runOnWorker([&] { engine.corvaneScan(m_delegate); });
+    EXPECT_EQ(alerts(), QStringList{u"alert Conversion Aborted: Missing filenames"_s});
+    EXPECT_EQ(m_library.calls().last(), u"photo 2.properties"_s);
+    expectResetWithoutNotification();
+}
+
+TEST_F(RaiseTest, whateverElseIsRaisedEndsTheScanTheSameWay)
+{
+    watchAlert();
+    m_library.whenCalled(u"application.lastImportAlbum"_s,
+                         [] { throw std::runtime_error("something else"); });
+    scan({1, 2});
+    EXPECT_EQ(alerts(), QStringList{u"alert Conversion Aborted: something else"_s});
+    EXPECT_EQ(m_turnsAtAlert, (QStringList{u"begin"_s, u"rollback"_s}));
+    expectResetWithoutNotification();
+    expectNoTemporaryFile();
 }
 
 } // namespace

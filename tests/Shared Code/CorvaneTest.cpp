@@ -20,29 +20,6 @@ protected:
     {
     }
 
-    /// Adds a picture for each name, in a catalogue that gives it a roll of that name; picture i
-    /// has id i + 1. Scans file by roll then.
-    void addPicturesOfRolls(const QStringList& rollNames)
-    {
-        QString images;
-        QString rolls;
-        for (qsizetype index = 0; index < rollNames.size(); ++index) {
-            const qint64 id = addPicture(u"%1.jpg"_s.arg(index + 1));
-            m_library.photo(id).previewPath = u"/l/guid%1/a.jpg"_s.arg(index);
-            images += u"<key>%1</key><dict><key>GUID</key><string>guid%1</string>"
-                      "<key>Roll</key><integer>%1</integer></dict>"_s.arg(index);
-            rolls += u"<dict><key>RollID</key><integer>%1</integer>"
-                     "<key>RollName</key><string>%2</string></dict>"_s.arg(index)
-                         .arg(rollNames.at(index));
-        }
-        QFile file(m_folder.filePath(u"AlbumData.xml"_s));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(u"<plist version=\"1.0\"><dict><key>Master Image List</key><dict>%1</dict>"
-                   "<key>List of Rolls</key><array>%2</array></dict></plist>"_s.arg(images, rolls)
-                       .toUtf8());
-        m_delegate.library = m_folder.path();
-    }
-
     Corvane m_engine;
 };
 
@@ -198,6 +175,54 @@ TEST_F(CorvaneTest, aCompletedRunStoresTheFourRatesThatItLearnt)
     EXPECT_DOUBLE_EQ(rate(u"estDataLoadingRate"_s), (1.0 + 2.0 / 5.0) / 3.0);
     EXPECT_DOUBLE_EQ(rate(u"estAlbumLoadingRate"_s), (1.0 + 2.0 / 8.0) / 3.0);
     EXPECT_DOUBLE_EQ(rate(u"estConversionRate"_s), (0.1 + 1.0 / 20.0) / 2.0);
+}
+
+TEST_F(CorvaneTest, everyStageIsEstimatedAtItsBoundsAndEachPhotoAtItsPosition)
+{
+    for (const auto& name : {u"a.jpg"_s, u"b.jpg"_s, u"c.jpg"_s}) {
+        addPicture(name);
+    }
+    // 1024, 128, 16 and 4 seconds an item.
+    m_defaults.setDouble(u"estStartupRate"_s, 1.0 / 1024.0);
+    m_defaults.setDouble(u"estDataLoadingRate"_s, 1.0 / 128.0);
+    m_defaults.setDouble(u"estAlbumLoadingRate"_s, 1.0 / 16.0);
+    m_defaults.setDouble(u"estConversionRate"_s, 1.0 / 4.0);
+    const QList<std::pair<QString, double>> durations{{u"a.jpg"_s, 2.0}, {u"b.jpg"_s, 4.0}};
+    for (const auto& [name, seconds] : durations) {
+        m_library.whenCalled(u"album 1.importFrom "_s + name,
+                             [this, taken = seconds] { m_clock.advance(taken); });
+    }
+    scan({1, 2, 3});
+    EXPECT_EQ(told({u"timeRemaining"_s}),
+              (QStringList{u"timeRemaining 00:58:36"_s, // 3 of each stage
+                           u"timeRemaining 00:07:24"_s,
+                           u"timeRemaining 00:07:24"_s, // 3 x (128 + 16 + 4)
+                           u"timeRemaining 00:01:00"_s,
+                           u"timeRemaining 00:01:00"_s, // 3 x (16 + 4)
+                           u"timeRemaining 00:00:12"_s,
+                           u"timeRemaining 00:00:12"_s, // 3 x 4
+                           u"timeRemaining 00:00:08"_s, // 2 x 4
+                           u"timeRemaining 00:00:02"_s, // 1 / ((1 / 4 + 1 / 2) / 2)
+                           u"timeRemaining 00:00:00"_s,
+                           u"timeRemaining --:--:--"_s}));
+    // ((1 / 4 + 1 / 2) + 1 / 4) / 3: two photos were learnt from, the third one was not.
+    EXPECT_DOUBLE_EQ(m_defaults.doubleValue(u"estConversionRate"_s), 1.0 / 3.0);
+}
+
+TEST_F(CorvaneTest, theEstimateStandsStillAfterAFailedConversionAndGoesOnAfterASkippedPhoto)
+{
+    addBroken(u"a.jpg"_s);
+    addPicture(u"b.jpg"_s);
+    addPicture(u"c.jpg"_s);
+    m_library.photo(2).height = 0;
+    set(u"ProcessingOption"_s, true); // each photo converts its own original
+    scan({1, 2, 3});
+    EXPECT_EQ(told({u"timeRemaining"_s}).last(5),
+              (QStringList{u"timeRemaining 00:00:30"_s,
+                           u"timeRemaining 00:00:30"_s,
+                           u"timeRemaining 00:00:20"_s,
+                           u"timeRemaining 00:00:00"_s,
+                           u"timeRemaining --:--:--"_s}));
 }
 
 } // namespace

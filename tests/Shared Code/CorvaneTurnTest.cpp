@@ -202,6 +202,61 @@ TEST_F(TurnTest, afterAFailedConversionThePathsOfTheListAreThoseOfAnotherPhoto)
     expectNoTemporaryFile();
 }
 
+TEST_F(TurnTest, aSourceThatFailedOnceFailsForTheRestOfThatScan)
+{
+    addPicture(u"a.jpg"_s);
+    const QString source = m_folder.filePath(u"a.jpg"_s);
+    setOriginalSize(1, kMegabyte);
+    m_delegate.scale = 0.0F; // leaves no pixels
+    m_delegate.onPhotoFinished = [this](const PhotoOutcome&) { m_delegate.scale = 1.0F; };
+    scan({1, 1});
+    EXPECT_EQ(kinds(), (QList<Kind>{Kind::Failed, Kind::Failed}));
+    EXPECT_EQ(m_delegate.finished.last().reason, source + u" failed earlier in this scan"_s);
+    EXPECT_TRUE(m_library.imports().isEmpty());
+    // It is not even tried again.
+    EXPECT_EQ(after(m_library.calls(), u"photo 1.longitude"_s),
+              (QStringList{u"photo 1.originalPath"_s, u"photo 1.height"_s}));
+    // It counts each time, and is said nowhere but in the outcomes.
+    EXPECT_EQ(alerts(), QStringList{u"alert All Done: "_s + Texts::finished(2 * kMegabyte, 0)});
+    EXPECT_EQ(m_log.entries(),
+              (QStringList{u"iPhoto Version 9.6.1"_s,
+                           u"Building Lists"_s,
+                           u"Found 0 images with issues"_s}));
+    scan({1});
+    EXPECT_EQ(kinds().last(), Kind::Converted);
+}
+
+TEST_F(TurnTest, anotherFileOfAPhotoThatFailedIsTriedAllTheSame)
+{
+    addPicture(u"a.jpg"_s);
+    const QString other = makePicture(u"other.jpg"_s);
+    m_library.photo(1).evidence.files.append(other);
+    set(u"ProcessingOption"_s, true);
+    m_delegate.scale = 0.0F;
+    bool failed = false;
+    m_delegate.onPhotoFinished = [this, &failed](const PhotoOutcome&) {
+        m_delegate.scale = 1.0F;
+        failed = true;
+    };
+    // Within the second turn: what is changed in the first goes with it.
+    m_library.journal().setBeforeLine([this, &failed, other](const QString& line) {
+        if (failed && line == u"photo 1.originalPath"_s) {
+            m_library.photo(1).originalPath = other;
+        }
+    });
+    scan({1, 1});
+    EXPECT_EQ(kinds(), (QList<Kind>{Kind::Failed, Kind::Converted}));
+}
+
+TEST_F(TurnTest, aSourceThatWasSkippedHasNotFailed)
+{
+    addPicture(u"a.jpg"_s);
+    m_library.photo(1).height = 0;
+    m_delegate.onPhotoFinished = [this](const PhotoOutcome&) { m_library.photo(1).height = 64; };
+    scan({1, 1});
+    EXPECT_EQ(kinds(), (QList<Kind>{Kind::Unsupported, Kind::Converted}));
+}
+
 TEST_F(TurnTest, aPictureOfAnotherPhotoIsAFailedConversion)
 {
     addPicture(u"a.jpg"_s);

@@ -150,13 +150,40 @@ TEST_F(RecordsTest, missingSidesBecomeZero)
 
 TEST_F(RecordsTest, aPropertyThatIsEmptyIsStoredAsNullWithoutAnIssue)
 {
-    for (const auto& [key, value] : completeRecord().asKeyValueRange()) {
-        loadWith(key, QVariant());
+    const QList<std::pair<QString, const QVariantList& (SBUtils::*)() const>> lists{
+        {u"imageFilename"_s, &SBUtils::filenameList},
+        {u"imagePath"_s, &SBUtils::pathList},
+        {u"originalPath"_s, &SBUtils::originalsPathList},
+        {u"date"_s, &SBUtils::dateList},
+        {u"id"_s, &SBUtils::idList},
+        {u"height"_s, &SBUtils::heights}};
+    for (const auto& [emptyKey, emptyList] : lists) {
+        loadWith(emptyKey, QVariant());
         EXPECT_EQ(m_log.entries().last(), u"Found 0 images with issues"_s);
+        for (const auto& [key, list] : lists) {
+            const QVariantList& entries = (m_bridge.*list)();
+            ASSERT_EQ(entries.size(), 1);
+            EXPECT_EQ(entries.first().isNull(), key == emptyKey)
+                << qPrintable(key) << " where empty is " << qPrintable(emptyKey);
+        }
     }
-    loadWith(u"imagePath"_s, QVariant());
-    EXPECT_TRUE(m_bridge.pathList().first().isNull());
-    EXPECT_FALSE(m_bridge.originalsPathList().first().isNull());
+}
+
+TEST_F(RecordsTest, aWidthThatIsEmptyCountsAsZeroWithoutAnIssue)
+{
+    loadWith(u"width"_s, QVariant());
+    EXPECT_EQ(m_bridge.dimsList(), QVariantList{0.0F});
+    EXPECT_EQ(m_log.entries().last(), u"Found 0 images with issues"_s);
+}
+
+TEST_F(RecordsTest, sidesAreReadInThirtyTwoBits)
+{
+    constexpr qint64 kTwoTo32 = 4294967296;
+    loadWith(u"height"_s, kTwoTo32);
+    EXPECT_EQ(m_bridge.heights(), QVariantList{kTwoTo32});
+    EXPECT_EQ(m_bridge.dimsList(), QVariantList{0.0F}); // nothing is divided by a height of 0
+    loadWith(u"width"_s, kTwoTo32 + 6000);
+    EXPECT_EQ(m_bridge.dimsList(), QVariantList{2.0F});
 }
 
 TEST_F(RecordsTest, aHeightOfZeroGivesNoRatio)
@@ -322,6 +349,28 @@ INSTANTIATE_TEST_SUITE_P(EveryList,
                                                    }},
                                          LostEntry{"Missing image heights", [](SBUtils& bridge) {
                                                        bridge.setHeights({});
+                                                   }}));
+
+INSTANTIATE_TEST_SUITE_P(EveryListThatIsTooLong,
+                         LengthsTest,
+                         testing::Values(LostEntry{"Missing filenames",
+                                                   [](SBUtils& bridge) {
+                                                       bridge.setFilenameList({1, 2});
+                                                   }},
+                                         LostEntry{"Missing image ids",
+                                                   [](SBUtils& bridge) {
+                                                       bridge.setIdList({1, 2});
+                                                   }},
+                                         LostEntry{"Missing file paths",
+                                                   [](SBUtils& bridge) {
+                                                       bridge.setPathList({1, 2});
+                                                   }},
+                                         LostEntry{"Missing image dates",
+                                                   [](SBUtils& bridge) {
+                                                       bridge.setDateList({1, 2});
+                                                   }},
+                                         LostEntry{"Missing image heights", [](SBUtils& bridge) {
+                                                       bridge.setHeights({1, 2});
                                                    }}));
 
 TEST_F(RecordsTest, theListOfOriginalsIsNotCheckedForItsLength)

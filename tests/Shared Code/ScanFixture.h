@@ -25,7 +25,11 @@
 class ScanFixture : public testing::Test
 {
 protected:
-    ScanFixture()
+    /// `shared`: where the library's calls, too, are written, among those of the controller; or
+    /// nothing, and calls() of the library are its own alone.
+    explicit ScanFixture(const std::shared_ptr<Journal>& shared = nullptr)
+        : m_library(shared)
+        , m_told(shared ? shared : std::make_shared<Journal>())
     {
         qputenv("TMPDIR", QFile::encodeName(m_temporary.path()));
         m_defaults.registerDefaults({{QStringLiteral("TagEnabled"), false},
@@ -72,6 +76,33 @@ protected:
     qint64 addBroken(const QString& name)
     {
         return m_library.addPhotoFile(makeBroken(name), 96, 64);
+    }
+
+    /// Adds a picture for each name, in a catalogue that gives it a roll of that name; picture i
+    /// has id i + 1. Scans file by roll then.
+    void addPicturesOfRolls(const QStringList& rollNames)
+    {
+        QString images;
+        QString rolls;
+        for (qsizetype index = 0; index < rollNames.size(); ++index) {
+            const qint64 id = addPicture(QStringLiteral("%1.jpg").arg(index + 1));
+            m_library.photo(id).previewPath = QStringLiteral("/l/guid%1/a.jpg").arg(index);
+            images += QStringLiteral("<key>%1</key><dict><key>GUID</key><string>guid%1</string>"
+                                     "<key>Roll</key><integer>%1</integer></dict>")
+                          .arg(index);
+            rolls += QStringLiteral("<dict><key>RollID</key><integer>%1</integer>"
+                                    "<key>RollName</key><string>%2</string></dict>")
+                         .arg(index)
+                         .arg(rollNames.at(index));
+        }
+        QFile file(m_folder.filePath(QStringLiteral("AlbumData.xml")));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QStringLiteral("<plist version=\"1.0\"><dict><key>Master Image List</key>"
+                                  "<dict>%1</dict><key>List of Rolls</key><array>%2</array>"
+                                  "</dict></plist>")
+                       .arg(images, rolls)
+                       .toUtf8());
+        m_delegate.library = m_folder.path();
     }
 
     void set(const QString& key, bool value) { m_defaults.setBool(key, value); }
@@ -171,7 +202,7 @@ protected:
     FakePhotoApplication m_library;
     FakeNotifications m_notifications;
     /// Controller and power management write into one journal: their calls are seen interleaved.
-    std::shared_ptr<Journal> m_told{std::make_shared<Journal>()};
+    std::shared_ptr<Journal> m_told;
     FakeDelegate m_delegate{m_told};
     JournalingPower m_power{m_told};
 };

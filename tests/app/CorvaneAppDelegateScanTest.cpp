@@ -1,5 +1,8 @@
 #include "ControllerFixture.h"
+#include "ProgressIndicator.h"
 #include "Scripting.h"
+
+#include <QImage>
 
 using namespace Qt::StringLiterals;
 
@@ -9,6 +12,16 @@ namespace
 /// Selection, launching scans, progress and alerts.
 class CorvaneAppDelegateScanTest : public ControllerFixture
 {
+protected:
+    /// Adds a photo of a picture on disk and answers its id.
+    qint64 addPicture(const QString& name)
+    {
+        QImage picture(96, 64, QImage::Format_RGB32);
+        picture.fill(qRgb(120, 90, 60));
+        const QString path = m_folder.filePath(name);
+        EXPECT_TRUE(picture.save(path));
+        return m_application.addPhotoFile(path, picture.width(), picture.height());
+    }
 };
 
 TEST_F(CorvaneAppDelegateScanTest, onePhotoCountsAsOneAndOneAlbumAsNone)
@@ -190,6 +203,38 @@ TEST_F(CorvaneAppDelegateScanTest, progressIsTheNumbersDoubleValue)
     EXPECT_FALSE(controller.progressIndicator().isIndeterminate());
     EXPECT_EQ(controller.progressIndicator().maxValue(), 12.0);
     EXPECT_EQ(controller.progressIndicator().doubleValue(), 3.5);
+}
+
+TEST_F(CorvaneAppDelegateScanTest, theBarsMaximumIsTheSelectionsSizeFromItsLoadingToTheNextOne)
+{
+    m_application.setKeywords({u"Corvane Original"_s, u"Corvane Processed"_s});
+    const QList<qint64> photos{addPicture(u"a.jpg"_s), addPicture(u"b.jpg"_s)};
+    CorvaneAppDelegate& controller = wake();
+    const ProgressIndicator& bar = controller.progressIndicator();
+    QList<double> maxima;
+    for (const QString& call : {u"application.selection"_s,
+                                u"photo 1.properties"_s,
+                                u"photo 2.properties"_s,
+                                u"photo 1.height"_s,
+                                u"photo 2.height"_s,
+                                u"photo 2.removeFrom"_s}) {
+        m_application.whenCalled(call, [&] { maxima.append(bar.maxValue()); });
+    }
+    m_defaults.setBool(u"TrashEnabled"_s, true);
+    const auto scan = [&](const QList<qint64>& selection) {
+        maxima.clear();
+        m_application.selectPhotos(selection);
+        controller.selectionScan(nullptr);
+        waitForScans();
+        maxima.append(bar.maxValue());
+        return maxima;
+    };
+    EXPECT_EQ(scan(photos), (QList<double>{100.0, 2.0, 2.0, 2.0, 2.0, 2.0, 2.0}));
+    EXPECT_FALSE(bar.isIndeterminate());
+    EXPECT_EQ(bar.doubleValue(), 0.0);
+    EXPECT_EQ(scan({photos.last()}), (QList<double>{2.0, 1.0, 1.0, 1.0, 1.0}));
+    EXPECT_EQ(m_presenter.sheets().size(), 2);
+    EXPECT_EQ(m_presenter.sheets().last().messageText, u"All Done"_s);
 }
 
 TEST_F(CorvaneAppDelegateScanTest, anInformationTextChangesNothing)

@@ -1,0 +1,132 @@
+#include "BitmapImage.h"
+#include "FakeDelegate.h"
+#include "FakePhotoApplication.h"
+#include "ImageBuilder.h"
+#include "JpegConversion.h"
+#include "JpegDestination.h"
+#include "QtPrinters.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+// What a conversion is compared with before it is taken for one.
+
+namespace
+{
+
+constexpr QSize kPhotoSize(240, 180);
+constexpr QSize kPreviewSize(160, 120);
+
+/// The scene with red and blue exchanged: as light and as dark, and in other colours.
+Bitmap miscoloured(QSize size, Transfer transfer)
+{
+    Bitmap bitmap = ImageBuilder::scene(size, transfer);
+    for (int y = 0; y < bitmap.pixelsHigh(); ++y) {
+        const auto row = bitmap.row(y);
+        for (std::size_t i = 0; i < row.size(); i += 3) {
+            std::swap(row[i], row[i + 2]);
+        }
+    }
+    return bitmap;
+}
+
+QByteArray jpegOf(const Bitmap& bitmap)
+{
+    const auto jpeg = JpegDestination::encodePlain(bitmap, 0.9);
+    return jpeg.ok() ? jpeg.value() : QByteArray();
+}
+
+class JpegConversionProofTest : public testing::Test
+{
+protected:
+    /// Makes photo 1 of that file.
+    void addPhoto(const QString& name, const QByteArray& bytes)
+    {
+        m_source = m_folder.filePath(name);
+        ImageBuilder::write(m_source, bytes);
+        m_library.addPhotoFile(m_source, kPhotoSize.width(), kPhotoSize.height());
+    }
+
+    /// Gives it a picture that the library rendered of it.
+    void setLibraryPreview(const Bitmap& bitmap)
+    {
+        const QString path = m_folder.filePath(u"preview.jpg"_s);
+        ImageBuilder::write(path, jpegOf(bitmap));
+        m_library.photo(1).evidence.previewPath = path;
+    }
+
+    [[nodiscard]] Result<ConvertedJpeg> convert()
+    {
+        const PhotoPtr photo = m_library.photoHandle(1);
+        return JpegConversion::convert(m_source, *photo, m_delegate);
+    }
+
+    void expectConverted()
+    {
+        const Result<ConvertedJpeg> jpeg = convert();
+        EXPECT_TRUE(jpeg.ok()) << qPrintable(jpeg.ok() ? QString() : jpeg.error().message);
+    }
+
+    void expectOtherColours()
+    {
+        const Result<ConvertedJpeg> jpeg = convert();
+        ASSERT_FALSE(jpeg.ok());
+        EXPECT_EQ(jpeg.error().code, ErrorCode::Damaged);
+        EXPECT_EQ(jpeg.error().message,
+                  u"The finished JPEG did not pass its proof: its colours are not those of the "
+                  "preview of the photo."_s);
+    }
+
+    QTemporaryDir m_folder;
+    QString m_source;
+    FakePhotoApplication m_library;
+    FakeDelegate m_delegate;
+};
+
+TEST_F(JpegConversionProofTest, aPictureMustBeAlikeToTheLibrarysOwn)
+{
+    addPhoto(u"IMG_1.jpg"_s, jpegOf(miscoloured(kPhotoSize, Transfer::Srgb)));
+    expectConverted();
+    setLibraryPreview(miscoloured(kPreviewSize, Transfer::Srgb));
+    expectConverted();
+    setLibraryPreview(ImageBuilder::scene(kPreviewSize));
+    expectOtherColours();
+}
+
+TEST_F(JpegConversionProofTest, theLibrarysPictureOfAnEditedPhotoProvesNothing)
+{
+    addPhoto(u"IMG_1.jpg"_s, jpegOf(miscoloured(kPhotoSize, Transfer::Srgb)));
+    setLibraryPreview(ImageBuilder::scene(kPreviewSize));
+    m_library.photo(1).evidence.edited = true;
+    expectConverted();
+}
+
+TEST_F(JpegConversionProofTest, aLibrarysPictureThatIsGoneProvesNothing)
+{
+    addPhoto(u"IMG_1.jpg"_s, jpegOf(miscoloured(kPhotoSize, Transfer::Srgb)));
+    setLibraryPreview(ImageBuilder::scene(kPreviewSize));
+    ASSERT_TRUE(QFile::remove(m_library.photo(1).evidence.previewPath));
+    expectConverted();
+}
+
+TEST_F(JpegConversionProofTest, aRawPictureMustBeAlikeToThePreviewInItsFile)
+{
+    const Bitmap light = miscoloured(kPhotoSize, Transfer::Linear);
+    addPhoto(u"IMG_1.dng"_s,
+             ImageBuilder::dng(light,
+                               {.crop = {},
+                                .preview = jpegOf(miscoloured(kPreviewSize, Transfer::Srgb)),
+                                .orientation = 1}));
+    expectConverted();
+    ImageBuilder::write(
+        m_source,
+        ImageBuilder::dng(
+            light,
+            {.crop = {}, .preview = jpegOf(ImageBuilder::scene(kPreviewSize)), .orientation = 1}));
+    expectOtherColours();
+}
+
+} // namespace
