@@ -28,6 +28,11 @@ QString Directories::state()
     return baseDirectory("XDG_STATE_HOME", "/.local/state"_L1) + "/corvane"_L1;
 }
 
+QStringList Directories::libraries()
+{
+    return {state(), u"/var/lib/corvane"_s};
+}
+
 QString Directories::pictures()
 {
     return QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);

@@ -36,6 +36,13 @@ TEST_F(DirectoriesTest, elseTheyLieInTheHome)
     EXPECT_EQ(Directories::config(), QDir::homePath() + u"/.config/corvane"_s);
 }
 
+TEST_F(DirectoriesTest, theUsersLibraryComesBeforeTheMachines)
+{
+    qputenv("XDG_STATE_HOME", "/some/state");
+    EXPECT_EQ(Directories::libraries(),
+              (QStringList{u"/some/state/corvane"_s, u"/var/lib/corvane"_s}));
+}
+
 TEST_F(DirectoriesTest, askingMakesNoFolder)
 {
     EXPECT_FALSE(QFileInfo::exists(Directories::config()));

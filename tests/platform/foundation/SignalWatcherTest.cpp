@@ -3,6 +3,7 @@
 #include "Interruption.h"
 
 #include <QEventLoop>
+#include <QProcess>
 
 #include <gtest/gtest.h>
 
@@ -21,7 +22,31 @@ TEST(SignalWatcherTest, theFirstSignalAsksToStop)
         ASSERT_EQ(kill(getpid(), number), 0);
         loop.exec();
         EXPECT_TRUE(interruption.isRequested());
+        EXPECT_EQ(watcher.firstSignal(), number);
     }
+}
+
+TEST(SignalWatcherTest, whoIsAskedToStopInAnotherWayHasNoSignalToTellOf)
+{
+    Interruption interruption;
+    const SignalWatcher watcher(interruption);
+    interruption.request();
+    EXPECT_EQ(watcher.firstSignal(), 0);
+    EXPECT_EQ(SignalWatcher::exitStatus(SIGTERM), 143);
+}
+
+TEST(SignalWatcherTest, aProgramThatIsStartedMeanwhileIsEndedByTheSignals)
+{
+    Interruption interruption;
+    const SignalWatcher watcher(interruption);
+    for (const QString& name : {QStringLiteral("INT"), QStringLiteral("TERM")}) {
+        QProcess program;
+        program.start(QStringLiteral("sh"),
+                      {QStringLiteral("-c"), QStringLiteral("kill -%1 $$; exit 0").arg(name)});
+        ASSERT_TRUE(program.waitForFinished());
+        EXPECT_EQ(program.exitStatus(), QProcess::CrashExit) << name.toStdString();
+    }
+    EXPECT_FALSE(interruption.isRequested());
 }
 
 TEST(SignalWatcherTest, theSecondSignalEndsTheProcessAsIfNobodyWatched)
