@@ -4,6 +4,7 @@
 #include "Console.h"
 #include "Documents.h"
 #include "ExitStatus.h"
+#include "Interruption.h"
 #include "TextLayout.h"
 
 #include <utility>
@@ -53,6 +54,9 @@ InfoCommand::InfoCommand(LibraryOptions libraryOptions, Options options)
 int InfoCommand::executeWithLibrary(PhotoLibrary& library, const CommandServices& services)
 {
     const Result<LibrarySummary> summary = library.summary();
+    if (services.interruption.isRequested()) {
+        return interruptedEarly(services);
+    }
     if (!summary.ok()) {
         return failed(summary.error(), services);
     }

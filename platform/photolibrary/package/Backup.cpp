@@ -13,6 +13,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 using namespace Qt::StringLiterals;
@@ -22,6 +23,8 @@ namespace
 
 constexpr qsizetype kLastKept = 3;
 constexpr QLatin1StringView kUnfinished(".unfinished");
+/// Sorts by moment.
+const QString kStamp = u"yyyyMMdd-HHmmss-zzz"_s;
 
 /// The databases that this process has open.
 const QStringList& openDatabases()
@@ -119,21 +122,57 @@ Result<void> copyAll(const QString& package, const QString& target)
     return AtomicFile::flushFolder(target);
 }
 
+/// The moment that a copy's name tells; invalid for any other folder.
+QDateTime momentOf(const QString& name)
+{
+    QDateTime moment = QDateTime::fromString(name, kStamp);
+    moment.setTimeSpec(Qt::UTC);
+    return moment;
+}
+
+/// Names of the finished copies, the oldest first. Other folders are none of them.
+QStringList finishedCopies(const QString& backupsFolder)
+{
+    QStringList names =
+        QDir(backupsFolder).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+    names.removeIf([](const QString& name) { return !momentOf(name).isValid(); });
+    return names;
+}
+
+/// A name behind those of all copies that are there, also where the clock was set back meanwhile:
+/// their order tells which are the first and the last.
+QString newName(const QString& backupsFolder)
+{
+    QDateTime moment = QDateTime::currentDateTimeUtc();
+    const QStringList names = finishedCopies(backupsFolder);
+    if (!names.isEmpty()) {
+        moment = std::max(moment, momentOf(names.last()).addMSecs(1));
+    }
+    return moment.toString(kStamp);
+}
+
 /// Removes one of our own dated folders; its name is checked, so that nothing else can be meant.
 void removeCopy(const QString& backupsFolder, const QString& name)
 {
-    const bool isDated = name.size() >= 15 && name.at(0).isDigit() && !name.contains(u'/');
-    const QString path = backupsFolder + u'/' + name;
-    if (isDated && QDir::isAbsolutePath(path)) {
-        QDir(path).removeRecursively();
+    const QString stamp = name.endsWith(kUnfinished) ? name.chopped(kUnfinished.size()) : name;
+    if (momentOf(stamp).isValid() && QDir::isAbsolutePath(backupsFolder)) {
+        QDir(backupsFolder + u'/' + name).removeRecursively();
+    }
+}
+
+/// What a crash left of copies under way; the library's lock keeps other writers away.
+void removeUnfinished(const QString& backupsFolder)
+{
+    const QStringList names =
+        QDir(backupsFolder).entryList({u'*' + kUnfinished}, QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString& name : names) {
+        removeCopy(backupsFolder, name);
     }
 }
 
 void keepFirstAndLast(const QString& backupsFolder)
 {
-    QStringList names =
-        QDir(backupsFolder).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
-    names.removeIf([](const QString& name) { return name.endsWith(kUnfinished); });
+    const QStringList names = finishedCopies(backupsFolder);
     for (qsizetype index = 1; index < names.size() - kLastKept; ++index) {
         removeCopy(backupsFolder, names.at(index));
     }
@@ -158,7 +197,8 @@ Result<QString> Backup::make(const QString& package, const QString& backupsFolde
     if (const Result<void> folder = AtomicFile::makeFolder(backupsFolder); !folder.ok()) {
         return notBackedUp(folder.error(), package, backupsFolder);
     }
-    const QString stamp = QDateTime::currentDateTime().toString(u"yyyyMMdd-HHmmss-zzz"_s);
+    removeUnfinished(backupsFolder);
+    const QString stamp = newName(backupsFolder);
     const QString unfinished = backupsFolder + u'/' + stamp + kUnfinished;
     const QString finished = backupsFolder + u'/' + stamp;
     if (!QDir().mkdir(unfinished)) {

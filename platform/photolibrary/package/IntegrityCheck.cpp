@@ -4,6 +4,7 @@
 #include "PathMapping.h"
 #include "Queries.h"
 #include "RowIdIndexes.h"
+#include "Schema.h"
 
 #include <QDirIterator>
 #include <QFileInfo>
@@ -58,6 +59,14 @@ constexpr Question kQuestions[] = {
      " ON v.modelId = p.versionId LEFT JOIN prop.RKUniqueString s ON s.modelId = p.stringId"
      " WHERE v.modelId IS NULL OR s.modelId IS NULL",
      "%2 text(s) of photos name a photo or a string that is not there, the first is %1."},
+    {"SELECT p.modelId FROM prop.RKOtherProperty p LEFT JOIN RKVersion v"
+     " ON v.modelId = p.versionId LEFT JOIN prop.RKUniqueString s ON s.modelId = p.stringId"
+     " WHERE v.modelId IS NULL OR (p.stringId IS NOT NULL AND s.modelId IS NULL)",
+     "%2 other text(s) of photos name a photo or a string that is not there, the first is %1."},
+    {"SELECT p.modelId FROM prop.RKExifStringProperty p LEFT JOIN RKVersion v"
+     " ON v.modelId = p.versionId LEFT JOIN prop.RKUniqueString s ON s.modelId = p.stringId"
+     " WHERE v.modelId IS NULL OR (p.stringId IS NOT NULL AND s.modelId IS NULL)",
+     "%2 camera text(s) of photos name a photo or a string that is not there, the first is %1."},
     {"SELECT p.modelId FROM prop.RKExifNumberProperty p LEFT JOIN RKVersion v"
      " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
      "%2 number(s) of photos belong to no photo, the first is %1."},
@@ -126,12 +135,10 @@ void askQuestions(Connection& connection, QStringList& problems)
     }
 }
 
-void checkDatabases(Connection& connection, IntegrityCheck::Depth depth, QStringList& problems)
+void checkDatabases(Connection& connection, QStringList& problems)
 {
-    const char* const check =
-        depth == IntegrityCheck::Depth::Quick ? "quick_check(1)" : "integrity_check(1)";
     for (const char* schema : Connection::kSchemas) {
-        const std::string sql = std::string("PRAGMA ") + schema + '.' + check;
+        const std::string sql = std::string("PRAGMA ") + schema + ".integrity_check(1)";
         const QString found = Sql::firstText(connection, sql.c_str());
         if (found != "ok"_L1) {
             problems << u"A database is damaged: %1."_s.arg(found);
@@ -177,7 +184,9 @@ QStringList ofRows(Connection& connection)
     QStringList problems;
     askQuestions(connection, problems);
     checkCounters(connection, problems);
-    problems << RowIdIndexes::mismatches(connection);
+    if (Schema::mismatches(connection).isEmpty()) { // older schemas lack columns that are indexed
+        problems << RowIdIndexes::mismatches(connection);
+    }
     return problems;
 }
 
@@ -241,11 +250,11 @@ void checkStrayMasters(Connection& connection,
 
 } // namespace
 
-QStringList IntegrityCheck::ofDatabases(Connection& connection, Depth depth)
+QStringList IntegrityCheck::ofDatabases(Connection& connection)
 {
     const RoomyCache cache(connection);
     QStringList problems;
-    checkDatabases(connection, depth, problems);
+    checkDatabases(connection, problems);
     return problems.isEmpty() ? ofRows(connection) : problems;
 }
 
@@ -261,7 +270,7 @@ QStringList IntegrityCheck::problems(Connection& connection, const QSet<QString>
 {
     const RoomyCache cache(connection);
     QStringList problems;
-    checkDatabases(connection, Depth::Full, problems);
+    checkDatabases(connection, problems);
     if (problems.isEmpty()) { // what a damaged database says of the rest proves nothing
         problems << ofRows(connection) << ofFiles(connection, namedFiles);
     }

@@ -37,7 +37,8 @@ struct PhotoFacts {
     bool hidden{false};
     bool movie{false};
     bool missing{false}; ///< its original is no file that exists; one that may not be read is there
-    qint64 bytes{0};     ///< of the original on disk, readable or not; 0 when missing
+    bool unreadable{false}; ///< its original is there, but this user may not read it
+    qint64 bytes{0};        ///< of the original on disk, readable or not; 0 when missing
 
     /// Numbers that the library does not have of this photo; they stand here as 0.
     struct Unknown {

@@ -67,9 +67,7 @@ Result<void> checkForWriting(Connection& connection,
     if (!clean && !options.afterCrash) {
         return notClosed(package);
     }
-    // A person waits while a sound library is opened; one that was left open is looked at in full.
-    const QStringList problems = IntegrityCheck::ofDatabases(
-        connection, clean ? IntegrityCheck::Depth::Quick : IntegrityCheck::Depth::Full);
+    const QStringList problems = IntegrityCheck::ofDatabases(connection);
     if (!problems.isEmpty()) {
         return notSound(package, problems, u"Let iPhoto repair it, or restore it from a backup."_s);
     }

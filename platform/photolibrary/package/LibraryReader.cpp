@@ -12,7 +12,9 @@
 #include <QTimeZone>
 #include <QVariant>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -84,6 +86,11 @@ NamesByPhoto albumsByPhoto(Connection& connection)
     return names;
 }
 
+QString textOrNothing(const SQLite::Column& column)
+{
+    return column.isText() ? Sql::text(column) : QString();
+}
+
 std::optional<double> realOrNothing(const SQLite::Column& column)
 {
     return column.isInteger() || column.isFloat() ? std::optional<double>(column.getDouble())
@@ -118,6 +125,12 @@ std::optional<qint64> bytesOnDisk(const QString& path)
     return S_ISREG(status.st_mode) ? std::optional<qint64>(status.st_size) : std::nullopt;
 }
 
+/// Whether the effective user may read the file, as open() will be told.
+bool mayBeRead(const QString& path)
+{
+    return ::faccessat(AT_FDCWD, QFile::encodeName(path).constData(), R_OK, AT_EACCESS) == 0;
+}
+
 /// Reads the columns of kPhotos one after another.
 class PhotoReader final
 {
@@ -144,18 +157,18 @@ private:
     void readIdentity(PhotoFacts& photo)
     {
         photo.id = next().getInt64();
-        photo.guid = Sql::text(next());
-        photo.masterGuid = Sql::text(next());
-        photo.fileName = Sql::text(next());
-        photo.name = Sql::text(next());
-        photo.comment = Sql::text(next());
+        photo.guid = textOrNothing(next());
+        photo.masterGuid = textOrNothing(next());
+        photo.fileName = textOrNothing(next());
+        photo.name = textOrNothing(next());
+        photo.comment = textOrNothing(next());
         photo.rating = numberOf(integerOrNothing(next()), photo.unknown.rating);
     }
 
     void readPlaceAndTime(PhotoFacts& photo)
     {
         photo.date = numberOf(realOrNothing(next()), photo.unknown.date);
-        photo.zoneName = Sql::text(next());
+        photo.zoneName = textOrNothing(next());
         photo.width = numberOf(integerOrNothing(next()), photo.unknown.width);
         photo.height = numberOf(integerOrNothing(next()), photo.unknown.height);
         photo.latitude = realOrNothing(next());
@@ -165,27 +178,30 @@ private:
 
     void readFiles(PhotoFacts& photo)
     {
-        const QString imagePath = Sql::text(next());
+        const QString imagePath = textOrNothing(next());
         const bool isReference = next().getInt() != 0;
         photo.raw = next().getInt() != 0;
-        photo.movie = Sql::text(next()) == "VIDT"_L1;
+        photo.movie = textOrNothing(next()) == "VIDT"_L1;
         photo.edited = next().getInt() != 0;
         photo.hidden = next().getInt() != 0;
-        const QString preview = Sql::text(next());
-        const QString thumbnail = Sql::text(next());
+        const SQLite::Column previewColumn = next();
+        const bool hasNoPreview = previewColumn.isNull();
+        const QString preview = textOrNothing(previewColumn);
+        const QString thumbnail = textOrNothing(next());
         photo.rollId = next().getInt64();
-        photo.rollName = Sql::text(next());
+        photo.rollName = textOrNothing(next());
         photo.originalPath = PathMapping::master(m_package, imagePath, isReference);
         photo.previewPath = PathMapping::inside(m_package, "Previews"_L1, preview);
-        photo.imagePath = preview.isNull() ? photo.originalPath : photo.previewPath;
+        photo.imagePath = hasNoPreview ? photo.originalPath : photo.previewPath;
         photo.thumbnailPath = PathMapping::inside(m_package, "Thumbnails"_L1, thumbnail);
         const std::optional<double> rotation = realOrNothing(next());
         const std::optional<double> importedRotation = realOrNothing(next());
         photo.rotated = rotation && importedRotation && *rotation != *importedRotation;
         const std::optional<qint64> bytes = bytesOnDisk(photo.originalPath);
         photo.missing = !bytes.has_value();
+        photo.unreadable = !photo.missing && !mayBeRead(photo.originalPath);
         photo.bytes = bytes.value_or(0);
-        const QString alternate = Sql::text(next());
+        const QString alternate = textOrNothing(next());
         const bool alternateIsReference = next().getInt() != 0;
         if (m_inTrash && !alternate.isNull()) {
             const QString path = PathMapping::master(m_package, alternate, alternateIsReference);
@@ -306,7 +322,6 @@ LibrarySummary LibraryReader::summary(Connection& connection, const QSet<QString
     summary.problems = IntegrityCheck::problems(connection, namedFiles);
     summary.writable =
         isWritable(connection) &&
-        (summary.problems.isEmpty() ||
-         IntegrityCheck::ofDatabases(connection, IntegrityCheck::Depth::Quick).isEmpty());
+        (summary.problems.isEmpty() || IntegrityCheck::ofDatabases(connection).isEmpty());
     return summary;
 }

@@ -234,6 +234,9 @@ Result<void> OpeningChecks::readable(Connection& connection)
     if (application != "com.apple.iPhoto9"_L1) {
         return foreign(package, u"not one of iPhoto (its owner is \"%1\")"_s.arg(application));
     }
+    if (AdminData::text(connection, u"database"_s, u"isIPhotoLibrary"_s) != "1"_L1) {
+        return foreign(package, u"marked as no library of iPhoto"_s);
+    }
     if (schemaVersion(connection, u"versionMajor"_s) != kSchemaMajor) {
         return foreign(package, u"of an unknown schema"_s);
     }

@@ -126,11 +126,15 @@ std::optional<QVariantMap> PackagePhoto::properties()
     if (isText(record->fileName)) {
         properties.insert(u"imageFilename"_s, record->fileName);
     }
+    const QVariant master = pathValue(masterPath(package, *record));
     if (isText(record->imagePath)) {
-        const QString master = masterPath(package, *record);
-        const QString preview = below(package, "Previews"_L1, record->preview);
-        properties.insert(u"originalPath"_s, pathValue(master));
-        properties.insert(u"imagePath"_s, pathValue(isText(record->preview) ? preview : master));
+        properties.insert(u"originalPath"_s, master);
+    }
+    if (isText(record->preview)) {
+        properties.insert(u"imagePath"_s,
+                          pathValue(below(package, "Previews"_L1, record->preview)));
+    } else if (record->preview.isNull() && isText(record->imagePath)) {
+        properties.insert(u"imagePath"_s, master);
     }
     if (isNumber(record->date)) {
         properties.insert(

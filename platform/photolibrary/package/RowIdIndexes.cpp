@@ -270,8 +270,8 @@ Sets wantedSets(Connection& connection, const Source& source)
 
 bool mayHoldMore(const Source& source, const Key& key)
 {
-    return key.index == "manAlbumIdClosure"_L1 || key.index == "propertyKey"_L1 ||
-           std::string_view(source.table).ends_with("Property");
+    return key.index == "manAlbumIdClosure"_L1 || key.index == "folderIdClosure"_L1 ||
+           key.index == "propertyKey"_L1 || std::string_view(source.table).ends_with("Property");
 }
 
 QString describe(const Source& source, const Key& key, QLatin1StringView what)

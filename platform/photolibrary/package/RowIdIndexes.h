@@ -39,8 +39,8 @@ void removeRows(Writer& writer, const char* table, const QList<qint64>& modelIds
 void recomputeAll(Writer& writer);
 
 /// A sentence for each index that says otherwise than the tables; empty when all are right. Sets of
-/// string ids and of albums below a folder may hold more than needed: the application leaves stale
-/// ids there.
+/// string ids, and of albums and folders below a folder, may hold more than needed: the application
+/// leaves stale ids there.
 [[nodiscard]] QStringList mismatches(Connection& connection);
 
 } // namespace RowIdIndexes

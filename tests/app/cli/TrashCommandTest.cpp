@@ -1,5 +1,5 @@
-#include "../../platform/photolibrary/package/OrdinaryUser.h"
 #include "CommandFixture.h"
+#include "OrdinaryUser.h"
 
 #include <QJsonArray>
 

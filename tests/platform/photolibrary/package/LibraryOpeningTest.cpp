@@ -102,6 +102,40 @@ TEST_F(OpenedLibrary, databasesThatContradictThemselvesAreNotWrittenToHoweverThe
     EXPECT_NE(open(Access::Read), nullptr) << "it is read all the same";
 }
 
+TEST_F(OpenedLibrary, anIndexThatLacksARowIsDamageHoweverTheLibraryWasClosed)
+{
+    importOne(u"IMG_1.JPG"_s);
+    // The index is not known while a row is added to its table.
+    change("PRAGMA writable_schema=ON;"
+           "CREATE TABLE kept AS SELECT * FROM sqlite_master WHERE type = 'index' AND"
+           " tbl_name = 'RKKeyword' AND sql IS NOT NULL;"
+           "DELETE FROM sqlite_master WHERE name IN (SELECT name FROM kept)");
+    change("INSERT INTO RKKeyword(modelId, uuid, name, searchName) VALUES(900, 'u', 'n', 'n')");
+    change("PRAGMA writable_schema=ON;"
+           "INSERT INTO sqlite_master SELECT * FROM kept; DROP TABLE kept");
+    change("UPDATE RKAdminData SET propertyValue = '1000' WHERE propertyArea = 'RKKeyword'"
+           " AND propertyName = 'nextModelId'");
+    expectSays(refusal(ErrorCode::Damaged), {"A database is damaged", "corvane-cli info"});
+    const auto library = open(Access::Read);
+    ASSERT_NE(library, nullptr);
+    const auto summary = library->summary();
+    ASSERT_TRUE(summary.ok());
+    EXPECT_FALSE(summary.value().problems.isEmpty());
+    EXPECT_FALSE(summary.value().writable);
+}
+
+TEST_F(OpenedLibrary, textsOfPhotosThatAreNotThereAreAProblem)
+{
+    importOne(u"IMG_1.JPG"_s);
+    for (const char* table : {"RKOtherProperty", "RKExifStringProperty"}) {
+        const std::string sql = std::string("INSERT INTO prop.") + table +
+                                "(modelId, versionId, propertyKey) VALUES(4711, 4711, 'x')";
+        change(sql.c_str());
+    }
+    EXPECT_EQ(problems().filter(u"name a photo or a string that is not there"_s).size(), 2)
+        << problems().join(u'\n').toStdString();
+}
+
 TEST_F(OpenedLibrary, strayAndMissingFilesDoNotKeepAClosedLibraryFromBeingWrittenTo)
 {
     importOne(u"IMG_1.JPG"_s);

@@ -260,18 +260,22 @@ TEST_F(LibraryReaderTest, anOriginalThatMayNotBeReadIsNotMissing)
 {
     add();
     EXPECT_TRUE(only().missing);
+    EXPECT_FALSE(only().unreadable);
     const MasterFile master(package(), 1234);
     ASSERT_TRUE(master.isMade());
     EXPECT_EQ(only().bytes, 1234);
+    EXPECT_FALSE(only().unreadable);
     const OrdinaryUser user({QFileInfo(package()).absolutePath()});
     {
         const WithPermissions closed(master.path(), 0);
         EXPECT_FALSE(only().missing);
+        EXPECT_TRUE(only().unreadable);
         EXPECT_EQ(only().bytes, 1234);
         EXPECT_EQ(summary().missing, 0);
     }
     const WithPermissions closed(master.folder(), 0);
     EXPECT_FALSE(only().missing);
+    EXPECT_TRUE(only().unreadable);
     EXPECT_EQ(only().bytes, 0);
 }
 
@@ -356,4 +360,19 @@ TEST(PathMapping, aNameIsFoundInEachSpellingThatTheMacTookForTheSame)
     for (const QString& out : {u"/etc/passwd"_s, u"2010/../../x"_s, u".."_s, QString()}) {
         EXPECT_TRUE(PathMapping::inside(folder.path(), "Masters"_L1, out).isEmpty());
     }
+}
+
+TEST_F(LibraryReaderTest, aLibraryOfAnOlderSchemaIsSummedUpWithoutTheColumnsItLacks)
+{
+    Writer to = writer();
+    addPhoto(EventRows::createEvent(to, u"One"_s));
+    connection().resetStatements();
+    connection().database().exec("DROP INDEX RKMaster_burstUuid_index");
+    connection().database().exec("ALTER TABLE RKMaster DROP COLUMN burstUuid");
+    connection().database().exec("ALTER TABLE RKFolder DROP COLUMN minImageTimeZoneName");
+    const LibrarySummary summary = LibraryReader::summary(connection(), {});
+    EXPECT_EQ(summary.photos, 1);
+    EXPECT_FALSE(summary.writable);
+    EXPECT_TRUE(summary.problems.filter(u"rows"_s).isEmpty())
+        << summary.problems.join(u'\n').toStdString();
 }

@@ -1,12 +1,11 @@
+#include "ChildProcess.h"
 #include "OrdinaryUser.h"
 #include "WritableLibrary.h"
 
 #include <QFile>
 
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <functional>
 
 using namespace Qt::StringLiterals;
@@ -20,18 +19,13 @@ protected:
     /// Opens the library for writing in a process of its own, lets it work and ends it at once.
     void crashAfter(const Work& work) const
     {
-        const pid_t child = ::fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            workAndEnd(work);
-        }
-        int status = -1;
-        pid_t ended = -1;
-        do {
-            ended = ::waitpid(child, &status, 0);
-        } while (ended < 0 && errno == EINTR);
-        ASSERT_EQ(ended, child);
-        ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the child failed";
+        ChildProcess child([&](ChildProcess&) {
+            auto library = PhotoLibrary::open(package(), {Access::Write, false});
+            if (library.ok()) {
+                work(*library.value()); // it ends the process itself
+            }
+        });
+        ASSERT_TRUE(child.crashed()) << "the child failed";
     }
 
     /// Opening for writing recovers; then gives the library up again.
@@ -47,21 +41,6 @@ protected:
     {
         QFile file(package() + u"/AlbumData.xml"_s);
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    }
-
-private:
-    [[noreturn]] void workAndEnd(const Work& work) const
-    {
-        try {
-            auto library = PhotoLibrary::open(package(), {Access::Write, false});
-            if (!library.ok()) {
-                ::_exit(1);
-            }
-            work(*library.value());
-        } catch (const std::exception&) {
-            ::_exit(2);
-        }
-        ::_exit(3); // the work itself ends the process
     }
 };
 

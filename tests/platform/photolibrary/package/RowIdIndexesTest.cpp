@@ -142,6 +142,19 @@ TEST_F(RowIdIndexesTest, stringIdsThatAreNoLongerUsedMayStay)
     expectSoundIndexes();
 }
 
+TEST_F(RowIdIndexesTest, foldersThatAreNoLongerThereMayStayInAClosure)
+{
+    Writer to = writer();
+    ASSERT_GT(number("SELECT count(*) FROM RKFolder_RidIndexes WHERE indexName ="
+                     " 'folderIdClosure' AND ?1 > 0",
+                     1),
+              0);
+    const QString folder = Sql::firstText(
+        connection(), "SELECT value FROM RKFolder_RidIndexes WHERE indexName = 'folderIdClosure'");
+    RowIdIndexes::add(to, "RKFolder", u"folderIdClosure"_s, folder, {4711});
+    expectSoundIndexes();
+}
+
 TEST_F(RowIdIndexesTest, ratingsCountAsAtLeastAndOnlyOfWhatTheUserSees)
 {
     Writer to = writer();
