@@ -1,6 +1,7 @@
 #include "CorvaneAppDelegate.h"
 
 #include "AccessTexts.h"
+#include "AlternateSignalStack.h"
 #include "Bundle.h"
 #include "Corvane.h"
 #include "Directories.h"
@@ -141,12 +142,23 @@ void CorvaneAppDelegate::awakeFromNib()
 
 void CorvaneAppDelegate::applicationDidFinishLaunching()
 {
-    if (m_services.checkForNewCrashes) {
-        m_services.checkForNewCrashes();
-    }
+    checkForNewCrashes();
     m_services.notifications.setShouldPresent([this](const UserNotification&) {
         return userNotificationCenterShouldPresentNotification();
     });
+}
+
+/// What is raised, where no address for crash reports is given above all, ends this step alone.
+void CorvaneAppDelegate::checkForNewCrashes()
+{
+    if (!m_services.checkForNewCrashes) {
+        return;
+    }
+    try {
+        m_services.checkForNewCrashes();
+    } catch (const std::exception& exception) {
+        systemLog(QString::fromUtf8(exception.what()));
+    }
 }
 
 void CorvaneAppDelegate::applicationDidBecomeActive()
@@ -225,6 +237,7 @@ void CorvaneAppDelegate::settleLibrary()
 void CorvaneAppDelegate::startScan(std::unique_ptr<Corvane> engine)
 {
     std::unique_ptr<QThread> thread(QThread::create([this, started = std::move(engine)]() mutable {
+        const AlternateSignalStack signalStack;
         // The run owns the engine; it ends on its own thread, whose connections it used.
         const std::unique_ptr<Corvane> running = std::move(started);
         running->corvaneScan(*this);

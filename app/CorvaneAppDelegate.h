@@ -37,7 +37,8 @@ struct ControllerServices {
     PowerManagement& power;
     UserNotificationCenter& notifications;
     Clock& clock;
-    /// Looks for crash logs; the first thing after launching. Empty: this face offers none.
+    /// Looks for crash logs; the first thing after launching. What it raises is logged. Empty:
+    /// this face offers none.
     std::function<void()> checkForNewCrashes;
 };
 
@@ -174,6 +175,7 @@ signals:
 
 private:
     void registerFallbacks();
+    void checkForNewCrashes();
     void observeSettings();
     /// The output-size setting changed: takes fixed size and scale factor from it. Other keys are
     /// none of its business.

@@ -48,7 +48,7 @@ set(CPACK_DEBIAN_CORVANE_PACKAGE_NAME corvane)
 set(CPACK_DEBIAN_CORVANE_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_CORVANE_PACKAGE_DEPENDS
     "hicolor-icon-theme, libqt6svg6, qt6-image-formats-plugins")
-set(CPACK_DEBIAN_CORVANE_PACKAGE_RECOMMENDS "qt6-wayland, xdg-utils")
+set(CPACK_DEBIAN_CORVANE_PACKAGE_RECOMMENDS "ca-certificates, qt6-wayland, xdg-utils")
 set(CPACK_DEBIAN_CORVANE_PACKAGE_SUGGESTS corvane-cli)
 set(CPACK_DEBIAN_CORVANE_DESCRIPTION
 "replace RAW photos of iPhoto libraries by JPEG copies (desktop)

@@ -2,6 +2,7 @@
 #include "Clock.h"
 #include "Command.h"
 #include "Console.h"
+#include "CrashLogWriter.h"
 #include "DesktopNotificationCenter.h"
 #include "DesktopWorkspace.h"
 #include "Face.h"
@@ -20,6 +21,8 @@ int main(int argc, char** argv)
 {
     // A closed pipe is an error of a write, not the end of the process in the midst of a turn.
     std::signal(SIGPIPE, SIG_IGN);
+    const Bundle bundle(QStringLiteral(":/corvane"));
+    CrashLogWriter::install(CrashLogWriter::factsOf(bundle, QStringLiteral("corvane-cli")));
     const QCoreApplication application(argc, argv);
     Interruption interruption;
     const SignalWatcher watcher(interruption);
@@ -30,7 +33,6 @@ int main(int argc, char** argv)
     }
     Console console(output, error, TerminalFacts::ofThisProcess());
     const MessageLog log(console);
-    const Bundle bundle(QStringLiteral(":/corvane"));
     DesktopWorkspace workspace;
     LoginPowerManagement power;
     DesktopNotificationCenter notifications;

@@ -7,6 +7,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QEventLoop>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -26,7 +27,7 @@ DesktopProgram::DesktopProgram(const QString& settingsFile, QObject* parent)
           .power = m_power,
           .notifications = m_notifications,
           .clock = m_clock,
-          .checkForNewCrashes = {},
+          .checkForNewCrashes = [this] { m_crashReporting.checkForNewCrashes(); },
       }))
 {
     m_controller->awakeFromNib();
@@ -75,7 +76,7 @@ void DesktopProgram::followLibrary()
         // of the program, so the count follows at once.
         m_controller->applicationDidBecomeActive();
     });
-    connect(&m_session, &LibrarySession::opened, this, &DesktopProgram::resetControls);
+    connect(&m_session, &LibrarySession::shown, this, &DesktopProgram::resetControls);
 }
 
 void DesktopProgram::followScan()
@@ -172,6 +173,15 @@ bool DesktopProgram::mayQuit()
         emit ended();
         return true;
     }
+    if (isToldToStop()) {
+        stopAndQuit();
+    }
+    return false;
+}
+
+/// Asks whether the running scan is to be stopped.
+bool DesktopProgram::isToldToStop()
+{
     QMessageBox box(QMessageBox::Question,
                     tr("Corvane"),
                     tr("A scan is running. Stop it and quit?"),
@@ -184,26 +194,46 @@ bool DesktopProgram::mayQuit()
     const QPushButton* const stop = box.addButton(tr("&Stop and Quit"), QMessageBox::AcceptRole);
     box.setDefaultButton(keep);
     box.setEscapeButton(keep);
+    m_question = &box;
     box.exec();
-    if (box.clickedButton() == stop) {
-        stopAndQuit();
-    }
-    return false;
+    return box.clickedButton() == stop;
 }
 
 void DesktopProgram::stopAndQuit()
 {
-    if (!m_controller->isScanning()) {
-        quit();
+    if (m_quitting) {
         return;
     }
     m_quitting = true;
     m_session.requestStop();
-    // Nobody answers what the scan still has to ask.
+    // Nobody answers what the scan still has to ask; also one that is about to begin.
     m_presenter.stop();
+    if (m_question) {
+        m_question->reject();
+    }
+    if (!m_controller->isScanning()) {
+        quit();
+        return;
+    }
     m_libraryWindow->setEnabled(false);
     m_corvaneWindow->setEnabled(false);
     m_corvaneWindow->setWindowTitle(tr("Stopping…"));
+}
+
+bool DesktopProgram::mayEndSession(bool mayAsk)
+{
+    if (m_controller->isScanning()) {
+        if (mayAsk && !m_quitting && !isToldToStop()) {
+            return false;
+        }
+        stopAndQuit();
+    }
+    // The session waits for the answer, and then for nothing more.
+    QEventLoop loop;
+    while (m_controller->isScanning() || m_session.isBusy()) {
+        loop.processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return true;
 }
 
 void DesktopProgram::quit()

@@ -4,6 +4,7 @@
 #include "Clock.h"
 #include "CorvaneAppDelegate.h"
 #include "CorvaneWindow.h"
+#include "CrashReporting.h"
 #include "DesktopNotificationCenter.h"
 #include "DesktopPresenter.h"
 #include "DesktopWorkspace.h"
@@ -14,6 +15,7 @@
 #include "UserDefaults.h"
 
 #include <QObject>
+#include <QPointer>
 
 #include <memory>
 
@@ -31,8 +33,12 @@ public:
 
     /// Shows the windows and opens a library: the one given; else, offers those that it finds.
     void start(const QString& library);
-    /// Ends the program: asks a running scan to stop between two photos and waits for it.
+    /// Ends the program, which ended() tells: at once, or when a running scan has followed the
+    /// request to stop between two photos. Nobody is asked; a second call changes nothing.
     void stopAndQuit();
+    /// The person's session on the machine is about to end: stops a running scan and waits for it.
+    /// `mayAsk`: the person is asked first. NO when the person wants the scan to go on.
+    [[nodiscard]] bool mayEndSession(bool mayAsk);
 
     [[nodiscard]] CorvaneAppDelegate& controller() { return *m_controller; }
 
@@ -41,6 +47,8 @@ public:
     [[nodiscard]] LibraryWindow& libraryWindow() { return *m_libraryWindow; }
 
     [[nodiscard]] CorvaneWindow& corvaneWindow() { return *m_corvaneWindow; }
+
+    [[nodiscard]] const CrashReporting& crashReporting() const { return m_crashReporting; }
 
 signals:
     /// Every window is closed and no scan runs.
@@ -55,6 +63,7 @@ private:
     void showAbout();
     [[nodiscard]] bool mayQuit();
     [[nodiscard]] bool mayHideConverter();
+    [[nodiscard]] bool isToldToStop();
     void quit();
 
     const Bundle m_bundle;
@@ -66,8 +75,10 @@ private:
     DesktopNotificationCenter m_notifications;
     DesktopPresenter m_presenter;
     LibrarySession m_session;
+    CrashReporting m_crashReporting{m_defaults, m_bundle, m_clock};
     std::unique_ptr<CorvaneAppDelegate> m_controller;
     std::unique_ptr<CorvaneWindow> m_corvaneWindow;
     std::unique_ptr<LibraryWindow> m_libraryWindow;
+    QPointer<QDialog> m_question; ///< whether to stop, while it is asked
     bool m_quitting{false};
 };

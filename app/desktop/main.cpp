@@ -1,9 +1,13 @@
 #include "Bundle.h"
+#include "CrashLogWriter.h"
 #include "DesktopArguments.h"
 #include "DesktopProgram.h"
+#include "Interruption.h"
+#include "SignalWatcher.h"
 
 #include <QApplication>
 #include <QIcon>
+#include <QSessionManager>
 #include <QTextStream>
 
 #include <csignal>
@@ -21,18 +25,53 @@ QStringList argumentsOf(int argc, char** argv)
     return arguments;
 }
 
+/// A signal ends the program as closing its windows does, but asks nobody.
+void endOnInterruption(DesktopProgram& program, const Interruption& interruption)
+{
+    QObject::connect(
+        &interruption, &Interruption::requested, &program, &DesktopProgram::stopAndQuit);
+    if (interruption.isRequested()) {
+        program.stopAndQuit();
+    }
+}
+
+/// Where the desktop tells of the end of the session, it hears whether that is wanted, and when
+/// what is under way has come to its end.
+void answerTheSession(DesktopProgram& program)
+{
+    QObject::connect(
+        qApp,
+        &QGuiApplication::commitDataRequest,
+        &program,
+        [&program](QSessionManager& manager) {
+            const bool mayAsk = program.controller().isScanning() && manager.allowsInteraction();
+            if (!program.mayEndSession(mayAsk)) {
+                manager.cancel();
+            }
+            if (mayAsk) {
+                manager.release();
+            }
+        },
+        Qt::DirectConnection);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     std::signal(SIGPIPE, SIG_IGN);
+    const Bundle bundle(QStringLiteral(":/corvane"));
+    CrashLogWriter::install(CrashLogWriter::factsOf(bundle, QStringLiteral("corvane")));
     QCoreApplication::setApplicationName(QStringLiteral("Corvane"));
-    QCoreApplication::setApplicationVersion(Bundle(QStringLiteral(":/corvane")).version());
+    QCoreApplication::setApplicationVersion(bundle.version());
     const DesktopArguments given = DesktopArguments::parse(argumentsOf(argc, argv));
     if (given.answer) {
         QTextStream(given.status == 0 ? stdout : stderr) << *given.answer;
         return given.status;
     }
+    // Before Qt starts anything that a signal could interrupt.
+    Interruption interruption;
+    const SignalWatcher watcher(interruption);
     const QApplication application(argc, argv);
     QGuiApplication::setDesktopFileName(QStringLiteral("io.github.corvane.Corvane"));
     QGuiApplication::setWindowIcon(
@@ -43,5 +82,9 @@ int main(int argc, char** argv)
     QObject::connect(
         &program, &DesktopProgram::ended, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
     program.start(given.library);
-    return QApplication::exec();
+    endOnInterruption(program, interruption);
+    answerTheSession(program);
+    const int status = QApplication::exec();
+    const int signal = watcher.firstSignal();
+    return signal == 0 ? status : SignalWatcher::exitStatus(signal);
 }

@@ -17,3 +17,15 @@ void ProgressIndicator::setIndeterminate(bool indeterminate)
     m_indeterminate = indeterminate;
     emit indeterminateChanged(indeterminate);
 }
+
+void ProgressIndicator::startAnimation()
+{
+    m_animating = true;
+    emit animatingChanged(true);
+}
+
+void ProgressIndicator::stopAnimation()
+{
+    m_animating = false;
+    emit animatingChanged(false);
+}

@@ -16,6 +16,9 @@ public:
     void setMaxValue(double value);
     void setDoubleValue(double value);
     void setIndeterminate(bool indeterminate);
+    /// Shows that something is going on of which nothing else is known.
+    void startAnimation();
+    void stopAnimation();
 
     [[nodiscard]] double maxValue() const { return m_maxValue; }
 
@@ -23,13 +26,17 @@ public:
 
     [[nodiscard]] bool isIndeterminate() const { return m_indeterminate; }
 
+    [[nodiscard]] bool isAnimating() const { return m_animating; }
+
 signals:
     void maxValueChanged(double value);
     void doubleValueChanged(double value);
     void indeterminateChanged(bool indeterminate);
+    void animatingChanged(bool animating);
 
 private:
     std::atomic<double> m_maxValue{100.0};
     std::atomic<double> m_doubleValue{0.0};
     std::atomic<bool> m_indeterminate{true};
+    std::atomic<bool> m_animating{false};
 };

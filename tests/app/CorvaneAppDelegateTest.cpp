@@ -2,6 +2,8 @@
 
 #include "ControllerFixture.h"
 
+#include <stdexcept>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -83,6 +85,14 @@ TEST_F(CorvaneAppDelegateTest, launchingLooksForCrashesBeforeAnythingElse)
     EXPECT_FALSE(looked);
     controller.applicationDidFinishLaunching();
     EXPECT_TRUE(looked);
+    EXPECT_TRUE(m_notifications.hasDelegate());
+}
+
+TEST_F(CorvaneAppDelegateTest, whatLookingForCrashesRaisesIsLoggedAndTheLaunchGoesOn)
+{
+    m_checkForNewCrashes = [] { throw std::runtime_error("Missing address: say where to"); };
+    wake().applicationDidFinishLaunching();
+    EXPECT_EQ(m_log.entries(), QStringList{u"Missing address: say where to"_s});
     EXPECT_TRUE(m_notifications.hasDelegate());
 }
 

@@ -27,6 +27,14 @@ TEST(Resources, theBundleKnowsItsNameAndTheVersionOfTheBuild)
     EXPECT_FALSE(bundle().infoDictionary().value(u"CFBundleIdentifier"_s).toString().isEmpty());
 }
 
+TEST(Resources, theBundleNamesAnAddressForCrashReportsOnlyWhereTheBuildDoes)
+{
+    const QString given = QStringLiteral(CORVANE_CRASH_SUBMISSION_URL);
+    const QVariantMap& info = bundle().infoDictionary();
+    EXPECT_EQ(info.contains(u"ZTBCrashReporterCrashSubmissionURL"_s), !given.isEmpty());
+    EXPECT_EQ(info.value(u"ZTBCrashReporterCrashSubmissionURL"_s).toString(), given);
+}
+
 TEST(Resources, theFallbacksAreThoseOfBothFaces)
 {
     const QString path = bundle().pathForResource(u"UserDefaults"_s, u"plist"_s);

@@ -66,11 +66,13 @@ int main(int argc, char** argv)
     const Result<QByteArray> binary = PropertyList::toBinary(list());
     const QByteArray ids = RowIdSet({1, 5, 31, 32, 1023, 1024, 99999}).toBlob();
     const QByteArray picture = jpeg();
+    const QByteArray form("comments\0It fell\r\nover\0a\"b\r\nc\0\xC3\xA4\0", 32);
     const bool done = xml.ok() && binary.ok() && !picture.isEmpty() &&
                       write(root.filePath(u"PropertyList"_s), u"xml.plist"_s, xml.value()) &&
                       write(root.filePath(u"PropertyList"_s), u"binary.plist"_s, binary.value()) &&
                       write(root.filePath(u"RowIdSet"_s), u"ids"_s, ids) &&
                       write(root.filePath(u"ImageProperties"_s), u"gps.jpg"_s, picture) &&
-                      write(root.filePath(u"Jpeg"_s), u"small.jpg"_s, picture);
+                      write(root.filePath(u"Jpeg"_s), u"small.jpg"_s, picture) &&
+                      write(root.filePath(u"FormData"_s), u"two fields"_s, form);
     return done ? 0 : 1;
 }

@@ -29,6 +29,7 @@ const QList<Layer>& layers()
         {u"platform/imaging"_s, 1},
         {u"platform/photolibrary/package"_s, 3},
         {u"platform/photolibrary"_s, 2},
+        {u"Shared Code/CrashReporter"_s, 4},
         {u"Shared Code"_s, 4},
         {u"tools"_s, 4},
         {u"app/cli"_s, 6},

@@ -1,9 +1,15 @@
+#include "OrdinaryUser.h"
+#include "PhotoViewer.h"
 #include "ProgramFixture.h"
+#include "PropertyList.h"
+#include "WhenModal.h"
+#include "ZTBCrashReporterWindow.h"
 
 #include <QDirIterator>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QStatusBar>
 #include <QTreeView>
 
 using namespace Qt::StringLiterals;
@@ -13,6 +19,44 @@ namespace
 
 class DesktopProgramTest : public ProgramFixture
 {
+protected:
+    /// The files of the two RAW photos.
+    [[nodiscard]] QStringList rawMasters() const
+    {
+        QStringList found;
+        QDirIterator walk(
+            library() + u"/Masters"_s, {u"*.dng"_s}, QDir::Files, QDirIterator::Subdirectories);
+        while (walk.hasNext()) {
+            found.append(walk.next());
+        }
+        return found;
+    }
+
+    void selectRawPhotos()
+    {
+        actions().selectRaw->trigger();
+        ASSERT_TRUE(
+            waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"2"_s; }));
+    }
+
+    /// The photos are what they were, or copied whole, and nothing is in the trash.
+    void expectStoppedInOrder()
+    {
+        const LibraryContents contents = afterwards();
+        EXPECT_LT(copiesIn(contents).size(), 2) << "it stopped before the last import";
+        EXPECT_EQ(contents.trash.size(), 0);
+    }
+
+    [[nodiscard]] static PhotoViewer* viewer()
+    {
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        for (QWidget* const window : windows) {
+            if (auto* const found = qobject_cast<PhotoViewer*>(window)) {
+                return found;
+            }
+        }
+        return nullptr;
+    }
 };
 
 } // namespace
@@ -62,21 +106,25 @@ TEST_F(DesktopProgramTest, anOpenedLibraryShowsItsPhotosAndWhatIsSelected)
 
 TEST_F(DesktopProgramTest, selectRawLeavesOutAMissingMasterAndSaysSo)
 {
-    const QStringList masters = [this] {
-        QStringList found;
-        QDirIterator walk(
-            library() + u"/Masters"_s, {u"*.dng"_s}, QDir::Files, QDirIterator::Subdirectories);
-        while (walk.hasNext()) {
-            found.append(walk.next());
-        }
-        return found;
-    }();
+    const QStringList masters = rawMasters();
     ASSERT_EQ(masters.size(), 2);
     ASSERT_TRUE(QFile::remove(masters.first()));
     open();
     const PhotoGrid::RawSelection found = grid().selectRaw();
     EXPECT_EQ(found.selected, 1);
     EXPECT_EQ(found.missing, 1);
+}
+
+TEST_F(DesktopProgramTest, selectRawLeavesOutAMasterThatMayNotBeReadAndSaysSo)
+{
+    const OrdinaryUser user({m_folder.path()});
+    const WithPermissions closed(rawMasters().first(), 0);
+    open();
+    actions().selectRaw->trigger();
+    EXPECT_EQ(grid().selectedPhotos().size(), 1);
+    EXPECT_EQ(m_program->libraryWindow().statusBar()->currentMessage(),
+              u"RAW photos selected: 1. Left out, original may not be read: 1."_s);
+    m_program.reset();
 }
 
 TEST_F(DesktopProgramTest, aWholeSessionConvertsFilesByEventTrashesAndFreesSpace)
@@ -205,6 +253,98 @@ TEST_F(DesktopProgramTest, closingDuringAScanStopsItBetweenTwoPhotosWhenToldSo)
     EXPECT_EQ(contents.trash.size(), 0);
 }
 
+TEST_F(DesktopProgramTest, toldToStopDuringAScanItAsksNobodyAndEndsWhenTheTurnIsOver)
+{
+    open();
+    selectRawPhotos();
+    int ended = 0;
+    QObject::connect(m_program.get(), &DesktopProgram::ended, [&ended] { ++ended; });
+    click("selectionScanButton");
+    m_program->stopAndQuit();
+    m_program->stopAndQuit();
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    EXPECT_EQ(ended, 0) << "the scan's thread lives";
+    EXPECT_TRUE(waitUntil([&ended] { return ended > 0; }));
+    EXPECT_FALSE(m_program->controller().isScanning());
+    EXPECT_FALSE(m_program->libraryWindow().isVisible());
+    EXPECT_EQ(ended, 1);
+    expectStoppedInOrder();
+}
+
+TEST_F(DesktopProgramTest, toldToStopWhileItAsksItAsksNoLonger)
+{
+    open();
+    selectRawPhotos();
+    bool ended = false;
+    QObject::connect(m_program.get(), &DesktopProgram::ended, [&ended] { ended = true; });
+    click("selectionScanButton");
+    whenModal([this](QWidget& question) {
+        EXPECT_EQ(question.objectName(), u"quitQuestion"_s);
+        m_program->stopAndQuit();
+        EXPECT_FALSE(question.isVisible());
+    });
+    EXPECT_FALSE(m_program->libraryWindow().close());
+    EXPECT_TRUE(waitUntil([&ended] { return ended; }));
+    expectStoppedInOrder();
+}
+
+TEST_F(DesktopProgramTest, toldToStopWithoutAScanItEndsAtOnce)
+{
+    open();
+    bool ended = false;
+    QObject::connect(m_program.get(), &DesktopProgram::ended, [&ended] { ended = true; });
+    m_program->stopAndQuit();
+    EXPECT_TRUE(ended);
+    EXPECT_FALSE(m_program->libraryWindow().isVisible());
+}
+
+TEST_F(DesktopProgramTest, theEndOfTheSessionWaitsUntilAScanHasStoppedInOrder)
+{
+    open();
+    EXPECT_TRUE(m_program->mayEndSession(true)) << "without a scan there is nothing to ask";
+    selectRawPhotos();
+    click("selectionScanButton");
+    ASSERT_TRUE(m_program->controller().isScanning());
+    EXPECT_TRUE(m_program->mayEndSession(false));
+    EXPECT_FALSE(m_program->controller().isScanning());
+    EXPECT_TRUE(isIdle());
+    expectStoppedInOrder();
+}
+
+TEST_F(DesktopProgramTest, theEndOfTheSessionIsRefusedWhenTheScanIsToGoOn)
+{
+    open();
+    selectRawPhotos();
+    click("selectionScanButton");
+    answerSoon(u"quitQuestion"_s, u"Keep Scanning"_s);
+    EXPECT_FALSE(m_program->mayEndSession(true));
+    ASSERT_TRUE(waitUntil([this] { return !m_program->controller().isScanning() && isIdle(); }));
+    EXPECT_EQ(copiesIn(afterwards()).size(), 2);
+}
+
+TEST_F(DesktopProgramTest, aPhotoThatIsSeenLargeIsStillSeenAfterAScanUnlessItIsGone)
+{
+    open();
+    selectRawPhotos();
+    grid().setFocus();
+    for (const bool goes : {false, true}) {
+        actions().showLarge->trigger();
+        ASSERT_NE(viewer(), nullptr);
+        const QString title = viewer()->windowTitle();
+        if (goes) {
+            click("TrashEnabled");
+        }
+        scan();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        ASSERT_EQ(viewer() == nullptr, goes);
+        if (!goes) {
+            EXPECT_TRUE(viewer()->isVisible());
+            EXPECT_EQ(viewer()->windowTitle(), title);
+            EXPECT_EQ(grid().selectedPhotos().size(), 2) << "so is what was selected";
+        }
+    }
+}
+
 TEST_F(DesktopProgramTest, aProgramThatGoesDuringAScanWaitsForItAndLeavesTheLibrarySound)
 {
     open();
@@ -248,7 +388,7 @@ TEST_F(DesktopProgramTest, aDamagedLibraryIsRefusedWithAMessageAndTheOpenOneStay
 {
     open();
     const QString broken = m_folder.filePath(u"Broken.photolibrary"_s);
-    ASSERT_EQ(QProcess::execute(u"cp"_s, {u"-r"_s, library(), broken}), 0);
+    copyLibrary(library(), broken);
     QFile database(broken + u"/Database/apdb/Library.apdb"_s);
     ASSERT_TRUE(database.open(QIODevice::ReadWrite));
     database.write(QByteArray(4096, 'x'));
@@ -271,4 +411,38 @@ TEST_F(DesktopProgramTest, aLibraryThatIsRemovedWhileOpenLeavesWhatWasSeenAndSay
     EXPECT_FALSE(alerts().contains(u"All Done"_s));
     m_program.reset();
     EXPECT_FALSE(QFile::exists(library() + u"/Masters"_s)) << "nothing is written to where it was";
+}
+
+TEST_F(DesktopProgramTest, aNewCrashLogIsOfferedAtTheStart)
+{
+    m_program.reset();
+    const QTemporaryDir state;
+    qputenv("XDG_STATE_HOME", QFile::encodeName(state.path()));
+    const QString logs = state.filePath(u"corvane/Logs/DiagnosticReports"_s);
+    ASSERT_TRUE(QDir().mkpath(logs));
+    QFile log(logs + u"/Corvane_1.crash"_s);
+    ASSERT_TRUE(log.open(QIODevice::WriteOnly));
+    log.close();
+    {
+        UserDefaults settings(m_folder.filePath(u"settings.plist"_s));
+        settings.setValue(u"ZTBCrashReporterLastCrashReportDate"_s,
+                          QVariant::fromValue(PropertyList::Date{0.0}));
+        settings.setValue(u"ZTBCrashReporterCrashSubmissionURL"_s, u"http://127.0.0.1:1/"_s);
+    }
+    makeProgram();
+    m_program->start({});
+    const QPointer<ZTBCrashReporterWindow> window(m_program->crashReporting().window());
+    ASSERT_FALSE(window.isNull());
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_TRUE(m_program->libraryWindow().isVisible());
+    m_program.reset();
+    EXPECT_TRUE(window.isNull()) << "it ends with the program";
+    qunsetenv("XDG_STATE_HOME");
+}
+
+TEST_F(DesktopProgramTest, withoutAnAddressForCrashReportsTheProgramStartsAsEver)
+{
+    m_program->start({});
+    EXPECT_EQ(m_program->crashReporting().window(), nullptr);
+    EXPECT_TRUE(m_program->libraryWindow().isVisible());
 }

@@ -93,6 +93,18 @@ TEST_F(FixedSizeSheetTest, followsTheController)
     EXPECT_EQ(longField().text(), u"free"_s);
 }
 
+TEST_F(FixedSizeSheetTest, theNumberShownForWhatCannotBeShownMayBeTyped)
+{
+    openSheet(true, true);
+    m_controller->setLongSize(-5);
+    m_controller->setShortSize(2000000);
+    type(longField(), u"0"_s);
+    type(shortField(), u"100000"_s);
+    click(u"dismissFixedSizePanel"_s);
+    EXPECT_EQ(longSide(), 0);
+    EXPECT_EQ(shortSide(), 100000);
+}
+
 TEST_F(FixedSizeSheetTest, whatCannotBeShownIsKept)
 {
     openSheet(true, true);

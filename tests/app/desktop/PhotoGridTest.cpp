@@ -176,7 +176,7 @@ TEST_F(PhotoGridTest, allOfManyPhotosAreSelectedAndTheSelectionIsTurnedRound)
 
 TEST_F(PhotoGridTest, selectingRawLeavesOutWhatCannotOrNeedNotBeConverted)
 {
-    QList<PhotoFacts> some = photos(7);
+    QList<PhotoFacts> some = photos(9);
     for (PhotoFacts& photo : some) {
         photo.raw = true;
     }
@@ -186,11 +186,13 @@ TEST_F(PhotoGridTest, selectingRawLeavesOutWhatCannotOrNeedNotBeConverted)
     some[4].keywords = QStringList{u"corvane original"_s};
     some[5].keywords = QStringList{u"Corvane Original"_s};
     some[5].missing = true;
+    some[7].unreadable = true;
     m_model.setPhotos(some);
     const PhotoGrid::RawSelection found = m_grid.selectRaw();
-    EXPECT_EQ(m_grid.selectedPhotos(), (QList<qint64>{1, 7}));
-    EXPECT_EQ(found.selected, 2);
+    EXPECT_EQ(m_grid.selectedPhotos(), (QList<qint64>{1, 7, 9}));
+    EXPECT_EQ(found.selected, 3);
     EXPECT_EQ(found.missing, 1);
+    EXPECT_EQ(found.unreadable, 1);
     EXPECT_EQ(found.converted, 2);
 }
 
@@ -234,6 +236,74 @@ TEST_F(PhotoGridTest, aSelectionIsPutBackAfterTheModelWasReset)
     EXPECT_EQ(m_grid.selectedPhotos(), ids);
     ASSERT_TRUE(QTest::qWaitFor([&] { return !changed.isEmpty(); }));
     EXPECT_TRUE(m_grid.visualRect(m_grid.firstSelected()).intersects(m_grid.viewport()->rect()));
+}
+
+TEST_F(PhotoGridTest, whatIsReadAnewKeepsSelectionCurrentPhotoAndWhatIsInSight)
+{
+    QList<PhotoFacts> many = photos(2000);
+    m_model.setPhotos(many);
+    QCoreApplication::processEvents();
+    m_grid.selectPhotos({500, 1000, 1001});
+    m_grid.selectionModel()->setCurrentIndex(m_filter.index(1500, 0),
+                                             QItemSelectionModel::NoUpdate);
+    const int value = 700 / columns() * m_grid.gridSize().height() + 11;
+    m_grid.verticalScrollBar()->setValue(value);
+    const qint64 first = m_filter.photo(m_filter.index(m_grid.visibleRows().first, 0)).id;
+    m_grid.keepPlace([&] {
+        many.append(FactsBuilder::photo(5000, u"IMG_5000.jpg"_s, 1, u"Event"_s));
+        many.removeAt(999);
+        m_model.setPhotos(many);
+    });
+    EXPECT_EQ(m_grid.selectedPhotos(), (QList<qint64>{500, 1001})) << "1000 is gone";
+    EXPECT_EQ(m_filter.photo(m_grid.currentIndex()).id, 1501);
+    EXPECT_EQ(m_grid.verticalScrollBar()->value(), value);
+    EXPECT_EQ(m_filter.photo(m_filter.index(m_grid.visibleRows().first, 0)).id, first);
+}
+
+TEST_F(PhotoGridTest, photosThatComeOrGoAboveTheViewLeaveInSightWhatWasThere)
+{
+    QList<PhotoFacts> many = photos(2000);
+    m_model.setPhotos(many);
+    QCoreApplication::processEvents();
+    m_grid.verticalScrollBar()->setValue(30 * m_grid.gridSize().height());
+    const int line = columns();
+    const int id = 30 * line + 1;
+    ASSERT_EQ(m_filter.photo(m_filter.index(m_grid.visibleRows().first, 0)).id, id);
+    m_grid.keepPlace([&] {
+        many.remove(0, 10 * line);
+        m_model.setPhotos(many);
+    });
+    const auto rectOf = [this](qint64 photo) {
+        return m_grid.visualRect(m_filter.mapFromSource(m_model.indexOf(photo)));
+    };
+    EXPECT_EQ(rectOf(id).top(), 0);
+    m_grid.keepPlace([&] {
+        many = photos(2000);
+        m_model.setPhotos(many);
+    });
+    EXPECT_TRUE(rectOf(id).intersects(m_grid.viewport()->rect()));
+}
+
+TEST_F(PhotoGridTest, inPlaceOfAPhotoThatIsGoneItsNeighbourIsTheCurrentOne)
+{
+    QList<PhotoFacts> some = photos(6);
+    m_model.setPhotos(some);
+    QCoreApplication::processEvents();
+    m_grid.setCurrentIndex(m_filter.index(3, 0));
+    m_grid.keepPlace([&] {
+        some.removeAt(3);
+        m_model.setPhotos(some);
+    });
+    EXPECT_EQ(m_filter.photo(m_grid.currentIndex()).id, 5);
+    EXPECT_EQ(selectedCount(), 0) << "it is current, but nobody selected it";
+    m_grid.setCurrentIndex(m_filter.index(4, 0));
+    m_grid.keepPlace([&] {
+        some.removeLast();
+        m_model.setPhotos(some);
+    });
+    EXPECT_EQ(m_filter.photo(m_grid.currentIndex()).id, 5) << "no other comes after it";
+    m_grid.keepPlace([&] { m_model.setPhotos({}); });
+    EXPECT_FALSE(m_grid.currentIndex().isValid());
 }
 
 TEST_F(PhotoGridTest, changesOfTheSelectionAreToldOnceForAll)

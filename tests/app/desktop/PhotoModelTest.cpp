@@ -43,6 +43,27 @@ TEST(PhotoModelTest, aMissingOriginalIsSaidInWords)
               u"a.dng · the original is missing · Walk · Lake"_s);
 }
 
+TEST(PhotoModelTest, anOriginalThatMayNotBeReadIsSaidInWords)
+{
+    PhotoFacts facts = FactsBuilder::photo(1, u"a.dng"_s, 1, u"Walk"_s);
+    facts.unreadable = true;
+    PhotoModel model;
+    model.setPhotos({facts});
+    EXPECT_TRUE(model.index(0)
+                    .data(Qt::ToolTipRole)
+                    .toString()
+                    .contains(u" · the original may not be read · Walk"_s));
+}
+
+TEST(PhotoModelTest, aPhotoIsFoundByItsNumber)
+{
+    PhotoModel model;
+    model.setPhotos({FactsBuilder::photo(7, u"a.dng"_s, 1, u"Walk"_s),
+                     FactsBuilder::photo(9, u"b.dng"_s, 1, u"Walk"_s)});
+    EXPECT_EQ(model.indexOf(9).row(), 1);
+    EXPECT_FALSE(model.indexOf(8).isValid());
+}
+
 TEST(PhotoModelTest, theTwoMarksAreFoundInWhateverLetters)
 {
     PhotoFacts facts = FactsBuilder::photo(1, u"a.dng"_s, 1, u"Walk"_s);

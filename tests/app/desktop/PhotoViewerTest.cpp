@@ -180,6 +180,46 @@ TEST_F(PhotoViewerTest, itClosesWhenItsPhotoIsNoLongerToBeSeen)
     EXPECT_FALSE(m_viewer.isVisible());
 }
 
+TEST_F(PhotoViewerTest, itStaysOnItsPhotoWhenTheListIsReadAnew)
+{
+    makePhotos();
+    open(1);
+    ASSERT_TRUE(shows(QSize(60, 90)));
+    QList<PhotoFacts> photos = m_model.photos();
+    photos.prepend(FactsBuilder::photo(9, u"IMG_9.jpg"_s, 1, u"Event"_s));
+    photos[2].name = u"The lake"_s;
+    m_model.setPhotos(photos);
+    EXPECT_TRUE(m_viewer.isVisible());
+    EXPECT_EQ(m_viewer.photo().row(), 2);
+    EXPECT_EQ(m_viewer.windowTitle(), u"The lake"_s);
+    EXPECT_TRUE(m_viewer.findChild<QLabel*>(u"caption"_s)->text().contains(u"3 of 5"_s));
+    EXPECT_EQ(picture().pixmap().size(), QSize(60, 90)) << "the picture stays meanwhile";
+    QTest::keyClick(&m_viewer, Qt::Key_Left);
+    EXPECT_EQ(m_viewer.windowTitle(), u"IMG_1.jpg"_s);
+}
+
+TEST_F(PhotoViewerTest, itShowsTheFilesThatItsPhotoHasWhenTheListIsReadAnew)
+{
+    makePhotos();
+    open(1);
+    ASSERT_TRUE(shows(QSize(60, 90)));
+    QList<PhotoFacts> photos = m_model.photos();
+    photos[1].previewPath = m_folder.jpeg(u"Previews/2.jpg"_s, QSize(80, 40), Qt::blue);
+    m_model.setPhotos(photos);
+    EXPECT_TRUE(shows(QSize(80, 40)));
+}
+
+TEST_F(PhotoViewerTest, itClosesWhenItsPhotoIsGoneFromTheListThatIsReadAnew)
+{
+    makePhotos();
+    open(1);
+    QList<PhotoFacts> photos = m_model.photos();
+    photos.removeAt(1);
+    m_model.setPhotos(photos);
+    EXPECT_FALSE(m_viewer.isVisible());
+    EXPECT_FALSE(m_viewer.photo().isValid());
+}
+
 TEST_F(PhotoViewerTest, itsGroundIsDarkAndNeutralInAnyPalette)
 {
     for (const QColor& window : {QColor(239, 239, 239), QColor(45, 48, 60)}) {

@@ -11,13 +11,13 @@
 #include <QDir>
 #include <QFile>
 #include <QMessageBox>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <memory>
 
 /// The whole program in this process, over a copy of a small sample library: two RAW photos and
@@ -43,10 +43,16 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(m_folder.isValid());
-        ASSERT_EQ(
-            QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-r"), s_sample, library()}),
-            0);
+        copyLibrary(s_sample, library());
         makeProgram();
+    }
+
+    static void copyLibrary(const QString& from, const QString& to)
+    {
+        std::filesystem::copy(from.toStdU16String(),
+                              to.toStdU16String(),
+                              std::filesystem::copy_options::recursive |
+                                  std::filesystem::copy_options::copy_symlinks);
     }
 
     void makeProgram()

@@ -39,4 +39,19 @@ TEST(ProgressIndicator, announcesWhatWasSet)
     EXPECT_EQ(indicator.doubleValue(), 3.5);
 }
 
+TEST(ProgressIndicator, anAnimationRunsUntilItIsStopped)
+{
+    ProgressIndicator indicator;
+    EXPECT_FALSE(indicator.isAnimating());
+    QList<bool> announced;
+    QObject::connect(&indicator, &ProgressIndicator::animatingChanged, [&](bool animating) {
+        announced.append(animating);
+    });
+    indicator.startAnimation();
+    EXPECT_TRUE(indicator.isAnimating());
+    indicator.stopAnimation();
+    EXPECT_FALSE(indicator.isAnimating());
+    EXPECT_EQ(announced, (QList<bool>{true, false}));
+}
+
 } // namespace
