@@ -53,7 +53,7 @@ InfoCommand::InfoCommand(LibraryOptions libraryOptions, Options options)
 
 int InfoCommand::executeWithLibrary(PhotoLibrary& library, const CommandServices& services)
 {
-    const Result<LibrarySummary> summary = library.summary();
+    const Result<LibrarySummary> summary = library.summary([&services] { return services.interruption.isRequested(); });
     if (services.interruption.isRequested()) {
         return interruptedEarly(services);
     }

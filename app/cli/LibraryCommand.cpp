@@ -21,7 +21,10 @@ int LibraryCommand::execute(const CommandServices& services)
         return *status;
     }
     Result<std::unique_ptr<PhotoLibrary>> opened = PhotoLibrary::open(
-        m_libraryOptions.library, {.access = access(), .afterCrash = m_libraryOptions.afterCrash});
+        m_libraryOptions.library,
+        {.access = access(),
+         .afterCrash = m_libraryOptions.afterCrash,
+         .shouldStop = [&services] { return services.interruption.isRequested(); }});
     if (services.interruption.isRequested()) {
         return interruptedEarly(services);
     }

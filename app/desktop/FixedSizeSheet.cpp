@@ -7,11 +7,13 @@
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QGridLayout>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QSpinBox>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -55,10 +57,12 @@ void FixedSizeSheet::end()
     QDialog::done(0);
 }
 
-void FixedSizeSheet::commitEditing() const
+void FixedSizeSheet::commitEditing()
 {
-    m_short.field->interpretText();
-    m_long.field->interpretText();
+    for (Side* const side : {&m_short, &m_long}) {
+        side->field->interpretText();
+        commitTyped(*side);
+    }
 }
 
 void FixedSizeSheet::reject()
@@ -111,9 +115,8 @@ void FixedSizeSheet::bindLongSide()
     connect(&m_controller, &CorvaneAppDelegate::longLockedChanged, this, [this](bool locked) {
         showLock(m_long, locked);
     });
-    connect(m_long.field, &QSpinBox::valueChanged, &m_controller, [this](int pixels) {
-        m_controller.setLongSize(pixels);
-    });
+    m_long.commit = [this](int pixels) { m_controller.setLongSize(pixels); };
+    follow(m_long);
     connect(m_long.lock, &QCheckBox::clicked, &m_controller, [this](bool locked) {
         m_controller.setLongLocked(locked);
     });
@@ -130,12 +133,30 @@ void FixedSizeSheet::bindShortSide()
     connect(&m_controller, &CorvaneAppDelegate::shortLockedChanged, this, [this](bool locked) {
         showLock(m_short, locked);
     });
-    connect(m_short.field, &QSpinBox::valueChanged, &m_controller, [this](int pixels) {
-        m_controller.setShortSize(pixels);
-    });
+    m_short.commit = [this](int pixels) { m_controller.setShortSize(pixels); };
+    follow(m_short);
     connect(m_short.lock, &QCheckBox::clicked, &m_controller, [this](bool locked) {
         m_controller.setShortLocked(locked);
     });
+}
+
+void FixedSizeSheet::follow(Side& side)
+{
+    connect(side.field, &QSpinBox::valueChanged, side.field, [&side](int pixels) {
+        side.typed = false;
+        side.commit(pixels);
+    });
+    connect(side.field->findChild<QLineEdit*>(), &QLineEdit::textEdited, side.field, [&side] {
+        side.typed = true;
+    });
+    connect(side.field, &QSpinBox::editingFinished, side.field, [&side] { commitTyped(side); });
+}
+
+void FixedSizeSheet::commitTyped(Side& side)
+{
+    if (std::exchange(side.typed, false)) {
+        side.commit(side.field->value());
+    }
 }
 
 void FixedSizeSheet::showSize(const Side& side, const QVariant& pixels)

@@ -3,6 +3,8 @@
 #include <QDialog>
 #include <QString>
 
+#include <functional>
+
 class CorvaneAppDelegate;
 class QCheckBox;
 class QGridLayout;
@@ -26,7 +28,7 @@ public:
     void begin();
     void end();
     /// Ends editing: a value being typed in either field reaches the controller.
-    void commitEditing() const;
+    void commitEditing();
 
     void reject() override;
 
@@ -35,12 +37,18 @@ private:
     struct Side {
         QCheckBox* lock;
         QSpinBox* field;
+        std::function<void(int)> commit{}; ///< gives the controller a size
+        bool typed{false};               ///< a person typed in the field since the last commit
     };
 
     [[nodiscard]] Side addSide(QGridLayout* grid, const QString& title, const QString& name);
     void bindLongSide();
     void bindShortSide();
     void addButton(QGridLayout* grid);
+    static void follow(Side& side);
+    /// What was typed counts also where the field showed that number before: it may stand for a
+    /// size that the field cannot show.
+    static void commitTyped(Side& side);
     static void showSize(const Side& side, const QVariant& pixels);
     static void showLock(const Side& side, bool locked);
 

@@ -26,7 +26,8 @@ struct ForecastSources {
 /// What is selected in which library, as far as the next press of the scan button is concerned.
 struct ForecastSelection {
     bool libraryOpen{false};
-    QString whyReadOnly; ///< why nothing can be written to the library; empty when it can
+    bool checking{false}; ///< the library is being checked; a scan waits for the end of that
+    QString whyReadOnly;  ///< why nothing can be written to the library; empty when it can
     ForecastSources originals;
     ForecastSources displayed;
     int editedOrRotated{0}; ///< photos, not movies

@@ -13,11 +13,14 @@ struct LibraryContents {
     QString path;             ///< absolute
     QString version;          ///< of the photo application, "9.6.1"
     QString whyReadOnly;      ///< why nothing can be written to it; empty when it can
+    bool checking{false};     ///< it is being checked before anything may be written to it
     QList<PhotoFacts> photos; ///< out of the trash, in the catalogue's order; hidden ones marked
     QList<PhotoFacts> trash;
     QStringList albums;      ///< names of the user's regular albums, in the library's order
     QSet<qint64> lastImport; ///< ids of the photos of the last import
 
-    [[nodiscard]] bool isWritable() const { return whyReadOnly.isEmpty(); }
+    [[nodiscard]] bool isWritable() const { return !checking && whyReadOnly.isEmpty(); }
+
+    bool operator==(const LibraryContents&) const = default;
 };
 Q_DECLARE_METATYPE(LibraryContents)

@@ -1,8 +1,10 @@
 #include "LibrarySession.h"
 
+#include "AlternateSignalStack.h"
 #include "SystemLog.h"
 
 #include <QCoreApplication>
+#include <QThread>
 
 #include <algorithm>
 #include <utility>
@@ -78,12 +80,11 @@ void readAlbums(PhotoLibrary& library, LibraryContents& contents)
     }
 }
 
-Result<LibraryContents> contentsOf(PhotoLibrary& library, const QString& whyReadOnly)
+Result<LibraryContents> contentsOf(PhotoLibrary& library)
 {
     LibraryContents contents;
     contents.path = library.path();
     contents.version = library.version();
-    contents.whyReadOnly = whyReadOnly;
     Result<QList<PhotoFacts>> photos = library.photos();
     if (!photos.ok()) {
         return photos.error();
@@ -102,34 +103,15 @@ Result<LibraryContents> contentsOf(PhotoLibrary& library, const QString& whyRead
     return contents;
 }
 
-struct OpenedLibrary {
-    std::shared_ptr<PhotoLibrary> library;
-    LibraryContents contents;
-    ErrorCode whyNotWritten{ErrorCode::Internal}; ///< says nothing when the contents are writable
-};
-
-/// For writing where that can be, else for reading.
-Result<OpenedLibrary> openLibrary(const QString& path, bool afterCrash)
+/// Closing says where something could not be written; nothing waits for it.
+void closeQuietly(const std::shared_ptr<PhotoLibrary>& library)
 {
-    OpenedLibrary opened;
-    QString whyReadOnly;
-    Result<std::unique_ptr<PhotoLibrary>> library =
-        PhotoLibrary::open(path, {.access = Access::Write, .afterCrash = afterCrash});
-    if (!library.ok()) {
-        whyReadOnly = library.error().message;
-        opened.whyNotWritten = library.error().code;
-        library = PhotoLibrary::open(path, {.access = Access::Read, .afterCrash = false});
-        if (!library.ok()) {
-            return library.error();
-        }
+    if (library == nullptr) {
+        return;
     }
-    opened.library = std::move(library).value();
-    Result<LibraryContents> contents = contentsOf(*opened.library, whyReadOnly);
-    if (!contents.ok()) {
-        return contents.error();
+    if (const Result<void> closed = library->close(); !closed.ok()) {
+        systemLog(closed.error().message);
     }
-    opened.contents = std::move(contents).value();
-    return opened;
 }
 
 } // namespace
@@ -144,17 +126,23 @@ LibrarySession::LibrarySession(QObject* parent)
 
 LibrarySession::~LibrarySession()
 {
+    m_stopRequested = true;
     m_worker.waitForDone();
-    if (const LibraryPtr open = library()) {
-        if (const Result<void> closed = open->close(); !closed.ok()) {
-            systemLog(closed.error().message);
-        }
-    }
+    closeQuietly(library());
 }
 
 LibrarySession::LibraryPtr LibrarySession::library() const
 {
     const std::lock_guard guard(m_mutex);
+    return m_library;
+}
+
+LibrarySession::LibraryPtr LibrarySession::settledLibrary()
+{
+    std::unique_lock guard(m_mutex);
+    if (QThread::currentThread() != thread()) {
+        m_settled.wait(guard, [this] { return m_openings == 0; });
+    }
     return m_library;
 }
 
@@ -175,15 +163,16 @@ void LibrarySession::run(Step step)
         emit busyChanged(true);
     }
     m_worker.start([this, step = std::move(step)] {
+        const AlternateSignalStack signalStack;
         // What the step leaves is done by the main thread, which also lives longer than the step.
         std::function<void()> rest = step(library());
         QMetaObject::invokeMethod(
             this,
             [this, rest = std::move(rest)] {
+                rest();
                 if (--m_underWay == 0) {
                     emit busyChanged(false);
                 }
-                rest();
             },
             Qt::QueuedConnection);
     });
@@ -197,60 +186,137 @@ void LibrarySession::take(LibraryContents contents)
 
 void LibrarySession::open(const QString& path, bool afterCrash)
 {
-    run([this, path, afterCrash](const LibraryPtr& before) -> std::function<void()> {
-        // The same library again: its lock is given up first.
-        const bool again = before != nullptr && before->path() == path;
-        if (again) {
-            if (const Result<void> closed = before->close(); !closed.ok()) {
-                systemLog(closed.error().message);
-            }
+    m_stopRequested = false;
+    {
+        const std::lock_guard guard(m_mutex);
+        ++m_openings;
+    }
+    run([this, path, afterCrash](const LibraryPtr& before) {
+        std::function<void()> rest = openAndCheck(path, afterCrash, before);
+        const std::lock_guard guard(m_mutex);
+        if (--m_openings == 0) {
+            m_settled.notify_all();
         }
-        Result<OpenedLibrary> result = openLibrary(path, afterCrash);
-        if (!result.ok()) {
-            if (again) {
-                setLibrary(nullptr);
-            }
-            return [this, again, message = result.error().message] {
-                if (again) {
-                    m_selection.clear();
-                    take({});
-                }
-                emit failed(tr("The library could not be opened"), message);
-            };
-        }
-        if (before != nullptr && !again) {
-            if (const Result<void> closed = before->close(); !closed.ok()) {
-                systemLog(closed.error().message);
-            }
-        }
-        setLibrary(result.value().library);
-        return [this, now = std::move(result).value()]() mutable {
-            m_selection.clear();
-            const bool notClosed =
-                !now.contents.isWritable() && now.whyNotWritten == ErrorCode::NotClosed;
-            take(std::move(now.contents));
-            emit opened();
-            if (notClosed) {
-                emit closedImproperly(m_contents.path, m_contents.whyReadOnly);
-            }
-        };
+        return rest;
     });
+}
+
+std::function<void()>
+LibrarySession::openAndCheck(const QString& path, bool afterCrash, const LibraryPtr& before)
+{
+    // The same library again: its lock is given up first.
+    const bool again = before != nullptr && before->path() == path;
+    if (again) {
+        closeQuietly(before);
+    }
+    Result<std::unique_ptr<PhotoLibrary>> opened =
+        PhotoLibrary::open(path, {.access = Access::Read});
+    if (!opened.ok()) {
+        return refuse(opened.error(), again);
+    }
+    const LibraryPtr reading = std::move(opened).value();
+    Result<LibraryContents> contents = contentsOf(*reading);
+    if (!contents.ok()) {
+        return refuse(contents.error(), again);
+    }
+    if (!again) {
+        closeQuietly(before);
+    }
+    setLibrary(reading);
+    // What the checks take depends on how much the library holds; the person looks at it meanwhile.
+    QMetaObject::invokeMethod(
+        this,
+        [this, now = std::move(contents).value()]() mutable { show(std::move(now)); },
+        Qt::QueuedConnection);
+    return checkForWriting(path, afterCrash, reading);
+}
+
+std::function<void()> LibrarySession::refuse(const Error& error, bool wasOpen)
+{
+    if (wasOpen) {
+        setLibrary(nullptr);
+    }
+    return [this, wasOpen, message = error.message] {
+        if (wasOpen) {
+            setSelection({});
+            take({});
+        }
+        emit failed(tr("The library could not be opened"), message);
+    };
+}
+
+void LibrarySession::show(LibraryContents contents)
+{
+    setSelection({});
+    contents.checking = true;
+    take(std::move(contents));
+    emit shown();
+}
+
+std::function<void()>
+LibrarySession::checkForWriting(const QString& path, bool afterCrash, const LibraryPtr& reading)
+{
+    Result<std::unique_ptr<PhotoLibrary>> result = PhotoLibrary::open(
+        path, {.access = Access::Write, .afterCrash = afterCrash, .shouldStop = [this] {
+                   return m_stopRequested.load();
+               }});
+    if (!result.ok()) {
+        return stayReadOnly(result.error());
+    }
+    const LibraryPtr writing = std::move(result).value();
+    // Until it had the lock another program may have changed it.
+    Result<LibraryContents> contents = contentsOf(*writing);
+    if (!contents.ok()) {
+        closeQuietly(writing);
+        return stayReadOnly(contents.error());
+    }
+    {
+        const std::lock_guard guard(m_mutex);
+        writing->setSelection(m_selection);
+        m_library = writing;
+    }
+    closeQuietly(reading);
+    return [this, now = std::move(contents).value()]() mutable {
+        m_contents.checking = false;
+        if (now != m_contents) {
+            take(std::move(now));
+        }
+        emit opened();
+    };
+}
+
+std::function<void()> LibrarySession::stayReadOnly(const Error& error)
+{
+    return [this, error] {
+        if (error.code == ErrorCode::Interrupted) {
+            return; // the program ends
+        }
+        m_contents.checking = false;
+        m_contents.whyReadOnly = error.message;
+        emit opened();
+        if (error.code == ErrorCode::NotClosed) {
+            emit closedImproperly(m_contents.path, m_contents.whyReadOnly);
+        }
+    };
 }
 
 void LibrarySession::reload()
 {
-    run([this,
-         whyReadOnly = m_contents.whyReadOnly](const LibraryPtr& open) -> std::function<void()> {
+    run([this](const LibraryPtr& open) -> std::function<void()> {
         if (open == nullptr) {
             return [] {};
         }
-        Result<LibraryContents> contents = contentsOf(*open, whyReadOnly);
+        Result<LibraryContents> contents = contentsOf(*open);
         if (!contents.ok()) {
             return [this, message = contents.error().message] {
                 emit failed(tr("The library could not be read"), message);
             };
         }
-        return [this, fresh = std::move(contents).value()]() mutable { take(std::move(fresh)); };
+        return [this, fresh = std::move(contents).value()]() mutable {
+            fresh.checking = m_contents.checking;
+            fresh.whyReadOnly = m_contents.whyReadOnly;
+            take(std::move(fresh));
+        };
     });
 }
 
@@ -307,10 +373,10 @@ void LibrarySession::synchronise()
 
 void LibrarySession::setSelection(const QList<qint64>& ids)
 {
+    const std::lock_guard guard(m_mutex);
     m_selection = ids;
-    const LibraryPtr open = library();
-    if (open != nullptr && !m_selectionHeld) {
-        open->setSelection(ids);
+    if (m_library != nullptr && !m_selectionHeld) {
+        m_library->setSelection(ids);
     }
 }
 
@@ -324,6 +390,7 @@ void LibrarySession::holdSelection(bool held)
 
 void LibrarySession::requestStop()
 {
+    m_stopRequested = true;
     if (const LibraryPtr open = library()) {
         open->requestStop();
     }
@@ -331,7 +398,7 @@ void LibrarySession::requestStop()
 
 PhotoApplicationPtr LibrarySession::applicationWithBundleIdentifier(const QString& identifier)
 {
-    if (const LibraryPtr open = library()) {
+    if (const LibraryPtr open = settledLibrary()) {
         return open->applicationWithBundleIdentifier(identifier);
     }
     return std::make_shared<ClosedApplication>();
@@ -339,7 +406,7 @@ PhotoApplicationPtr LibrarySession::applicationWithBundleIdentifier(const QStrin
 
 std::unique_ptr<PhotoTurn> LibrarySession::beginPhotoTurn()
 {
-    if (const LibraryPtr open = library()) {
+    if (const LibraryPtr open = settledLibrary()) {
         return open->beginPhotoTurn();
     }
     return std::make_unique<NoTurn>();

@@ -9,6 +9,8 @@
 #include <QString>
 #include <QThreadPool>
 
+#include <atomic>
+#include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -26,9 +28,10 @@ public:
     explicit LibrarySession(QObject* parent = nullptr);
     ~LibrarySession() override; ///< closes the library, waiting
 
-    /// Opens the package in place of the one that is open, for writing where that can be, else for
-    /// reading. Ends with opened() or failed(). What was open stays open when it fails, unless it
-    /// is the same package: then none is open, and contentsChanged() comes first.
+    /// Opens the package in place of the one that is open. Its photos are there, and shown(),
+    /// before it has been checked; then it is open for writing where that can be, else for reading,
+    /// and opened(). Where it cannot even be read it has failed(): what was open stays open, unless
+    /// it is the same package: then none is open, and contentsChanged() comes first.
     void open(const QString& path, bool afterCrash = false);
     /// Reads the contents anew; ends with contentsChanged() or failed().
     void reload();
@@ -59,12 +62,18 @@ public:
     /// Asks every import from now on to raise, so that a scan ends between two photos.
     void requestStop();
 
-    // As the photo application; any thread.
+    // As the photo application; any thread. While a library is being opened or checked, any thread
+    // but the main one waits for the end of that.
     [[nodiscard]] PhotoApplicationPtr
     applicationWithBundleIdentifier(const QString& identifier) override;
     [[nodiscard]] std::unique_ptr<PhotoTurn> beginPhotoTurn() override;
 
 signals:
+    /// The photos of a library that was just opened are in contents(); contentsChanged() came
+    /// before.
+    void shown();
+    /// The check of the library that was opened last is over: whether it can be written to is in
+    /// contents().
     void opened();
     /// Contents, or what is under way, are others than before.
     void contentsChanged();
@@ -83,14 +92,28 @@ private:
     using Step = std::function<std::function<void()>(const LibraryPtr&)>;
 
     [[nodiscard]] LibraryPtr library() const;
+    /// The library as a scan needs it.
+    [[nodiscard]] LibraryPtr settledLibrary();
     void setLibrary(const LibraryPtr& library);
     void run(Step step);
     void take(LibraryContents contents);
 
-    mutable std::mutex m_mutex; ///< guards m_library
+    // The parts of an opening, on the session's thread; each returns what the main thread does.
+    [[nodiscard]] std::function<void()>
+    openAndCheck(const QString& path, bool afterCrash, const LibraryPtr& before);
+    [[nodiscard]] std::function<void()>
+    checkForWriting(const QString& path, bool afterCrash, const LibraryPtr& reading);
+    [[nodiscard]] std::function<void()> refuse(const Error& error, bool wasOpen);
+    [[nodiscard]] std::function<void()> stayReadOnly(const Error& error);
+    void show(LibraryContents contents);
+
+    mutable std::mutex m_mutex; ///< guards the next three
     LibraryPtr m_library;
+    QList<qint64> m_selection; ///< read without it by the main thread, which alone changes it
+    int m_openings{0};         ///< how many are under way
+    std::condition_variable m_settled; ///< told when there is none any more
+    std::atomic<bool> m_stopRequested{false};
     LibraryContents m_contents;
-    QList<qint64> m_selection;
     bool m_selectionHeld{false};
     int m_underWay{0};
     QThreadPool m_worker; ///< one thread: operations go one after another

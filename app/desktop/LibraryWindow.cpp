@@ -232,12 +232,18 @@ void LibraryWindow::connectLibraryActions()
 
 void LibraryWindow::connectSession()
 {
-    connect(&m_session, &LibrarySession::opened, this, [this] {
-        statusBar()->clearMessage();
+    connect(&m_session, &LibrarySession::shown, this, [this] {
         m_notClosedPath.clear();
         m_recent.add(m_session.contents().path);
         showRecent();
         m_sidebar->setCurrentIndex(m_sidebarModel.index(0, 0));
+        statusBar()->showMessage(tr("Checking the library…"));
+    });
+    connect(&m_session, &LibrarySession::opened, this, [this] {
+        statusBar()->clearMessage();
+        m_banner->setText(m_session.contents().whyReadOnly, false);
+        updateActions();
+        emit forecastSelectionChanged();
     });
     connect(&m_session, &LibrarySession::contentsChanged, this, &LibraryWindow::showContents);
     connect(&m_session, &LibrarySession::closedImproperly, this, [this](const QString& path) {
@@ -323,6 +329,9 @@ void LibraryWindow::askToEmptyTrash()
 void LibraryWindow::showContents()
 {
     const LibraryContents& contents = m_session.contents();
+    if (m_viewer != nullptr && contents.path != m_shownPath) {
+        m_viewer->close(); // photos of another library have the same ids
+    }
     // The selection in the models is no longer that of the person while they are filled anew.
     m_showingContents = true;
     const QModelIndex current = m_sidebar->currentIndex();
@@ -352,14 +361,22 @@ void LibraryWindow::showCollection()
         return;
     }
     const LibraryContents& contents = m_session.contents();
-    // What was selected stays so as far as it is seen here.
-    const QList<qint64> selected = showsTrash() ? QList<qint64>() : m_session.selection();
-    m_filter.setCollection(*picked, contents.lastImport);
-    const QList<PhotoFacts>& wanted = showsTrash() ? contents.trash : contents.photos;
-    if (!m_photos.photos().isSharedWith(wanted)) {
-        m_photos.setPhotos(wanted);
+    const auto show = [this, &picked, &contents] {
+        m_filter.setCollection(*picked, contents.lastImport);
+        const QList<PhotoFacts>& wanted = showsTrash() ? contents.trash : contents.photos;
+        if (!m_photos.photos().isSharedWith(wanted)) {
+            m_photos.setPhotos(wanted);
+        }
+    };
+    if (contents.path == m_shownPath && *picked == m_filter.collection()) {
+        m_grid->keepPlace(show);
+    } else {
+        // What was selected stays so as far as it is seen here.
+        const QList<qint64> selected = showsTrash() ? QList<qint64>() : m_session.selection();
+        show();
+        m_grid->selectPhotos(selected);
     }
-    m_grid->selectPhotos(selected);
+    m_shownPath = contents.path;
     showSelection();
 }
 
@@ -402,6 +419,7 @@ ForecastSelection LibraryWindow::forecastSelection() const
         ForecastSelection::of(showsTrash() ? QList<PhotoFacts>() : selectedFacts());
     selection.libraryOpen = m_session.isOpen();
     selection.whyReadOnly = m_session.contents().whyReadOnly;
+    selection.checking = m_session.contents().checking;
     return selection;
 }
 
@@ -414,6 +432,9 @@ void LibraryWindow::selectRaw()
     }
     if (found.missing > 0) {
         parts += tr("Left out, original missing: %1.").arg(found.missing);
+    }
+    if (found.unreadable > 0) {
+        parts += tr("Left out, original may not be read: %1.").arg(found.unreadable);
     }
     say(parts.join(u' '));
 }

@@ -104,6 +104,7 @@ private:
     QLabel* m_figures{nullptr};
     QPointer<PhotoViewer> m_viewer;
     std::function<bool()> m_mayClose;
+    QString m_shownPath;     ///< of the library whose photos are shown
     QString m_notClosedPath; ///< library that could be opened for writing on request
     bool m_scanning{false};
     bool m_showingContents{false};

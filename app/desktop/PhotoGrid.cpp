@@ -4,6 +4,7 @@
 #include "PhotoModel.h"
 #include "ThumbnailStore.h"
 
+#include <QHash>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScrollBar>
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <vector>
 
 using namespace std::chrono_literals;
@@ -212,6 +214,10 @@ PhotoGrid::RawSelection PhotoGrid::selectRaw()
             ++found.missing;
             return false;
         }
+        if (photo.unreadable) {
+            ++found.unreadable;
+            return false;
+        }
         ++found.selected;
         return true;
     });
@@ -234,6 +240,68 @@ void PhotoGrid::selectPhotos(const QList<qint64>& ids)
     if (const QModelIndex first = firstSelected(); first.isValid()) {
         selectionModel()->setCurrentIndex(first, QItemSelectionModel::NoUpdate);
     }
+}
+
+/// Where the view stands, in terms that outlast a reset of the model.
+struct PhotoGrid::Place {
+    QList<qint64> order; ///< ids of all rows
+    QSet<qint64> selected;
+    int current{-1}; ///< row; -1 where there is none
+    int first{0};    ///< row in sight
+    int above{0};    ///< pixels of that row that are above the view; -1 at the very top
+};
+
+PhotoGrid::Place PhotoGrid::place() const
+{
+    Place place;
+    const int count = m_photos.rowCount();
+    place.order.reserve(count);
+    for (int row = 0; row < count; ++row) {
+        place.order += m_photos.photo(m_photos.index(row, 0)).id;
+    }
+    const QList<qint64> selected = selectedPhotos();
+    place.selected = QSet<qint64>(selected.begin(), selected.end());
+    place.current = currentIndex().row();
+    place.first = visibleRows().first;
+    const int top = verticalScrollBar()->value();
+    place.above = top == 0 ? -1 : top % std::max(1, gridSize().height());
+    return place;
+}
+
+void PhotoGrid::goTo(const Place& place)
+{
+    QHash<qint64, int> rows;
+    const int count = m_photos.rowCount();
+    rows.reserve(count);
+    for (int row = 0; row < count; ++row) {
+        rows.insert(m_photos.photo(m_photos.index(row, 0)).id, row);
+    }
+    // Of the photo that was in that row; else of the next one that is still there.
+    const auto rowNow = [&rows, &order = place.order](int before) {
+        const auto isThere = [&rows](qint64 id) { return rows.contains(id); };
+        const auto start = order.begin() + before;
+        if (const auto next = std::find_if(start, order.end(), isThere); next != order.end()) {
+            return rows.value(*next);
+        }
+        const auto previous = std::find_if(std::reverse_iterator(start), order.rend(), isThere);
+        return previous == order.rend() ? -1 : rows.value(*previous);
+    };
+    select([this, &place](int row) {
+        return place.selected.contains(m_photos.photo(m_photos.index(row, 0)).id);
+    });
+    if (const int row = place.current < 0 ? -1 : rowNow(place.current); row >= 0) {
+        selectionModel()->setCurrentIndex(m_photos.index(row, 0), QItemSelectionModel::NoUpdate);
+    }
+    executeDelayedItemsLayout();
+    const int line = place.above < 0 ? 0 : rowNow(place.first) / columns();
+    verticalScrollBar()->setValue(line * gridSize().height() + std::max(0, place.above));
+}
+
+void PhotoGrid::keepPlace(const std::function<void()>& replace)
+{
+    const Place before = place();
+    replace();
+    goTo(before);
 }
 
 /// Selects the rows that are wanted, and no others, in one step.

@@ -28,8 +28,9 @@ public:
     /// What selectRaw() found.
     struct RawSelection {
         int selected{0};
-        int missing{0};   ///< left out: the original is no file that exists
-        int converted{0}; ///< left out: carries "Corvane Original" already
+        int missing{0};    ///< left out: the original is no file that exists
+        int unreadable{0}; ///< left out: the original is there, but may not be read
+        int converted{0};  ///< left out: carries "Corvane Original" already
     };
 
     /// Both must outlive it; the filter's source is a PhotoModel.
@@ -38,12 +39,16 @@ public:
     /// The side of the square that thumbnails are fitted into, in logical pixels.
     [[nodiscard]] int zoom() const { return m_delegate.edge(); }
 
-    /// Selects, of the photos to be seen, those that a scan would convert: RAW, no movies, present
-    /// and not converted before.
+    /// Selects, of the photos to be seen, those that a scan would convert: RAW, no movies, present,
+    /// readable and not converted before.
     RawSelection selectRaw();
     void invertSelection();
     /// Selects those of the photos that are to be seen now, and no others, and shows the first.
     void selectPhotos(const QList<qint64>& ids);
+    /// Lets `replace` put facts that were read anew into the model, and keeps what is selected, the
+    /// current photo and what is in sight. In place of a photo that is gone from there its
+    /// neighbour is the current one.
+    void keepPlace(const std::function<void()>& replace);
 
     /// Ids, in the library's order whatever the view's.
     [[nodiscard]] QList<qint64> selectedPhotos() const;
@@ -95,6 +100,9 @@ private:
     void requestOpening(const QModelIndex& index);
     void select(const std::function<bool(int row)>& wanted);
     void forEachSelectedRow(const std::function<void(int row)>& visit) const;
+    struct Place;
+    [[nodiscard]] Place place() const;
+    void goTo(const Place& place);
     [[nodiscard]] int rowAfter(CursorAction action, int row) const;
     [[nodiscard]] int lineWidth() const;
     [[nodiscard]] int columns() const;

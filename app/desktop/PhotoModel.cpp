@@ -2,6 +2,8 @@
 
 #include "PhotoTexts.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 PhotoModel::PhotoModel(QObject* parent)
@@ -14,6 +16,13 @@ void PhotoModel::setPhotos(const QList<PhotoFacts>& photos)
     beginResetModel();
     m_photos = photos;
     endResetModel();
+}
+
+QModelIndex PhotoModel::indexOf(qint64 id) const
+{
+    const auto found = std::ranges::find(m_photos, id, &PhotoFacts::id);
+    return found == m_photos.end() ? QModelIndex()
+                                   : index(static_cast<int>(found - m_photos.begin()));
 }
 
 int PhotoModel::rowCount(const QModelIndex& parent) const
@@ -34,6 +43,7 @@ QVariant PhotoModel::data(const QModelIndex& index, int role) const
     case Qt::AccessibleTextRole: {
         QStringList facts{photo.fileName};
         facts += photo.missing ? tr("the original is missing") : PhotoTexts::size(photo.bytes);
+        facts += photo.unreadable ? tr("the original may not be read") : QString();
         facts += photo.rollName;
         facts += photo.keywords.join(u", "_s);
         facts.removeAll(QString());

@@ -25,6 +25,9 @@ public:
     /// The photo of a valid row.
     [[nodiscard]] const PhotoFacts& photo(int row) const { return m_photos.at(row); }
 
+    /// Invalid where there is no such photo.
+    [[nodiscard]] QModelIndex indexOf(qint64 id) const;
+
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     /// DisplayRole: the title, else the file name. ToolTipRole and AccessibleTextRole: what a
     /// person wants to know of it in a few words.

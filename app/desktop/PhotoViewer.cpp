@@ -86,7 +86,7 @@ PhotoViewer::PhotoViewer(PhotoFilter& photos, QWidget* parent)
     connect(&m_photos, &QAbstractItemModel::rowsRemoved, this, &PhotoViewer::photosChanged);
     connect(&m_photos, &QAbstractItemModel::rowsInserted, this, &PhotoViewer::photosChanged);
     connect(&m_photos, &QAbstractItemModel::layoutChanged, this, &PhotoViewer::photosChanged);
-    connect(&m_photos, &QAbstractItemModel::modelReset, this, &PhotoViewer::photosChanged);
+    connect(&m_photos, &QAbstractItemModel::modelReset, this, &PhotoViewer::photosReplaced);
 }
 
 void PhotoViewer::build()
@@ -143,6 +143,7 @@ void PhotoViewer::darken()
 void PhotoViewer::showPhoto(const QModelIndex& index)
 {
     m_photo = index;
+    m_photoId = index.data(PhotoModel::IdRole).toLongLong();
     m_picture->clear();
     updateNames();
     load();
@@ -202,6 +203,15 @@ void PhotoViewer::photosChanged()
     } else {
         close(); // the photo is no longer among those to be seen
     }
+}
+
+/// Rows mean nothing after that; its files may be others than before.
+void PhotoViewer::photosReplaced()
+{
+    const auto* const model = static_cast<const PhotoModel*>(m_photos.sourceModel());
+    m_photo = m_photos.mapFromSource(model->indexOf(m_photoId));
+    photosChanged();
+    load();
 }
 
 void PhotoViewer::go(int rows)

@@ -12,6 +12,7 @@ class QToolButton;
 
 /// A window that shows one photo of a PhotoFilter as large as it fits, on a dark ground; the arrow
 /// keys go to its neighbours, Escape and Space close it. Where no picture can be shown it says why.
+/// It stays on its photo when the list is read anew, and closes when the photo is gone from it.
 /// Main thread; files are read on another.
 class PhotoViewer final : public QWidget
 {
@@ -51,10 +52,12 @@ private:
     void showImage(const QImage& image);
     void showReason(const QString& reason);
     void photosChanged();
+    void photosReplaced();
     void updateNames();
 
     PhotoFilter& m_photos;
     QPersistentModelIndex m_photo;
+    qint64 m_photoId{0}; ///< finds the photo again when the list is read anew
     PictureLoader m_loader;
     QTimer m_resizeTimer; ///< the picture is read anew when resizing has come to rest
     QLabel* m_picture{nullptr};

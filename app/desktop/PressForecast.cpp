@@ -50,6 +50,10 @@ QList<PressForecast::Line> PressForecast::lines(const Facts& facts)
     if (!lines.isEmpty()) {
         return lines;
     }
+    if (facts.selection.checking) {
+        lines.append({Severity::Information,
+                      tr("The library is still being checked; a scan begins when that is done.")});
+    }
     const ForecastSources& sources = sourcesOf(facts);
     addMissing(lines, sources);
     addPhotos(lines, sources);

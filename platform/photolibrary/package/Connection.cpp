@@ -161,6 +161,24 @@ bool Connection::inTransaction() const
     return sqlite3_get_autocommit(m_database.getHandle()) == 0;
 }
 
+Connection::Interruptible::Interruptible(Connection& connection, std::function<bool()> shouldStop)
+    : m_connection(connection)
+    , m_shouldStop(std::move(shouldStop))
+{
+    constexpr int kInstructions = 10000; // of SQLite's machine; about a millisecond
+    const auto ask = [](void* self) {
+        return static_cast<Interruptible*>(self)->m_shouldStop() ? 1 : 0;
+    };
+    if (m_shouldStop) {
+        sqlite3_progress_handler(m_connection.database().getHandle(), kInstructions, ask, this);
+    }
+}
+
+Connection::Interruptible::~Interruptible()
+{
+    sqlite3_progress_handler(m_connection.database().getHandle(), 0, nullptr, nullptr);
+}
+
 namespace Sql
 {
 

@@ -9,6 +9,7 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -57,6 +58,21 @@ public:
     /// Nothing happens outside a transaction.
     void rollback() noexcept;
     [[nodiscard]] bool inTransaction() const;
+
+    /// While it lives, requests are given up with SQLITE_INTERRUPT soon after `shouldStop`, which
+    /// any number of requests ask, has answered yes. An empty one changes nothing. For reads only.
+    class Interruptible final
+    {
+    public:
+        Interruptible(Connection& connection, std::function<bool()> shouldStop);
+        ~Interruptible();
+        Interruptible(const Interruptible&) = delete;
+        Interruptible& operator=(const Interruptible&) = delete;
+
+    private:
+        Connection& m_connection;
+        std::function<bool()> m_shouldStop;
+    };
 
 private:
     Connection(QString packagePath, Mode mode, int busyMilliseconds);

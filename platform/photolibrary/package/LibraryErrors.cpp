@@ -55,6 +55,9 @@ Error LibraryErrors::fromSqlite(const SQLite::Exception& exception,
         return {ErrorCode::Unreadable,
                 u"%1 cannot be read or written (%2): check the permissions of \"%3\" and the state "
                 "of its disk."_s.arg(database, detail, folder)};
+    case SQLITE_INTERRUPT:
+        return {ErrorCode::Interrupted,
+                u"The check of the library \"%1\" was interrupted."_s.arg(package)};
     default:
         return {ErrorCode::Internal,
                 u"%1 refused a request (%2): try again, or restore the library from a "

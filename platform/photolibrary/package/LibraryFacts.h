@@ -46,6 +46,8 @@ struct PhotoFacts {
         bool date{false};
         bool width{false};
         bool height{false};
+
+        bool operator==(const Unknown&) const = default;
     };
 
     Unknown unknown{};
@@ -53,6 +55,8 @@ struct PhotoFacts {
     /// The date as the photo shows it, ISO 8601 without zone: "2018-10-13T09:18:12". Empty where
     /// there is no date.
     [[nodiscard]] QString wallClock() const;
+
+    bool operator==(const PhotoFacts&) const = default;
 };
 
 /// The library in figures. Any thread.

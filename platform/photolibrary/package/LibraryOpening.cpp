@@ -63,6 +63,7 @@ Result<void> checkForWriting(Connection& connection,
     if (Result<void> schema = OpeningChecks::writableSchema(connection); !schema.ok()) {
         return schema;
     }
+    const Connection::Interruptible interruptible(connection, options.shouldStop);
     const bool clean = OpeningChecks::closedClean(connection);
     if (!clean && !options.afterCrash) {
         return notClosed(package);

@@ -75,11 +75,13 @@ Result<QList<PhotoFacts>> PhotoLibrary::trashedPhotos()
         [](Connection& connection) { return LibraryReader::trashedPhotos(connection); });
 }
 
-Result<LibrarySummary> PhotoLibrary::summary()
+Result<LibrarySummary> PhotoLibrary::summary(const std::function<bool()>& shouldStop)
 {
     const QSet<QString> named = Recovery::named(TurnJournal::read(m_d->places().state));
-    return m_d->tryRead(
-        [&named](Connection& connection) { return LibraryReader::summary(connection, named); });
+    return m_d->tryRead([&](Connection& connection) {
+        const Connection::Interruptible interruptible(connection, shouldStop);
+        return LibraryReader::summary(connection, named);
+    });
 }
 
 Result<qint64> PhotoLibrary::importPhoto(const ImportRequest& request)

@@ -7,6 +7,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -20,6 +21,9 @@ struct OpenOptions {
     /// Accept for writing a library that iPhoto did not close properly, once its integrity check
     /// passes and nothing is wrong but what follows the databases anyway.
     bool afterCrash{false};
+    /// Asked now and then while the databases are checked, which takes long for a large library;
+    /// yes ends the opening with Interrupted. Called on the thread that opens; may be empty.
+    std::function<bool()> shouldStop{};
 };
 
 /// A picture to be taken into the library by a program of our own.
@@ -75,7 +79,9 @@ public:
     /// marked.
     [[nodiscard]] Result<QList<PhotoFacts>> photos();
     [[nodiscard]] Result<QList<PhotoFacts>> trashedPhotos();
-    [[nodiscard]] Result<LibrarySummary> summary();
+    /// Checks everything, which takes as long as an opening for writing. `shouldStop`: as that of
+    /// OpenOptions.
+    [[nodiscard]] Result<LibrarySummary> summary(const std::function<bool()>& shouldStop = {});
 
     // -- plain writes (library opened for writing) ------------------------------------------
     /// Imports a picture, RAW masters too, as one transaction; returns the photo's id.
