@@ -40,4 +40,17 @@ void eraseWhere(Data& data, const Predicate& predicate)
     }
 }
 
+/// The same, without copying the rest for each datum that goes.
+template <typename Predicate>
+void eraseWhere(Exiv2::XmpData& data, const Predicate& predicate)
+{
+    Exiv2::XmpData kept;
+    for (const Exiv2::Xmpdatum& datum : data) {
+        if (!predicate(datum)) {
+            kept.add(datum);
+        }
+    }
+    data = kept;
+}
+
 } // namespace MetadataData

@@ -26,9 +26,10 @@ constexpr double kFlat = 0.004;
 /// From this likeness on a reference shows the same scene.
 constexpr double kSameScene = 0.85;
 
-/// How far the mean lightness (0..1) of two renderings of one scene may be apart: a linear
-/// rendering of a photo taken with a highlight programme is two stops darker than its preview.
-constexpr double kLightnessBound = 0.3;
+/// How many times the light of one rendering of a scene may be that of another: four stops. A
+/// linear rendering of a photo taken with a highlight programme is two to three stops darker than
+/// its preview.
+constexpr double kLightBound = 16.0;
 
 /// Sums over some rows, in levels of 0..255.
 struct Differences {
@@ -102,16 +103,32 @@ std::optional<Error> compare(const Bitmap& decoded, const Bitmap& encoded, doubl
                    : std::nullopt;
 }
 
+/// The mean light (0..1) of sRGB encoded lightness.
+double meanLight(const SmallPicture& lightness)
+{
+    double sum = 0.0;
+    for (const float value : lightness.values()) {
+        const double encoded = std::clamp(static_cast<double>(value), 0.0, 1.0);
+        sum += SrgbTransfer::tables().linear(static_cast<quint16>(std::lround(encoded * 65535.0)));
+    }
+    return sum / 65535.0 / std::max(1.0, static_cast<double>(lightness.values().size()));
+}
+
+bool isFarApart(double light, double other)
+{
+    return light > other * kLightBound || other > light * kLightBound;
+}
+
 /// What speaks against the picture where the reference shows the same scene.
 std::optional<Error> contradiction(const SceneComparison::Views& picture, const QImage& reference)
 {
     const auto shown = SceneComparison::Views::of(reference);
     if (!SceneComparison::isStructured(shown.lightness) ||
-        !SceneComparison::isStructured(picture.lightness) ||
         SceneComparison::likeness(picture.lightness, shown.lightness) < kSameScene) {
         return std::nullopt;
     }
-    if (std::abs(picture.lightness.mean() - shown.lightness.mean()) > kLightnessBound) {
+    // Also where the picture is too dark to show any structure but the reference's.
+    if (isFarApart(meanLight(picture.lightness), meanLight(shown.lightness))) {
         return damaged(QStringLiteral("it is far darker or lighter than the preview of the photo"));
     }
     if (SceneComparison::hasOtherColors(picture, shown)) {

@@ -9,12 +9,13 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace
 {
 
 /// Tags of the first directory that describe the file's own pictures (TIFF 6.0; DNG 1.4).
-constexpr std::array<uint16_t, 46> kStructureTags{
+constexpr std::array<uint16_t, 53> kStructureTags{
     0x00fe, // NewSubfileType
     0x00ff, // SubfileType
     0x0100, // ImageWidth
@@ -53,6 +54,12 @@ constexpr std::array<uint16_t, 46> kStructureTags{
     0x0200, // JPEGProc
     0x0201, // JPEGInterchangeFormat
     0x0202, // JPEGInterchangeFormatLength
+    0x0203, // JPEGRestartInterval
+    0x0205, // JPEGLosslessPredictors
+    0x0206, // JPEGPointTransforms
+    0x0207, // JPEGQTables
+    0x0208, // JPEGDCTables
+    0x0209, // JPEGACTables
     0x0211, // YCbCrCoefficients
     0x0212, // YCbCrSubSampling
     0x0214, // ReferenceBlackWhite
@@ -61,6 +68,7 @@ constexpr std::array<uint16_t, 46> kStructureTags{
     0x8649, // ImageResources, written as a segment
     0x8773, // InterColorProfile
     0x9216, // TIFF/EPStandardID
+    0xea1c, // Padding
 };
 
 /// Blocks of numbers that only RAW files use: from SonyRawFileType and CFA descriptions to the
@@ -100,6 +108,7 @@ constexpr std::array kPictureGroups{
     std::string_view("PanasonicRaw"),
     std::string_view("MpfInfo"),
     std::string_view("NikonPreview"),
+    std::string_view("SamsungPreview"),
 };
 
 constexpr std::array kPictureGroupBeginnings{
@@ -108,37 +117,58 @@ constexpr std::array kPictureGroupBeginnings{
 };
 
 /// Single tags outside the first directory that describe the original's picture or point into it.
+/// Exiv2 finds a tag by its name where it has one, by its number else.
 constexpr std::array kUntrueKeys{
     std::string_view("Exif.Photo.CompressedBitsPerPixel"),
     std::string_view("Exif.Photo.CFAPattern"),
-    std::string_view("Exif.Photo.0xa500"), // Gamma
-    std::string_view("Exif.Image.0xea1c"), // Padding
-    std::string_view("Exif.Photo.0xea1c"),
+    std::string_view("Exif.Photo.Gamma"),
+    std::string_view("Exif.Photo.0xea1c"), // Padding
     std::string_view("Exif.Photo.0xea1d"), // OffsetSchema: how far the maker note was moved
     std::string_view("Exif.Iop.RelatedImageFileFormat"),
     std::string_view("Exif.Iop.RelatedImageWidth"),
     std::string_view("Exif.Iop.RelatedImageLength"),
     std::string_view("Exif.Nikon3.Preview"),
-    std::string_view("Exif.Canon.0x00b6"), // where the preview lies in the original
+    std::string_view("Exif.Canon.PreviewImageInfo"),
     std::string_view("Exif.Canon.ThumbnailImageValidArea"),
+    std::string_view("Exif.Canon.RawDataOffset"),
+    std::string_view("Exif.Canon.OriginalDecisionDataOffset"),
+    std::string_view("Exif.Canon.VRDOffset"),
     std::string_view("Exif.Olympus.ThumbnailImage"),
+    std::string_view("Exif.Olympus.PreviewImage"),
+    std::string_view("Exif.Olympus.Thumbnail"),
+    std::string_view("Exif.Olympus.ThumbnailOffset"),
+    std::string_view("Exif.Olympus.ThumbnailLength"),
     std::string_view("Exif.Olympus2.ThumbnailImage"),
+    std::string_view("Exif.Olympus2.PreviewImage"),
+    std::string_view("Exif.Olympus2.Thumbnail"),
+    std::string_view("Exif.Olympus2.ThumbnailOffset"),
+    std::string_view("Exif.Olympus2.ThumbnailLength"),
     std::string_view("Exif.OlympusCs.PreviewImageStart"),
     std::string_view("Exif.OlympusCs.PreviewImageLength"),
     std::string_view("Exif.OlympusCs.PreviewImageValid"),
     std::string_view("Exif.Minolta.ThumbnailOffset"),
     std::string_view("Exif.Minolta.ThumbnailLength"),
     std::string_view("Exif.Minolta.Thumbnail"),
+    std::string_view("Exif.SonyMinolta.ThumbnailOffset"),
+    std::string_view("Exif.SonyMinolta.ThumbnailLength"),
+    std::string_view("Exif.SonyMinolta.Thumbnail"),
     std::string_view("Exif.Sony1.PreviewImage"),
+    std::string_view("Exif.Sony1.PreviewImageSize"),
     std::string_view("Exif.Sony2.PreviewImage"),
+    std::string_view("Exif.Sony2.PreviewImageSize"),
+    std::string_view("Exif.Samsung2.Preview"),
     std::string_view("Exif.Pentax.PreviewOffset"),
     std::string_view("Exif.Pentax.PreviewLength"),
     std::string_view("Exif.Pentax.PreviewResolution"),
+    std::string_view("Exif.Pentax.PreviewImageBorders"),
     std::string_view("Exif.PentaxDng.PreviewOffset"),
     std::string_view("Exif.PentaxDng.PreviewLength"),
     std::string_view("Exif.PentaxDng.PreviewResolution"),
+    std::string_view("Exif.PentaxDng.PreviewImageBorders"),
     std::string_view("Exif.Casio2.PreviewImage"),
-    std::string_view("Exif.Casio2.ThumbnailOffset"),
+    std::string_view("Exif.Casio2.PreviewImageSize"),
+    std::string_view("Exif.Casio2.PreviewImageLength"),
+    std::string_view("Exif.Casio2.PreviewImageStart"),
 };
 
 /// Tags in pixels of the original, untrue where the copy has another size.
@@ -280,6 +310,16 @@ void addRequired(Exiv2::ExifData& exif)
 
 namespace MetadataPruning
 {
+
+std::vector<std::string_view> namedTags()
+{
+    std::vector<std::string_view> all(kUntrueKeys.begin(), kUntrueKeys.end());
+    all.insert(all.end(), kKeysOfSize.begin(), kKeysOfSize.end());
+    for (const Move& move : kMoves) {
+        all.insert(all.end(), {move.from, move.to});
+    }
+    return all;
+}
 
 bool hasScaleOfOriginal(const ImageProperties::Content& content, QSize pixels)
 {

@@ -4,6 +4,9 @@
 
 #include <QSize>
 
+#include <string_view>
+#include <vector>
+
 /// What of a picture's metadata holds for a JPEG copy of it. To be called from within
 /// MetadataAdapter::attempt() only.
 namespace MetadataPruning
@@ -16,6 +19,10 @@ void makeExifTrue(ImageProperties::Content& content, QSize pixels);
 
 /// The same for XMP. Keeps the history and rights of the photo.
 void makeXmpTrue(ImageProperties::Content& content, QSize pixels);
+
+/// The single tags that makeExifTrue() looks for by name. A name that Exiv2 does not give itself
+/// would never be found.
+[[nodiscard]] std::vector<std::string_view> namedTags();
 
 /// Whether one pixel of the copy shows what one of the original did: makers and decoders disagree
 /// over a few at the edges, which is not a reduction. To be asked of the original's tags.

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <array>
-#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -110,9 +109,8 @@ void makeXmpTrue(ImageProperties::Content& content, QSize pixels)
 {
     Exiv2::XmpData& xmp = content.xmp;
     const bool isScaled = !hasScaleOfOriginal(content, pixels);
-    for (auto datum = xmp.begin(); datum != xmp.end();) {
-        datum = isUntrue(*datum, isScaled) ? xmp.erase(datum) : std::next(datum);
-    }
+    MetadataData::eraseWhere(
+        xmp, [isScaled](const Exiv2::Xmpdatum& datum) { return isUntrue(datum, isScaled); });
     correct(xmp, "Xmp.exif.PixelXDimension", std::to_string(pixels.width()));
     correct(xmp, "Xmp.exif.PixelYDimension", std::to_string(pixels.height()));
     correct(xmp, "Xmp.exif.ColorSpace", "1");

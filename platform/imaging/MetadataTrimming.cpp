@@ -8,9 +8,13 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <map>
+#include <numeric>
+#include <set>
 #include <string>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -189,11 +193,21 @@ QString trimExif(ImageProperties::Content& content)
     return largest == exif.end() ? QString() : takeOut(exif, largest);
 }
 
+/// The first names, and how many there are more.
+QString listed(const QStringList& parts)
+{
+    constexpr qsizetype kMostNames = 10;
+    const QString first = parts.first(std::min(parts.size(), kMostNames)).join(u", "_s);
+    return parts.size() <= kMostNames
+               ? first
+               : u"%1 and %2 more"_s.arg(first).arg(parts.size() - kMostNames);
+}
+
 void logTrimmed(const QString& block, const QStringList& parts)
 {
     if (!parts.isEmpty()) {
         systemLog(u"The %1 metadata is more than a JPEG segment holds; left out: %2"_s.arg(
-            block, parts.join(u", "_s)));
+            block, listed(parts)));
     }
 }
 
@@ -201,7 +215,7 @@ void logUnwritable(const QString& block, const QStringList& parts)
 {
     if (!parts.isEmpty()) {
         systemLog(u"The %1 metadata has parts that cannot be written; left out: %2"_s.arg(
-            block, parts.join(u", "_s)));
+            block, listed(parts)));
     }
 }
 
@@ -223,11 +237,12 @@ bool encode(const Exiv2::XmpData& xmp, std::string& packet)
     return refused == 0;
 }
 
-void remove(Exiv2::XmpData& xmp, const std::string& property)
+/// Takes the properties out with all their parts.
+void remove(Exiv2::XmpData& xmp, const std::set<std::string>& properties)
 {
-    for (auto datum = xmp.begin(); datum != xmp.end();) {
-        datum = wholeProperty(datum->key()) == property ? xmp.erase(datum) : std::next(datum);
-    }
+    MetadataData::eraseWhere(xmp, [&](const Exiv2::Xmpdatum& datum) {
+        return properties.contains(wholeProperty(datum.key()));
+    });
 }
 
 /// The toolkit refuses a whole packet for one property that it does not take. Removes the
@@ -238,34 +253,77 @@ QStringList removeRefused(Exiv2::XmpData& xmp)
     for (const Exiv2::Xmpdatum& datum : xmp) {
         properties[wholeProperty(datum.key())].add(datum);
     }
-    QStringList refused;
+    std::set<std::string> refused;
+    QStringList names;
     std::string packet;
     for (const auto& [property, alone] : properties) {
         if (!encode(alone, packet)) {
-            remove(xmp, property);
-            refused.append(QString::fromStdString(property));
+            refused.insert(property);
+            names.append(QString::fromStdString(property));
         }
     }
-    return refused;
+    remove(xmp, refused);
+    return names;
 }
 
-/// Takes the largest property out with all its parts and returns its name.
-QString trimXmp(Exiv2::XmpData& xmp)
+/// At least so many bytes of the packet are this part's: what its element says, without markup and
+/// the names of the elements around it.
+qsizetype estimatedSize(const Exiv2::Xmpdatum& datum)
 {
-    std::map<std::string, long> sizes;
+    const std::string key = datum.key();
+    return std::max<qsizetype>(datum.size(), 0) +
+           std::ssize(key.substr(key.find_last_of("./") + 1));
+}
+
+struct XmpProperty {
+    std::string name;
+    qsizetype size{0}; ///< estimated
+};
+
+/// The largest first.
+std::vector<XmpProperty> propertiesBySize(const Exiv2::XmpData& xmp)
+{
+    std::map<std::string, qsizetype> sizes;
     for (const Exiv2::Xmpdatum& datum : xmp) {
-        const std::string key = datum.key();
-        sizes[wholeProperty(key)] += datum.size() + static_cast<long>(key.size());
+        sizes[wholeProperty(datum.key())] += estimatedSize(datum);
     }
-    const auto largest = std::ranges::max_element(
-        sizes, [](const auto& left, const auto& right) { return left.second < right.second; });
-    if (largest == sizes.end()) {
+    std::vector<XmpProperty> properties;
+    properties.reserve(sizes.size());
+    for (const auto& [name, size] : sizes) {
+        properties.push_back({.name = name, .size = size});
+    }
+    std::ranges::stable_sort(properties, std::greater(), &XmpProperty::size);
+    return properties;
+}
+
+qsizetype estimatedSize(const Exiv2::XmpData& xmp)
+{
+    return std::accumulate(
+        xmp.begin(), xmp.end(), qsizetype{0}, [](qsizetype sum, const Exiv2::Xmpdatum& datum) {
+            return sum + estimatedSize(datum);
+        });
+}
+
+/// Takes the largest properties out, with all their parts, until the rest is estimated at `room`
+/// or less, and returns their names.
+QStringList trimXmp(Exiv2::XmpData& xmp, qsizetype room)
+{
+    qsizetype rest = estimatedSize(xmp);
+    if (rest <= room) {
         return {};
     }
-    for (auto datum = xmp.begin(); datum != xmp.end();) {
-        datum = wholeProperty(datum->key()) == largest->first ? xmp.erase(datum) : std::next(datum);
+    std::set<std::string> removed;
+    QStringList names;
+    for (const XmpProperty& property : propertiesBySize(xmp)) {
+        if (rest <= room) {
+            break;
+        }
+        rest -= property.size;
+        removed.insert(property.name);
+        names.append(QString::fromStdString(property.name));
     }
-    return QString::fromStdString(largest->first);
+    remove(xmp, removed);
+    return names;
 }
 
 } // namespace
@@ -310,18 +368,27 @@ QByteArray encodeExif(ImageProperties::Content& content, qsizetype largest)
 
 QByteArray encodeXmp(ImageProperties::Content& content, qsizetype largest)
 {
+    // Markup makes a packet larger than its estimate by a factor that each round knows better.
+    constexpr int kRoundsByFactor = 4;
     Exiv2::XmpData& xmp = content.xmp;
-    QStringList trimmed;
+    // What even the estimate shows to be too much goes before the first packet is made: the time
+    // for that grows with the square of the number of properties.
+    QStringList trimmed = trimXmp(xmp, largest);
     std::string packet;
-    if (!encode(xmp, packet)) {
+    bool isWritten = encode(xmp, packet);
+    if (!isWritten) {
         logUnwritable(u"XMP"_s, removeRefused(xmp));
+        isWritten = encode(xmp, packet);
     }
-    while (!xmp.empty()) {
-        if (encode(xmp, packet) && std::ssize(packet) <= largest) {
-            break;
-        }
-        packet.clear();
-        trimmed.append(trimXmp(xmp));
+    qsizetype room = largest;
+    for (int round = 0; !xmp.empty() && !(isWritten && std::ssize(packet) <= largest); ++round) {
+        const qsizetype estimate = estimatedSize(xmp);
+        const qsizetype fitting =
+            isWritten ? std::min(estimate * largest / std::ssize(packet), estimate - 1)
+                      : estimate / 2;
+        room = round < kRoundsByFactor ? fitting : std::min(fitting, room / 2);
+        trimmed.append(trimXmp(xmp, room));
+        isWritten = encode(xmp, packet);
     }
     logTrimmed(u"XMP"_s, trimmed);
     return xmp.empty() ? QByteArray() : QByteArray(packet.data(), std::ssize(packet));

@@ -27,6 +27,10 @@ constexpr int kInterpolation = 2;
 /// LibRaw's mark of a crop whose place in the sensor is not stated.
 constexpr int kNoOrigin = 0xFFFF;
 
+/// Cameras crop to other shapes and zoom by cropping: to a third of a side and, in a wide shape, to
+/// less than that of the other. What would leave less than this part of a side is damage.
+constexpr int kDeepestCrop = 8;
+
 // DNG 1.4, chapter 4: where the picture meant for display lies in the active area.
 constexpr quint16 kDefaultCropOrigin = 0xC61F;
 constexpr quint16 kDefaultCropSize = 0xC620;
@@ -159,21 +163,10 @@ std::optional<Error> process(RawFile& file)
     return std::nullopt;
 }
 
-/// The crop in coordinates of the visible area; empty where none is stated.
-QRect statedCrop(LibRaw& libRaw, const QByteArray& bytes)
+/// The crop that a DNG file's own tags state, in coordinates of the visible area; empty where none
+/// is stated.
+QRect cropOfDng(const QByteArray& bytes)
 {
-    const auto& sizes = libRaw.imgdata.sizes;
-    const auto& inset = sizes.raw_inset_crop;
-    if (inset.cwidth > 0 && inset.cheight > 0 && inset.cleft != kNoOrigin &&
-        inset.ctop != kNoOrigin) {
-        return {inset.cleft - sizes.left_margin,
-                inset.ctop - sizes.top_margin,
-                inset.cwidth,
-                inset.cheight};
-    }
-    if (libRaw.imgdata.idata.dng_version == 0) {
-        return {};
-    }
     const auto tiff = TiffStructure::parse(bytes);
     const TiffDirectory* const raw = tiff ? tiff->rawDirectory() : nullptr;
     if (raw == nullptr) {
@@ -190,8 +183,27 @@ QRect statedCrop(LibRaw& libRaw, const QByteArray& bytes)
     return {whole(origin[0]), whole(origin[1]), whole(size[0]), whole(size[1])};
 }
 
+/// The crop in coordinates of the visible area; empty where none is stated.
+QRect statedCrop(const LibRaw& libRaw, const QByteArray& bytes)
+{
+    if (libRaw.imgdata.idata.dng_version != 0) {
+        // A maker note within speaks of the sensor, not of the pixels that were made of it: DNG
+        // files come reduced and enlarged.
+        return cropOfDng(bytes);
+    }
+    const auto& sizes = libRaw.imgdata.sizes;
+    const auto& inset = sizes.raw_inset_crop;
+    const bool isStated = inset.cwidth > 0 && inset.cheight > 0 && inset.cleft != kNoOrigin &&
+                          inset.ctop != kNoOrigin;
+    return isStated ? QRect(inset.cleft - sizes.left_margin,
+                            inset.ctop - sizes.top_margin,
+                            inset.cwidth,
+                            inset.cheight)
+                    : QRect();
+}
+
 /// The part of the processed picture that is kept; `visible` is the size before processing.
-QRect keptArea(LibRaw& libRaw, QSize visible, const QByteArray& bytes)
+QRect keptArea(const LibRaw& libRaw, QSize visible, const QByteArray& bytes)
 {
     const auto& sizes = libRaw.imgdata.sizes;
     const QRect all(0, 0, sizes.width, sizes.height);
@@ -200,9 +212,8 @@ QRect keptArea(LibRaw& libRaw, QSize visible, const QByteArray& bytes)
         return all;
     }
     const QRect crop = statedCrop(libRaw, bytes);
-    // A crop that leaves less than three quarters is no trimming of borders.
-    const bool plausible = all.contains(crop) && crop.width() * 4 >= all.width() * 3 &&
-                           crop.height() * 4 >= all.height() * 3;
+    const bool plausible = all.contains(crop) && crop.width() * kDeepestCrop >= all.width() &&
+                           crop.height() * kDeepestCrop >= all.height();
     return plausible ? crop : all;
 }
 

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <functional>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 namespace
@@ -212,31 +213,111 @@ bool lacksParts(const SmallPicture& decoded, const SmallPicture& shown)
     return missing >= kEnough && Correlation::ofRanks(decodedRest, shownRest) >= kOtherScene;
 }
 
-/// Whether places differ that should not where the rest is alike: the thumbnail was made of the
-/// very picture. Only for thumbnails of the picture's own shape, which lie as it does.
-bool differsInPlaces(const SmallPicture& decoded, const SmallPicture& shown)
+/// Cells of a grid, row by row, that are marked or not.
+class MarkedCells final
 {
-    constexpr double kSameShape = 0.02;
-    constexpr float kOther = 0.2F;
-    constexpr std::ptrdiff_t kEnough = 6;
-    if (std::abs(shapeOf(decoded) / shapeOf(shown) - 1.0) > kSameShape) {
-        return false;
+public:
+    MarkedCells(int width, std::vector<bool> marks)
+        : m_width(width)
+        , m_marks(std::move(marks))
+    {
     }
-    const QRectF whole(0.0, 0.0, 1.0, 1.0);
-    const SmallPicture picture = decoded.sampled(whole, {shown.width(), shown.height()});
-    if (Correlation::ofRanks(picture.values(), shown.values()) < kOtherScene) {
-        return false;
+
+    /// How many cells the largest patch has of those that touch by a side. Unmarks them all.
+    [[nodiscard]] int takeLargestPatch()
+    {
+        int largest = 0;
+        for (std::size_t cell = 0; cell < m_marks.size(); ++cell) {
+            largest = std::max(largest, takePatchAt(static_cast<int>(cell)));
+        }
+        return largest;
     }
+
+private:
+    int takePatchAt(int first)
+    {
+        std::vector<int> found;
+        take(first, found);
+        for (std::size_t next = 0; next < found.size(); ++next) {
+            const int cell = found[next];
+            take(cell - m_width, found);
+            take(cell + m_width, found);
+            if (cell % m_width > 0) {
+                take(cell - 1, found);
+            }
+            if (cell % m_width < m_width - 1) {
+                take(cell + 1, found);
+            }
+        }
+        return static_cast<int>(found.size());
+    }
+
+    void take(int cell, std::vector<int>& found)
+    {
+        if (cell >= 0 && cell < std::ssize(m_marks) && m_marks[static_cast<std::size_t>(cell)]) {
+            m_marks[static_cast<std::size_t>(cell)] = false;
+            found.push_back(cell);
+        }
+    }
+
+    int m_width;
+    std::vector<bool> m_marks;
+};
+
+/// The cells in which a picture is compared with a thumbnail of it. Makers of thumbnails average,
+/// or pick single pixels, and round positions: a cell must hold several pixels of the thumbnail to
+/// forget that.
+QSize cellsOf(QSize thumbnail)
+{
+    constexpr int kPixelsOfACell = 5;
+    constexpr int kMostCells = 32;
+    const int longest = std::max(thumbnail.width(), thumbnail.height());
+    const int cells = std::clamp(longest / kPixelsOfACell, 1, kMostCells);
+    return thumbnail.scaled(cells, cells, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+}
+
+/// Marks where the lightness of cells differs by more than `other` from what most do: what all
+/// places have in common is a matter of tone.
+std::vector<bool>
+marksOf(const std::vector<float>& values, const std::vector<float>& expected, float other)
+{
     std::vector<float> steps;
-    std::ranges::transform(
-        picture.values(), shown.values(), std::back_inserter(steps), std::minus<float>());
-    // What all places have in common is a matter of tone.
+    std::ranges::transform(values, expected, std::back_inserter(steps), std::minus<float>());
     std::vector<float> sorted = steps;
     const auto middle = sorted.begin() + std::ssize(sorted) / 2;
     std::ranges::nth_element(sorted, middle);
-    const auto others = std::ranges::count_if(
-        steps, [common = *middle](float step) { return std::abs(step - common) > kOther; });
-    return others >= kEnough;
+    std::vector<bool> marks;
+    std::ranges::transform(steps, std::back_inserter(marks), [&](float step) {
+        return std::abs(step - *middle) > other;
+    });
+    return marks;
+}
+
+/// Whether a place differs that should not where the rest is alike: the thumbnail was made of the
+/// very picture. Only for thumbnails of the picture's own shape, which lie as it does. Measured
+/// over good photos with thumbnails of 64 to 320 pixels, averaged, picked and by libheif: patches
+/// of 2 cells at most.
+bool differsInPlaces(const SmallPicture& decoded, const SmallPicture& shown)
+{
+    constexpr double kSameShape = 0.02;
+    constexpr float kOther = 0.15F;
+    constexpr int kSmallestThumbnail = 64;
+    constexpr int kEnough = 3;
+    const QSize thumbnail = shown.original();
+    if (std::max(thumbnail.width(), thumbnail.height()) < kSmallestThumbnail ||
+        std::abs(shapeOf(decoded) / shapeOf(shown) - 1.0) > kSameShape) {
+        return false;
+    }
+    const QSize grid = cellsOf(thumbnail)
+                           .boundedTo({decoded.width(), decoded.height()})
+                           .boundedTo({shown.width(), shown.height()});
+    const SmallPicture picture = decoded.averaged(grid);
+    const SmallPicture expected = shown.averaged(grid);
+    if (Correlation::ofRanks(picture.values(), expected.values()) < kOtherScene) {
+        return false;
+    }
+    MarkedCells marked(grid.width(), marksOf(picture.values(), expected.values(), kOther));
+    return marked.takeLargestPatch() >= kEnough;
 }
 
 double meanStep(const Bitmap& bitmap)

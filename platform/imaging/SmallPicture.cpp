@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <span>
 
 namespace
 {
@@ -41,27 +42,68 @@ QSize smallSize(QSize size)
     return size.scaled(kLongestSide, kLongestSide, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
 }
 
-/// Averages of the source pixels that fall into each small one; `rowValues` gives a source row's.
+/// How a source pixel is shared out between the parts that a side is cut into: no pixel is longer
+/// than a part, so it lies in one or across the border of two.
+struct Share {
+    std::size_t part{0};
+    double here{0.0};
+    double next{0.0}; ///< in the part after that one
+};
+
+/// The shares of all pixels of a side of `from` pixels cut into `into` parts, in fractions of a
+/// part.
+std::vector<Share> sharesOf(int from, int into)
+{
+    std::vector<Share> shares;
+    shares.reserve(static_cast<std::size_t>(from));
+    for (int pixel = 0; pixel < from; ++pixel) {
+        // In units of a part's `from`th, of which a pixel has `into`.
+        const qint64 start = qint64{pixel} * into;
+        const qint64 part = start / from;
+        const qint64 here = std::min<qint64>(into, (part + 1) * from - start);
+        shares.push_back({.part = static_cast<std::size_t>(part),
+                          .here = static_cast<double>(here) / from,
+                          .next = static_cast<double>(into - here) / from});
+    }
+    return shares;
+}
+
+void addShared(const Share& share, std::span<const double> line, std::vector<double>& sums)
+{
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        sums[share.part * line.size() + i] += share.here * line[i];
+    }
+    if (share.next > 0.0) {
+        for (std::size_t i = 0; i < line.size(); ++i) {
+            sums[(share.part + 1) * line.size() + i] += share.next * line[i];
+        }
+    }
+}
+
+/// Averages of the source by area, `into` being no larger than `from`; `rowValues` gives a source
+/// row's values. Whole pixels alone would lay pictures of different sizes out of register.
 template <typename RowValues>
 void average(QSize from, QSize into, const RowValues& rowValues, std::vector<float>& values)
 {
+    const std::vector<Share> columns = sharesOf(from.width(), into.width());
+    const std::vector<Share> rows = sharesOf(from.height(), into.height());
     std::vector<double> sums(values.size(), 0.0);
-    std::vector<int> counts(values.size(), 0);
+    // One part more, of which the last pixel has nothing.
+    std::vector<double> line(static_cast<std::size_t>(into.width()) + 1, 0.0);
     std::vector<float> row(static_cast<std::size_t>(from.width()));
-    for (int y = 0; y < from.height(); ++y) {
-        rowValues(y, row);
-        const auto line = static_cast<std::size_t>(qint64{y} * into.height() / from.height()) *
-                          static_cast<std::size_t>(into.width());
-        for (int x = 0; x < from.width(); ++x) {
-            const auto cell =
-                line + static_cast<std::size_t>(qint64{x} * into.width() / from.width());
-            sums[cell] += static_cast<double>(row[static_cast<std::size_t>(x)]);
-            ++counts[cell];
+    for (std::size_t y = 0; y < rows.size(); ++y) {
+        rowValues(static_cast<int>(y), row);
+        std::ranges::fill(line, 0.0);
+        for (std::size_t x = 0; x < row.size(); ++x) {
+            const Share& share = columns[x];
+            const auto value = static_cast<double>(row[x]);
+            line[share.part] += share.here * value;
+            line[share.part + 1] += share.next * value;
         }
+        addShared(rows[y], std::span(line).first(line.size() - 1), sums);
     }
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        values[i] = static_cast<float>(sums[i] / std::max(counts[i], 1));
-    }
+    std::ranges::transform(
+        sums, values.begin(), [](double sum) { return static_cast<float>(sum); });
 }
 
 } // namespace
@@ -132,6 +174,18 @@ SmallPicture SmallPicture::turned() const
             result.m_values[next++] = at(y, m_height - 1 - x);
         }
     }
+    return result;
+}
+
+SmallPicture SmallPicture::averaged(QSize size) const
+{
+    SmallPicture result(size.boundedTo({m_width, m_height}), m_original);
+    const auto rowValues = [this](int y, std::vector<float>& row) {
+        for (std::size_t x = 0; x < row.size(); ++x) {
+            row[x] = at(static_cast<int>(x), y);
+        }
+    };
+    average({m_width, m_height}, {result.m_width, result.m_height}, rowValues, result.m_values);
     return result;
 }
 

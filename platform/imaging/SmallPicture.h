@@ -43,6 +43,8 @@ public:
 
     /// A quarter turn clockwise.
     [[nodiscard]] SmallPicture turned() const;
+    /// Averaged down by area to `size`, or to its own where that is smaller.
+    [[nodiscard]] SmallPicture averaged(QSize size) const;
     /// The part `area` (fractions 0..1 of the sides), sampled at `size` points.
     [[nodiscard]] SmallPicture sampled(const QRectF& area, QSize size) const;
 

@@ -7,6 +7,7 @@
 #include "JpegEncoder.h"
 #include "ProfileSamples.h"
 #include "QtPrinters.h"
+#include "SceneSamples.h"
 
 #include <QColorSpace>
 #include <QDir>
@@ -126,6 +127,32 @@ TEST_F(ImageSourceTest, rawIsCroppedAsTheCameraStates)
     }
 }
 
+TEST_F(ImageSourceTest, rawIsCroppedAsDeepAsTheCameraStates)
+{
+    // A square, a zoom by cropping, and a wide shape.
+    for (const QSize crop : {QSize(172, 172), QSize(84, 62), QSize(236, 60)}) {
+        const auto cropped = ImageSource::decode(
+            file(u"cropped.dng"_s,
+                 ImageBuilder::dng(ImageBuilder::scene(kSize, Transfer::Linear),
+                                   {.crop = crop, .preview = {}, .orientation = 1})));
+        ASSERT_TRUE(cropped.ok());
+        EXPECT_EQ(cropped.value().size(), crop);
+    }
+}
+
+TEST_F(ImageSourceTest, aCropThatCannotBeMeantIsIgnored)
+{
+    // Nothing, next to nothing, and what reaches beyond the sensor.
+    for (const QSize crop : {QSize(0, 0), QSize(12, 100), QSize(100, 8), QSize(240, 172)}) {
+        const auto decoded = ImageSource::decode(
+            file(u"odd.dng"_s,
+                 ImageBuilder::dng(ImageBuilder::scene(kSize, Transfer::Linear),
+                                   {.crop = crop, .preview = {}, .orientation = 1})));
+        ASSERT_TRUE(decoded.ok());
+        EXPECT_EQ(decoded.value().size(), kSize);
+    }
+}
+
 TEST_F(ImageSourceTest, rawDecodesTheSameEachTime)
 {
     const QString path =
@@ -217,6 +244,18 @@ TEST_F(ImageSourceTest, heifOfNoiseOrNothingIsDamagedWhereItsThumbnailShowsAScen
     // Without one there is nothing to judge it by.
     const QByteArray alone = HeifSamples::file(ImageBuilder::noise(kSize));
     EXPECT_TRUE(ImageSource::check(file(u"alone.heic"_s, alone)).ok());
+}
+
+TEST_F(ImageSourceTest, aHeifPhotoPassesByTheThumbnailThatItsEncoderMade)
+{
+    // Of half the size of what is given.
+    for (const QSize thumbnail : {QSize(200, 150), QSize(320, 240), QSize(512, 384)}) {
+        const HeifSamples::Options options{.thumbnail = SceneSamples::leaves(thumbnail)};
+        const QString path =
+            file(u"photo.heic"_s, HeifSamples::file(SceneSamples::leaves(thumbnail), options));
+        const auto checked = ImageSource::check(path);
+        EXPECT_TRUE(checked.ok()) << thumbnail.width() / 2;
+    }
 }
 
 TEST_F(ImageSourceTest, theThumbnailOfAHeifFileIsItsPreview)

@@ -2,12 +2,17 @@
 
 #include "BitmapImage.h"
 #include "ImageBuilder.h"
+#include "ImageSource.h"
 #include "JpegDestination.h"
 #include "JpegEncoder.h"
 #include "QtPrinters.h"
 #include "SrgbTransfer.h"
 
+#include <QDir>
+
 #include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -20,16 +25,20 @@ QByteArray jpegOf(const Bitmap& bitmap, double quality)
     return jpeg.ok() ? jpeg.value() : QByteArray();
 }
 
-/// The scene with every linear value times `factor`.
-Bitmap darkened(double factor)
+Bitmap times(Bitmap bitmap, double factor)
 {
-    Bitmap bitmap = ImageBuilder::scene(kProvedSize, Transfer::Linear);
     for (int y = 0; y < bitmap.pixelsHigh(); ++y) {
         for (quint16& value : bitmap.row(y)) {
             value = static_cast<quint16>(value * factor);
         }
     }
     return bitmap;
+}
+
+/// The scene with every linear value times `factor`.
+Bitmap darkened(double factor)
+{
+    return times(ImageBuilder::scene(kProvedSize, Transfer::Linear), factor);
 }
 
 Bitmap withRedAndBlueExchanged(const Bitmap& bitmap)
@@ -123,10 +132,36 @@ TEST(JpegProofTest, exchangedColoursAreRefused)
 TEST(JpegProofTest, referenceOfTheSameSceneBoundsTheLightness)
 {
     const QImage reference = BitmapImage::toImage(ImageBuilder::scene({160, 120}));
-    const Bitmap right = darkened(0.4);
-    EXPECT_TRUE(JpegProof::prove(jpegOf(right, 0.8), right, {reference}).ok());
-    const Bitmap black = darkened(0.02);
-    expectRefused(jpegOf(black, 1.0), black, {reference});
+    // Down to three stops and more: highlight programmes, and a preview that is lighter anyhow.
+    for (const double factor : {0.4, 0.25, 0.1}) {
+        const Bitmap right = darkened(factor);
+        EXPECT_TRUE(JpegProof::prove(jpegOf(right, 0.8), right, {reference}).ok()) << factor;
+    }
+    for (const double factor : {0.02, 0.005}) {
+        const Bitmap black = darkened(factor);
+        expectRefused(jpegOf(black, 1.0), black, {reference});
+    }
+    const Bitmap scene = ImageBuilder::scene(kProvedSize, Transfer::Linear);
+    expectRefused(jpegOf(scene, 1.0), scene, {BitmapImage::toImage(darkened(0.02))});
+}
+
+TEST(JpegProofTest, photosTwoStopsDarkerThanTheirPreviewsPass)
+{
+    const QDir data(QStringLiteral(CORVANE_SHARED_DATA));
+    for (const QString& name : {u"raw/skia_rotated_small.dng"_s,
+                                u"raw/canon_d30.crw"_s,
+                                u"masters/IMG_1994.cr2"_s,
+                                u"masters/IMG_1997.cr2"_s}) {
+        if (!data.exists(name)) {
+            continue;
+        }
+        const auto decoded = ImageSource::decode(data.filePath(name));
+        const auto preview = ImageSource::embeddedPreview(data.filePath(name));
+        ASSERT_TRUE(decoded.ok() && preview.has_value()) << qPrintable(name);
+        const Bitmap darker = times(decoded.value(), 0.25);
+        EXPECT_TRUE(JpegProof::prove(jpegOf(darker, 0.8), darker, {*preview}).ok())
+            << qPrintable(name);
+    }
 }
 
 TEST(JpegProofTest, referenceOfTheSameSceneBoundsTheColours)

@@ -2,6 +2,7 @@
 
 #include "ImagePropertiesContent.h"
 #include "LogRecorder.h"
+#include "MetadataPruning.h"
 #include "MetadataSamples.h"
 
 #include <QDirIterator>
@@ -122,6 +123,57 @@ TEST(MetadataSegments, tagsOfTheOriginalsStructureStayBehind)
     const ImageProperties carried = asCarried(original, kCopy);
     for (const char* const key : kStructureTags) {
         EXPECT_FALSE(hasExif(carried, key)) << key;
+    }
+}
+
+TEST(MetadataSegments, whatPointsIntoTheOriginalOrDescribesItsPicturesStaysBehind)
+{
+    // By number where the name is not the same everywhere.
+    constexpr std::array kUntrue{"Exif.Image.0xea1c",
+                                 "Exif.Image.JPEGQTables",
+                                 "Exif.Photo.0xa500",
+                                 "Exif.Photo.0xea1c",
+                                 "Exif.Canon.0x00b6",
+                                 "Exif.Canon.RawDataOffset",
+                                 "Exif.Canon.OriginalDecisionDataOffset",
+                                 "Exif.Canon.VRDOffset",
+                                 "Exif.Casio2.PreviewImageSize",
+                                 "Exif.Casio2.PreviewImageLength",
+                                 "Exif.Casio2.PreviewImageStart",
+                                 "Exif.Olympus.PreviewImage",
+                                 "Exif.Olympus.Thumbnail",
+                                 "Exif.Olympus.ThumbnailOffset",
+                                 "Exif.Olympus.ThumbnailLength",
+                                 "Exif.Olympus2.PreviewImage",
+                                 "Exif.Olympus2.Thumbnail",
+                                 "Exif.Olympus2.ThumbnailOffset",
+                                 "Exif.Olympus2.ThumbnailLength",
+                                 "Exif.SonyMinolta.Thumbnail",
+                                 "Exif.SonyMinolta.ThumbnailOffset",
+                                 "Exif.SonyMinolta.ThumbnailLength",
+                                 "Exif.Sony1.PreviewImageSize",
+                                 "Exif.Sony2.PreviewImageSize",
+                                 "Exif.Samsung2.Preview",
+                                 "Exif.SamsungPreview.JPEGInterchangeFormat",
+                                 "Exif.Pentax.PreviewImageBorders",
+                                 "Exif.PentaxDng.PreviewImageBorders"};
+    ImageProperties::Content content;
+    for (const char* const key : kUntrue) {
+        content.exif[key].setValue("7");
+    }
+    content.exif["Exif.Canon.OwnerName"] = std::string("Owner");
+    MetadataPruning::makeExifTrue(content, kCopy);
+    for (const char* const key : kUntrue) {
+        EXPECT_EQ(content.exif.findKey(Exiv2::ExifKey(key)), content.exif.end()) << key;
+    }
+    EXPECT_NE(content.exif.findKey(Exiv2::ExifKey("Exif.Canon.OwnerName")), content.exif.end());
+}
+
+TEST(MetadataSegments, tagsAreLookedForByTheNamesThatExiv2Gives)
+{
+    for (const std::string_view name : MetadataPruning::namedTags()) {
+        const std::string key(name);
+        EXPECT_EQ(Exiv2::ExifKey(key).key(), key);
     }
 }
 
@@ -380,6 +432,40 @@ TEST(MetadataSegments, xmpThatIsTooLargeLosesItsLargestProperty)
     EXPECT_EQ(xmpText(carried, "Xmp.xmp.Rating"), "4");
     ASSERT_EQ(log.entries().size(), 1);
     EXPECT_TRUE(log.entries().first().contains(u"Xmp.photoshop.History"_s));
+}
+
+TEST(MetadataSegments, xmpOfThousandsOfPropertiesIsTrimmedInAFewSteps)
+{
+    constexpr int kProperties = 30000;
+    Blocks blocks;
+    for (int index = 0; index < kProperties; ++index) {
+        const Exiv2::XmpTextValue value("a few words of text");
+        blocks.xmp.add(Exiv2::XmpKey("Xmp.photoshop.Property" + std::to_string(index)), &value);
+    }
+    const LogRecorder log;
+    const QList<JpegSegment> segments = MetadataSegments::build(holding(blocks), kCopy, {});
+    // The standard's own Exif tags, and the packet.
+    ASSERT_EQ(segments.size(), 2);
+    EXPECT_LE(segments.last().payload.size(), kLargestPayload);
+    EXPECT_GT(segments.last().payload.size(), kLargestPayload / 2);
+    ASSERT_EQ(log.entries().size(), 1);
+    EXPECT_EQ(log.entries().first().count(u"Xmp."_s), 10);
+    const qsizetype left = segments.last().payload.count("photoshop:Property");
+    EXPECT_TRUE(log.entries().first().endsWith(u" and %1 more"_s.arg(kProperties - left - 10)));
+}
+
+TEST(MetadataSegments, xmpThatMarkupMakesTooLargeIsTrimmedNoFurtherThanNeeded)
+{
+    Blocks blocks;
+    for (int index = 0; index < 300; ++index) {
+        const std::string number = std::to_string(index);
+        blocks.xmp["Xmp.photoshop.Marked" + number] = std::string(100, '&');
+        blocks.xmp["Xmp.photoshop.Plain" + number] = std::string(90, 'p');
+    }
+    const QList<JpegSegment> segments = MetadataSegments::build(holding(blocks), kCopy, {});
+    ASSERT_EQ(segments.size(), 2);
+    EXPECT_LE(segments.last().payload.size(), kLargestPayload);
+    EXPECT_GT(segments.last().payload.size(), kLargestPayload / 3);
 }
 
 TEST(MetadataSegments, segmentsStandInTheOrderOfExifIptcAndXmp)

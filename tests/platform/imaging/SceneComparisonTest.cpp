@@ -3,10 +3,13 @@
 #include "BitmapImage.h"
 #include "Correlation.h"
 #include "ImageBuilder.h"
+#include "SceneSamples.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <random>
 
 namespace
 {
@@ -14,6 +17,28 @@ namespace
 SmallPicture scene(QSize size)
 {
     return SmallPicture::of(ImageBuilder::scene(size));
+}
+
+constexpr std::array kModes{Qt::SmoothTransformation, Qt::FastTransformation};
+
+void fill(Bitmap& bitmap, const QRect& area, quint16 value)
+{
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        std::ranges::fill(bitmap.row(y).subspan(static_cast<std::size_t>(3 * area.left()),
+                                                static_cast<std::size_t>(3 * area.width())),
+                          value);
+    }
+}
+
+void fillWithNoise(Bitmap& bitmap, const QRect& area)
+{
+    std::mt19937 random(5);
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (quint16& value : bitmap.row(y).subspan(static_cast<std::size_t>(3 * area.left()),
+                                                    static_cast<std::size_t>(3 * area.width()))) {
+            value = static_cast<quint16>(random() & 0xFFFFU);
+        }
+    }
 }
 
 } // namespace
@@ -86,6 +111,50 @@ TEST(SceneComparisonTest, aPlaceThatDiffersFromTheThumbnailIsDamage)
     const QImage other = thumbnail.mirrored(false, true);
     EXPECT_FALSE(SceneComparison::thumbnailComplaint(smeared, other).has_value());
     EXPECT_FALSE(SceneComparison::thumbnailComplaint(smeared, QImage()).has_value());
+}
+
+TEST(SceneComparisonTest, photosPassByTheirThumbnailsHoweverMade)
+{
+    for (const QSize size : {QSize(1200, 800), QSize(801, 601), QSize(333, 500), QSize(96, 72)}) {
+        const Bitmap picture = SceneSamples::leaves(size);
+        for (const int side : {64, 96, 128, 160, 256, 320}) {
+            for (const auto mode : kModes) {
+                const QImage thumbnail = SceneSamples::thumbnailOf(picture, side, mode);
+                const auto complaint = SceneComparison::thumbnailComplaint(picture, thumbnail);
+                EXPECT_FALSE(complaint.has_value()) << size.width() << ' ' << side << ' ' << mode;
+            }
+        }
+    }
+}
+
+TEST(SceneComparisonTest, garbageInAPhotoIsFoundByItsThumbnail)
+{
+    const QSize size(1200, 800);
+    const Bitmap picture = SceneSamples::leaves(size);
+    Bitmap band = picture;
+    fillWithNoise(band, {0, 500, 1200, 100});
+    Bitmap block = picture;
+    fill(block, {400, 150, 200, 150}, 0);
+    Bitmap quarter = picture;
+    fill(quarter, {600, 400, 600, 400}, 32768);
+    for (const int side : {96, 128, 160, 256, 320}) {
+        for (const auto mode : kModes) {
+            const QImage thumbnail = SceneSamples::thumbnailOf(picture, side, mode);
+            for (const Bitmap& damaged : {band, block, quarter}) {
+                EXPECT_TRUE(SceneComparison::thumbnailComplaint(damaged, thumbnail).has_value())
+                    << side << ' ' << mode;
+            }
+        }
+    }
+}
+
+TEST(SceneComparisonTest, aThumbnailTooSmallToShowPlacesProvesNothingOfThem)
+{
+    const Bitmap picture = ImageBuilder::scene({640, 480});
+    Bitmap smeared = picture;
+    fill(smeared, {100, 200, 60, 60}, 9000);
+    const QImage thumbnail = BitmapImage::toImage(ImageBuilder::scene({60, 45}));
+    EXPECT_FALSE(SceneComparison::thumbnailComplaint(smeared, thumbnail).has_value());
 }
 
 TEST(SceneComparisonTest, aThumbnailOfAnotherToneProvesNothing)
