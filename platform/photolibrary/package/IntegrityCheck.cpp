@@ -3,13 +3,13 @@
 #include "Catalogues.h"
 #include "PathMapping.h"
 #include "Queries.h"
+#include "RoomyCache.h"
 #include "RowIdIndexes.h"
 #include "Schema.h"
 
 #include <QDirIterator>
 #include <QFileInfo>
 
-#include <array>
 #include <string>
 
 using namespace Qt::StringLiterals;
@@ -81,47 +81,6 @@ constexpr Question kQuestions[] = {
      " (SELECT count(*) FROM RKVersion v WHERE v.projectUuid = f.uuid AND +v.showInLibrary = 1"
      " AND +v.isInTrash = 0)",
      "%2 event(s) miscount their photos, the first is \"%1\"."},
-};
-
-/// Lets SQLite keep more of the databases in memory for a while: the checks go through all of them,
-/// and with its usual two megabytes it would read the same pages again and again.
-class RoomyCache final
-{
-public:
-    explicit RoomyCache(Connection& connection)
-        : m_connection(connection)
-    {
-        for (std::size_t i = 0; i < Connection::kSchemas.size(); ++i) {
-            m_before[i] = connection.database().execAndGet(pragma(i)).getInt();
-            set(i, kKibibytes);
-        }
-    }
-
-    ~RoomyCache()
-    {
-        for (std::size_t i = 0; i < Connection::kSchemas.size(); ++i) {
-            set(i, m_before[i]);
-        }
-    }
-
-    RoomyCache(const RoomyCache&) = delete;
-    RoomyCache& operator=(const RoomyCache&) = delete;
-
-private:
-    static constexpr int kKibibytes = -128 * 1024; ///< below zero: no count of pages
-
-    static std::string pragma(std::size_t schema)
-    {
-        return std::string("PRAGMA ") + Connection::kSchemas[schema] + ".cache_size";
-    }
-
-    void set(std::size_t schema, int size)
-    {
-        m_connection.database().tryExec(pragma(schema) + '=' + std::to_string(size));
-    }
-
-    Connection& m_connection;
-    std::array<int, Connection::kSchemas.size()> m_before{};
 };
 
 void askQuestions(Connection& connection, QStringList& problems)

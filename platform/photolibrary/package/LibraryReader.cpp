@@ -5,6 +5,7 @@
 #include "OpeningChecks.h"
 #include "PathMapping.h"
 #include "Queries.h"
+#include "RoomyCache.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -19,31 +20,52 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <deque>
+#include <functional>
+#include <future>
+#include <iterator>
+#include <optional>
+#include <span>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
 namespace
 {
 
+/// A listing reads each table once from begin to end and joins them in memory: looking up every
+/// photo's rows in SQLite's indexes takes thrice as long.
+/// The sign keeps SQLite from going to nearly all rows by way of an index.
 constexpr const char* kPhotos =
-    "SELECT v.modelId, v.uuid, m.uuid, m.fileName, v.name, sc.stringProperty, v.mainRating,"
-    " v.imageDate, v.imageTimeZoneName, v.processedWidth, v.processedHeight, v.exifLatitude,"
-    " v.exifLongitude, ea.numberProperty, m.imagePath, m.fileIsReference, m.isTrulyRaw, m.type,"
-    " v.hasEnabledAdjustments, v.isHidden, p.fullSizePreviewPath, p.miniThumbnailPath,"
-    " f.modelId, f.name, v.rotation, o.rotation, a.imagePath, a.fileIsReference"
-    " FROM RKVersion v"
-    " JOIN RKMaster m ON m.uuid = coalesce(v.rawMasterUuid, v.masterUuid)"
-    " LEFT JOIN RKMaster a ON a.uuid = m.alternateMasterUuid"
-    " LEFT JOIN RKVersion o ON o.uuid = m.originalVersionUuid"
-    " LEFT JOIN RKFolder f ON f.uuid = v.projectUuid"
-    " LEFT JOIN prox.RKImageProxyState p ON p.versionUuid = v.uuid"
-    " LEFT JOIN prop.RKIptcProperty ic ON ic.versionId = v.modelId"
-    " AND ic.propertyKey = 'Caption/Abstract'"
-    " LEFT JOIN prop.RKUniqueString sc ON sc.modelId = ic.stringId"
-    " LEFT JOIN prop.RKExifNumberProperty ea ON ea.versionId = v.modelId"
-    " AND ea.propertyKey = 'Altitude'"
-    " WHERE v.showInLibrary = 1 AND v.isInTrash = ?"
-    " ORDER BY f.minImageDate, f.modelId, v.imageDate, v.modelId";
+    "SELECT modelId, uuid, coalesce(rawMasterUuid, masterUuid), name, mainRating, imageDate,"
+    " imageTimeZoneName, processedWidth, processedHeight, exifLatitude, exifLongitude,"
+    " hasEnabledAdjustments, isHidden, rotation, projectUuid"
+    " FROM RKVersion WHERE showInLibrary = 1 AND +isInTrash = ?";
+
+constexpr const char* kAnyPhoto =
+    "SELECT modelId FROM RKVersion WHERE showInLibrary = 1 AND isInTrash = ? LIMIT 1";
+
+constexpr const char* kMasters =
+    "SELECT uuid, fileName, imagePath, fileIsReference, isTrulyRaw, type, alternateMasterUuid,"
+    " originalVersionUuid FROM RKMaster";
+
+/// Most were imported upright, so only the others are kept.
+constexpr const char* kRotationsAsImported =
+    "SELECT uuid, rotation FROM RKVersion WHERE versionNumber = 0 AND rotation IS NOT 0";
+
+constexpr const char* kEvents = "SELECT uuid, modelId, name, minImageDate FROM RKFolder";
+
+constexpr const char* kProxies =
+    "SELECT versionUuid, fullSizePreviewPath, miniThumbnailPath FROM prox.RKImageProxyState";
+
+constexpr const char* kComments = "SELECT i.versionId, s.stringProperty FROM prop.RKIptcProperty i"
+                                  " JOIN prop.RKUniqueString s ON s.modelId = i.stringId"
+                                  " WHERE i.propertyKey = 'Caption/Abstract'";
+
+constexpr const char* kAltitudes = "SELECT versionId, numberProperty FROM prop.RKExifNumberProperty"
+                                   " WHERE propertyKey = 'Altitude'";
 
 /// One album, or all for want of an id.
 constexpr const char* kRegularAlbums =
@@ -111,44 +133,193 @@ Number numberOf(const std::optional<Number>& number, bool& unknown)
     return number.value_or(Number{});
 }
 
-/// Bytes of a file, readable or not; nothing where there is none.
-std::optional<qint64> bytesOnDisk(const QString& path)
+/// A master as it is on the disk.
+struct FileFacts {
+    bool isThere{false};
+    bool mayBeRead{false};
+    qint64 bytes{0};
+};
+
+FileFacts factsOfFile(const QString& path)
 {
+    const QByteArray name = QFile::encodeName(path);
     struct stat status = {};
     if (path.isEmpty()) {
-        return std::nullopt;
+        return {};
     }
-    if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
+    if (::stat(name.constData(), &status) != 0) {
         // A folder that is closed to this user does not say that the file is gone.
-        return errno == EACCES ? std::optional<qint64>(0) : std::nullopt;
+        return {.isThere = errno == EACCES};
     }
-    return S_ISREG(status.st_mode) ? std::optional<qint64>(status.st_size) : std::nullopt;
+    if (!S_ISREG(status.st_mode)) {
+        return {};
+    }
+    constexpr mode_t kReadByAll = S_IRUSR | S_IRGRP | S_IROTH;
+    const bool mayBeRead =
+        (status.st_mode & kReadByAll) == kReadByAll ||
+        ::faccessat(AT_FDCWD, name.constData(), R_OK, AT_EACCESS) == 0; // as open() will be told
+    return {.isThere = true, .mayBeRead = mayBeRead, .bytes = status.st_size};
 }
 
-/// Whether the effective user may read the file, as open() will be told.
-bool mayBeRead(const QString& path)
+struct MasterRow {
+    QString fileName;
+    QString imagePath;
+    bool isReference{false};
+    bool isRaw{false};
+    bool isMovie{false};
+    QString alternateUuid;
+    QString originalVersionUuid;
+};
+
+struct EventRow {
+    qint64 id{0};
+    QString name;
+    std::optional<double> date; ///< of its first photo
+};
+
+struct ProxyRow {
+    bool hasPreview{false}; ///< also where its path is of an unexpected type
+    QString preview;
+    QString miniature;
+};
+
+/// What the rows of photos refer to, by uuid or by id.
+struct Tables {
+    QHash<QString, MasterRow> masters;
+    QHash<QString, std::optional<double>> rotationsAsImported;
+    QHash<QString, EventRow> events;
+    QHash<QString, ProxyRow> proxies;
+    QHash<qint64, QString> comments;
+    QHash<qint64, double> altitudes;
+    NamesByPhoto keywords;
+    NamesByPhoto albums;
+};
+
+void readMasters(Connection& connection, Tables& tables)
 {
-    return ::faccessat(AT_FDCWD, QFile::encodeName(path).constData(), R_OK, AT_EACCESS) == 0;
+    Sql::Query query(connection, kMasters);
+    while (query.next()) {
+        tables.masters.insert(textOrNothing(query.column(0)),
+                              {textOrNothing(query.column(1)),
+                               textOrNothing(query.column(2)),
+                               query.column(3).getInt() != 0,
+                               query.column(4).getInt() != 0,
+                               textOrNothing(query.column(5)) == "VIDT"_L1,
+                               textOrNothing(query.column(6)),
+                               textOrNothing(query.column(7))});
+    }
 }
 
-/// Reads the columns of kPhotos one after another.
+void readEventsAndProxies(Connection& connection, Tables& tables)
+{
+    Sql::Query events(connection, kEvents);
+    while (events.next()) {
+        tables.events.insert(textOrNothing(events.column(0)),
+                             {static_cast<qint64>(events.column(1).getInt64()),
+                              textOrNothing(events.column(2)),
+                              realOrNothing(events.column(3))});
+    }
+    Sql::Query proxies(connection, kProxies);
+    while (proxies.next()) {
+        tables.proxies.insert(textOrNothing(proxies.column(0)),
+                              {!proxies.column(1).isNull(),
+                               textOrNothing(proxies.column(1)),
+                               textOrNothing(proxies.column(2))});
+    }
+}
+
+void readProperties(Connection& connection, Tables& tables)
+{
+    Sql::Query rotations(connection, kRotationsAsImported);
+    while (rotations.next()) {
+        tables.rotationsAsImported.insert(textOrNothing(rotations.column(0)),
+                                          realOrNothing(rotations.column(1)));
+    }
+    Sql::Query comments(connection, kComments);
+    while (comments.next()) {
+        tables.comments.insert(comments.column(0).getInt64(), textOrNothing(comments.column(1)));
+    }
+    Sql::Query altitudes(connection, kAltitudes);
+    while (altitudes.next()) {
+        if (const std::optional<double> altitude = realOrNothing(altitudes.column(1))) {
+            tables.altitudes.insert(altitudes.column(0).getInt64(), *altitude);
+        }
+    }
+}
+
+Tables readTables(Connection& connection)
+{
+    Tables tables;
+    const auto masters = static_cast<qsizetype>(
+        Sql::firstInteger(connection, "SELECT count(*) FROM RKMaster").value_or(0));
+    tables.masters.reserve(masters);
+    tables.proxies.reserve(masters);
+    readMasters(connection, tables);
+    readEventsAndProxies(connection, tables);
+    readProperties(connection, tables);
+    tables.keywords = keywordsByPhoto(connection);
+    tables.albums = albumsByPhoto(connection);
+    return tables;
+}
+
+/// A photo on its way into a listing.
+struct ListedPhoto {
+    PhotoFacts facts;
+    std::optional<double> eventDate; ///< by which the events are ordered
+    const MasterRow* master{nullptr};
+    const ProxyRow* proxy{nullptr}; ///< null: there is none
+
+    /// By event, the earliest first, then by date; what has no date comes first.
+    friend bool operator<(const ListedPhoto& one, const ListedPhoto& other)
+    {
+        const auto key = [](const ListedPhoto& photo) {
+            const PhotoFacts& facts = photo.facts;
+            return std::tuple(
+                photo.eventDate, facts.rollId, !facts.unknown.date, facts.date, facts.id);
+        };
+        return key(one) < key(other);
+    }
+};
+
+/// Reads the columns of kPhotos one after another, and what its tables say of the photo.
 class PhotoReader final
 {
 public:
-    PhotoReader(Connection& connection, Sql::Query& query, bool inTrash)
-        : m_package(connection.packagePath())
-        , m_query(query)
-        , m_inTrash(inTrash)
+    PhotoReader(Sql::Query& query, const Tables& tables)
+        : m_query(query)
+        , m_tables(tables)
     {
     }
 
-    [[nodiscard]] PhotoFacts read()
+    /// All but what lies on the disk. Nothing where the photo has no master.
+    [[nodiscard]] std::optional<ListedPhoto> read()
     {
-        PhotoFacts photo;
+        ListedPhoto listed;
+        PhotoFacts& photo = listed.facts;
         readIdentity(photo);
+        const auto master = m_tables.masters.constFind(photo.masterGuid);
+        if (master == m_tables.masters.cend()) {
+            return std::nullopt;
+        }
+        listed.master = &*master;
         readPlaceAndTime(photo);
-        readFiles(photo);
-        return photo;
+        photo.edited = next().getInt() != 0;
+        photo.hidden = next().getInt() != 0;
+        const std::optional<double> rotation = realOrNothing(next());
+        const std::optional<double> imported =
+            m_tables.rotationsAsImported.value(master->originalVersionUuid, 0.0);
+        photo.rotated = rotation && imported && *rotation != *imported;
+        const EventRow event = m_tables.events.value(textOrNothing(next()));
+        photo.rollId = event.id;
+        photo.rollName = event.name;
+        listed.eventDate = event.date;
+        photo.fileName = master->fileName;
+        photo.raw = master->isRaw;
+        photo.movie = master->isMovie;
+        const auto proxy = m_tables.proxies.constFind(photo.guid);
+        listed.proxy = proxy == m_tables.proxies.cend() ? nullptr : &*proxy;
+        takeTexts(photo);
+        return listed;
     }
 
 private:
@@ -159,9 +330,7 @@ private:
         photo.id = next().getInt64();
         photo.guid = textOrNothing(next());
         photo.masterGuid = textOrNothing(next());
-        photo.fileName = textOrNothing(next());
         photo.name = textOrNothing(next());
-        photo.comment = textOrNothing(next());
         photo.rating = numberOf(integerOrNothing(next()), photo.unknown.rating);
     }
 
@@ -173,60 +342,120 @@ private:
         photo.height = numberOf(integerOrNothing(next()), photo.unknown.height);
         photo.latitude = realOrNothing(next());
         photo.longitude = realOrNothing(next());
-        photo.altitude = realOrNothing(next());
     }
 
-    void readFiles(PhotoFacts& photo)
+    void takeTexts(PhotoFacts& photo) const
     {
-        const QString imagePath = textOrNothing(next());
-        const bool isReference = next().getInt() != 0;
-        photo.raw = next().getInt() != 0;
-        photo.movie = textOrNothing(next()) == "VIDT"_L1;
-        photo.edited = next().getInt() != 0;
-        photo.hidden = next().getInt() != 0;
-        const SQLite::Column previewColumn = next();
-        const bool hasNoPreview = previewColumn.isNull();
-        const QString preview = textOrNothing(previewColumn);
-        const QString thumbnail = textOrNothing(next());
-        photo.rollId = next().getInt64();
-        photo.rollName = textOrNothing(next());
-        photo.originalPath = PathMapping::master(m_package, imagePath, isReference);
-        photo.previewPath = PathMapping::inside(m_package, "Previews"_L1, preview);
-        photo.imagePath = hasNoPreview ? photo.originalPath : photo.previewPath;
-        photo.thumbnailPath = PathMapping::inside(m_package, "Thumbnails"_L1, thumbnail);
-        const std::optional<double> rotation = realOrNothing(next());
-        const std::optional<double> importedRotation = realOrNothing(next());
-        photo.rotated = rotation && importedRotation && *rotation != *importedRotation;
-        const std::optional<qint64> bytes = bytesOnDisk(photo.originalPath);
-        photo.missing = !bytes.has_value();
-        photo.unreadable = !photo.missing && !mayBeRead(photo.originalPath);
-        photo.bytes = bytes.value_or(0);
-        const QString alternate = textOrNothing(next());
-        const bool alternateIsReference = next().getInt() != 0;
-        if (m_inTrash && !alternate.isNull()) {
-            const QString path = PathMapping::master(m_package, alternate, alternateIsReference);
-            photo.bytes += bytesOnDisk(path).value_or(0);
+        photo.keywords = m_tables.keywords.value(photo.id);
+        photo.keywords.sort(Qt::CaseInsensitive);
+        photo.albums = m_tables.albums.value(photo.id);
+        photo.comment = m_tables.comments.value(photo.id);
+        const auto altitude = m_tables.altitudes.constFind(photo.id);
+        if (altitude != m_tables.altitudes.cend()) {
+            photo.altitude = *altitude;
         }
     }
 
-    QString m_package;
     Sql::Query& m_query;
-    bool m_inTrash;
+    const Tables& m_tables;
     int m_index{0};
 };
 
+/// Finds the files of photos on the disk. Any thread, each photo in one.
+class FileFinder final
+{
+public:
+    FileFinder(QString package, const Tables& tables, bool inTrash)
+        : m_package(std::move(package))
+        , m_tables(tables)
+        , m_inTrash(inTrash)
+    {
+    }
+
+    void find(std::span<ListedPhoto> photos) const
+    {
+        for (ListedPhoto& photo : photos) {
+            findMaster(photo.facts, *photo.master);
+            findPictures(photo.facts, photo.proxy == nullptr ? ProxyRow() : *photo.proxy);
+        }
+    }
+
+private:
+    void findMaster(PhotoFacts& photo, const MasterRow& master) const
+    {
+        photo.originalPath = PathMapping::master(m_package, master.imagePath, master.isReference);
+        const FileFacts file = factsOfFile(photo.originalPath);
+        photo.missing = !file.isThere;
+        photo.unreadable = file.isThere && !file.mayBeRead;
+        photo.bytes = file.bytes;
+        const auto alternate = m_tables.masters.constFind(master.alternateUuid);
+        if (m_inTrash && !master.alternateUuid.isNull() && alternate != m_tables.masters.cend()) {
+            const QString path =
+                PathMapping::master(m_package, alternate->imagePath, alternate->isReference);
+            photo.bytes += factsOfFile(path).bytes;
+        }
+    }
+
+    void findPictures(PhotoFacts& photo, const ProxyRow& proxy) const
+    {
+        photo.previewPath = PathMapping::inside(m_package, "Previews"_L1, proxy.preview);
+        photo.imagePath = proxy.hasPreview ? photo.previewPath : photo.originalPath;
+        photo.thumbnailPath = PathMapping::inside(m_package, "Thumbnails"_L1, proxy.miniature);
+    }
+
+    QString m_package;
+    const Tables& m_tables;
+    bool m_inTrash;
+};
+
+/// Reads all rows in chunks of photos; another thread finds the files of one chunk while the next
+/// one is read.
+std::vector<ListedPhoto>
+readListed(Sql::Query& query, const Tables& tables, const FileFinder& finder)
+{
+    constexpr std::size_t kChunk = 4000;
+    std::deque<std::vector<ListedPhoto>> chunks(1); // a full one stays where it is
+    std::future<void> finding;                      // waits for its end when it goes
+    while (query.next()) {
+        std::vector<ListedPhoto>& chunk = chunks.back();
+        if (std::optional<ListedPhoto> photo = PhotoReader(query, tables).read()) {
+            chunk.push_back(std::move(*photo));
+        }
+        if (chunk.size() == kChunk) {
+            if (finding.valid()) {
+                finding.get();
+            }
+            finding = std::async(std::launch::async, [&finder, &chunk] { finder.find(chunk); });
+            chunks.emplace_back();
+        }
+    }
+    finder.find(chunks.back());
+    if (finding.valid()) {
+        finding.get();
+    }
+    std::vector<ListedPhoto> listed;
+    listed.reserve(kChunk * chunks.size());
+    for (std::vector<ListedPhoto>& chunk : chunks) {
+        std::ranges::move(chunk, std::back_inserter(listed));
+    }
+    return listed;
+}
+
 QList<PhotoFacts> readPhotos(Connection& connection, bool inTrash)
 {
-    const NamesByPhoto keywords = keywordsByPhoto(connection);
-    const NamesByPhoto albums = albumsByPhoto(connection);
-    QList<PhotoFacts> photos;
+    if (!Sql::firstInteger(connection, kAnyPhoto, inTrash ? 1 : 0)) {
+        return {}; // often the trash
+    }
+    const RoomyCache cache(connection);
+    const Tables tables = readTables(connection);
+    const FileFinder finder(connection.packagePath(), tables, inTrash);
     Sql::Query query(connection, kPhotos, inTrash ? 1 : 0);
-    while (query.next()) {
-        PhotoFacts photo = PhotoReader(connection, query, inTrash).read();
-        photo.keywords = keywords.value(photo.id);
-        photo.keywords.sort(Qt::CaseInsensitive);
-        photo.albums = albums.value(photo.id);
-        photos.append(photo);
+    std::vector<ListedPhoto> listed = readListed(query, tables, finder);
+    std::ranges::sort(listed, std::less<>());
+    QList<PhotoFacts> photos;
+    photos.reserve(static_cast<qsizetype>(listed.size()));
+    for (ListedPhoto& photo : listed) {
+        photos.append(std::move(photo.facts));
     }
     return photos;
 }

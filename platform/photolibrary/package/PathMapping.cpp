@@ -3,6 +3,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QStringList>
+#include <QStringTokenizer>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -14,7 +17,11 @@ bool staysInside(const QString& relative)
     if (relative.isEmpty() || relative.startsWith(u'/') || relative.contains(QChar(u'\0'))) {
         return false;
     }
-    return !relative.split(u'/').contains(u".."_s);
+    if (!relative.contains(".."_L1)) {
+        return true;
+    }
+    const auto names = QStringView(relative).tokenize(u'/');
+    return std::ranges::none_of(names, [](QStringView name) { return name == ".."_L1; });
 }
 
 /// The entry of `folder` that the Mac would have meant by `name`; null when there is none.
