@@ -27,7 +27,6 @@ WelcomePage::WelcomePage(QWidget* parent)
     m_hint->setObjectName(u"welcomeHint"_s);
     m_hint->setWordWrap(true);
     m_hint->setAlignment(Qt::AlignCenter);
-    m_hint->setMinimumWidth(fontMetrics().averageCharWidth() * 50);
     column->addWidget(m_hint);
     auto* const choose = new QPushButton(tr("&Open Library…"));
     choose->setObjectName(u"chooseLibrary"_s);
@@ -37,8 +36,7 @@ WelcomePage::WelcomePage(QWidget* parent)
     column->addLayout(m_offers);
     auto* const page = new QVBoxLayout(this);
     page->addStretch(1);
-    page->addLayout(column);
-    page->setAlignment(column, Qt::AlignHCenter);
+    page->addLayout(column); // as wide as the page: centred, it would not follow the hint's lines
     page->addStretch(2);
 }
 
