@@ -135,6 +135,17 @@ TEST_F(CorvaneTest, twoRollsOfOneNameFileIntoOneAlbum)
               QStringList{u"application.newAlbumName Beach"_s});
 }
 
+TEST_F(CorvaneTest, afterAFailedConversionTheNextPhotoIsFiledByTheSameListEntry)
+{
+    addPicturesOfRolls({u"Beach"_s, u"Snow"_s, u"City"_s});
+    static_cast<void>(makeBroken(u"1.jpg"_s));
+    set(u"ProcessingOption"_s, true); // each photo converts its own original
+    scan({1, 2, 3});
+    EXPECT_EQ(
+        m_library.calls().filter(u"newAlbumName"_s),
+        (QStringList{u"application.newAlbumName Beach"_s, u"application.newAlbumName Snow"_s}));
+}
+
 TEST_F(CorvaneTest, anAlbumMadeByTheUserIsNotSeenUntilTheScanMakesOneItself)
 {
     const qint64 city = m_library.addAlbum(u"City"_s);
