@@ -77,6 +77,18 @@ bool isAnswered(const QNetworkReply& reply)
             error != QNetworkReply::ContentReSendError);
 }
 
+bool isSameHost(const QUrl& one, const QUrl& other)
+{
+    return one.host() == other.host();
+}
+
+bool isSameServer(const QUrl& one, const QUrl& other)
+{
+    constexpr int kNone = -1; // is that of the scheme
+    return isSameHost(one, other) && one.scheme() == other.scheme() &&
+           one.port(kNone) == other.port(kNone);
+}
+
 bool isSafeRedirect(const QUrl& from, const QUrl& to)
 {
     return to.isValid() &&
@@ -97,6 +109,9 @@ CrashReportConnection::CrashReportConnection(QNetworkRequest request,
     m_request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
                            QNetworkRequest::ManualRedirectPolicy);
     m_request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+    // Qt would say the person's.
+    m_request.setRawHeader("Accept-Language", "en");
+    authorize();
 }
 
 CrashReportConnection::~CrashReportConnection()
@@ -116,6 +131,18 @@ void CrashReportConnection::cancel()
         reply->disconnect(this);
         reply->abort();
         reply->deleteLater();
+    }
+}
+
+void CrashReportConnection::authorize()
+{
+    QUrl url = m_request.url();
+    if (!url.userInfo().isEmpty()) {
+        const QString credentials =
+            url.userName(QUrl::FullyDecoded) + u':' + url.password(QUrl::FullyDecoded);
+        m_request.setRawHeader("Authorization", "Basic " + credentials.toUtf8().toBase64());
+        url.setUserInfo({});
+        m_request.setUrl(url);
     }
 }
 
@@ -194,8 +221,18 @@ void CrashReportConnection::follow(const QUrl& target, int status)
         fail(QNetworkReply::TooManyRedirectsError, CrashReportTexts::tooManyRedirects());
         return;
     }
+    const bool isPost = m_isPost && (status == kTemporaryRedirect || status == kPermanentRedirect);
+    if (isPost && !isSameHost(m_request.url(), target)) {
+        fail(QNetworkReply::InsecureRedirectError,
+             CrashReportTexts::redirectedToAnotherServer(target.host()));
+        return;
+    }
+    if (!isSameServer(m_request.url(), target)) {
+        m_request.setRawHeader("Authorization", {});
+    }
     m_request.setUrl(target);
-    if (m_isPost && (status == kTemporaryRedirect || status == kPermanentRedirect)) {
+    authorize();
+    if (isPost) {
         post();
     } else {
         get();

@@ -16,7 +16,10 @@ class QNetworkReply;
 ///
 /// An HTTP status is never a failure by itself: what came with it is an answer like any other. What
 /// is followed and not told is a redirect: after 307 and 308 the body is sent again, after the
-/// others the new address is only asked for (GET). From HTTPS to HTTP none is followed.
+/// others the new address is only asked for (GET). From HTTPS to HTTP none is followed, and to
+/// another host none that the body would be sent to.
+/// A user's name and password in the address are sent with the first request, not only when asked
+/// for, and to that server alone. Of the person the request says nothing, not even the language.
 /// A body is sent once an address: a server that has perhaps read it does not get it a second time.
 /// Main thread; needs its event loop.
 class CrashReportConnection final : public QObject
@@ -44,6 +47,8 @@ signals:
     void didFailWithError(const CrashReportError& error);
 
 private:
+    /// Makes a header of the user's name and password in the address, which then has none.
+    void authorize();
     void post();
     void get();
     void watch(QNetworkReply* reply);

@@ -71,6 +71,13 @@ inline QString redirectedToUnsafeAddress()
     return translated("The server redirected the report to an address that is not safe to use.");
 }
 
+inline QString redirectedToAnotherServer(const QString& host)
+{
+    return translated("The server redirected the report to another server, %1, and it was not "
+                      "sent there.")
+        .arg(host);
+}
+
 inline QString tooManyRedirects()
 {
     return translated("The server redirected the report too many times.");

@@ -280,9 +280,7 @@ void ZTBCrashReporterWindowController::connectionDidFinishLoading()
             Wait::No);
         return;
     }
-    constexpr int kUnrecognized = 100;
-    connectionDidFailWithError(
-        {u"NSPOSIXErrorDomain"_s, kUnrecognized, CrashReportTexts::unrecognizedResponse()});
+    connectionDidFailWithError(CrashReportError::unrecognizedResponse());
 }
 
 void ZTBCrashReporterWindowController::acceptReport()

@@ -53,7 +53,8 @@ InfoCommand::InfoCommand(LibraryOptions libraryOptions, Options options)
 
 int InfoCommand::executeWithLibrary(PhotoLibrary& library, const CommandServices& services)
 {
-    const Result<LibrarySummary> summary = library.summary([&services] { return services.interruption.isRequested(); });
+    const Result<LibrarySummary> summary =
+        library.summary([&services] { return services.interruption.isRequested(); });
     if (services.interruption.isRequested()) {
         return interruptedEarly(services);
     }

@@ -22,9 +22,9 @@ int LibraryCommand::execute(const CommandServices& services)
     }
     Result<std::unique_ptr<PhotoLibrary>> opened = PhotoLibrary::open(
         m_libraryOptions.library,
-        {.access = access(),
-         .afterCrash = m_libraryOptions.afterCrash,
-         .shouldStop = [&services] { return services.interruption.isRequested(); }});
+        {.access = access(), .afterCrash = m_libraryOptions.afterCrash, .shouldStop = [&services] {
+             return services.interruption.isRequested();
+         }});
     if (services.interruption.isRequested()) {
         return interruptedEarly(services);
     }

@@ -21,8 +21,9 @@ CrashReportContents::CrashReportContents(const QVariantMap& formValues,
     setWindowTitle(tr("What Will Be Sent"));
     setWindowModality(Qt::WindowModal);
     auto* const where = new QLabel(
-        tr("Pressing Report sends these fields, and nothing else, to %1. The date is that of the "
-           "sending.")
+        tr("Pressing Report sends these fields, and nothing else, to %1 and to no other server. "
+           "As with every connection that server learns your network address. The date is that of "
+           "the sending.")
             .arg(address.toDisplayString()),
         this);
     where->setObjectName(u"reportDestination"_s);

@@ -38,7 +38,7 @@ private:
         QCheckBox* lock;
         QSpinBox* field;
         std::function<void(int)> commit{}; ///< gives the controller a size
-        bool typed{false};               ///< a person typed in the field since the last commit
+        bool typed{false};                 ///< a person typed in the field since the last commit
     };
 
     [[nodiscard]] Side addSide(QGridLayout* grid, const QString& title, const QString& name);

@@ -1,5 +1,6 @@
 #include "PictureLoader.h"
 
+#include "AlternateSignalStack.h"
 #include "PictureFile.h"
 
 #include <QMetaObject>
@@ -41,6 +42,7 @@ void PictureLoader::cancel()
 
 void PictureLoader::work()
 {
+    const AlternateSignalStack signalStack;
     std::unique_lock lock(m_mutex);
     while (m_waiting.has_value()) {
         const Request request = *std::exchange(m_waiting, std::nullopt);

@@ -1,5 +1,6 @@
 #include "ThumbnailStore.h"
 
+#include "AlternateSignalStack.h"
 #include "PictureFile.h"
 
 #include <QMetaObject>
@@ -113,6 +114,7 @@ qint64 ThumbnailStore::cachedBytes() const
 
 void ThumbnailStore::work()
 {
+    const AlternateSignalStack signalStack;
     std::unique_lock lock(m_mutex);
     while (!m_waiting.isEmpty()) {
         const QString path = m_waiting.takeLast();

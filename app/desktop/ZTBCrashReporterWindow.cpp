@@ -167,7 +167,10 @@ void ZTBCrashReporterWindow::addChoices(QBoxLayout* layout, UserDefaults& defaul
                 }
             });
     connect(address, &QLineEdit::textEdited, m_controller, [this](const QString& text) {
-        m_controller->setEmailAddress(text.isEmpty() ? QString() : text);
+        // A window that is hidden makes its input method commit what is being composed.
+        if (m_controller != nullptr) {
+            m_controller->setEmailAddress(text.isEmpty() ? QString() : text);
+        }
     });
     auto* const form = new QFormLayout;
     form->addRow(tr("&E-mail address:"), address);
@@ -244,6 +247,9 @@ void ZTBCrashReporterWindow::addOutlet(QBoxLayout* layout,
 
 void ZTBCrashReporterWindow::showContents()
 {
+    if (m_controller == nullptr) {
+        return;
+    }
     auto* const contents =
         new CrashReportContents(m_controller->formValues(), m_controller->submissionURL(), this);
     contents->setAttribute(Qt::WA_DeleteOnClose);

@@ -8,10 +8,12 @@
 #include <QFile>
 #include <QSysInfo>
 
+#include <fcntl.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -89,10 +91,12 @@ void CrashLog::prepare(const CrashLogFacts& facts)
     // Should the kernel not tell them in the crash.
     m_modules.read();
     CrashStack::warmUp();
+    holdDescriptors();
 }
 
 void CrashLog::write(const Crash& crash) noexcept
 {
+    releaseDescriptors();
     const std::time_t now = secondsOf(CLOCK_REALTIME);
     const int file = m_file.create(UtcTime::of(now), getpid());
     if (file < 0) {
@@ -111,6 +115,24 @@ void CrashLog::write(const Crash& crash) noexcept
     ::close(file);
     if (!log.wasWritten()) {
         m_file.remove();
+    }
+}
+
+void CrashLog::holdDescriptors() noexcept
+{
+    for (int& held : m_heldDescriptors) {
+        if (held < 0) {
+            held = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+        }
+    }
+}
+
+void CrashLog::releaseDescriptors() noexcept
+{
+    for (int& held : m_heldDescriptors) {
+        if (held >= 0) {
+            ::close(std::exchange(held, -1));
+        }
     }
 }
 
@@ -148,7 +170,7 @@ void CrashLog::writeReason(CrashLogOutput& log, const Crash& crash) const noexce
 class CrashLog::StackWriter final : public CrashStack::Listener
 {
 public:
-    StackWriter(const CrashLog& writer, CrashLogOutput& log)
+    StackWriter(CrashLog& writer, CrashLogOutput& log)
         : m_writer(writer)
         , m_log(log)
     {
@@ -166,7 +188,7 @@ public:
     }
 
 private:
-    const CrashLog& m_writer;
+    CrashLog& m_writer;
     CrashLogOutput& m_log;
 };
 
@@ -179,9 +201,7 @@ void CrashLog::writeStack(CrashLogOutput& log, const Crash& crash) noexcept
 
 /// The file's own address, which tools take together with the build id, and as far as the module
 /// tells it the function.
-void CrashLog::writeCall(CrashLogOutput& log,
-                         std::size_t index,
-                         std::uintptr_t address) const noexcept
+void CrashLog::writeCall(CrashLogOutput& log, std::size_t index, std::uintptr_t address) noexcept
 {
     log << Decimal{static_cast<long long>(index), 3} << "  ";
     const LoadedModule* const module = m_modules.find(address);
@@ -191,7 +211,8 @@ void CrashLog::writeCall(CrashLogOutput& log,
     }
     log << module->fileName() << " + " << Hexadecimal{address - module->bias} << " ["
         << HexadecimalBytes{module->buildId} << ']';
-    const ElfImage::Symbol symbol = ElfImage(module->start, module->end).symbolAt(address);
+    const ElfImage::Symbol symbol =
+        ElfImage(module->start, module->end).symbolAt(address, m_symbolName);
     if (!symbol.name.empty()) {
         log << ' ' << symbol.name << " + " << Hexadecimal{symbol.distance};
     }

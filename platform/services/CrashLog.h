@@ -43,7 +43,8 @@ public:
         const UncaughtException* exception;
     };
 
-    /// Gathers what a signal handler cannot ask for, and makes the folder.
+    /// Gathers what a signal handler cannot ask for, makes the folder, and holds as many
+    /// descriptors as a log needs, so that there is one of a program that has none left.
     void prepare(const CrashLogFacts& facts);
 
     /// Writes the log section by section: what crashes the process a second time (a destroyed stack
@@ -52,20 +53,26 @@ public:
 
 private:
     class StackWriter;
+    /// What is open at the same time for a log: the log, and the kernel's list of modules.
+    static constexpr std::size_t kDescriptors = 2;
     using Text = std::array<char, 1024>;
 
+    void holdDescriptors() noexcept;
+    void releaseDescriptors() noexcept;
     void writeProgram(CrashLogOutput& log, std::time_t now) const noexcept;
     void writeReason(CrashLogOutput& log, const Crash& crash) const noexcept;
     void writeStack(CrashLogOutput& log, const Crash& crash) noexcept;
-    void writeCall(CrashLogOutput& log, std::size_t index, std::uintptr_t address) const noexcept;
+    void writeCall(CrashLogOutput& log, std::size_t index, std::uintptr_t address) noexcept;
     void writeModules(CrashLogOutput& log) const noexcept;
     [[nodiscard]] bool isBelowHome(std::string_view path) const noexcept;
     [[nodiscard]] std::string_view shownPath(const LoadedModule& module) const noexcept;
 
     std::time_t m_startedAt{0};
+    std::array<int, kDescriptors> m_heldDescriptors{-1, -1};
     Text m_program{};
     std::array<std::array<char, PATH_MAX>, 2> m_homes{}; ///< as it is called, and as it is
     CrashLogFile m_file;
     LoadedModules m_modules;
+    std::array<char, 4096> m_symbolName{};
     CrashStack m_stack;
 };

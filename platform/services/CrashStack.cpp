@@ -1,10 +1,9 @@
 #include "CrashStack.h"
 
 #include "LoadedModules.h"
+#include "ProcessMemory.h"
 
-#include <sys/uio.h>
 #include <ucontext.h>
-#include <unistd.h>
 #include <unwind.h>
 
 namespace
@@ -25,20 +24,13 @@ std::uintptr_t programCounter(const ucontext_t& context)
     return static_cast<std::uintptr_t>(context.uc_mcontext.gregs[REG_RIP]);
 }
 
-/// Reads a word of this process that may not be there.
-bool readWord(std::uintptr_t address, std::uintptr_t& word)
-{
-    const iovec to{&word, sizeof word};
-    const iovec from{reinterpret_cast<void*>(address), sizeof word};
-    return process_vm_readv(getpid(), &to, 1, &from, 1, 0) == static_cast<ssize_t>(sizeof word);
-}
-
 /// Where the function that was just called, and has done nothing yet, returns to; 0 if unknown.
 std::uintptr_t returnAddress(const ucontext_t& context)
 {
     std::uintptr_t address = 0;
     const auto top = static_cast<std::uintptr_t>(context.uc_mcontext.gregs[REG_RSP]);
-    return readWord(top, address) ? address : 0;
+    const auto outcome = ProcessMemory::copy(top, std::as_writable_bytes(std::span(&address, 1)));
+    return outcome == ProcessMemory::Outcome::Copied ? address : 0;
 }
 
 /// Makes the context that of the caller at its call.

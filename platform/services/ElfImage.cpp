@@ -1,5 +1,7 @@
 #include "ElfImage.h"
 
+#include "ProcessMemory.h"
+
 #include <elf.h>
 #include <link.h>
 
@@ -50,6 +52,7 @@ ElfImage::ElfImage(std::uintptr_t start, std::uintptr_t end) noexcept
     if (!holds(start, sizeof(Header))) {
         return;
     }
+    m_isReadable = readBlock(start);
     const auto header = valueAt<Header>(start);
     const bool isElf = std::memcmp(&header.e_ident[0], ELFMAG, SELFMAG) == 0 &&
                        header.e_ident[EI_CLASS] == kNativeClass &&
@@ -75,25 +78,54 @@ bool ElfImage::holds(std::uintptr_t address, std::size_t size) const noexcept
     return address >= m_start && address <= m_end && size <= m_end - address;
 }
 
-std::span<const std::uint8_t> ElfImage::bytes(std::uintptr_t address,
-                                              std::size_t size) const noexcept
+/// Has the block that `address`, of the image, lies in.
+bool ElfImage::readBlock(std::uintptr_t address) const noexcept
 {
-    if (!holds(address, size)) {
-        return {};
+    if (address - m_known.start < m_known.size) {
+        return true;
     }
-    return {reinterpret_cast<const std::uint8_t*>(address), size};
+    const std::uintptr_t block = address / kBlockSize * kBlockSize;
+    const std::uintptr_t first = std::max(block, m_start);
+    const std::size_t size = std::min(kBlockSize - (first - block), m_end - first);
+    const std::span<std::byte> to = std::span(m_block).first(size);
+    m_known = {};
+    switch (ProcessMemory::copy(first, to)) {
+    case ProcessMemory::Outcome::NotThere:
+        return false;
+    case ProcessMemory::Outcome::Refused: // more often than not it is all there
+        std::memcpy(to.data(), reinterpret_cast<const void*>(first), size);
+        break;
+    case ProcessMemory::Outcome::Copied:
+        break;
+    }
+    m_known = {first, size};
+    return true;
 }
 
-/// All zero where the image ends before.
+bool ElfImage::copy(std::uintptr_t address, std::span<std::byte> to) const noexcept
+{
+    if (!holds(address, to.size())) {
+        return false;
+    }
+    while (!to.empty()) {
+        if (!readBlock(address)) {
+            return false;
+        }
+        const std::size_t offset = address - m_known.start;
+        const std::size_t count = std::min(to.size(), m_known.size - offset);
+        std::copy_n(m_block.begin() + static_cast<std::ptrdiff_t>(offset), count, to.begin());
+        address += count;
+        to = to.subspan(count);
+    }
+    return true;
+}
+
+/// All zero where the image ends before or cannot be read.
 template <class Value>
 Value ElfImage::valueAt(std::uintptr_t address) const noexcept
 {
     Value value{};
-    const std::span<const std::uint8_t> found = bytes(address, sizeof(Value));
-    if (!found.empty()) {
-        std::memcpy(&value, found.data(), sizeof(Value));
-    }
-    return value;
+    return copy(address, std::as_writable_bytes(std::span(&value, 1))) ? value : Value{};
 }
 
 std::uintptr_t ElfImage::placeOfSegment(std::size_t index) const noexcept
@@ -101,41 +133,41 @@ std::uintptr_t ElfImage::placeOfSegment(std::size_t index) const noexcept
     return m_segments + index * sizeof(Segment);
 }
 
-std::span<const std::uint8_t> ElfImage::buildId() const noexcept
+std::size_t ElfImage::copyBuildId(std::span<std::uint8_t> buffer) const noexcept
 {
     for (std::size_t index = 0; m_isValid && index < m_segmentCount; ++index) {
         const auto segment = valueAt<Segment>(placeOfSegment(index));
-        if (segment.p_type == PT_NOTE) {
-            const std::span<const std::uint8_t> found = buildIdIn(
-                bytes(m_bias + segment.p_vaddr, segment.p_memsz), segment.p_align == 8 ? 8 : 4);
-            if (!found.empty()) {
-                return found;
+        const std::uintptr_t notes = m_bias + segment.p_vaddr;
+        if (segment.p_type == PT_NOTE && holds(notes, segment.p_memsz)) {
+            const Range found = buildIdIn({notes, segment.p_memsz}, segment.p_align == 8 ? 8 : 4);
+            if (found.size > 0 && found.size <= buffer.size() &&
+                copy(found.start, std::as_writable_bytes(buffer.first(found.size)))) {
+                return found.size;
             }
         }
     }
-    return {};
+    return 0;
 }
 
-std::span<const std::uint8_t> ElfImage::buildIdIn(std::span<const std::uint8_t> notes,
-                                                  std::size_t alignment) const noexcept
+ElfImage::Range ElfImage::buildIdIn(Range notes, std::size_t alignment) const noexcept
 {
-    constexpr std::string_view kOwner("GNU\0", 4);
-    while (notes.size() >= sizeof(Note)) {
-        Note note{};
-        std::memcpy(&note, notes.data(), sizeof(Note));
-        if (note.n_namesz > notes.size()) {
+    constexpr std::array<char, 4> kOwner{'G', 'N', 'U', '\0'};
+    while (notes.size >= sizeof(Note)) {
+        const auto note = valueAt<Note>(notes.start);
+        if (note.n_namesz > notes.size) {
             return {};
         }
         const std::size_t content = roundedUp(sizeof(Note) + note.n_namesz, alignment);
-        if (content > notes.size() || note.n_descsz > notes.size() - content) {
+        if (content > notes.size || note.n_descsz > notes.size - content) {
             return {};
         }
         if (note.n_type == NT_GNU_BUILD_ID && note.n_namesz == kOwner.size() &&
-            std::memcmp(&notes[sizeof(Note)], kOwner.data(), kOwner.size()) == 0) {
-            return notes.subspan(content, note.n_descsz);
+            valueAt<std::array<char, 4>>(notes.start + sizeof(Note)) == kOwner) {
+            return {notes.start + content, note.n_descsz};
         }
-        notes =
-            notes.subspan(std::min(notes.size(), roundedUp(content + note.n_descsz, alignment)));
+        const std::size_t length =
+            std::min(notes.size, roundedUp(content + note.n_descsz, alignment));
+        notes = {notes.start + length, notes.size - length};
     }
     return {};
 }
@@ -212,11 +244,11 @@ std::size_t ElfImage::countSymbols(const Dynamic& tables) const noexcept
     return last + 1;
 }
 
-ElfImage::Symbol ElfImage::symbolAt(std::uintptr_t address) const noexcept
+ElfImage::Symbol ElfImage::symbolAt(std::uintptr_t address, std::span<char> buffer) const noexcept
 {
     const Dynamic tables = dynamic();
-    const std::span<const std::uint8_t> strings = bytes(tables.strings, tables.stringsSize);
-    const std::size_t count = std::min(countSymbols(tables), kMostSymbols);
+    const bool hasStrings = holds(tables.strings, tables.stringsSize);
+    const std::size_t count = hasStrings ? std::min(countSymbols(tables), kMostSymbols) : 0;
     const std::uintptr_t wanted = address - m_bias;
     for (std::size_t index = 0; index < count; ++index) {
         const std::uintptr_t place = tables.symbols + index * sizeof(SymbolEntry);
@@ -226,12 +258,25 @@ ElfImage::Symbol ElfImage::symbolAt(std::uintptr_t address) const noexcept
         const auto symbol = valueAt<SymbolEntry>(place);
         const bool isWithin =
             wanted >= symbol.st_value && wanted - symbol.st_value < symbol.st_size;
-        if (isFunction(symbol) && isWithin && symbol.st_name < strings.size()) {
-            const auto rest = strings.subspan(symbol.st_name);
-            const auto length = std::ranges::find(rest, std::uint8_t{0}) - rest.begin();
-            return {{reinterpret_cast<const char*>(rest.data()), static_cast<std::size_t>(length)},
-                    wanted - symbol.st_value};
+        if (isFunction(symbol) && isWithin && symbol.st_name < tables.stringsSize) {
+            const Range rest{tables.strings + symbol.st_name, tables.stringsSize - symbol.st_name};
+            return {copyName(rest, buffer), wanted - symbol.st_value};
         }
     }
     return {};
+}
+
+/// What stands in `text` up to its zero byte.
+std::string_view ElfImage::copyName(Range text, std::span<char> buffer) const noexcept
+{
+    std::size_t length = 0;
+    while (length < std::min(text.size, buffer.size())) {
+        const char character = valueAt<char>(text.start + length);
+        if (character == '\0') {
+            break;
+        }
+        buffer[length] = character;
+        ++length;
+    }
+    return {buffer.data(), length};
 }

@@ -142,7 +142,7 @@ void LoadedModules::add(const Candidate& candidate) noexcept
         return;
     }
     const ElfImage image(candidate.start, candidate.end);
-    if (!image.isValid()) {
+    if (image.isReadable() && !image.isValid()) {
         m_pathsUsed -= candidate.path.size();
         return;
     }
@@ -152,10 +152,16 @@ void LoadedModules::add(const Candidate& candidate) noexcept
     }
     m_modules[m_count] = {.start = candidate.start,
                           .end = candidate.end,
-                          .bias = image.bias(),
+                          .bias = image.isValid() ? image.bias() : candidate.start,
                           .path = candidate.path,
-                          .buildId = image.buildId()};
+                          .buildId = keepBuildId(image)};
     ++m_count;
+}
+
+std::span<const std::uint8_t> LoadedModules::keepBuildId(const ElfImage& image) noexcept
+{
+    const std::span<std::uint8_t> kept(m_buildIds[m_count]);
+    return kept.first(image.copyBuildId(kept));
 }
 
 std::string_view LoadedModules::keep(std::string_view path) noexcept

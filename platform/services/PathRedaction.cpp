@@ -1,14 +1,29 @@
 #include "PathRedaction.h"
 
-#include <algorithm>
+#include <array>
 
 namespace
 {
 
-constexpr std::string_view kReplacement = "<path>";
-constexpr std::string_view kQuotes = "\"'`";
-/// What can stand right before a path and be no part of it.
-constexpr std::string_view kBeforePath = " \t\r\n\"'`()[]{}<>=,;|";
+/// A way to quote: what may begin it, and what may end it.
+struct Quotes {
+    std::span<const std::string_view> openings;
+    std::span<const std::string_view> closings;
+};
+
+constexpr std::array<std::string_view, 1> kDouble{"\""};
+constexpr std::array<std::string_view, 2> kSingle{"'", "`"}; // `so'
+constexpr std::array<std::string_view, 1> kBracket{"["};
+constexpr std::array<std::string_view, 1> kBracketEnd{"]"};
+constexpr std::array<std::string_view, 8> kTypographic{"“", "”", "„", "‘", "’", "‚", "«", "»"};
+constexpr std::array<Quotes, 4> kQuotes{{{kDouble, kDouble},
+                                         {kSingle, kSingle},
+                                         {kBracket, kBracketEnd},
+                                         {kTypographic, kTypographic}}};
+/// What can stand right before a word and be no part of it.
+constexpr std::string_view kBeforeWord = " \t\r\n\"'`()[]{}<>=,;|";
+/// What can stand right after the end of a quotation.
+constexpr std::string_view kAfterQuotation = " \t\r\n\"'`()[]{}<>=,;|.:!?/";
 
 /// How many bytes of UTF-8 a character has that begins with this one.
 std::size_t lengthOfCharacter(unsigned char first)
@@ -44,6 +59,16 @@ public:
         }
     }
 
+    /// How much was appended and is not cut off; may be half a character too much.
+    [[nodiscard]] std::size_t mark() const { return m_length; }
+
+    /// Takes back all that came after the mark.
+    void goBackTo(std::size_t mark)
+    {
+        m_isCut = m_isCut && mark == m_buffer.size();
+        m_length = mark;
+    }
+
     [[nodiscard]] std::size_t length() const
     {
         std::size_t begin = m_length; // of the last character, which may have lost bytes
@@ -63,27 +88,59 @@ private:
     bool m_isCut{false};
 };
 
-/// The place of the first slash that is not alone between blanks; npos when there is none.
-std::size_t slashOfPath(std::string_view text)
+struct Quotation {
+    std::string_view opening; ///< empty: there is none
+    std::string_view closing; ///< empty: the text ends within it
+    std::size_t end{0};       ///< after the closing quote
+};
+
+/// The last of the closing quotes that does not stand within a word.
+Quotation closed(std::string_view text, const Quotes& quotes, std::string_view opening)
 {
-    for (std::size_t at = text.find('/'); at != text.npos; at = text.find('/', at + 1)) {
-        const bool isAloneBefore = at == 0 || text[at - 1] == ' ';
-        const bool isAloneAfter = at + 1 == text.size() || text[at + 1] == ' ';
-        if (!isAloneBefore || !isAloneAfter) {
-            return at;
+    Quotation found{.opening = opening, .closing = {}, .end = text.size()};
+    std::size_t best = opening.size();
+    for (const std::string_view closing : quotes.closings) {
+        std::size_t at = text.rfind(closing);
+        while (at != text.npos && at >= best) {
+            const std::size_t end = at + closing.size();
+            if (end == text.size() || kAfterQuotation.find(text[end]) != text.npos) {
+                found.closing = closing;
+                found.end = end;
+                best = at;
+                break;
+            }
+            at = text.rfind(closing, at - 1);
         }
     }
-    return text.npos;
+    return found;
 }
 
-/// Where the path begins that has its first slash at `slash`.
-std::size_t beginOfPath(std::string_view text, std::size_t slash)
+/// The quotation that `text` begins with.
+Quotation quotationAt(std::string_view text)
 {
-    const std::string_view before = text.substr(0, slash);
-    // An open quotation holds nothing but the path, which may begin with a name of several words.
-    const bool isQuotationOpen = std::ranges::count(before, '"') % 2 == 1;
-    const std::size_t last = isQuotationOpen ? before.rfind('"') : before.find_last_of(kBeforePath);
-    return last == before.npos ? 0 : last + 1;
+    for (const Quotes& quotes : kQuotes) {
+        for (const std::string_view opening : quotes.openings) {
+            if (text.starts_with(opening)) {
+                return closed(text, quotes, opening);
+            }
+        }
+    }
+    return {};
+}
+
+/// Whether a path goes on (or begins) with the slash at `slash`: one alone between blanks is none.
+bool isOfPath(std::string_view text, std::size_t slash)
+{
+    const bool isAloneBefore = slash == 0 || text[slash - 1] == ' ';
+    const bool isAloneAfter = slash + 1 == text.size() || text[slash + 1] == ' ';
+    return !isAloneBefore || !isAloneAfter;
+}
+
+/// Whether a path begins with this word, which stands before its first slash: a root, a home or the
+/// scheme of a URL.
+bool isBeginOfPath(std::string_view word, std::string_view rest)
+{
+    return word.empty() || word.front() == '~' || (word.ends_with(':') && rest.starts_with("//"));
 }
 
 } // namespace
@@ -91,21 +148,39 @@ std::size_t beginOfPath(std::string_view text, std::size_t slash)
 std::size_t PathRedaction::copyWithoutPaths(std::string_view text, std::span<char> buffer) noexcept
 {
     Line line(buffer);
-    while (true) {
-        const std::size_t slash = slashOfPath(text);
-        if (slash == text.npos) {
-            line.append(text);
-            return line.length();
+    std::size_t wordBegin = 0;
+    std::size_t wordMark = 0;
+    bool isAfterQuotation = false; // within the same word
+    std::size_t sentenceMark = 0;
+    std::size_t at = 0;
+    while (at < text.size()) {
+        const Quotation quotation = at == wordBegin ? quotationAt(text.substr(at)) : Quotation{};
+        if (!quotation.opening.empty()) {
+            line.append(quotation.opening);
+            line.append("<text>");
+            line.append(quotation.closing);
+            at += quotation.end;
+            wordBegin = at;
+            isAfterQuotation = true;
+            continue;
         }
-        const std::size_t begin = beginOfPath(text, slash);
-        line.append(text.substr(0, begin));
-        line.append(kReplacement);
-        const bool isQuoted = begin > 0 && kQuotes.find(text[begin - 1]) != kQuotes.npos;
-        const std::size_t end = isQuoted ? text.rfind(text[begin - 1]) : text.npos;
-        if (end == text.npos || end < slash) {
-            return line.length();
+        if (text[at] == '/' && isOfPath(text, at)) {
+            const std::string_view word = text.substr(wordBegin, at - wordBegin);
+            const bool isBegin = !isAfterQuotation && isBeginOfPath(word, text.substr(at));
+            line.goBackTo(isBegin ? wordMark : sentenceMark);
+            line.append("<path>");
+            break;
         }
-        line.append(text.substr(end, 1));
-        text.remove_prefix(end + 1);
+        line.append(text.substr(at, 1));
+        ++at;
+        if (kBeforeWord.find(text[at - 1]) != text.npos) {
+            wordBegin = at;
+            wordMark = line.mark();
+            isAfterQuotation = false;
+        }
+        if (text.substr(0, at).ends_with(": ")) {
+            sentenceMark = line.mark();
+        }
     }
+    return line.length();
 }

@@ -4,17 +4,23 @@
 #include <span>
 #include <string_view>
 
-/// Takes the names of files and folders out of a text that somebody else is to read.
+/// Takes the names of files, folders, photos and albums out of a text that somebody else is to
+/// read.
 namespace PathRedaction
 {
 
-/// Writes `text` to `buffer` on one line, with "<path>" in place of everything that may be a path,
-/// and returns how many bytes it wrote; what does not fit is left out, and never half a character
-/// of UTF-8. A path is known by its slash and begins after the last blank, quote or bracket before
-/// it, in an open quotation with the quotation. Names may hold blanks, quotes and line ends, so
-/// nothing but the last quote of the kind that stands before a path ends it, and where none stands
-/// before it the text ends with it. Control characters become blanks. Allocates nothing. Any
-/// thread.
+/// Writes `text` to `buffer` on one line and returns how many bytes it wrote; what does not fit is
+/// left out, and never half a character of UTF-8. Control characters become blanks.
+///
+/// "<text>" stands for what was in quotes (', ", ` and the typographic ones) or in square brackets:
+/// names are quoted. A quotation begins with a quote at the begin of a word, and as names may hold
+/// quotes it ends with the last one of its kind in the text that a word can end with; without such
+/// a one the text ends with it.
+/// "<path>" stands for a path without quotes, known by its slash, and for all that follows. A path
+/// that does not say where it begins (as one that begins with a slash does) may begin with a name
+/// of several words, so what stands before it goes too, back to the last colon and blank.
+/// What is left may still be a name: one without a slash and without quotes.
+/// Allocates nothing. Any thread.
 [[nodiscard]] std::size_t copyWithoutPaths(std::string_view text, std::span<char> buffer) noexcept;
 
 } // namespace PathRedaction

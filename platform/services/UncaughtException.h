@@ -24,7 +24,8 @@ public:
     /// that was neither joined nor detached, say.
     [[nodiscard]] std::string_view type() const noexcept { return {m_type.data(), m_typeLength}; }
 
-    /// Its what(), without paths (PathRedaction); empty for what is no std::exception.
+    /// Its what(), without quoted names and paths (PathRedaction); empty for what is no
+    /// std::exception.
     [[nodiscard]] std::string_view text() const noexcept { return {m_text.data(), m_textLength}; }
 
 private:

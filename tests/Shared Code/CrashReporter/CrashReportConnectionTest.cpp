@@ -3,6 +3,7 @@
 #include "CrashReporterFixture.h"
 #include "LoopbackServer.h"
 
+#include <QLocale>
 #include <QNetworkReply>
 #include <QProcess>
 #include <QSslCertificate>
@@ -104,6 +105,94 @@ TEST_F(CrashReportConnectionTest, theBodyIsPostedWithTheHeadersOfTheRequest)
     EXPECT_EQ(request.headers.value("content-type"), "text/x-test");
     EXPECT_EQ(request.headers.value("user-agent"), "Tester");
     EXPECT_EQ(request.headers.value("content-length"), "8");
+}
+
+TEST_F(CrashReportConnectionTest, thePersonsLanguageIsNotTold)
+{
+    const QLocale before;
+    QLocale::setDefault(QLocale(u"is_IS"_s));
+    redirect(303, "/next");
+    send(m_server.url());
+    QLocale::setDefault(before);
+    ASSERT_EQ(m_server.requests().size(), 2);
+    for (const HttpRequest& request : m_server.requests()) {
+        EXPECT_EQ(request.headers.value("accept-language"), "en");
+    }
+}
+
+TEST_F(CrashReportConnectionTest, nameAndPasswordOfTheAddressAreSentAtOnce)
+{
+    m_server.setAnswer([](QTcpSocket& socket, const HttpRequest& request) {
+        const bool isKnown = request.headers.value("authorization") ==
+                             "Basic " + QByteArray("J\u00f6 rg:p@ss:word").toBase64();
+        socket.write(isKnown ? LoopbackServer::response(200, "ok\n")
+                             : LoopbackServer::response(
+                                   401, "who?\n", "WWW-Authenticate: Basic realm=\"x\"\r\n"));
+    });
+    QUrl url = m_server.url();
+    url.setUserName(u"J\u00f6 rg"_s, QUrl::DecodedMode);
+    url.setPassword(u"p@ss:word"_s, QUrl::DecodedMode);
+    send(url);
+    expectAnswer("ok\n");
+    ASSERT_EQ(m_server.requests().size(), 1);
+    EXPECT_EQ(m_server.requests().first().body, "the body");
+}
+
+TEST_F(CrashReportConnectionTest, aWrongPasswordIsAnAnswerLikeAnyOther)
+{
+    m_server.setAnswer([](QTcpSocket& socket, const HttpRequest&) {
+        socket.write(
+            LoopbackServer::response(401, "who?\n", "WWW-Authenticate: Basic realm=\"x\"\r\n"));
+    });
+    QUrl url = m_server.url();
+    url.setUserInfo(u"me:wrong"_s);
+    send(url);
+    expectAnswer("who?\n");
+    EXPECT_EQ(m_server.requests().size(), 1);
+}
+
+TEST_F(CrashReportConnectionTest, thePasswordIsSentToItsServerAlone)
+{
+    LoopbackServer other;
+    other.setAnswer("ok\n");
+    const QByteArray targets[] = {"/same", other.url().toEncoded()};
+    m_server.setAnswer([this, &targets](QTcpSocket& socket, const HttpRequest&) {
+        socket.write(LoopbackServer::response(
+            307, "", "Location: " + targets[m_server.requests().size() - 1] + "\r\n"));
+    });
+    QUrl url = m_server.url();
+    url.setUserInfo(u"me:secret"_s);
+    send(url);
+    expectAnswer("ok\n");
+    ASSERT_EQ(m_server.requests().size(), 2);
+    EXPECT_TRUE(m_server.requests().value(0).headers.contains("authorization"));
+    EXPECT_TRUE(m_server.requests().value(1).headers.contains("authorization"));
+    ASSERT_EQ(other.requests().size(), 1);
+    EXPECT_FALSE(other.requests().value(0).headers.contains("authorization"));
+}
+
+TEST_F(CrashReportConnectionTest, theBodyIsNotSentToAnotherHost)
+{
+    for (const int status : {307, 308}) {
+        m_responses = m_finished = m_failed = 0;
+        LoopbackServer other;
+        other.setAnswer("ok\n");
+        QUrl target = other.url();
+        target.setHost(u"localhost"_s);
+        const qsizetype before = m_server.requests().size();
+        m_server.setAnswer([target, status](QTcpSocket& socket, const HttpRequest&) {
+            socket.write(
+                LoopbackServer::response(status, "", "Location: " + target.toEncoded() + "\r\n"));
+        });
+        send(m_server.url());
+        SCOPED_TRACE(status);
+        expectFailure(QNetworkReply::InsecureRedirectError);
+        EXPECT_EQ(m_error.localizedDescription,
+                  u"The server redirected the report to another server, localhost, and it was not "
+                  "sent there."_s);
+        EXPECT_EQ(m_server.requests().size(), before + 1);
+        EXPECT_TRUE(other.requests().isEmpty());
+    }
 }
 
 TEST_F(CrashReportConnectionTest, anErrorStatusIsAnAnswerLikeAnyOther)

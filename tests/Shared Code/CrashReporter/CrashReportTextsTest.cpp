@@ -1,5 +1,6 @@
 #include "CrashReportTexts.h"
 
+#include "CrashReportError.h"
 #include "QtPrinters.h"
 
 #include <gtest/gtest.h>
@@ -18,4 +19,12 @@ TEST(CrashReportTexts, areTheseInEnglish)
     EXPECT_EQ(notSubmitted(), u"An error occurred while submitting the crash report."_s);
     EXPECT_EQ(theErrorWas(u"none"_s), u"The error was: none"_s);
     EXPECT_EQ(unrecognizedResponse(), u"Unrecognized response from the server"_s);
+}
+
+TEST(CrashReportError, anAnswerThatIsNotTheAgreedOneHasItsOwnNumber)
+{
+    const CrashReportError error = CrashReportError::unrecognizedResponse();
+    EXPECT_EQ(error.domain, u"NSPOSIXErrorDomain"_s);
+    EXPECT_EQ(error.code, 100);
+    EXPECT_EQ(error.localizedDescription, u"Unrecognized response from the server"_s);
 }

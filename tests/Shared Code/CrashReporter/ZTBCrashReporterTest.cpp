@@ -4,6 +4,13 @@
 #include "CrashReporterFixture.h"
 #include "GeneralException.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <climits>
+#include <filesystem>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -85,14 +92,71 @@ TEST_F(ZTBCrashReporterTest, aLogOfExactlyTheStoredDateIsNotOffered)
 TEST_F(ZTBCrashReporterTest, ofTwoNewLogsOnlyTheFirstInTheOrderOfEnumerationIsOffered)
 {
     setLastReport(kNow);
-    makeLog(u"Corvane_a.crash"_s, kNow + 5.0);
-    makeLog(u"Corvane_b.crash"_s, kNow + 9.0);
-    makeLog(u"Corvane_c.crash"_s, kNow + 7.0);
-    const QStringList order = paths();
-    ASSERT_EQ(order.size(), 3);
+    for (int number = 0; number < 50; ++number) {
+        makeLog(u"Corvane_%1.crash"_s.arg(number * 37 % 50), kNow - 5.0);
+    }
+    // The folder's own order, by another way.
+    QStringList order;
+    for (const auto& entry : std::filesystem::directory_iterator(logsIn(library()).toStdString())) {
+        order.append(QString::fromStdString(entry.path().string()));
+    }
+    ASSERT_EQ(order.size(), 50);
+    EXPECT_EQ(paths(), order);
+    // Of the new ones the first is the oldest; then the newest.
+    for (const double step : {1.0, -1.0}) {
+        double date = kNow + 100.0;
+        for (const QString& path : order.sliced(1)) {
+            date += step;
+            setModified(path, date);
+        }
+        check();
+        EXPECT_EQ(offered(), order.at(1));
+        m_record.owner->windowWillClose();
+    }
+    EXPECT_EQ(m_record.windows, 2);
+}
+
+TEST_F(ZTBCrashReporterTest, aLogWhoseDateCannotBeReadIsPassedOverSilently)
+{
+    setLastReport(kNow);
+    // A file that its folder lists, at a path that is longer than any the system takes.
+    const QString top = logsIn(library()) + u"/Corvane_deep"_s;
+    QString folder = top;
+    while (folder.size() < PATH_MAX - 200) {
+        folder += u'/' + QString(100, u'd');
+    }
+    ASSERT_TRUE(QDir().mkpath(folder));
+    const int descriptor = ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY);
+    ASSERT_GE(descriptor, 0);
+    const QByteArray name(220, 'f');
+    const int file = ::openat(descriptor, name.constData(), O_WRONLY | O_CREAT | O_EXCL, 0600);
+    EXPECT_GE(file, 0);
+    ::close(file);
+    for (QString above = folder; above != logsIn(library()); above = QFileInfo(above).path()) {
+        setModified(above, kNow - 5.0);
+    }
+    EXPECT_TRUE(paths().contains(folder + u'/' + QString::fromLatin1(name)));
     check();
-    EXPECT_EQ(m_record.windows, 1);
-    EXPECT_EQ(offered(), order.first());
+    EXPECT_EQ(m_record.windows, 0);
+    const QString log = makeLog(u"Corvane.crash"_s);
+    check();
+    EXPECT_EQ(offered(), log);
+    EXPECT_TRUE(m_log.entries().isEmpty());
+    EXPECT_EQ(::unlinkat(descriptor, name.constData(), 0), 0);
+    ::close(descriptor);
+}
+
+TEST_F(ZTBCrashReporterTest, aServerIsGivenAMinuteOfSilence)
+{
+    const CrashReporterServices given{.defaults = m_defaults,
+                                      .bundle = *m_bundle,
+                                      .clock = m_clock,
+                                      .systemControl = m_system,
+                                      .addressBook = m_addressBook,
+                                      .trash = m_trash,
+                                      .libraries = {},
+                                      .loadWindow = {}};
+    EXPECT_EQ(given.patience, std::chrono::seconds(60));
 }
 
 TEST_F(ZTBCrashReporterTest, anOlderLogIsPassedOver)

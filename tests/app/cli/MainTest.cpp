@@ -4,6 +4,7 @@
 
 #include <pty.h>
 #include <sys/ioctl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -154,6 +155,50 @@ TEST_F(MainTest, anInterruptEndsAScanOrderly)
 TEST_F(MainTest, aTerminationEndsAScanOrderly)
 {
     interruptInTheMidst(SIGTERM);
+}
+
+TEST_F(MainTest, aCrashInTheMidstOfAScanLeavesALogAndASoundLibrary)
+{
+    addPhotos();
+    QProcessEnvironment environment = m_process.processEnvironment();
+    environment.insert(u"XDG_STATE_HOME"_s, m_home.filePath(u"state"_s));
+    m_process.setProcessEnvironment(environment);
+    m_process.setChildProcessModifier([] {
+        const rlimit limit{.rlim_cur = 1, .rlim_max = 1}; // leave no core
+        setrlimit(RLIMIT_CORE, &limit);
+    });
+    m_process.setReadChannel(QProcess::StandardError);
+    start({u"scan"_s, library(), u"--all"_s, u"--no-tag"_s, u"--trash"_s});
+    ASSERT_TRUE(waitForError("Found 0 images with issues"));
+    const qint64 process = m_process.processId();
+    ASSERT_GT(process, 0);
+    ASSERT_EQ(kill(static_cast<pid_t>(process), SIGSEGV), 0);
+    EXPECT_EQ(finish(), -1);
+    EXPECT_EQ(m_process.exitCode(), SIGSEGV);
+
+    const QDir logs(m_home.filePath(u"state/corvane/Logs/DiagnosticReports"_s));
+    const QStringList names = logs.entryList(QDir::Files);
+    ASSERT_EQ(names.size(), 1);
+    EXPECT_TRUE(names.first().startsWith(u"Corvane_"_s));
+    EXPECT_TRUE(names.first().endsWith(u"_%1.crash"_s.arg(process)));
+    QFile log(logs.filePath(names.first()));
+    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+    const QByteArray content = log.readAll();
+    EXPECT_TRUE(content.startsWith("Program:      corvane-cli (Corvane)\n"));
+    EXPECT_TRUE(content.contains("\nSignal:       11 SIGSEGV\n"));
+    EXPECT_TRUE(content.endsWith("\nEnd of the log\n"));
+    EXPECT_FALSE(content.contains(library().toUtf8()));
+
+    start({u"info"_s, library()});
+    EXPECT_EQ(finish(), 0);
+    EXPECT_TRUE(m_process.readAllStandardOutput().endsWith("Problems:          none\n"));
+    // It can be written to, too.
+    start({u"scan"_s, library(), u"--all"_s, u"--no-tag"_s, u"--after-crash"_s, u"--quiet"_s});
+    EXPECT_EQ(finish(), 0);
+    start({u"info"_s, library()});
+    EXPECT_EQ(finish(), 0);
+    EXPECT_TRUE(m_process.readAllStandardOutput().endsWith("Problems:          none\n"));
+    EXPECT_EQ(logs.entryList(QDir::Files), names);
 }
 
 TEST_F(MainTest, progressIsRedrawnOnATerminal)

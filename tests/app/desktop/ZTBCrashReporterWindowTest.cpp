@@ -3,11 +3,14 @@
 #include "CrashWindowFixture.h"
 
 #include <QCheckBox>
+#include <QFileInfo>
+#include <QInputMethodEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QTableWidget>
 #include <QTcpSocket>
 
 using namespace Qt::StringLiterals;
@@ -265,18 +268,69 @@ TEST_F(ZTBCrashReporterWindowTest, itCanBeClosedUnderItsSheet)
     EXPECT_TRUE(m_window.isNull());
 }
 
+TEST_F(ZTBCrashReporterWindowTest, closingItCommitsWhatIsBeingComposedAndHarmsNothing)
+{
+    /// Does what input methods do when a window goes.
+    class Committer final : public QObject
+    {
+    public:
+        bool eventFilter(QObject* edit, QEvent* event) override
+        {
+            if (event->type() == QEvent::Hide) {
+                QInputMethodEvent commit;
+                commit.setCommitString(u"x"_s);
+                QCoreApplication::sendEvent(edit, &commit);
+                ++commits;
+            }
+            return false;
+        }
+
+        int commits{0};
+    };
+
+    Committer committer;
+    show();
+    address().installEventFilter(&committer);
+    comments().installEventFilter(&committer);
+    EXPECT_TRUE(m_window->close());
+    EXPECT_TRUE(m_life.isNull());
+    settle();
+    EXPECT_TRUE(m_window.isNull());
+    EXPECT_EQ(committer.commits, 2);
+}
+
 TEST_F(ZTBCrashReporterWindowTest, whatItShowsIsExactlyWhatIsSent)
 {
     m_server.setAnswer("ok\n");
-    show();
+    m_system.setHardware(1, QByteArray("x86_64\0", 7));
+    m_addressBook.setAddress(u"me@example.org"_s);
+    const QByteArray log = "a line\nanother\n";
+    show(log);
     QTest::keyClicks(&comments(), u"Why?"_s);
-    const QStringList fields = controller().formValues().keys();
+    click(u"showReportContents"_s);
+    const auto* const table = m_window->findChild<QTableWidget*>(u"reportFields"_s);
+    ASSERT_NE(table, nullptr);
+    QMap<QByteArray, QByteArray> shown;
+    for (int row = 0; row < table->rowCount(); ++row) {
+        shown.insert(table->item(row, 0)->text().toUtf8(), table->item(row, 1)->text().toUtf8());
+    }
+    EXPECT_EQ(shown.value("comments"), "Why?");
+    EXPECT_EQ(shown.value("machine"), "x86_64");
+    EXPECT_EQ(shown.value("emailAddress"), "me@example.org");
+    EXPECT_TRUE(shown.value("crashLog").contains(QFileInfo(m_path).fileName().toUtf8()));
+    shown.insert("crashLog", log); // the file's content is what the window itself shows
+    EXPECT_EQ(child<QPlainTextEdit>(u"crashLogText"_s).toPlainText().toUtf8(), log);
+    QTest::keyClick(m_window->findChild<QDialog*>(u"reportContents"_s), Qt::Key_Escape);
     report();
     ASSERT_EQ(m_server.requests().size(), 1);
     const QByteArray& body = m_server.requests().first().body;
-    EXPECT_EQ(body.count("Content-Disposition"), fields.size());
-    for (const QString& field : fields) {
-        EXPECT_TRUE(body.contains("; name=\"" + field.toUtf8() + '"')) << qPrintable(field);
+    EXPECT_EQ(body.count("Content-Disposition"), shown.size());
+    for (auto field = shown.cbegin(); field != shown.cend(); ++field) {
+        const qsizetype at = body.indexOf("; name=\"" + field.key() + '"');
+        ASSERT_GE(at, 0) << field.key().toStdString();
+        const qsizetype content = body.indexOf("\r\n\r\n", at) + 4;
+        EXPECT_EQ(body.mid(content, body.indexOf("\r\n--", content) - content), field.value())
+            << field.key().toStdString();
     }
 }
 

@@ -303,7 +303,7 @@ TEST_F(CrashLogWriterTest, anExceptionIsToldWithoutPaths)
 {
     EXPECT_EQ(crash(u"exception"_s), SIGABRT);
     EXPECT_EQ(value(u"Exception"_s), u"std::runtime_error"_s);
-    EXPECT_EQ(value(u"Text"_s), u"No \"<path>\" there"_s);
+    EXPECT_EQ(value(u"Text"_s), u"No \"<text>\" there"_s);
     EXPECT_FALSE(log().contains(u"anna"_s));
     // Where it was thrown: nothing was unwound.
     EXPECT_GT(callOf(u"__cxa_throw"_s), 0);
@@ -418,6 +418,24 @@ TEST_F(CrashLogWriterTest, aFolderThatWasRemovedSinceIsMadeAgain)
     ASSERT_EQ(kill(static_cast<pid_t>(m_id), SIGSEGV), 0);
     EXPECT_EQ(finish(), SIGSEGV);
     EXPECT_EQ(logs().size(), 1);
+}
+
+TEST_F(CrashLogWriterTest, aModuleWhoseFileWasMadeShorterStopsNothing)
+{
+    EXPECT_EQ(crash(u"emptied-module"_s), SIGSEGV);
+    EXPECT_EQ(callOf(u"writeToNowhere"_s), 0);
+    EXPECT_GT(callOf(u"main"_s), 0);
+    EXPECT_EQ(modules().filter(u"[] emptied.so"_s).size(), 1);
+    EXPECT_TRUE(log().endsWith(u"\nEnd of the log\n"_s));
+}
+
+TEST_F(CrashLogWriterTest, aProgramThatCanOpenNothingMoreLeavesAWholeLog)
+{
+    EXPECT_EQ(crash(u"no-descriptors"_s), SIGSEGV);
+    EXPECT_EQ(callOf(u"writeToNowhere"_s), 0);
+    // Mapped after the begin, so the list is that of the crash.
+    EXPECT_EQ(modules().filter(u"emptied.so"_s).size(), 1);
+    EXPECT_TRUE(log().endsWith(u"\nEnd of the log\n"_s));
 }
 
 TEST_F(CrashLogWriterTest, everyCallSaysWhichBuildOfWhatItIsIn)

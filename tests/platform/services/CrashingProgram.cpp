@@ -77,6 +77,23 @@ CORVANE_UNCHECKED void readBehindFile()
     std::printf("%d\n", value);
 }
 
+/// Maps the begin of this program as code is mapped, from a file that has become empty since.
+CORVANE_UNCHECKED void emptyMappedModule()
+{
+    constexpr std::size_t kSize = 4096;
+    static char begin[kSize];
+    std::FILE* const program = std::fopen("/proc/self/exe", "rb");
+    std::FILE* const copy = std::fopen("emptied.so", "w+b");
+    const bool isCopied = std::fread(begin, 1, kSize, program) == kSize &&
+                          std::fwrite(begin, 1, kSize, copy) == kSize && std::fflush(copy) == 0;
+    void* const memory = mmap(nullptr, kSize, PROT_READ | PROT_EXEC, MAP_PRIVATE, fileno(copy), 0);
+    if (!isCopied || memory == MAP_FAILED || ftruncate(fileno(copy), 0) != 0) {
+        std::_Exit(4);
+    }
+    std::fclose(program);
+    std::fclose(copy);
+}
+
 CORVANE_UNCHECKED int recurse(int depth)
 {
     volatile char block[64];
@@ -156,6 +173,14 @@ void overflow()
     std::printf("%d\n", recurse(0));
 }
 
+void useUpDescriptors()
+{
+    const rlimit limit{.rlim_cur = 64, .rlim_max = 64};
+    setrlimit(RLIMIT_NOFILE, &limit);
+    while (dup(STDOUT_FILENO) >= 0) {
+    }
+}
+
 struct PlainThing {
 };
 
@@ -166,6 +191,17 @@ const Crashes& crashes()
     static const Crashes kCrashes{
         {"segv", [] { writeToNowhere(); }},
         {"call", [] { callNowhere(); }},
+        {"no-descriptors",
+         [] {
+             emptyMappedModule();
+             useUpDescriptors();
+             writeToNowhere();
+         }},
+        {"emptied-module",
+         [] {
+             emptyMappedModule();
+             writeToNowhere();
+         }},
         {"bus", [] { readBehindFile(); }},
         {"ill", [] { executeRubbish(); }},
         {"fpe", [] { std::printf("%d\n", divideByZero()); }},

@@ -9,8 +9,11 @@
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <random>
@@ -52,6 +55,19 @@ std::vector<std::uint8_t> fileOfQt()
     return {bytes.cbegin(), bytes.cend()};
 }
 
+std::vector<std::uint8_t> buildIdOf(const ElfImage& image)
+{
+    std::vector<std::uint8_t> id(64);
+    id.resize(image.copyBuildId(id));
+    return id;
+}
+
+std::string nameAt(const ElfImage& image, std::uintptr_t address)
+{
+    std::array<char, 4096> buffer{};
+    return std::string(image.symbolAt(address, buffer).name);
+}
+
 } // namespace
 
 TEST(ElfImage, functionsAreNamedWithTheirDistance)
@@ -61,7 +77,8 @@ TEST(ElfImage, functionsAreNamedWithTheirDistance)
         ASSERT_NE(function, nullptr) << name;
         const ElfImage image = imageOf(function);
         ASSERT_TRUE(image.isValid()) << name;
-        const ElfImage::Symbol at = image.symbolAt(addressOf(function) + 1);
+        std::array<char, 4096> buffer{};
+        const ElfImage::Symbol at = image.symbolAt(addressOf(function) + 1, buffer);
         Dl_info told{};
         ASSERT_NE(dladdr(static_cast<const std::byte*>(function) + 1, &told), 0);
         // Several names may lie at one address.
@@ -75,19 +92,59 @@ TEST(ElfImage, functionsAreNamedWithTheirDistance)
 TEST(ElfImage, whatIsNoFunctionHasNoName)
 {
     const ElfImage image = imageOf(dlsym(RTLD_DEFAULT, "qVersion"));
-    EXPECT_EQ(image.symbolAt(image.bias()).name, "");
-    EXPECT_EQ(image.symbolAt(0).name, "");
-    EXPECT_EQ(image.symbolAt(UINTPTR_MAX).name, "");
+    EXPECT_EQ(nameAt(image, image.bias()), "");
+    EXPECT_EQ(nameAt(image, 0), "");
+    EXPECT_EQ(nameAt(image, UINTPTR_MAX), "");
 }
 
 TEST(ElfImage, theBuildIdIsThatOfTheFile)
 {
     const std::vector<std::uint8_t> file = fileOfQt();
     ASSERT_FALSE(file.empty());
-    const auto inFile = imageOf(file).buildId();
-    const auto inMemory = imageOf(reinterpret_cast<const void*>(&qVersion)).buildId();
-    EXPECT_EQ(inMemory.size(), 20U);
-    EXPECT_TRUE(std::ranges::equal(inMemory, inFile));
+    const ElfImage inMemory = imageOf(reinterpret_cast<const void*>(&qVersion));
+    EXPECT_EQ(buildIdOf(inMemory).size(), 20U);
+    EXPECT_EQ(buildIdOf(inMemory), buildIdOf(imageOf(file)));
+    std::array<std::uint8_t, 19> small{};
+    EXPECT_EQ(inMemory.copyBuildId(small), 0U);
+}
+
+TEST(ElfImage, aNameIsCutWhereThereIsNoMoreRoom)
+{
+    const ElfImage image = imageOf(reinterpret_cast<const void*>(&qVersion));
+    const std::uintptr_t address = addressOf(dlsym(RTLD_DEFAULT, "qVersion"));
+    std::array<char, 3> buffer{};
+    EXPECT_EQ(image.symbolAt(address, buffer).name, nameAt(image, address).substr(0, 3));
+}
+
+TEST(ElfImage, whatCannotBeReadIsAsIfItWereNotThere)
+{
+    const std::vector<std::uint8_t> whole = fileOfQt();
+    ASSERT_GT(whole.size(), 200000U);
+    const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const std::size_t size = (whole.size() + pageSize - 1) / pageSize * pageSize;
+    void* const memory =
+        mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    std::ranges::copy(whole, static_cast<std::uint8_t*>(memory));
+    const std::uintptr_t start = addressOf(memory);
+    const std::uintptr_t function = addressOf(dlsym(RTLD_DEFAULT, "qVersion")) -
+                                    imageOf(reinterpret_cast<const void*>(&qVersion)).bias() +
+                                    start;
+    ASSERT_NE(nameAt(ElfImage(start, start + size), function), "");
+    // From the end to the begin, page after page.
+    std::size_t named = 0;
+    for (std::size_t left = size; left > 0; left -= pageSize) {
+        ASSERT_EQ(mprotect(static_cast<std::byte*>(memory) + left - pageSize, pageSize, PROT_NONE),
+                  0);
+        const ElfImage image(start, start + size);
+        EXPECT_EQ(image.isReadable(), left > pageSize);
+        named += nameAt(image, function).empty() ? 0 : 1;
+    }
+    EXPECT_GT(named, 0U);
+    EXPECT_LT(named, size / pageSize);
+    EXPECT_FALSE(ElfImage(start, start + size).isValid());
+    EXPECT_TRUE(buildIdOf(ElfImage(start, start + size)).empty());
+    munmap(memory, size);
 }
 
 TEST(ElfImage, whatIsNoImageIsNone)
@@ -95,8 +152,9 @@ TEST(ElfImage, whatIsNoImageIsNone)
     EXPECT_FALSE(ElfImage(0, 0).isValid());
     const std::vector<std::uint8_t> zeros(4096, 0);
     EXPECT_FALSE(imageOf(zeros).isValid());
-    EXPECT_TRUE(imageOf(zeros).buildId().empty());
-    EXPECT_EQ(imageOf(zeros).symbolAt(addressOf(zeros.data())).name, "");
+    EXPECT_TRUE(imageOf(zeros).isReadable());
+    EXPECT_TRUE(buildIdOf(imageOf(zeros)).empty());
+    EXPECT_EQ(nameAt(imageOf(zeros), addressOf(zeros.data())), "");
     std::vector<std::uint8_t> file = fileOfQt();
     file.resize(32);
     EXPECT_FALSE(imageOf(file).isValid());
@@ -111,7 +169,6 @@ TEST(ElfImage, damagedHeadersLeadNowhere)
         return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random);
     };
     for (int run = 0; run < 300; ++run) {
-        // What is read beyond is the sanitizer's to see.
         std::vector<std::uint8_t> damaged(
             whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(1 + below(200000)));
         for (std::size_t change = below(40); change > 0; --change) {
@@ -120,9 +177,10 @@ TEST(ElfImage, damagedHeadersLeadNowhere)
                 static_cast<std::uint8_t>(below(256));
         }
         const ElfImage image = imageOf(damaged);
-        const auto id = image.buildId();
-        EXPECT_LE(id.size(), damaged.size());
-        const auto symbol = image.symbolAt(addressOf(damaged.data()) + below(damaged.size()));
-        EXPECT_LE(symbol.name.size(), damaged.size());
+        // Nothing is taken from beyond.
+        EXPECT_FALSE(std::ranges::search(damaged, buildIdOf(image)).empty() &&
+                     !buildIdOf(image).empty());
+        const std::string name = nameAt(image, addressOf(damaged.data()) + below(damaged.size()));
+        EXPECT_FALSE(std::ranges::search(damaged, name).empty() && !name.empty());
     }
 }

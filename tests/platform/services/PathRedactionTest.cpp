@@ -32,41 +32,74 @@ TEST(PathRedaction, whatHoldsNoPathStays)
     EXPECT_EQ(redacted("Größe unbekannt"), "Größe unbekannt");
 }
 
-TEST(PathRedaction, aPathInQuotesIsReplacedAndTheRestStays)
+TEST(PathRedaction, whateverStandsInQuotesIsReplaced)
 {
     EXPECT_EQ(redacted("Could not write \"/home/anna/Our Photos/a.cr2\": No space left"),
-              "Could not write \"<path>\": No space left");
-    EXPECT_EQ(redacted("cannot open '/tmp/x'!"), "cannot open '<path>'!");
+              "Could not write \"<text>\": No space left");
+    EXPECT_EQ(redacted("cannot open '/tmp/x'!"), "cannot open '<text>'!");
+    EXPECT_EQ(redacted("No photo `Wedding.cr2' here"), "No photo `<text>' here");
+    EXPECT_EQ(redacted("The photo “Anna’s wedding” is gone."), "The photo “<text>” is gone.");
+    EXPECT_EQ(redacted("Das Album „Für Anna“ fehlt."), "Das Album „<text>“ fehlt.");
+    EXPECT_EQ(redacted("filesystem error: No such file [/home/anna/My Photos] [a b]"),
+              "filesystem error: No such file [<text>]");
+    EXPECT_EQ(redacted("name=\"a b\",size=3"), "name=\"<text>\",size=3");
+    EXPECT_EQ(redacted("\"\" is no name"), "\"<text>\" is no name");
 }
 
-TEST(PathRedaction, quotesInANameEndNoPath)
+TEST(PathRedaction, quotesInANameEndNoQuotation)
 {
-    EXPECT_EQ(redacted("not read: '/home/anna/Anna's/b.jpg' (5)"), "not read: '<path>' (5)");
-    EXPECT_EQ(redacted("from \"/a/b\" to \"/c/d\": no"), "from \"<path>\": no");
+    EXPECT_EQ(redacted("not read: '/home/anna/Anna's/b.jpg' (5)"), "not read: '<text>' (5)");
+    EXPECT_EQ(redacted("not read: 'Annas' and Otto's.jpg' (5)"), "not read: '<text>' (5)");
+    EXPECT_EQ(redacted("from \"/a/b\" to \"/c/d\": no"), "from \"<text>\": no");
+    EXPECT_EQ(redacted("no \"Anna's \"best\" one.jpg\""), "no \"<text>\"");
+}
+
+TEST(PathRedaction, aQuoteWithinAWordBeginsNoQuotation)
+{
+    EXPECT_EQ(redacted("can't open it, it isn't there"), "can't open it, it isn't there");
+    EXPECT_EQ(redacted("can't open 'Anna's wedding'"), "can't open '<text>'");
+    EXPECT_EQ(redacted("5\" \"My Photos/a.cr2\""), "5\" \"<text>\"");
+}
+
+TEST(PathRedaction, aQuotationWithoutAnEndTakesTheRest)
+{
+    EXPECT_EQ(redacted("cannot open '/home/anna/Anna's photos"), "cannot open '<text>");
+    EXPECT_EQ(redacted("cannot open \"Our wedd"), "cannot open \"<text>");
+    EXPECT_EQ(redacted("cannot open '"), "cannot open '<text>");
+    EXPECT_EQ(redacted("cannot open [My"), "cannot open [<text>");
 }
 
 TEST(PathRedaction, withoutQuotesNothingAfterAPathStays)
 {
     EXPECT_EQ(redacted("/home/anna/Our Photos/a.cr2: No such file"), "<path>");
-    EXPECT_EQ(redacted("filesystem error: No such file [/home/anna/My Photos]"),
-              "filesystem error: No such file [<path>");
     EXPECT_EQ(redacted("path=/home/anna/x y"), "path=<path>");
     EXPECT_EQ(redacted("in (/home/anna (old)/x)"), "in (<path>");
+    EXPECT_EQ(redacted("in /home/anna \"old\" /x"), "in <path>");
+}
+
+TEST(PathRedaction, beforeAPathThatDoesNotSayWhereItBeginsNothingOfItsSentenceStays)
+{
+    EXPECT_EQ(redacted("My Photos/2011/a"), "<path>");
+    EXPECT_EQ(redacted("No such file: My Photos/2011/a"), "No such file: <path>");
+    EXPECT_EQ(redacted("gone: Photos of 'us'/2011/a"), "gone: <path>");
+    EXPECT_EQ(redacted("'My Photos/a.cr2' or My Photos/b.cr2"), "<path>");
+    EXPECT_EQ(redacted("open Masters/2011/a.cr2"), "<path>");
+    EXPECT_EQ(redacted("open C:/Photos"), "<path>");
 }
 
 TEST(PathRedaction, pathsOfEveryKindAreFound)
 {
     EXPECT_EQ(redacted("open ~/Pictures/My Library"), "open <path>");
+    EXPECT_EQ(redacted("open ~anna/Pictures"), "open <path>");
     EXPECT_EQ(redacted("open file:///home/anna/a%20b"), "open <path>");
-    EXPECT_EQ(redacted("open Masters/2011/a.cr2"), "open <path>");
-    EXPECT_EQ(redacted("open \"My Masters/2011/a.cr2\" now"), "open \"<path>\" now");
     EXPECT_EQ(redacted("root is /"), "root is /");
     EXPECT_EQ(redacted("//server/share"), "<path>");
 }
 
-TEST(PathRedaction, eachPathIsReplaced)
+TEST(PathRedaction, eachNameIsReplaced)
 {
-    EXPECT_EQ(redacted("'/a/b' and \"/c/d\" and /e"), "'<path>' and \"<path>\" and <path>");
+    EXPECT_EQ(redacted("'/a/b' and \"/c/d\" and /e"), "'<text>' and \"<text>\" and <path>");
+    EXPECT_EQ(redacted("'a' and “b” and \"c\""), "'<text>' and “<text>” and \"<text>\"");
 }
 
 TEST(PathRedaction, theTextStaysOnOneLine)
@@ -83,4 +116,11 @@ TEST(PathRedaction, aCutTextEndsWithAWholeCharacter)
     EXPECT_EQ(redactedTo<5>("abc€"), "abc");
     EXPECT_EQ(redactedTo<6>("abc€"), "abc€");
     EXPECT_EQ(redactedTo<2>("€"), "");
+}
+
+TEST(PathRedaction, whatIsTakenBackLeavesRoomForTheRest)
+{
+    EXPECT_EQ(redactedTo<9>("is in: Photos of last summer/a"), "is in: <p");
+    EXPECT_EQ(redactedTo<16>("is in: Photos of last summer/a"), "is in: <path>");
+    EXPECT_EQ(redactedTo<4>("Größenangaben /x"), "Grö");
 }

@@ -326,6 +326,149 @@ class LifeTest(Process):
             self.assertIn(word, text)
 
 
+class InsideTest(unittest.TestCase):
+    """The receiver in this process, where its steps can be slowed down and seen."""
+
+    def setUp(self):
+        self.parts = module()
+        top = tempfile.mkdtemp(prefix="crashreceiver-test-")
+        self.addCleanup(shutil.rmtree, top)
+        store = self.parts.Store(pathlib.Path(top) / "reports")
+        self.addCleanup(store.lock.close)
+        self.server = self.parts.Server(("127.0.0.1", 0), store, 1 << 20)
+        self.server.say = lambda text: None
+        self.serving = threading.Thread(target=self.server.serve_forever, args=(0.01,))
+        self.serving.start()
+        self.addCleanup(self.end)
+
+    def end(self):
+        self.server.shutdown()
+        self.serving.join()
+        self.server.server_close()
+
+    def connect(self):
+        connection = socket.create_connection(("127.0.0.1", self.server.server_port), timeout=30)
+        self.addCleanup(connection.close)
+        return connection
+
+    @staticmethod
+    def head(*lines):
+        return "\r\n".join(("POST / HTTP/1.1", "Content-Type: " + TYPE, *lines, "", "")).encode()
+
+    @staticmethod
+    def answer(connection):
+        """All up to the end; what a connection that was cut did not bring is missing."""
+        answer = b""
+        try:
+            while block := connection.recv(65536):
+                answer += block
+        except ConnectionError:
+            pass
+        return answer
+
+    def test_the_end_waits_for_the_answer_to_what_is_stored(self):
+        stored, given = threading.Event(), threading.Event()
+        at_once = self.parts.Handler.answer
+
+        def late(handler, status, text):
+            stored.set()
+            time.sleep(0.5)
+            at_once(handler, status, text)
+            given.set()
+
+        self.parts.Handler.answer = late
+        connection = self.connect()
+        connection.sendall(self.head(f"Content-Length: {len(report())}") + report())
+        self.assertTrue(stored.wait(30))
+        self.end()
+        self.server.wait_for_reports()
+        self.assertTrue(given.is_set())
+        self.assertTrue(self.answer(connection).endswith(b"\r\n\r\nok\n"))
+
+    def test_the_end_waits_for_no_report_that_never_comes(self):
+        self.parts.SECONDS_TO_END = 0.2
+        connection = self.connect()
+        connection.sendall(self.head("Content-Length: 10"))
+        while not self.server.posts:
+            time.sleep(0.01)
+        self.end()
+        self.server.wait_for_reports()
+        self.assertEqual(self.server.posts, 1)
+
+    def test_ok_is_said_of_what_a_power_cut_cannot_take(self):
+        steps = []
+        fsync, rename = os.fsync, pathlib.Path.rename
+
+        def seen_fsync(descriptor):
+            steps.append(pathlib.Path(os.readlink(f"/proc/self/fd/{descriptor}")))
+            fsync(descriptor)
+
+        def seen_rename(path, target):
+            steps.append("rename")
+            return rename(path, target)
+
+        self.addCleanup(setattr, os, "fsync", fsync)
+        self.addCleanup(setattr, pathlib.Path, "rename", rename)
+        os.fsync, pathlib.Path.rename = seen_fsync, seen_rename
+        made = self.parts.parse(TYPE, report())
+        name = self.server.store.add(made)
+        folder = self.server.store.folder
+        incoming = folder / (self.parts.INCOMING + name)
+        self.assertEqual(steps, [incoming / made.log_name, incoming / "report.json", incoming,
+                                 "rename", folder])
+
+    def test_a_refusal_reaches_who_sends_much(self):
+        self.parts.SECONDS_FOR_PLACE = 0.1
+        for _ in range(self.parts.AT_ONCE):
+            self.server.places.acquire()
+        much = b"x" * (1 << 20)
+        for lines, status in ((("Content-Length: 1048576",), b"503"), ((), b"411"),
+                              (("Content-Length: 1e6",), b"400"),
+                              (("Content-Length: 1048577",), b"413")):
+            with self.subTest(status=status):
+                connection = self.connect()
+                connection.sendall(self.head(*lines))
+                for _ in range(8):  # more than the kernel keeps for who does not read it
+                    connection.sendall(much)
+                    time.sleep(0.02)
+                connection.shutdown(socket.SHUT_WR)
+                answer = self.answer(connection)
+                self.assertTrue(answer.startswith(b"HTTP/1.1 " + status + b" "), answer)
+                self.assertEqual(answer.count(b"HTTP/1.1 "), 1)
+
+    def test_a_header_that_drips_comes_to_an_end(self):
+        self.parts.SECONDS_FOR_HEADER = 0.5
+        connection = self.connect()
+        connection.settimeout(0.1)
+        connection.sendall(b"POST / HTTP/1.1\r\n")
+        begin = time.monotonic()
+        while time.monotonic() < begin + 20:
+            try:
+                connection.sendall(b"X-Slow: 1\r\n")
+                if not connection.recv(1):
+                    break
+            except socket.timeout:
+                continue
+            except ConnectionError:
+                break
+        self.assertLess(time.monotonic(), begin + 20)
+
+    def test_a_body_that_drips_is_refused(self):
+        self.parts.SECONDS_FOR_REPORT = 0.5
+        connection = self.connect()
+        connection.sendall(self.head("Content-Length: 100000"))
+        connection.settimeout(0.1)
+        answer = b""
+        begin = time.monotonic()
+        while not answer and time.monotonic() < begin + 20:
+            connection.sendall(b"x")
+            try:
+                answer = connection.recv(65536)
+            except socket.timeout:
+                continue
+        self.assertTrue(answer.startswith(b"HTTP/1.1 408 "), answer)
+
+
 class HostileTest(Process):
     def test_after_thousands_of_damaged_bodies_it_still_works(self):
         """The parser raises nothing but its own refusal, and takes only what holds a log."""

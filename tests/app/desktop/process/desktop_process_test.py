@@ -2,11 +2,13 @@
 """The whole desktop program as a process: real windows on a display of their own, real keys and clicks,
 the desktop's services on a private bus, and afterwards a look at the library on disk.
 
-desktop_process_test.py CORVANE CORVANE_CLI [NAME]: runs the test of that name, or all of them."""
+desktop_process_test.py CORVANE CORVANE_CLI CRASHRECEIVER [NAME]: runs the test of that name, or all of them."""
 
+import datetime
 import os
 import plistlib
 import re
+import resource
 import shutil
 import signal
 import sys
@@ -14,6 +16,7 @@ import unittest
 
 sys.dont_write_bytecode = True  # nothing is left among the sources
 
+from crash_receiver import CrashReceiver
 from desktop_program import DesktopProgram
 from desktop_services import DesktopServices
 from photo_library import PhotoLibrary
@@ -22,12 +25,15 @@ from private_session import Display, Home, on_private_bus, wait_until
 LIBRARY_WINDOW = "Sample.photolibrary — Photo Library"
 CORVANE_WINDOW = "Corvane For iPhoto"
 INSIDE = "CORVANE_PRIVATE_BUS"  # set once this script runs on a bus of its own
+SUBMISSION_URL = "ZTBCrashReporterCrashSubmissionURL"
+LAST_REPORT = "ZTBCrashReporterLastCrashReportDate"
 HALF_SIZE = 2  # index of the output size's cell
 
 
 class DesktopProcessTest(unittest.TestCase):
     corvane = ""
     corvane_cli = ""
+    crashreceiver = ""
 
     def setUp(self):
         self.services = self.made(DesktopServices())
@@ -45,6 +51,9 @@ class DesktopProcessTest(unittest.TestCase):
         )
         self.originals = self.library.originals()
         self.assertEqual(len(self.originals), photos)
+        self.start_program()
+
+    def start_program(self):
         command = [self.corvane, str(self.library.path)]
         self.program = self.made(DesktopProgram(command, self.environment, self.services))
         self.program.window(LIBRARY_WINDOW)
@@ -211,6 +220,85 @@ class DesktopProcessTest(unittest.TestCase):
         self.assertEqual(self.program.exit_status(), 128 + signal.SIGINT)
         self.assertEqual(self.library.info()["problems"], [])
 
+    def settings(self):
+        return plistlib.loads(self.home.settings.read_bytes())
+
+    def write_settings(self, **settings):
+        """Before the program starts."""
+        self.home.settings.parent.mkdir(parents=True, exist_ok=True)
+        self.home.settings.write_bytes(plistlib.dumps(settings))
+
+    def crash(self):
+        """Ends the program as a fault does; answers the log that it leaves."""
+        self.program.send_signal(signal.SIGSEGV)
+        self.assertEqual(self.program.exit_status(), -signal.SIGSEGV)
+        [log] = self.home.crash_logs.iterdir()
+        self.assertRegex(log.name, r"^Corvane_[0-9_-]+\.crash$")
+        text = log.read_text(encoding="utf-8")
+        self.assertTrue(text.startswith("Program:      corvane (Corvane)\n"), text[:200])
+        self.assertIn("\nSignal:       11 SIGSEGV\n", text)
+        self.assertTrue(text.endswith("\nEnd of the log\n"), text[-200:])
+        self.assertNotIn(str(self.home.path), text)
+        return log
+
+    def crash_window(self):
+        """The window that offers a log; none where there is none."""
+        return self.program.window_beginning("Crash Reporter: Corvane")
+
+    def test_aCrashDuringAScanLeavesTheLibrarySoundAndIsOfferedAtTheNextStart(self):
+        self.write_settings(**{SUBMISSION_URL: "http://127.0.0.1:9/"})
+        self.start(photos=8, megapixels=1.5)
+        self.start_scan_and_wait_for_a_copy()
+        log = self.crash()
+        self.assertLess(len(self.library.copies()), len(self.originals))
+        self.assertEqual(len(self.library.originals()), len(self.originals))
+        self.assertEqual(self.library.info()["problems"], [])
+
+        self.start_program()
+        window = wait_until(self.crash_window, "the log is offered")
+        self.assertTrue(window.find("text", name="Crash log").is_showing)
+        self.program.click(window.find("push button", name="Ignore"))
+        wait_until(lambda: not self.crash_window(), "the window goes")
+        self.assertTrue(log.exists())
+        self.program.press(LIBRARY_WINDOW, "ctrl+q")
+        self.assertEqual(self.program.exit_status(), 0)
+        self.assertEqual(self.library.info()["problems"], [])
+
+    def test_aCrashIsReportedToTheReceiverAndNotOfferedAgain(self):
+        receiver = self.made(CrashReceiver(self.crashreceiver, self.home.path / "reports"))
+        last = datetime.datetime(2026, 1, 31)
+        self.write_settings(**{SUBMISSION_URL: receiver.url, LAST_REPORT: last})
+        self.start(photos=1, megapixels=0.5)
+        log = self.crash()
+        content, name, modified = log.read_bytes(), log.name, int(log.stat().st_mtime)
+
+        self.start_program()
+        window = wait_until(self.crash_window, "the log is offered")
+        self.program.press(window.name, *"fell")
+        self.program.click(window.find("push button", name="Report"))
+        thanks = self.program.dialog_with("The crash report was successfully submitted.")
+        self.program.click(thanks.find("push button", name="OK"))
+        wait_until(lambda: not self.crash_window(), "the window goes")
+
+        [report] = receiver.reports()
+        self.assertEqual(report.log, content)
+        self.assertEqual(report.facts["crashLog"]["name"], name)
+        self.assertEqual(report.facts["fields"]["comments"], "fell")
+        self.assertEqual(report.facts["fields"]["applicationName"], "Corvane")
+        self.assertEqual(list(self.home.crash_logs.iterdir()), [])
+        self.program.press(LIBRARY_WINDOW, "ctrl+q")
+        self.assertEqual(self.program.exit_status(), 0)
+        last = self.settings()[LAST_REPORT].replace(tzinfo=datetime.timezone.utc)
+        self.assertEqual(last.timestamp(), modified)
+
+        self.start_program()
+        self.program.press(LIBRARY_WINDOW, "ctrl+j")  # the main loop has turned by then
+        self.program.window(CORVANE_WINDOW)
+        self.assertIsNone(self.crash_window())
+        self.program.press(LIBRARY_WINDOW, "ctrl+q")
+        self.assertEqual(self.program.exit_status(), 0)
+        self.assertEqual(len(receiver.reports()), 1)
+
 
 def main():
     missing = [tool for tool in ("Xvfb", "xdotool", "dbus-run-session") if not shutil.which(tool)]
@@ -219,8 +307,11 @@ def main():
     if INSIDE not in os.environ:
         os.environ[INSIDE] = "1"
         return on_private_bus([sys.executable, *sys.argv])
-    DesktopProcessTest.corvane, DesktopProcessTest.corvane_cli = sys.argv[1:3]
-    names = [f"DesktopProcessTest.{name}" for name in sys.argv[3:]]
+    # No core is left, and with a limit of one byte none is handed to a program either.
+    resource.setrlimit(resource.RLIMIT_CORE, (1, 1))
+    test = DesktopProcessTest
+    test.corvane, test.corvane_cli, test.crashreceiver = sys.argv[1:4]
+    names = [f"DesktopProcessTest.{name}" for name in sys.argv[4:]]
     return 0 if unittest.main(argv=[sys.argv[0], *names], exit=False).result.wasSuccessful() else 1
 
 

@@ -101,11 +101,15 @@ class DesktopProgram:
 
     def __init__(self, command, environment, services):
         self._environment = environment
+        known = services.accessible_programs
+        before = len(known)
         self._process = subprocess.Popen(command, env=environment)
         self._bus = desktop_services.connect()
-        known = services.accessible_programs
-        wait_until(lambda: known or self._process.poll() is not None, "a program with windows")
-        if not known:
+        wait_until(
+            lambda: len(known) > before or self._process.poll() is not None,
+            "a program with windows",
+        )
+        if len(known) == before:
             raise AssertionError(f"it ended with {self._process.returncode}")
         self._root = Element(self._bus, known[-1], ROOT)
 
@@ -120,6 +124,14 @@ class DesktopProgram:
             return next((window for window in windows if window.name == title), None)
         except GLib.Error:
             return None  # it went away while it was looked at
+
+    def window_beginning(self, text):
+        """The window whose title begins so; none where there is none to be seen now."""
+        try:
+            windows = [window for window in self._root.children if window.is_showing]
+            return next((window for window in windows if window.name.startswith(text)), None)
+        except GLib.Error:
+            return None
 
     def dialog_with(self, text):
         """The window that says this, once it is there."""

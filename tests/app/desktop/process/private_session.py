@@ -75,6 +75,7 @@ class Home:
         self.path = Path(tempfile.mkdtemp(prefix="corvane-desktop-"))
         self.pictures = self.path / "Pictures"
         self.settings = self.path / ".config" / "corvane" / "defaults.plist"
+        self.crash_logs = self.path / ".local" / "state" / "corvane" / "Logs" / "DiagnosticReports"
         self.pictures.mkdir()
         (self.path / "run").mkdir(mode=0o700)
 
