@@ -169,9 +169,6 @@ class CrashLogWriterFaultTest : public CrashLogWriterTest, public testing::WithP
 TEST_P(CrashLogWriterFaultTest, leavesALogAndEndsTheProcessAsEver)
 {
     const Fault& fault = GetParam();
-    if (fault.kind == "heap"_L1 && kIsSanitized) {
-        GTEST_SKIP() << "the sanitizers have a heap of their own";
-    }
     EXPECT_EQ(crash(fault.kind), fault.signal);
     EXPECT_EQ(value(u"Signal"_s), u"%1 %2"_s.arg(fault.signal).arg(fault.name));
     EXPECT_FALSE(value(u"Code"_s).endsWith(u"unknown"_s)) << value(u"Code"_s).toStdString();
@@ -183,20 +180,30 @@ TEST_P(CrashLogWriterFaultTest, leavesALogAndEndsTheProcessAsEver)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Each,
-    CrashLogWriterFaultTest,
-    testing::Values(Fault{u"segv"_s, SIGSEGV, u"SIGSEGV"_s, u"writeToNowhere"_s},
-                    Fault{u"bus"_s, SIGBUS, u"SIGBUS"_s, u"readBehindFile"_s},
-                    Fault{u"ill"_s, SIGILL, u"SIGILL"_s, u"executeRubbish"_s},
-                    Fault{u"fpe"_s, SIGFPE, u"SIGFPE"_s, u"divideByZero"_s},
-                    Fault{u"abort"_s, SIGABRT, u"SIGABRT"_s, {}},
-                    Fault{u"trap"_s, SIGTRAP, u"SIGTRAP"_s, {}},
-                    Fault{u"sys"_s, SIGSYS, u"SIGSYS"_s, {}},
-                    Fault{u"heap"_s, SIGABRT, u"SIGABRT"_s, {}},
-                    Fault{u"overflow"_s, SIGSEGV, u"SIGSEGV"_s, u"recurse"_s},
-                    Fault{u"exception"_s, SIGABRT, u"SIGABRT"_s, {}}),
-    [](const testing::TestParamInfo<Fault>& fault) { return fault.param.kind.toStdString(); });
+/// A damaged heap is found by glibc; a sanitizer has a heap of its own.
+std::vector<Fault> faults()
+{
+    std::vector<Fault> all{Fault{u"segv"_s, SIGSEGV, u"SIGSEGV"_s, u"writeToNowhere"_s},
+                           Fault{u"bus"_s, SIGBUS, u"SIGBUS"_s, u"readBehindFile"_s},
+                           Fault{u"ill"_s, SIGILL, u"SIGILL"_s, u"executeRubbish"_s},
+                           Fault{u"fpe"_s, SIGFPE, u"SIGFPE"_s, u"divideByZero"_s},
+                           Fault{u"abort"_s, SIGABRT, u"SIGABRT"_s, {}},
+                           Fault{u"trap"_s, SIGTRAP, u"SIGTRAP"_s, {}},
+                           Fault{u"sys"_s, SIGSYS, u"SIGSYS"_s, {}},
+                           Fault{u"overflow"_s, SIGSEGV, u"SIGSEGV"_s, u"recurse"_s},
+                           Fault{u"exception"_s, SIGABRT, u"SIGABRT"_s, {}}};
+    if (!kIsSanitized) {
+        all.push_back(Fault{u"heap"_s, SIGABRT, u"SIGABRT"_s, {}});
+    }
+    return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(Each,
+                         CrashLogWriterFaultTest,
+                         testing::ValuesIn(faults()),
+                         [](const testing::TestParamInfo<Fault>& fault) {
+                             return fault.param.kind.toStdString();
+                         });
 
 TEST_F(CrashLogWriterTest, withoutACrashThereIsNoLog)
 {
@@ -368,16 +375,16 @@ TEST_F(CrashLogWriterTest, theOverflowOfAThreadsStackIsLoggedOnItsSignalStack)
     EXPECT_TRUE(log().endsWith(u"\nEnd of the log\n"_s));
 }
 
+// Where a call to nowhere came from is known of these two processors.
+#if defined(__x86_64__) || defined(__aarch64__)
 TEST_F(CrashLogWriterTest, aCallToNowhereIsToldWithItsCaller)
 {
-#if !defined(__x86_64__) && !defined(__aarch64__)
-    GTEST_SKIP() << "not known on this machine";
-#endif
     EXPECT_EQ(crash(u"call"_s), SIGSEGV);
     EXPECT_EQ(stack().constFirst(), u"  0  0x0000000000000000 in no module"_s);
     EXPECT_EQ(callOf(u"callNowhere"_s), 1);
     EXPECT_GT(callOf(u"main"_s), 1);
 }
+#endif
 
 TEST_F(CrashLogWriterTest, twoThreadsThatCrashLeaveOneLog)
 {
@@ -458,9 +465,7 @@ TEST_F(CrashLogWriterTest, everyCallSaysWhichBuildOfWhatItIsIn)
 TEST_F(CrashLogWriterTest, toolsFindTheLineOfACall)
 {
     const QString tool = QStandardPaths::findExecutable(u"addr2line"_s);
-    if (tool.isEmpty()) {
-        GTEST_SKIP() << "no addr2line here";
-    }
+    ASSERT_FALSE(tool.isEmpty()) << "it comes with the compiler: install binutils";
     crash(u"segv"_s);
     const QString address = stack().constFirst().section(u' ', 6, 6);
     ASSERT_TRUE(address.startsWith(u"0x"_s)) << stack().constFirst().toStdString();
