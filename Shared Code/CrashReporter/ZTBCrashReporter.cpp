@@ -4,7 +4,7 @@
 #include "Clock.h"
 #include "CrashReportDates.h"
 #include "CrashReporterServices.h"
-#include "GeneralException.h"
+#include "NamedException.h"
 #include "UserDefaults.h"
 #include "ZTBCrashReporterWindowController.h"
 

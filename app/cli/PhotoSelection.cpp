@@ -4,7 +4,6 @@
 #include "Console.h"
 #include "PhotoMarks.h"
 
-#include <QFileInfo>
 
 #include <algorithm>
 
@@ -46,7 +45,7 @@ bool matches(const PhotoFacts& photo, const SelectionOptions& options)
 
 bool isPresent(const PhotoFacts& photo)
 {
-    return !photo.missing && QFileInfo(photo.originalPath).isReadable();
+    return !photo.missing && !photo.unreadable;
 }
 
 /// Sentences about every wanted id or name that no photo matches.

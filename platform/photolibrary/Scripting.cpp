@@ -1,12 +1,5 @@
 #include "Scripting.h"
 
-ScriptingException::ScriptingException(QString name, QString reason)
-    : m_name(std::move(name))
-    , m_reason(std::move(reason))
-    , m_what((m_name + QStringLiteral(": ") + m_reason).toUtf8())
-{
-}
-
 QString ScriptingObject::description() const
 {
     const QString kind = scriptingClass() == ScriptingClass::Photo ? QStringLiteral("photo")

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "NamedException.h"
+
 #include <QDebug>
 #include <QList>
 #include <QMetaType>
@@ -7,7 +9,6 @@
 #include <QStringList>
 #include <QVariantMap>
 
-#include <exception>
 #include <memory>
 #include <optional>
 
@@ -19,23 +20,10 @@
 /// of its own. Errors: every call may raise ScriptingException.
 
 /// What the photo application raises.
-class ScriptingException final : public std::exception
+class ScriptingException final : public NamedException
 {
 public:
-    ScriptingException(QString name, QString reason);
-
-    /// A short identifier, such as "ImportFailed".
-    [[nodiscard]] const QString& name() const { return m_name; }
-
-    /// A sentence that a person understands.
-    [[nodiscard]] const QString& reason() const { return m_reason; }
-
-    [[nodiscard]] const char* what() const noexcept override { return m_what.constData(); }
-
-private:
-    QString m_name;
-    QString m_reason;
-    QByteArray m_what;
+    using NamedException::NamedException;
 };
 
 /// An instant with the name of the time zone it is shown in ("GMT": shown as it is).

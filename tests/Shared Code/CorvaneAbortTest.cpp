@@ -38,12 +38,7 @@ protected:
     {
         addPicture(u"a.jpg"_s);
         m_library.selectPhotos({1, 1});
-        Corvane engine(ScanServices{.bridge = m_library,
-                                    .defaults = m_defaults,
-                                    .bundle = m_bundle,
-                                    .power = m_power,
-                                    .notifications = m_notifications,
-                                    .clock = m_clock});
+        Corvane engine(services());
         m_log.setOnEntry([&](const QString& entry) {
             if (entry.startsWith(u"Found "_s)) { // the last line of its report
                 change(engine.sbutils());

@@ -147,12 +147,7 @@ TEST_F(RaiseTest, aRollWithoutANameEndsTheScanBeforeItsLoop)
 TEST_F(RaiseTest, listsThatAreNotWholeEndTheScanBeforeItsLoop)
 {
     m_library.selectPhotos({1, 2});
-    Corvane engine(ScanServices{.bridge = m_library,
-                                .defaults = m_defaults,
-                                .bundle = m_bundle,
-                                .power = m_power,
-                                .notifications = m_notifications,
-                                .clock = m_clock});
+    Corvane engine(services());
     m_library.whenCalled(u"photo 2.properties"_s, [&] { engine.sbutils().setFilenameList({}); });
     runOnWorker([&] { engine.corvaneScan(m_delegate); });
     EXPECT_EQ(alerts(), QStringList{u"alert Conversion Aborted: Missing filenames"_s});

@@ -103,24 +103,6 @@ protected:
     }
 
     [[nodiscard]] static QStringList
-    propagation(const QString& original, const QString& copy, const QString& name)
-    {
-        return {original + u".altitude"_s,
-                copy + u".setAltitude none"_s,
-                original + u".comment"_s,
-                copy + u".setComment "_s,
-                original + u".date"_s,
-                copy + u".setDate 0 GMT"_s,
-                original + u".name"_s,
-                copy + u".setName "_s + name,
-                original + u".rating"_s,
-                copy + u".setRating 0"_s,
-                original + u".title"_s,
-                copy + u".setTitle "_s + name,
-                original + u".keywords"_s};
-    }
-
-    [[nodiscard]] static QStringList
     end(const Way& way, const QString& original, const QString& copy)
     {
         QStringList calls;

@@ -11,12 +11,7 @@ class CorvaneTest : public ScanFixture
 {
 protected:
     CorvaneTest()
-        : m_engine(ScanServices{.bridge = m_library,
-                                .defaults = m_defaults,
-                                .bundle = m_bundle,
-                                .power = m_power,
-                                .notifications = m_notifications,
-                                .clock = m_clock})
+        : m_engine(services())
     {
     }
 

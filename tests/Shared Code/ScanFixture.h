@@ -105,6 +105,17 @@ protected:
         m_delegate.library = m_folder.path();
     }
 
+    /// What an engine is given: the doubles of this fixture.
+    [[nodiscard]] ScanServices services()
+    {
+        return {.bridge = m_library,
+                .defaults = m_defaults,
+                .bundle = m_bundle,
+                .power = m_power,
+                .notifications = m_notifications,
+                .clock = m_clock};
+    }
+
     void set(const QString& key, bool value) { m_defaults.setBool(key, value); }
 
     /// Scans the photos on a worker thread; what the engine asks of the library is in calls().
@@ -117,12 +128,7 @@ protected:
 
     void scanSelection()
     {
-        Corvane engine(ScanServices{.bridge = m_library,
-                                    .defaults = m_defaults,
-                                    .bundle = m_bundle,
-                                    .power = m_power,
-                                    .notifications = m_notifications,
-                                    .clock = m_clock});
+        Corvane engine(services());
         runOnWorker([&] { engine.corvaneScan(m_delegate); });
     }
 
@@ -191,6 +197,26 @@ protected:
         EXPECT_EQ(m_delegate.countLabel().stringValue(), QString());
         EXPECT_EQ(m_power.held(), 0);
         EXPECT_TRUE(m_notifications.delivered().isEmpty());
+    }
+
+    /// The library's calls by which a photo's facts reach its copy, both as "photo N".
+    [[nodiscard]] static QStringList
+    propagation(const QString& original, const QString& copy, const QString& name)
+    {
+        using namespace Qt::StringLiterals;
+        return {original + u".altitude"_s,
+                copy + u".setAltitude none"_s,
+                original + u".comment"_s,
+                copy + u".setComment "_s,
+                original + u".date"_s,
+                copy + u".setDate 0 GMT"_s,
+                original + u".name"_s,
+                copy + u".setName "_s + name,
+                original + u".rating"_s,
+                copy + u".setRating 0"_s,
+                original + u".title"_s,
+                copy + u".setTitle "_s + name,
+                original + u".keywords"_s};
     }
 
     QTemporaryDir m_folder;

@@ -2,7 +2,7 @@
 
 #include "Assertion.h"
 #include "CrashReporterFixture.h"
-#include "GeneralException.h"
+#include "NamedException.h"
 
 #include <fcntl.h>
 #include <unistd.h>

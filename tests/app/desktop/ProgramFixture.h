@@ -2,8 +2,8 @@
 
 #include "DesktopProgram.h"
 #include "LibraryActions.h"
+#include "LibraryCopyFixture.h"
 #include "PhotoGrid.h"
-#include "SampleLibrary.h"
 
 #include <QAbstractButton>
 #include <QAction>
@@ -11,59 +11,25 @@
 #include <QDir>
 #include <QFile>
 #include <QMessageBox>
-#include <QTemporaryDir>
-#include <QTest>
 #include <QTimer>
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <memory>
 
-/// The whole program in this process, over a copy of a small sample library: two RAW photos and
-/// three JPEG ones. Widgets are found by their names and clicked.
-class ProgramFixture : public testing::Test
+/// The whole program in this process, over a copy of a small sample library. Widgets are found by
+/// their names and clicked.
+class ProgramFixture : public LibraryCopyFixture
 {
 protected:
-    static constexpr int kPatience = 60000; ///< milliseconds
-
-    static void SetUpTestSuite()
-    {
-        static QTemporaryDir folder;
-        if (s_sample.isEmpty()) {
-            SampleOptions options;
-            options.photos = 2;
-            options.megapixels = 0.2;
-            const Result<QString> written = SampleLibrary::write(folder.path(), options, {});
-            ASSERT_TRUE(written.ok()) << written.error().message.toStdString();
-            s_sample = written.value();
-        }
-    }
-
     void SetUp() override
     {
-        ASSERT_TRUE(m_folder.isValid());
-        copyLibrary(s_sample, library());
+        LibraryCopyFixture::SetUp();
         makeProgram();
-    }
-
-    static void copyLibrary(const QString& from, const QString& to)
-    {
-        std::filesystem::copy(from.toStdU16String(),
-                              to.toStdU16String(),
-                              std::filesystem::copy_options::recursive |
-                                  std::filesystem::copy_options::copy_symlinks);
     }
 
     void makeProgram()
     {
         m_program =
             std::make_unique<DesktopProgram>(m_folder.filePath(QStringLiteral("settings.plist")));
-    }
-
-    [[nodiscard]] QString library() const
-    {
-        return m_folder.filePath(QStringLiteral("Photos.photolibrary"));
     }
 
     /// Starts the program with the library and waits until it is there.
@@ -75,12 +41,6 @@ protected:
     }
 
     [[nodiscard]] bool isIdle() { return !m_program->session().isBusy(); }
-
-    template <typename Condition>
-    [[nodiscard]] static bool waitUntil(Condition condition)
-    {
-        return QTest::qWaitFor(condition, kPatience);
-    }
 
     [[nodiscard]] PhotoGrid& grid()
     {
@@ -173,9 +133,5 @@ protected:
         return copies;
     }
 
-    QTemporaryDir m_folder;
     std::unique_ptr<DesktopProgram> m_program;
-
-private:
-    inline static QString s_sample;
 };

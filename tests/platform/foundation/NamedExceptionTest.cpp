@@ -1,10 +1,10 @@
-#include "GeneralException.h"
+#include "NamedException.h"
 
 #include <gtest/gtest.h>
 
 using namespace Qt::StringLiterals;
 
-TEST(GeneralException, tellsNameAndReason)
+TEST(NamedException, tellsNameAndReason)
 {
     const GeneralException exception(u"No address"_s, u"Say where to send it \u2013 please."_s);
     EXPECT_EQ(exception.name(), u"No address"_s);

@@ -1,6 +1,6 @@
-#include "GeneralException.h"
+#include "NamedException.h"
 
-GeneralException::GeneralException(QString name, QString reason)
+NamedException::NamedException(QString name, QString reason)
     : m_name(std::move(name))
     , m_reason(std::move(reason))
     , m_what((m_name + QStringLiteral(": ") + m_reason).toUtf8())
