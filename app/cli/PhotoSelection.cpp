@@ -4,7 +4,6 @@
 #include "Console.h"
 #include "PhotoMarks.h"
 
-
 #include <algorithm>
 
 namespace
