@@ -94,6 +94,9 @@ void DesktopProgram::followScan()
         m_libraryWindow->setScanning(false);
         m_corvaneWindow->updateForecast();
         m_session.synchronise();
+        if (m_resetOwed) {
+            resetControls();
+        }
         if (m_quitting) {
             quit();
         }
@@ -104,7 +107,9 @@ void DesktopProgram::followScan()
 /// them until a library is opened.
 void DesktopProgram::resetControls()
 {
-    if (m_controller->isScanning()) {
+    // A scan that was asked for while the library was being opened has them until its end.
+    m_resetOwed = m_controller->isScanning();
+    if (m_resetOwed) {
         return;
     }
     m_controller->selectionScanButton().setEnabled(true);
@@ -228,6 +233,7 @@ bool DesktopProgram::mayEndSession(bool mayAsk)
         }
         stopAndQuit();
     }
+    m_session.stopChecking();
     // The session waits for the answer, and then for nothing more.
     QEventLoop loop;
     while (m_controller->isScanning() || m_session.isBusy()) {

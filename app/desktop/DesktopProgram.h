@@ -81,4 +81,5 @@ private:
     std::unique_ptr<LibraryWindow> m_libraryWindow;
     QPointer<QDialog> m_question; ///< whether to stop, while it is asked
     bool m_quitting{false};
+    bool m_resetOwed{false}; ///< a library was shown while a scan had the controls
 };

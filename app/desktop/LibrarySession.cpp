@@ -4,6 +4,7 @@
 #include "SystemLog.h"
 
 #include <QCoreApplication>
+#include <QScopeGuard>
 #include <QThread>
 
 #include <algorithm>
@@ -116,6 +117,45 @@ void closeQuietly(const std::shared_ptr<PhotoLibrary>& library)
 
 } // namespace
 
+/// Each call goes to the library that is open by then: engine and bridge take their application
+/// when a scan is asked for, which may be before the library has been checked.
+class LibrarySession::Application final : public PhotoApplication
+{
+public:
+    explicit Application(LibrarySession& session)
+        : m_session(session)
+    {
+    }
+
+    [[nodiscard]] bool isRunning() override { return now()->isRunning(); }
+
+    [[nodiscard]] QString version() override { return now()->version(); }
+
+    [[nodiscard]] QList<ScriptingObjectPtr> selection() override { return now()->selection(); }
+
+    [[nodiscard]] QList<Keyword> keywords() override { return now()->keywords(); }
+
+    [[nodiscard]] QList<AlbumPtr> albums() override { return now()->albums(); }
+
+    [[nodiscard]] AlbumPtr photoLibraryAlbum() override { return now()->photoLibraryAlbum(); }
+
+    [[nodiscard]] AlbumPtr lastImportAlbum() override { return now()->lastImportAlbum(); }
+
+    [[nodiscard]] bool importing() override { return now()->importing(); }
+
+    void assignKeywordString(const QString& keyword) override
+    {
+        now()->assignKeywordString(keyword);
+    }
+
+    void newAlbumName(const QString& name) override { now()->newAlbumName(name); }
+
+private:
+    [[nodiscard]] PhotoApplicationPtr now() { return m_session.settledApplication(); }
+
+    LibrarySession& m_session;
+};
+
 LibrarySession::LibrarySession(QObject* parent)
     : QObject(parent)
 {
@@ -126,7 +166,7 @@ LibrarySession::LibrarySession(QObject* parent)
 
 LibrarySession::~LibrarySession()
 {
-    m_stopRequested = true;
+    m_checkStopped = true;
     m_worker.waitForDone();
     closeQuietly(library());
 }
@@ -146,10 +186,32 @@ LibrarySession::LibraryPtr LibrarySession::settledLibrary()
     return m_library;
 }
 
-void LibrarySession::setLibrary(const LibraryPtr& library)
+PhotoApplicationPtr LibrarySession::settledApplication()
+{
+    if (const LibraryPtr open = settledLibrary()) {
+        return open->applicationWithBundleIdentifier(photoApplicationIdentifier());
+    }
+    return std::make_shared<ClosedApplication>();
+}
+
+void LibrarySession::replaceLibrary(const LibraryPtr& library)
 {
     const std::lock_guard guard(m_mutex);
     m_library = library;
+    // Ids name other photos in another library.
+    m_selection.clear();
+    m_applicationSelection.clear();
+}
+
+void LibrarySession::promoteLibrary(const LibraryPtr& writing)
+{
+    // Nobody else knows `writing` yet: its calls do not wait.
+    const std::lock_guard guard(m_mutex);
+    writing->setSelection(m_applicationSelection);
+    if (m_stopRequested) {
+        writing->requestStop();
+    }
+    m_library = writing;
 }
 
 bool LibrarySession::isOpen() const
@@ -186,18 +248,20 @@ void LibrarySession::take(LibraryContents contents)
 
 void LibrarySession::open(const QString& path, bool afterCrash)
 {
-    m_stopRequested = false;
+    m_checkStopped = false;
     {
         const std::lock_guard guard(m_mutex);
         ++m_openings;
     }
     run([this, path, afterCrash](const LibraryPtr& before) {
-        std::function<void()> rest = openAndCheck(path, afterCrash, before);
-        const std::lock_guard guard(m_mutex);
-        if (--m_openings == 0) {
-            m_settled.notify_all();
-        }
-        return rest;
+        // Whatever becomes of it, nobody waits for it for ever.
+        const auto settle = qScopeGuard([this] {
+            const std::lock_guard guard(m_mutex);
+            if (--m_openings == 0) {
+                m_settled.notify_all();
+            }
+        });
+        return openAndCheck(path, afterCrash, before);
     });
 }
 
@@ -222,7 +286,7 @@ LibrarySession::openAndCheck(const QString& path, bool afterCrash, const Library
     if (!again) {
         closeQuietly(before);
     }
-    setLibrary(reading);
+    replaceLibrary(reading);
     // What the checks take depends on how much the library holds; the person looks at it meanwhile.
     QMetaObject::invokeMethod(
         this,
@@ -234,11 +298,10 @@ LibrarySession::openAndCheck(const QString& path, bool afterCrash, const Library
 std::function<void()> LibrarySession::refuse(const Error& error, bool wasOpen)
 {
     if (wasOpen) {
-        setLibrary(nullptr);
+        replaceLibrary(nullptr);
     }
     return [this, wasOpen, message = error.message] {
         if (wasOpen) {
-            setSelection({});
             take({});
         }
         emit failed(tr("The library could not be opened"), message);
@@ -247,7 +310,6 @@ std::function<void()> LibrarySession::refuse(const Error& error, bool wasOpen)
 
 void LibrarySession::show(LibraryContents contents)
 {
-    setSelection({});
     contents.checking = true;
     take(std::move(contents));
     emit shown();
@@ -258,7 +320,7 @@ LibrarySession::checkForWriting(const QString& path, bool afterCrash, const Libr
 {
     Result<std::unique_ptr<PhotoLibrary>> result = PhotoLibrary::open(
         path, {.access = Access::Write, .afterCrash = afterCrash, .shouldStop = [this] {
-                   return m_stopRequested.load();
+                   return m_checkStopped.load();
                }});
     if (!result.ok()) {
         return stayReadOnly(result.error());
@@ -270,11 +332,7 @@ LibrarySession::checkForWriting(const QString& path, bool afterCrash, const Libr
         closeQuietly(writing);
         return stayReadOnly(contents.error());
     }
-    {
-        const std::lock_guard guard(m_mutex);
-        writing->setSelection(m_selection);
-        m_library = writing;
-    }
+    promoteLibrary(writing);
     closeQuietly(reading);
     return [this, now = std::move(contents).value()]() mutable {
         m_contents.checking = false;
@@ -288,9 +346,6 @@ LibrarySession::checkForWriting(const QString& path, bool afterCrash, const Libr
 std::function<void()> LibrarySession::stayReadOnly(const Error& error)
 {
     return [this, error] {
-        if (error.code == ErrorCode::Interrupted) {
-            return; // the program ends
-        }
         m_contents.checking = false;
         m_contents.whyReadOnly = error.message;
         emit opened();
@@ -356,6 +411,7 @@ void LibrarySession::emptyTrash()
 
 void LibrarySession::synchronise()
 {
+    reload();
     run([this](const LibraryPtr& open) -> std::function<void()> {
         if (open == nullptr) {
             return [] {};
@@ -368,40 +424,62 @@ void LibrarySession::synchronise()
         }
         return [] {};
     });
-    reload();
+}
+
+QList<qint64> LibrarySession::selection() const
+{
+    const std::lock_guard guard(m_mutex);
+    return m_selection;
 }
 
 void LibrarySession::setSelection(const QList<qint64>& ids)
 {
-    const std::lock_guard guard(m_mutex);
-    m_selection = ids;
-    if (m_library != nullptr && !m_selectionHeld) {
-        m_library->setSelection(ids);
+    LibraryPtr open;
+    {
+        const std::lock_guard guard(m_mutex);
+        if (m_library == nullptr || m_library->path() != m_contents.path) {
+            return;
+        }
+        m_selection = ids;
+        if (m_selectionHeld) {
+            return;
+        }
+        m_applicationSelection = ids;
+        open = m_library;
     }
+    open->setSelection(ids);
 }
 
 void LibrarySession::holdSelection(bool held)
 {
-    m_selectionHeld = held;
+    QList<qint64> selected;
+    {
+        const std::lock_guard guard(m_mutex);
+        m_selectionHeld = held;
+        selected = m_selection;
+    }
     if (!held) {
-        setSelection(m_selection);
+        setSelection(selected);
     }
 }
 
 void LibrarySession::requestStop()
 {
     m_stopRequested = true;
+    m_checkStopped = true;
     if (const LibraryPtr open = library()) {
         open->requestStop();
     }
 }
 
-PhotoApplicationPtr LibrarySession::applicationWithBundleIdentifier(const QString& identifier)
+void LibrarySession::stopChecking()
 {
-    if (const LibraryPtr open = settledLibrary()) {
-        return open->applicationWithBundleIdentifier(identifier);
-    }
-    return std::make_shared<ClosedApplication>();
+    m_checkStopped = true;
+}
+
+PhotoApplicationPtr LibrarySession::applicationWithBundleIdentifier(const QString& /*identifier*/)
+{
+    return std::make_shared<Application>(*this);
 }
 
 std::unique_ptr<PhotoTurn> LibrarySession::beginPhotoTurn()

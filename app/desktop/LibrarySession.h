@@ -36,11 +36,13 @@ public:
     /// Reads the contents anew; ends with contentsChanged() or failed().
     void reload();
     /// Takes photos out of the trash; ends with restored() and contentsChanged(), or failed().
+    /// Sidecars and catalogues follow after that.
     void restoreFromTrash(const QList<qint64>& ids);
     /// Deletes the trash's photos for good; ends with trashEmptied() and contentsChanged(), or
     /// failed().
     void emptyTrash();
-    /// Brings sidecars and catalogues in step, as after a scan; ends with contentsChanged().
+    /// Reads the contents anew, then brings sidecars and catalogues in step, as after a scan:
+    /// contentsChanged() does not wait for the files.
     void synchronise();
 
     [[nodiscard]] bool isOpen() const;
@@ -50,20 +52,25 @@ public:
 
     [[nodiscard]] const LibraryContents& contents() const { return m_contents; }
 
-    /// What the person selected, as the application's selection. While it is held, it is only
-    /// remembered.
+    /// What the person selected among contents(), as the application's selection. While it is held,
+    /// it is only remembered. While contents() are not those of the library that is open (another
+    /// one was just opened), it counts for nothing.
     void setSelection(const QList<qint64>& ids);
 
-    [[nodiscard]] const QList<qint64>& selection() const { return m_selection; }
+    [[nodiscard]] QList<qint64> selection() const;
 
-    /// While a scan runs, the application's selection is the scan's. Released, the person's own is
-    /// put back.
+    /// While a scan runs, also one that waits for a check, the application's selection is the
+    /// scan's: what was selected when it began. Released, the person's own is put back.
     void holdSelection(bool held);
-    /// Asks every import from now on to raise, so that a scan ends between two photos.
+    /// Asks every import from now on to raise, so that a scan ends between two photos, and ends a
+    /// check.
     void requestStop();
+    /// Ends a check that is under way: the library stays open for reading, which opened() tells.
+    void stopChecking();
 
-    // As the photo application; any thread. While a library is being opened or checked, any thread
-    // but the main one waits for the end of that.
+    // As the photo application; any thread. While a library is being opened or checked, each call
+    // of the application waits for the end of that, on any thread but the main one: there, it asks
+    // the library that is open at the moment.
     [[nodiscard]] PhotoApplicationPtr
     applicationWithBundleIdentifier(const QString& identifier) override;
     [[nodiscard]] std::unique_ptr<PhotoTurn> beginPhotoTurn() override;
@@ -91,10 +98,18 @@ private:
     /// Runs on the session's thread; what it returns runs on the main thread.
     using Step = std::function<std::function<void()>(const LibraryPtr&)>;
 
+    /// The photo application of whatever library is open.
+    class Application;
+
     [[nodiscard]] LibraryPtr library() const;
     /// The library as a scan needs it.
     [[nodiscard]] LibraryPtr settledLibrary();
-    void setLibrary(const LibraryPtr& library);
+    /// The application of settledLibrary(); one that does not run where there is none.
+    [[nodiscard]] PhotoApplicationPtr settledApplication();
+    /// Another library, or none, takes the place of the one that is open; nothing is selected.
+    void replaceLibrary(const LibraryPtr& library);
+    /// The same library, for writing; what is selected stays.
+    void promoteLibrary(const LibraryPtr& writing);
     void run(Step step);
     void take(LibraryContents contents);
 
@@ -107,14 +122,16 @@ private:
     [[nodiscard]] std::function<void()> stayReadOnly(const Error& error);
     void show(LibraryContents contents);
 
-    mutable std::mutex m_mutex; ///< guards the next three
+    mutable std::mutex m_mutex; ///< guards what follows, up to m_settled; no call out under it
     LibraryPtr m_library;
-    QList<qint64> m_selection; ///< read without it by the main thread, which alone changes it
-    int m_openings{0};         ///< how many are under way
+    QList<qint64> m_selection;            ///< the person's
+    QList<qint64> m_applicationSelection; ///< the same, or the scan's while it is held
+    bool m_selectionHeld{false};
+    int m_openings{0};                 ///< how many are under way
     std::condition_variable m_settled; ///< told when there is none any more
     std::atomic<bool> m_stopRequested{false};
+    std::atomic<bool> m_checkStopped{false};
     LibraryContents m_contents;
-    bool m_selectionHeld{false};
     int m_underWay{0};
     QThreadPool m_worker; ///< one thread: operations go one after another
 };

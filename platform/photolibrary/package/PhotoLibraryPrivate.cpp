@@ -321,10 +321,7 @@ Result<qint64> PhotoLibraryPrivate::insertPicture(PreparedPicture picture,
         if (const Result<void> made = makeFiles(transaction, picture, identity); !made.ok()) {
             return made.error();
         }
-        {
-            const std::lock_guard lock(m_mutex);
-            identity.eventUuid = eventFor(writer, m_events[event], event);
-        }
+        identity.eventUuid = eventFor(writer, m_events[event], event);
         const qint64 photo = ImportRows::insert(writer, picture, identity);
         AlbumRows::replaceLastImport(writer, {photo});
         AdminData::setText(writer,

@@ -103,7 +103,8 @@ private:
     std::vector<std::shared_ptr<Session>> m_sessions;
     QList<qint64> m_selection;
     QString m_runEventName;
-    QHash<QString, QString> m_events; ///< uuids of the events that this run made, by name
+    /// Uuids of the events that this run made, by name; guarded by the writer's place.
+    QHash<QString, QString> m_events;
 };
 
 template <typename Query>

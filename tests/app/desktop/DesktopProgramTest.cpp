@@ -202,6 +202,30 @@ TEST_F(DesktopProgramTest, clicksInTheLibraryWindowDuringAScanChangeNothingOfWha
     EXPECT_EQ(copiesIn(contents).size(), 2);
 }
 
+TEST_F(DesktopProgramTest, aScanPressedWhileTheLibraryIsCheckedRunsWhenThatIsDone)
+{
+    QObject::connect(&m_program->session(), &LibrarySession::shown, m_program.get(), [this] {
+        ASSERT_TRUE(m_program->session().contents().checking);
+        m_program->session().setSelection({m_program->session().contents().photos.at(0).id});
+        click("selectionScanButton");
+    });
+    m_program->start(library());
+    ASSERT_TRUE(waitUntil([this] { return alerts().contains(u"All Done"_s); }));
+    ASSERT_TRUE(waitUntil([this] { return isIdle(); }));
+    EXPECT_EQ(alerts(), QStringList{u"All Done"_s});
+    EXPECT_EQ(copiesIn(afterwards()).size(), 1);
+}
+
+TEST_F(DesktopProgramTest, aScanPressedBeforeTheLibraryIsThereLeavesTheControlsUsable)
+{
+    m_program->start(library());
+    click("selectionScanButton");
+    ASSERT_TRUE(waitUntil([this] { return !m_program->controller().isScanning() && isIdle(); }));
+    EXPECT_TRUE(control<QAbstractButton>("selectionScanButton").isEnabled());
+    EXPECT_EQ(control<QLabel>("statusLabel").text(), u"Ready"_s);
+    EXPECT_TRUE(m_program->session().contents().isWritable());
+}
+
 TEST_F(DesktopProgramTest, aDoublePressStartsTwoEnginesAndTheLibraryStaysSound)
 {
     open();

@@ -3,12 +3,11 @@
 #include "LibraryCopyFixture.h"
 
 #include <QFile>
-#include <QSignalSpy>
 #include <QStringList>
 #include <QThread>
 
-#include <atomic>
 #include <memory>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -73,11 +72,11 @@ TEST_F(LibrarySessionTest, thePhotosAreShownBeforeTheCheckAndOpenForWritingAfter
 
 TEST_F(LibrarySessionTest, aScanThatStartsDuringTheOpeningWaitsAndMayWrite)
 {
+    const PhotoApplicationPtr found = application(); // as an engine does, on the main thread
     m_session.open(library());
     bool runs = false;
     QString refused;
     runAsScan([&] {
-        const PhotoApplicationPtr found = application();
         runs = found->isRunning();
         try {
             found->newAlbumName(u"Made by the scan"_s); // a library open for reading raises
@@ -126,13 +125,73 @@ TEST_F(LibrarySessionTest, theApplicationsSelectionIsTheScansWhileItIsHeldAndThe
     EXPECT_EQ(selected(), second);
 }
 
-TEST_F(LibrarySessionTest, toldToStopDuringTheOpeningItEndsTheCheckAndSaysNothingMore)
+TEST_F(LibrarySessionTest, whatIsSelectedWhileAScanWaitsForTheCheckIsNotWhatItScans)
+{
+    qint64 first = 0;
+    qint64 second = 0;
+    QObject::connect(&m_session, &LibrarySession::shown, &m_session, [&] {
+        first = m_session.contents().photos.at(0).id;
+        second = m_session.contents().photos.at(1).id;
+        m_session.setSelection({first});
+        m_session.holdSelection(true);
+        m_session.setSelection({second});
+    });
+    openAndWait();
+    EXPECT_EQ(application()->selection().value(0)->id(), first);
+    m_session.holdSelection(false);
+    EXPECT_EQ(application()->selection().value(0)->id(), second);
+}
+
+TEST_F(LibrarySessionTest, aSelectionAmongThePhotosOfTheFormerLibraryIsNoneInTheNewOne)
+{
+    const QString other = m_folder.filePath(u"Other.photolibrary"_s);
+    copyLibrary(library(), other);
+    openAndWait();
+    m_session.setSelection({m_session.contents().photos.at(0).id});
+    m_session.open(other);
+    // Until events are served, the former library's photos are what is seen.
+    std::thread([this] { EXPECT_TRUE(application()->isRunning()); }).join();
+    ASSERT_EQ(m_session.contents().path, library());
+    EXPECT_TRUE(application()->selection().isEmpty());
+    m_session.setSelection({m_session.contents().photos.at(1).id});
+    EXPECT_TRUE(application()->selection().isEmpty());
+    ASSERT_TRUE(waitUntil([this] { return !m_session.isBusy(); }));
+    EXPECT_TRUE(application()->selection().isEmpty());
+    EXPECT_TRUE(m_session.selection().isEmpty());
+}
+
+TEST_F(LibrarySessionTest, aCheckThatIsStoppedLeavesTheLibraryOpenForReading)
 {
     m_session.open(library());
-    m_session.requestStop();
+    m_session.stopChecking();
     ASSERT_TRUE(waitUntil([this] { return !m_session.isBusy(); }));
-    EXPECT_EQ(m_told, QStringList{u"shown checking"_s});
+    EXPECT_EQ(m_told, (QStringList{u"shown checking"_s, u"opened"_s}));
     EXPECT_FALSE(m_session.contents().isWritable());
+    EXPECT_EQ(m_session.contents().photos.size(), 5);
+}
+
+TEST_F(LibrarySessionTest, aLibraryOpenedAfterAStoppedCheckIsCheckedAnew)
+{
+    m_session.open(library());
+    m_session.stopChecking();
+    ASSERT_TRUE(waitUntil([this] { return !m_session.isBusy(); }));
+    openAndWait();
+    EXPECT_TRUE(m_session.contents().isWritable());
+}
+
+TEST_F(LibrarySessionTest, importsAreRefusedOnceStopHasBeenAskedFor)
+{
+    openAndWait();
+    m_session.requestStop();
+    QString refused;
+    runAsScan([&] {
+        try {
+            application()->photoLibraryAlbum()->importFrom(u"/nowhere.jpg"_s, true, nullptr);
+        } catch (const ScriptingException& exception) {
+            refused = exception.name();
+        }
+    });
+    EXPECT_EQ(refused, u"Interrupted"_s);
 }
 
 TEST_F(LibrarySessionTest, aLibraryThatCanNoLongerBeReadIsClosedWhenItIsOpenedAgain)
