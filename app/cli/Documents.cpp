@@ -27,6 +27,19 @@ QJsonValue roll(const PhotoFacts& photo)
                : QJsonValue(QJsonObject{{u"id"_s, photo.rollId}, {u"name"_s, photo.rollName}});
 }
 
+/// All of them stand inside strings and in the basic plane, so one escape each will do.
+bool steersTerminal(QChar character)
+{
+    const bool isPrintableAscii = character >= u' ' && character <= u'~';
+    if (isPrintableAscii || character == u'\n') {
+        return false; // nearly every one: asked first
+    }
+    return character.category() == QChar::Other_Control ||
+           character.category() == QChar::Separator_Line ||
+           character.category() == QChar::Separator_Paragraph ||
+           TextLayout::isDirectionMark(character.unicode());
+}
+
 QJsonObject photoObject(const PhotoFacts& photo)
 {
     return {
@@ -112,15 +125,16 @@ QByteArray Documents::text(const QJsonObject& document)
         QString::fromUtf8(QJsonDocument(document).toJson(QJsonDocument::Indented));
     QString escaped;
     escaped.reserve(plain.size());
-    for (const QChar character : plain) {
-        // All of them stand inside strings and in the basic plane, so one escape each will do.
-        const bool steers = (character.category() == QChar::Other_Control && character != u'\n') ||
-                            character.category() == QChar::Separator_Line ||
-                            character.category() == QChar::Separator_Paragraph ||
-                            TextLayout::isDirectionMark(character.unicode());
-        escaped += steers ? u"\\u%1"_s.arg(character.unicode(), 4, 16, QLatin1Char('0'))
-                          : QString(character);
+    qsizetype taken = 0; // up to where `plain` is in `escaped`
+    for (qsizetype index = 0; index < plain.size(); ++index) {
+        const QChar character = plain.at(index);
+        if (steersTerminal(character)) {
+            escaped += QStringView(plain).sliced(taken, index - taken);
+            escaped += u"\\u%1"_s.arg(character.unicode(), 4, 16, QLatin1Char('0'));
+            taken = index + 1;
+        }
     }
+    escaped += QStringView(plain).sliced(taken);
     return escaped.toUtf8();
 }
 

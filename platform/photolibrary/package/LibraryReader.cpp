@@ -273,9 +273,9 @@ struct ListedPhoto {
     friend bool operator<(const ListedPhoto& one, const ListedPhoto& other)
     {
         const auto key = [](const ListedPhoto& photo) {
-            const PhotoFacts& facts = photo.facts;
+            const PhotoFacts& known = photo.facts;
             return std::tuple(
-                photo.eventDate, facts.rollId, !facts.unknown.date, facts.date, facts.id);
+                photo.eventDate, known.rollId, !known.unknown.date, known.date, known.id);
         };
         return key(one) < key(other);
     }
