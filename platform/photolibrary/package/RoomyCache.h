@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-/// Lets SQLite keep more of the databases in memory while it lives, up to 128 MB of each: for what
+/// Lets SQLite keep more of the databases in memory while it lives, up to 32 MB of each: for what
 /// goes through all of them, since with its usual two megabytes it would read the same pages again
 /// and again. Thread: the connection's. Errors: SQLite::Exception.
 class RoomyCache final
@@ -32,7 +32,7 @@ public:
     RoomyCache& operator=(const RoomyCache&) = delete;
 
 private:
-    static constexpr int kKibibytes = -128 * 1024; ///< below zero: no count of pages
+    static constexpr int kKibibytes = -32 * 1024; ///< below zero: no count of pages
 
     static std::string pragma(std::size_t schema)
     {
