@@ -1,6 +1,7 @@
 #include "Connection.h"
 
 #include "LibraryErrors.h"
+#include "Queries.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -159,6 +160,33 @@ void Connection::rollback() noexcept
 bool Connection::inTransaction() const
 {
     return sqlite3_get_autocommit(m_database.getHandle()) == 0;
+}
+
+Connection::Snapshot::Snapshot(Connection& connection)
+    : m_connection(connection)
+    , m_isOwn(!connection.inTransaction())
+{
+    if (!m_isOwn) {
+        return;
+    }
+    m_connection.resetStatements();
+    m_connection.database().exec("BEGIN");
+    try {
+        // A commit takes the databases in their order. Whoever holds the first one for reading
+        // keeps it from beginning, so that the other two belong to the same moment.
+        Sql::Query first(m_connection, "SELECT count(*) FROM main.sqlite_master");
+        static_cast<void>(first.next());
+    } catch (...) {
+        m_connection.rollback();
+        throw;
+    }
+}
+
+Connection::Snapshot::~Snapshot()
+{
+    if (m_isOwn) {
+        m_connection.rollback();
+    }
 }
 
 Connection::Interruptible::Interruptible(Connection& connection, std::function<bool()> shouldStop)

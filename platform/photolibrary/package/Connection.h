@@ -59,6 +59,23 @@ public:
     void rollback() noexcept;
     [[nodiscard]] bool inTransaction() const;
 
+    /// While it lives, all reads see the three databases as they were at one moment: wholly before
+    /// or wholly after any transaction of another connection. Others may begin a transaction
+    /// meanwhile but wait with its commit, so it lives no longer than rows are read. Within a
+    /// transaction it changes nothing.
+    class Snapshot final
+    {
+    public:
+        explicit Snapshot(Connection& connection);
+        ~Snapshot(); ///< also ends every unfinished read
+        Snapshot(const Snapshot&) = delete;
+        Snapshot& operator=(const Snapshot&) = delete;
+
+    private:
+        Connection& m_connection;
+        const bool m_isOwn;
+    };
+
     /// While it lives, requests are given up with SQLITE_INTERRUPT soon after `shouldStop`, which
     /// any number of requests ask, has answered yes. An empty one changes nothing. For reads only.
     class Interruptible final

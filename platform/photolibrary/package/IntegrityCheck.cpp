@@ -11,6 +11,7 @@
 #include <QFileInfo>
 
 #include <string>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -121,6 +122,7 @@ void checkCounters(Connection& connection, QStringList& problems)
         {"RKImportGroup", "SELECT max(modelId) FROM RKImportGroup"},
         {"RKImageProxyState", "SELECT max(modelId) FROM prox.RKImageProxyState"},
     };
+    const Connection::Snapshot snapshot(connection);
     for (const Table& table : kTables) {
         const QString name = QString::fromLatin1(table.name);
         const std::optional<qint64> next =
@@ -180,22 +182,28 @@ void checkProxyFiles(Connection& connection, QStringList& problems)
 
 /// Files that no master names may be somebody's only copy: they are told, and left.
 void checkStrayMasters(Connection& connection,
-                       const QSet<QString>& namedFiles,
+                       const IntegrityCheck::NamedFiles& namedFiles,
                        QStringList& problems)
 {
-    QSet<QString> known;
-    for (const QString& path : Sql::texts(connection, "SELECT imagePath FROM RKMaster")) {
-        known.insert(path.normalized(QString::NormalizationForm_C).toCaseFolded());
-    }
     const QString root = connection.packagePath() + "/Masters"_L1;
-    QStringList strays;
+    QStringList found;
     QDirIterator walk(root,
                       QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
                       QDirIterator::Subdirectories);
     while (walk.hasNext()) {
-        const QString relative = walk.next().mid(root.size() + 1);
+        found << walk.next().mid(root.size() + 1);
+    }
+    // In this order: of what was found meanwhile, a writer has named each file beforehand and
+    // forgets it only once the databases know it.
+    const QSet<QString> named = namedFiles.now();
+    QSet<QString> known;
+    for (const QString& path : Sql::texts(connection, "SELECT imagePath FROM RKMaster")) {
+        known.insert(path.normalized(QString::NormalizationForm_C).toCaseFolded());
+    }
+    QStringList strays;
+    for (const QString& relative : std::as_const(found)) {
         const QString name = relative.normalized(QString::NormalizationForm_C).toCaseFolded();
-        if (!known.contains(name) && !namedFiles.contains("Masters/"_L1 + relative)) {
+        if (!known.contains(name) && !named.contains("Masters/"_L1 + relative)) {
             strays << relative;
         }
     }
@@ -217,7 +225,7 @@ QStringList IntegrityCheck::ofDatabases(Connection& connection)
     return problems.isEmpty() ? ofRows(connection) : problems;
 }
 
-QStringList IntegrityCheck::ofFiles(Connection& connection, const QSet<QString>& namedFiles)
+QStringList IntegrityCheck::ofFiles(Connection& connection, const NamedFiles& namedFiles)
 {
     QStringList problems;
     checkProxyFiles(connection, problems);
@@ -225,7 +233,7 @@ QStringList IntegrityCheck::ofFiles(Connection& connection, const QSet<QString>&
     return problems;
 }
 
-QStringList IntegrityCheck::problems(Connection& connection, const QSet<QString>& namedFiles)
+QStringList IntegrityCheck::problems(Connection& connection, const NamedFiles& namedFiles)
 {
     const RoomyCache cache(connection);
     QStringList problems;

@@ -6,9 +6,35 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+#include <utility>
+
 /// Whether a library's databases agree with themselves and with the files in the package.
 namespace IntegrityCheck
 {
+
+/// Package-relative files that this program's own journal knows. Asked for after the files were
+/// looked at, because a writer names a file before it makes it.
+class NamedFiles final
+{
+public:
+    NamedFiles() = default;
+
+    NamedFiles(QSet<QString> files) // NOLINT(google-explicit-constructor): it is the same
+        : m_ask([files = std::move(files)] { return files; })
+    {
+    }
+
+    explicit NamedFiles(std::function<QSet<QString>()> ask)
+        : m_ask(std::move(ask))
+    {
+    }
+
+    [[nodiscard]] QSet<QString> now() const { return m_ask ? m_ask() : QSet<QString>(); }
+
+private:
+    std::function<QSet<QString>()> m_ask;
+};
 
 /// Of everything here: one English sentence for each problem; nothing is changed. Errors:
 /// SQLite::Exception.
@@ -19,12 +45,12 @@ namespace IntegrityCheck
 [[nodiscard]] QStringList ofDatabases(Connection& connection);
 
 /// What is wrong between databases and files: pictures that are missing, and files in Masters that
-/// belong to no photo. Missing masters are no problem here, nor are files that `namedFiles`
-/// (package-relative) holds.
-[[nodiscard]] QStringList ofFiles(Connection& connection, const QSet<QString>& namedFiles);
+/// belong to no photo. Missing masters are no problem here, nor are `namedFiles`.
+[[nodiscard]] QStringList ofFiles(Connection& connection, const NamedFiles& namedFiles);
 
 /// Both, and a catalogue that cannot be read; empty for a sound library. Sidecars and catalogues
-/// that lag behind the databases are no problems.
-[[nodiscard]] QStringList problems(Connection& connection, const QSet<QString>& namedFiles);
+/// that lag behind the databases are no problems, nor is what another process of this program is
+/// writing.
+[[nodiscard]] QStringList problems(Connection& connection, const NamedFiles& namedFiles);
 
 } // namespace IntegrityCheck

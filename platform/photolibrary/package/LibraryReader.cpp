@@ -206,7 +206,8 @@ void readMasters(Connection& connection, Tables& tables)
                                query.column(4).getInt() != 0,
                                textOrNothing(query.column(5)) == "VIDT"_L1,
                                textOrNothing(query.column(6)),
-                               textOrNothing(query.column(7))});
+                               textOrNothing(query.column(7)),
+                               textOrNothing(query.column(8))});
     }
 }
 
@@ -408,56 +409,86 @@ private:
     bool m_inTrash;
 };
 
-/// Reads all rows in chunks of photos; another thread finds the files of one chunk while the next
-/// one is read.
-std::vector<ListedPhoto>
-readListed(Sql::Query& query, const Tables& tables, const FileFinder& finder)
+/// The photos in or out of the trash. Their rows are read at once, for the snapshot of the caller;
+/// their files are found on other threads meanwhile and afterwards, since a slow disk must not keep
+/// a writer waiting.
+class Listing final
 {
-    constexpr std::size_t kChunk = 4000;
-    std::deque<std::vector<ListedPhoto>> chunks(1); // a full one stays where it is
-    std::future<void> finding;                      // waits for its end when it goes
-    while (query.next()) {
-        std::vector<ListedPhoto>& chunk = chunks.back();
-        if (std::optional<ListedPhoto> photo = PhotoReader(query, tables).read()) {
-            chunk.push_back(std::move(*photo));
+public:
+    Listing(Connection& connection, bool inTrash)
+    {
+        if (!Sql::firstInteger(connection, kAnyPhoto, inTrash ? 1 : 0)) {
+            return; // often the trash
         }
-        if (chunk.size() == kChunk) {
-            if (finding.valid()) {
-                finding.get();
+        const RoomyCache cache(connection);
+        m_tables = readTables(connection);
+        m_finder.emplace(connection.packagePath(), m_tables, inTrash);
+        Sql::Query query(connection, kPhotos, inTrash ? 1 : 0);
+        while (query.next()) {
+            if (std::optional<ListedPhoto> photo = PhotoReader(query, m_tables).read()) {
+                m_chunks.back().push_back(std::move(*photo));
             }
-            finding = std::async(std::launch::async, [&finder, &chunk] { finder.find(chunk); });
-            chunks.emplace_back();
+            if (m_chunks.back().size() == kChunk) {
+                findLast();
+                m_chunks.emplace_back();
+            }
         }
+        findLast();
     }
-    finder.find(chunks.back());
-    if (finding.valid()) {
-        finding.get();
+
+    Listing(const Listing&) = delete;
+    Listing& operator=(const Listing&) = delete;
+
+    /// By event, then by date. Waits for the files; once.
+    [[nodiscard]] QList<PhotoFacts> take()
+    {
+        if (m_finding.valid()) {
+            m_finding.get();
+        }
+        std::vector<ListedPhoto> listed;
+        listed.reserve(kChunk * m_chunks.size());
+        for (std::vector<ListedPhoto>& chunk : m_chunks) {
+            std::ranges::move(chunk, std::back_inserter(listed));
+        }
+        std::ranges::sort(listed, std::less<>());
+        QList<PhotoFacts> photos;
+        photos.reserve(static_cast<qsizetype>(listed.size()));
+        for (ListedPhoto& photo : listed) {
+            photos.append(std::move(photo.facts));
+        }
+        return photos;
     }
-    std::vector<ListedPhoto> listed;
-    listed.reserve(kChunk * chunks.size());
-    for (std::vector<ListedPhoto>& chunk : chunks) {
-        std::ranges::move(chunk, std::back_inserter(listed));
+
+private:
+    static constexpr std::size_t kChunk = 4000;
+
+    /// Begins to find the files of the last chunk, after those of the one before.
+    void findLast()
+    {
+        m_finding = std::async(
+            std::launch::async,
+            [&finder = *m_finder, &chunk = m_chunks.back(), before = std::move(m_finding)] {
+                if (before.valid()) {
+                    before.wait();
+                }
+                finder.find(chunk);
+            });
     }
-    return listed;
-}
+
+    Tables m_tables;
+    std::deque<std::vector<ListedPhoto>> m_chunks{1}; // a full one stays where it is
+    std::optional<FileFinder> m_finder;
+    std::future<void> m_finding; // waits for its end when it goes
+};
 
 QList<PhotoFacts> readPhotos(Connection& connection, bool inTrash)
 {
-    if (!Sql::firstInteger(connection, kAnyPhoto, inTrash ? 1 : 0)) {
-        return {}; // often the trash
+    std::optional<Listing> listing;
+    {
+        const Connection::Snapshot snapshot(connection);
+        listing.emplace(connection, inTrash);
     }
-    const RoomyCache cache(connection);
-    const Tables tables = readTables(connection);
-    const FileFinder finder(connection.packagePath(), tables, inTrash);
-    Sql::Query query(connection, kPhotos, inTrash ? 1 : 0);
-    std::vector<ListedPhoto> listed = readListed(query, tables, finder);
-    std::ranges::sort(listed, std::less<>());
-    QList<PhotoFacts> photos;
-    photos.reserve(static_cast<qsizetype>(listed.size()));
-    for (ListedPhoto& photo : listed) {
-        photos.append(std::move(photo.facts));
-    }
-    return photos;
+    return listing->take();
 }
 
 int count(Connection& connection, const char* sql)
@@ -475,8 +506,16 @@ bool isCopy(const PhotoFacts& photo)
 
 bool isWritable(Connection& connection)
 {
-    return OpeningChecks::permissions(connection.packagePath()).ok() &&
-           OpeningChecks::writableSchema(connection).ok() && OpeningChecks::closedClean(connection);
+    const QString& package = connection.packagePath();
+    for (const Result<void>& checked : {OpeningChecks::permissions(package),
+                                        OpeningChecks::ownDatabases(package),
+                                        OpeningChecks::writableSchema(connection)}) {
+        if (!checked.ok()) {
+            return checked.error().message;
+        }
+    }
+    return OpeningChecks::closedClean(connection) ? QString()
+                                                  : OpeningChecks::notClosed(package).message;
 }
 
 } // namespace
@@ -520,11 +559,25 @@ bool LibraryReader::isRegularAlbum(Connection& connection, qint64 id)
     return Sql::firstInteger(connection, kRegularAlbums, id).has_value();
 }
 
-LibrarySummary LibraryReader::summary(Connection& connection, const QSet<QString>& namedFiles)
+LibrarySummary LibraryReader::summary(Connection& connection,
+                                      const IntegrityCheck::NamedFiles& namedFiles)
 {
     LibrarySummary summary;
+    std::optional<Listing> shown;
+    std::optional<Listing> trashed;
+    QList<qint64> events;
+    {
+        const Connection::Snapshot snapshot(connection);
+        shown.emplace(connection, false);
+        trashed.emplace(connection, true);
+        events = Sql::integers(
+            connection,
+            "SELECT modelId FROM RKFolder WHERE folderType = 2 AND isMagic = 0 AND isInTrash = 0");
+        summary.albums = static_cast<int>(regularAlbums(connection).size());
+        summary.keywords = count(connection, "SELECT count(*) FROM RKKeyword");
+    }
     QSet<qint64> rolls;
-    for (const PhotoFacts& photo : photos(connection)) {
+    for (const PhotoFacts& photo : shown->take()) {
         if (photo.hidden || photo.movie) {
             continue;
         }
@@ -537,7 +590,7 @@ LibrarySummary LibraryReader::summary(Connection& connection, const QSet<QString
         }
         summary.processedPhotos += isCopy(photo) ? 1 : 0;
     }
-    for (const PhotoFacts& photo : trashedPhotos(connection)) {
+    for (const PhotoFacts& photo : trashed->take()) {
         ++summary.trashedPhotos;
         summary.trashedBytes += photo.bytes;
     }
@@ -546,8 +599,6 @@ LibrarySummary LibraryReader::summary(Connection& connection, const QSet<QString
         "SELECT modelId FROM RKFolder WHERE folderType = 2 AND isMagic = 0 AND isInTrash = 0");
     summary.rolls = static_cast<int>(
         std::ranges::count_if(events, [&rolls](qint64 id) { return rolls.contains(id); }));
-    summary.albums = static_cast<int>(regularAlbums(connection).size());
-    summary.keywords = count(connection, "SELECT count(*) FROM RKKeyword");
     summary.problems = IntegrityCheck::problems(connection, namedFiles);
     summary.writable =
         isWritable(connection) &&

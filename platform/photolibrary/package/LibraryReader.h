@@ -1,14 +1,15 @@
 #pragma once
 
 #include "Connection.h"
+#include "IntegrityCheck.h"
 #include "LibraryFacts.h"
 
 #include <QList>
-#include <QSet>
 #include <QString>
 
-/// Plain reads of a library. Errors: SQLite::Exception. Columns of an unexpected type read as
-/// nothing.
+/// Plain reads of a library. What a call reads, it reads as of one moment: a photo's turn that
+/// another connection commits meanwhile is seen wholly or not at all. Errors: SQLite::Exception.
+/// Columns of an unexpected type read as nothing.
 namespace LibraryReader
 {
 
@@ -21,8 +22,8 @@ namespace LibraryReader
 [[nodiscard]] QList<qint64> regularAlbums(Connection& connection);
 /// Whether the album is one of them.
 [[nodiscard]] bool isRegularAlbum(Connection& connection, qint64 id);
-/// Counts, and what the integrity check finds; `namedFiles`: package-relative files that this
-/// program's own journal knows, no problems of the library.
-[[nodiscard]] LibrarySummary summary(Connection& connection, const QSet<QString>& namedFiles);
+/// Counts, and what the integrity check finds.
+[[nodiscard]] LibrarySummary summary(Connection& connection,
+                                     const IntegrityCheck::NamedFiles& namedFiles);
 
 } // namespace LibraryReader

@@ -77,7 +77,8 @@ Result<QList<PhotoFacts>> PhotoLibrary::trashedPhotos()
 
 Result<LibrarySummary> PhotoLibrary::summary(const std::function<bool()>& shouldStop)
 {
-    const QSet<QString> named = Recovery::named(TurnJournal::read(m_d->places().state));
+    const IntegrityCheck::NamedFiles named(
+        [state = m_d->places().state] { return Recovery::named(TurnJournal::read(state)); });
     return m_d->tryRead([&](Connection& connection) {
         const Connection::Interruptible interruptible(connection, shouldStop);
         return LibraryReader::summary(connection, named);

@@ -282,6 +282,8 @@ QString describe(const Source& source, const Key& key, QLatin1StringView what)
 
 void compare(Connection& connection, const Source& source, QStringList& lines)
 {
+    // Rows and their sets are of one moment, however much is written meanwhile.
+    const Connection::Snapshot snapshot(connection);
     Sets wanted = wantedSets(connection, source);
     QSet<QString> known;
     for (auto set = wanted.cbegin(); set != wanted.cend(); ++set) {
