@@ -32,6 +32,9 @@ int LibraryCommand::execute(const CommandServices& services)
         return failed(opened.error(), services);
     }
     PhotoLibrary& library = *opened.value();
+    for (const QString& warning : library.warnings()) {
+        services.console.say(withEscapedPaths(warning));
+    }
     const int status = executeWithLibrary(library, services);
     if (const Result<void> closed = library.close(); !closed.ok()) {
         return failed(closed.error(), services);
@@ -52,7 +55,12 @@ int LibraryCommand::interruptedEarly(const CommandServices& services) const
 
 int LibraryCommand::failed(const Error& error, const CommandServices& services) const
 {
-    QString message = error.message;
+    services.console.say(withEscapedPaths(error.message));
+    return ExitStatus::kLibrary;
+}
+
+QString LibraryCommand::withEscapedPaths(QString message) const
+{
     const QFileInfo library(m_libraryOptions.library);
     for (const QString& path :
          {library.filePath(), library.absoluteFilePath(), library.canonicalFilePath()}) {
@@ -60,6 +68,5 @@ int LibraryCommand::failed(const Error& error, const CommandServices& services) 
             message.replace(path, TextLayout::escaped(path));
         }
     }
-    services.console.say(message);
-    return ExitStatus::kLibrary;
+    return message;
 }

@@ -8,7 +8,8 @@
 
 struct Error;
 
-/// What all commands over a library share: opens it, reports what is wrong with it, closes it.
+/// What all commands over a library share: opens it, reports what is wrong or in doubt with
+/// it, closes it.
 class LibraryCommand : public Command
 {
 public:
@@ -34,5 +35,8 @@ protected:
     [[nodiscard]] const LibraryOptions& libraryOptions() const { return m_libraryOptions; }
 
 private:
+    /// A sentence about the library, its path on one line.
+    [[nodiscard]] QString withEscapedPaths(QString message) const;
+
     const LibraryOptions m_libraryOptions;
 };

@@ -5,7 +5,8 @@
 class QLabel;
 class QPushButton;
 
-/// A line above the photos that says why nothing can be written to the library. Main thread.
+/// A line above the photos that says why nothing can be written to the library, or what to know
+/// before. Main thread.
 class LibraryBanner final : public QFrame
 {
     Q_OBJECT

@@ -13,6 +13,7 @@ struct LibraryContents {
     QString path;             ///< absolute
     QString version;          ///< of the photo application, "9.6.1"
     QString whyReadOnly;      ///< why nothing can be written to it; empty when it can
+    QString caution;          ///< what to know before anything is written; empty without any
     bool checking{false};     ///< it is being checked before anything may be written to it
     QList<PhotoFacts> photos; ///< out of the trash, in the catalogue's order; hidden ones marked
     QList<PhotoFacts> trash;
@@ -20,6 +21,12 @@ struct LibraryContents {
     QSet<qint64> lastImport; ///< ids of the photos of the last import
 
     [[nodiscard]] bool isWritable() const { return !checking && whyReadOnly.isEmpty(); }
+
+    /// What stands above the photos.
+    [[nodiscard]] const QString& notice() const
+    {
+        return whyReadOnly.isEmpty() ? caution : whyReadOnly;
+    }
 
     bool operator==(const LibraryContents&) const = default;
 };

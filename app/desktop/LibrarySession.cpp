@@ -86,6 +86,7 @@ Result<LibraryContents> contentsOf(PhotoLibrary& library)
     LibraryContents contents;
     contents.path = library.path();
     contents.version = library.version();
+    contents.caution = library.warnings().join(u' ');
     Result<QList<PhotoFacts>> photos = library.photos();
     if (!photos.ok()) {
         return photos.error();

@@ -241,7 +241,7 @@ void LibraryWindow::connectSession()
     });
     connect(&m_session, &LibrarySession::opened, this, [this] {
         statusBar()->clearMessage();
-        m_banner->setText(m_session.contents().whyReadOnly, false);
+        m_banner->setText(m_session.contents().notice(), false);
         updateActions();
         emit forecastSelectionChanged();
     });
@@ -339,7 +339,7 @@ void LibraryWindow::showContents()
     m_sidebarModel.setContents(contents);
     m_sidebar->expandAll();
     m_sidebar->setCurrentIndex(m_sidebarModel.indexOf(picked));
-    m_banner->setText(contents.whyReadOnly, contents.path == m_notClosedPath);
+    m_banner->setText(contents.notice(), contents.path == m_notClosedPath);
     m_showingContents = false;
     showCollection();
     m_pages->setCurrentIndex(m_session.isOpen() ? 1 : 0);

@@ -6,13 +6,18 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFile>
+#include <QStringList>
 #include <QSysInfo>
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -22,13 +27,18 @@ namespace
 constexpr mode_t kPrivate = 0600;
 constexpr int kLongestHolder = 512;
 
+/// "process 4711 on host ".
+QString ownProcess()
+{
+    return u"process %1 on %2 "_s.arg(QCoreApplication::applicationPid())
+        .arg(QSysInfo::machineHostName());
+}
+
 /// "process 4711 on host since 2026-11-21 10:00:00".
 QByteArray ownName()
 {
-    return u"process %1 on %2 since %3"_s.arg(QCoreApplication::applicationPid())
-        .arg(QSysInfo::machineHostName(),
-             QDateTime::currentDateTime().toString(u"yyyy-MM-dd HH:mm:ss"_s))
-        .toUtf8();
+    const QString now = QDateTime::currentDateTime().toString(u"yyyy-MM-dd HH:mm:ss"_s);
+    return (ownProcess() + "since "_L1 + now).toUtf8();
 }
 
 QString holderIn(int descriptor)
@@ -45,6 +55,63 @@ bool writeHolder(int descriptor, const QByteArray& holder)
                holder.size();
 }
 
+/// Takes the lock, waiting as long as a reader's look at its holder may last.
+bool takeLock(int descriptor)
+{
+    constexpr int kAttempts = 5;
+    constexpr std::chrono::milliseconds kPause{20};
+    for (int attempt = 1; ::flock(descriptor, LOCK_EX | LOCK_NB) != 0; ++attempt) {
+        if (attempt == kAttempts) {
+            return false;
+        }
+        std::this_thread::sleep_for(kPause);
+    }
+    return true;
+}
+
+Error heldBy(const QString& package, const QString& holder)
+{
+    return {ErrorCode::InUse,
+            u"Another Corvane writes to the library \"%1\" (%2): wait for it to end."_s.arg(
+                package, holder.isEmpty() ? u"unknown"_s : holder)};
+}
+
+/// The process that the system says has locked the file, where it tells: a line of /proc/locks is
+/// "1: FLOCK  ADVISORY  WRITE 4711 08:01:123456 0 EOF".
+QString lockerOf(int descriptor)
+{
+    struct stat status = {};
+    QFile locks(u"/proc/locks"_s);
+    if (::fstat(descriptor, &status) != 0 || !locks.open(QIODevice::ReadOnly)) {
+        return u"of another user"_s;
+    }
+    const QString place = u"%1:%2:%3"_s.arg(major(status.st_dev), 2, 16, QLatin1Char('0'))
+                              .arg(minor(status.st_dev), 2, 16, QLatin1Char('0'))
+                              .arg(status.st_ino);
+    constexpr qsizetype kProcess = 4;
+    for (const QByteArray& line : locks.readAll().split('\n')) {
+        const QStringList words = QString::fromLatin1(line).simplified().split(u' ');
+        if (words.contains(u"FLOCK"_s) && words.indexOf(place) == kProcess + 1) {
+            return u"process %1 on %2, of another user"_s.arg(words.at(kProcess),
+                                                              QSysInfo::machineHostName());
+        }
+    }
+    return u"of another user"_s;
+}
+
+/// Locks the package's folder too, for those who keep their lock files elsewhere. A file system
+/// without locks of folders stops nobody.
+Result<std::unique_ptr<FileDescriptor>> lockPackage(const QString& package)
+{
+    auto folder = std::make_unique<FileDescriptor>(
+        ::open(QFile::encodeName(package).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder->isOpen() && ::flock(folder->number(), LOCK_EX | LOCK_NB) != 0 &&
+        errno == EWOULDBLOCK) {
+        return heldBy(package, lockerOf(folder->number()));
+    }
+    return folder;
+}
+
 } // namespace
 
 Result<std::unique_ptr<LibraryLock>> LibraryLock::take(const QString& package,
@@ -54,31 +121,42 @@ Result<std::unique_ptr<LibraryLock>> LibraryLock::take(const QString& package,
         return StateFolder::unusable(folder.error(), package);
     }
     const QString path = stateFolder + "/lock"_L1;
-    const int descriptor =
-        ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, kPrivate);
-    if (descriptor < 0) {
+    auto file = std::make_unique<FileDescriptor>(
+        ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, kPrivate));
+    if (!file->isOpen()) {
         return StateFolder::unusable(AtomicFile::errorFromErrno(errno, u"write"_s, path), package);
     }
-    if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
-        const QString holder = holderIn(descriptor);
-        ::close(descriptor);
-        return Error{
-            ErrorCode::InUse,
-            u"Another Corvane writes to the library \"%1\" (%2): wait for it to end."_s.arg(
-                package, holder.isEmpty() ? u"unknown"_s : holder)};
+    if (!takeLock(file->number())) {
+        return heldBy(package, holderIn(file->number()));
     }
-    QString leftBehind = holderIn(descriptor);
-    if (!writeHolder(descriptor, ownName())) {
-        const Error error =
-            StateFolder::unusable(AtomicFile::errorFromErrno(errno, u"write"_s, path), package);
-        ::close(descriptor);
-        return error;
+    Result<std::unique_ptr<FileDescriptor>> folder = lockPackage(package);
+    if (!folder.ok()) {
+        return folder.error();
     }
-    return std::unique_ptr<LibraryLock>(new LibraryLock(descriptor, std::move(leftBehind)));
+    QString leftBehind = holderIn(file->number());
+    if (!writeHolder(file->number(), ownName())) {
+        return StateFolder::unusable(AtomicFile::errorFromErrno(errno, u"write"_s, path), package);
+    }
+    return std::unique_ptr<LibraryLock>(
+        new LibraryLock(std::move(file), std::move(folder).value(), std::move(leftBehind)));
 }
 
-LibraryLock::LibraryLock(int descriptor, QString leftBehind)
-    : m_descriptor(descriptor)
+QString LibraryLock::holder(const QString& stateFolder)
+{
+    const FileDescriptor file(
+        ::open(QFile::encodeName(stateFolder + "/lock"_L1).constData(), O_RDONLY | O_CLOEXEC));
+    if (!file.isOpen() || ::flock(file.number(), LOCK_SH | LOCK_NB) == 0 || errno != EWOULDBLOCK) {
+        return {};
+    }
+    QString holder = holderIn(file.number());
+    return holder.startsWith(ownProcess()) ? QString() : holder;
+}
+
+LibraryLock::LibraryLock(std::unique_ptr<FileDescriptor> file,
+                         std::unique_ptr<FileDescriptor> package,
+                         QString leftBehind)
+    : m_file(std::move(file))
+    , m_package(std::move(package))
     , m_leftBehind(std::move(leftBehind))
 {
 }
@@ -87,6 +165,5 @@ LibraryLock::~LibraryLock()
 {
     // An empty file says that its last holder ended in good order; that it cannot be emptied only
     // means a line in the next run's log.
-    static_cast<void>(writeHolder(m_descriptor, QByteArray()));
-    ::close(m_descriptor);
+    static_cast<void>(writeHolder(m_file->number(), QByteArray()));
 }

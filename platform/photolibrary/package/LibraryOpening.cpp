@@ -1,6 +1,7 @@
 #include "LibraryOpening.h"
 
 #include "AdminData.h"
+#include "ForeignUse.h"
 #include "IntegrityCheck.h"
 #include "LibraryErrors.h"
 #include "OpeningChecks.h"
@@ -28,13 +29,10 @@ WriteAccess::Places placesOf(Connection& connection)
     return {package, StateFolder::ofLibrary(key), StateFolder::ofBackups(key)};
 }
 
-Error notClosed(const QString& package)
+QString beingWritten(const QString& package, const QString& writer)
 {
-    return {
-        ErrorCode::NotClosed,
-        u"iPhoto did not close the library \"%1\" properly, so it is not written to. Open it in "
-        "iPhoto and quit. Or accept it as it is: --after-crash does so once its integrity check "
-        "passes and nothing is wrong but what follows the databases anyway."_s.arg(package)};
+    return u"Another Corvane writes to the library \"%1\" (%2): it is only read here, and what is "
+           "shown may change."_s.arg(package, writer);
 }
 
 Error notSound(const QString& package, const QStringList& problems, const QString& remedy)
@@ -66,7 +64,7 @@ Result<void> checkForWriting(Connection& connection,
     const Connection::Interruptible interruptible(connection, options.shouldStop);
     const bool clean = OpeningChecks::closedClean(connection);
     if (!clean && !options.afterCrash) {
-        return notClosed(package);
+        return OpeningChecks::notClosed(package);
     }
     const QStringList problems = IntegrityCheck::ofDatabases(connection);
     if (!problems.isEmpty()) {
@@ -100,7 +98,8 @@ recovered(Connection& connection, const OpenOptions& options, const QString& sta
 
 Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Connection> connection,
                                                             const OpenOptions& options,
-                                                            const QString& version)
+                                                            const QString& version,
+                                                            const ForeignUse::Traces& found)
 {
     if (const Result<void> known = StateFolder::isKnown(connection->packagePath()); !known.ok()) {
         return known.error();
@@ -114,6 +113,7 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
         systemLog(u"The library \"%1\" was not closed by %2."_s.arg(places.package,
                                                                     lock.value()->leftBehind()));
     }
+    const QStringList warnings = ForeignUse::warnings(places.package, places.state, found);
     const Result<Recovery::Outcome> outcome = recovered(*connection, options, places.state);
     if (!outcome.ok()) {
         return outcome.error();
@@ -131,6 +131,7 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
     write.value()->addPending(outcome.value().changes);
     auto library = std::make_shared<PhotoLibraryPrivate>(
         places, version, std::move(connection), write.value());
+    library->setWarnings(warnings);
     if (const Result<void> followed = library->synchronise(); !followed.ok()) {
         // They are tried again at the end; the databases are what counts.
         systemLog(followed.error().message);
@@ -154,6 +155,7 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> LibraryOpening::open(const QString&
             return permitted.error();
         }
     }
+    const ForeignUse::Traces found = ForeignUse::tracesOf(package);
     Result<std::unique_ptr<Connection>> connection =
         Connection::open(package,
                          forWriting ? Connection::Mode::Write : Connection::Mode::Read,
@@ -167,11 +169,16 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> LibraryOpening::open(const QString&
             return readable.error();
         }
         if (forWriting) {
-            return openForWriting(std::move(connection).value(), options, version.value());
+            return openForWriting(std::move(connection).value(), options, version.value(), found);
         }
         const WriteAccess::Places places = placesOf(*connection.value());
         connection.value()->database().setBusyTimeout(Connection::kBusyMilliseconds);
-        return std::make_shared<PhotoLibraryPrivate>(
+        auto library = std::make_shared<PhotoLibraryPrivate>(
             places, version.value(), std::move(connection).value(), nullptr);
+        const QString writer = LibraryLock::holder(places.state);
+        if (!writer.isEmpty()) {
+            library->setWarnings({beingWritten(package, writer)});
+        }
+        return library;
     });
 }

@@ -276,3 +276,12 @@ bool OpeningChecks::closedClean(Connection& connection)
 {
     return AdminData::text(connection, u"database"_s, u"closedClean"_s) == "1"_L1;
 }
+
+Error OpeningChecks::notClosed(const QString& package)
+{
+    return {ErrorCode::NotClosed,
+            u"iPhoto did not close the library \"%1\" properly, or has it open now, so it is not "
+            "written to. Open it in iPhoto and quit. Or, where iPhoto does not run, accept it as "
+            "it is: --after-crash does so once its integrity check "
+            "passes and nothing is wrong but what follows the databases anyway."_s.arg(package)};
+}

@@ -29,5 +29,7 @@ namespace OpeningChecks
 
 /// Whether iPhoto closed the library properly.
 [[nodiscard]] bool closedClean(Connection& connection);
+/// What a person is told of one that it did not close, or has open: NotClosed.
+[[nodiscard]] Error notClosed(const QString& package);
 
 } // namespace OpeningChecks

@@ -64,6 +64,11 @@ QString PhotoLibrary::version() const
     return m_d->version();
 }
 
+QStringList PhotoLibrary::warnings() const
+{
+    return m_d->warnings();
+}
+
 Result<QList<PhotoFacts>> PhotoLibrary::photos()
 {
     return m_d->tryRead([](Connection& connection) { return LibraryReader::photos(connection); });

@@ -6,6 +6,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <memory>
@@ -71,6 +72,11 @@ public:
     void setSelection(const QList<qint64>& photoIds);
     /// Asks every import from now on to raise "Interrupted". Any thread, not a signal handler.
     void requestStop();
+
+    /// What the opening found that a person should know before anything is written, or, of a
+    /// library opened for reading, that another process of this program writes to it. A sentence or
+    /// two each, often none.
+    [[nodiscard]] QStringList warnings() const;
 
     // -- plain reads -------------------------------------------------------------------------
     [[nodiscard]] QString path() const;    ///< absolute

@@ -35,6 +35,11 @@ public:
 
     [[nodiscard]] const QString& version() const { return m_version; }
 
+    /// See PhotoLibrary::warnings(). Set before the library is shared.
+    [[nodiscard]] const QStringList& warnings() const { return m_warnings; }
+
+    void setWarnings(QStringList warnings) { m_warnings = std::move(warnings); }
+
     [[nodiscard]] bool isOpen() const { return !m_closed; }
 
     [[nodiscard]] bool isForWriting() const { return m_write != nullptr; }

@@ -3,6 +3,7 @@
 #include "AtomicFile.h"
 #include "Backup.h"
 #include "Clock.h"
+#include "ForeignUse.h"
 #include "LibraryErrors.h"
 #include "PackageFiles.h"
 #include "Queries.h"
@@ -157,6 +158,9 @@ Result<std::unique_ptr<WriteTransaction>> WriteAccess::begin(Connection& connect
 void WriteAccess::shutDown()
 {
     const WriterGate::Scope taken(m_gate);
+    if (m_lock != nullptr) {
+        ForeignUse::leave(m_places.package, m_places.state);
+    }
     m_shutDown = true;
     m_lock.reset();
 }

@@ -1,5 +1,7 @@
 #include "CommandFixture.h"
 
+#include <QDateTime>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -41,4 +43,18 @@ TEST_F(LibraryCommandTest, wrongUsageEndsWithTwoAndSaysHowToSeeHelp)
     EXPECT_EQ(run({}), 2);
     EXPECT_EQ(run({u"--version"_s}), 0);
     EXPECT_TRUE(m_out.startsWith("corvane-cli "));
+}
+
+TEST_F(LibraryCommandTest, whatIsInDoubtIsSaidBeforeAnythingIsWritten)
+{
+    EXPECT_EQ(run({u"trash"_s, u"--restore"_s, library()}), 0);
+    EXPECT_EQ(m_err, "") << "its own changes of a moment ago are no sign of others";
+    QFile database(library() + u"/Database/apdb/Library.apdb"_s);
+    ASSERT_TRUE(database.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(database.setFileTime(QDateTime::currentDateTimeUtc().addSecs(-5),
+                                     QFileDevice::FileModificationTime));
+    database.close();
+    EXPECT_EQ(run({u"trash"_s, u"--restore"_s, library()}), 0);
+    EXPECT_TRUE(m_err.startsWith("The databases of the library")) << m_err.toStdString();
+    EXPECT_TRUE(m_err.contains("quit it before anything is written")) << m_err.toStdString();
 }

@@ -129,6 +129,24 @@ TEST_F(LockedDatabases, aLockThatIsNotGivenUpIsSaidWithTheRemedy)
     EXPECT_TRUE(opened(Access::Write).ok());
 }
 
+TEST_F(LockedDatabases, aLockFromBeforeTheComputerWasStartedIsTakenOver)
+{
+    // What such a lock leaves is its file alone.
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    QDirIterator walk(Directories::state(), {u"lock"_s}, QDir::Files, QDirIterator::Subdirectories);
+    ASSERT_TRUE(walk.hasNext());
+    walk.next();
+    QFile lock(walk.filePath());
+    ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
+    lock.write("process 1 on here since 2001-01-01 00:00:00");
+    lock.close();
+    testing::internal::CaptureStderr();
+    const auto library = open(Access::Write);
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_NE(library, nullptr);
+    EXPECT_NE(log.find("was not closed by process 1 on here"), std::string::npos) << log;
+}
+
 /// A library that another process of this program writes to.
 class LibraryOfAnotherProcess : public WritableLibrary
 {
@@ -153,14 +171,46 @@ TEST_F(LibraryOfAnotherProcess, theProcessThatHoldsItIsNamedUntilItEnds)
         << message.toStdString();
     EXPECT_TRUE(message.contains(u" since 2"_s)) << message.toStdString();
     EXPECT_TRUE(message.endsWith(u"): wait for it to end."_s)) << message.toStdString();
-    EXPECT_NE(open(Access::Read), nullptr) << "reading goes on";
+    const auto reader = open(Access::Read);
+    ASSERT_NE(reader, nullptr) << "reading goes on";
+    ASSERT_EQ(reader->warnings().size(), 1);
+    const QString told = reader->warnings().first();
+    const QString writes =
+        u"Another Corvane writes to the library \"%1\" (process %2 on %3 since 2"_s;
+    EXPECT_TRUE(
+        told.startsWith(writes.arg(package()).arg(other.id()).arg(QSysInfo::machineHostName())))
+        << told.toStdString();
     other.end();
 
     testing::internal::CaptureStderr();
     const auto library = open(Access::Write);
     const std::string log = testing::internal::GetCapturedStderr();
     EXPECT_NE(library, nullptr) << "the lock outlived its holder";
-    const QString told =
+    const QString left =
         u"The library \"%1\" was not closed by process %2 on "_s.arg(package()).arg(other.id());
-    EXPECT_NE(log.find(told.toStdString()), std::string::npos) << log;
+    EXPECT_NE(log.find(left.toStdString()), std::string::npos) << log;
+    EXPECT_TRUE(open(Access::Read)->warnings().isEmpty()) << "it is this process that writes";
+}
+
+TEST_F(LibraryOfAnotherProcess, anotherUsersProcessIsNoticedThoughItKeepsItsLockElsewhere)
+{
+    ChildProcess other([this](ChildProcess& self) {
+        qputenv("XDG_STATE_HOME", QFile::encodeName(folder() + u"/elsewhere"_s));
+        const auto library = PhotoLibrary::open(package(), {Access::Write, false});
+        if (library.ok()) {
+            self.stay();
+        }
+    });
+    ASSERT_TRUE(other.stays());
+    const auto refused = PhotoLibrary::open(package(), {Access::Write, false});
+    ASSERT_FALSE(refused.ok());
+    EXPECT_EQ(refused.error().code, ErrorCode::InUse);
+    const QString& message = refused.error().message;
+    EXPECT_TRUE(
+        message.startsWith(u"Another Corvane writes to the library \"%1\" ("_s.arg(package())))
+        << message.toStdString();
+    EXPECT_TRUE(message.endsWith(u"of another user): wait for it to end."_s))
+        << message.toStdString();
+    other.end();
+    EXPECT_NE(open(Access::Write), nullptr) << "the lock outlived its holder";
 }

@@ -1,0 +1,109 @@
+#include "ForeignUse.h"
+
+#include "AtomicFile.h"
+#include "SystemLog.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <sys/stat.h>
+#include <sys/vfs.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdlib>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr qint64 kNanoseconds = 1000000000;
+/// iPhoto writes when something is changed in it, and so at least that often while it is in use.
+constexpr qint64 kRecently = 60 * kNanoseconds;
+
+/// From linux/magic.h and the sources of the file systems that it does not list.
+constexpr std::array<qint64, 9> kSharedFileSystems{
+    0x6969,     // NFS
+    0x517B,     // SMB
+    0xFF534D42, // CIFS
+    0xFE534D42, // SMB 2 and later
+    0x5346414F, // AFS
+    0x6B414653, // AFS of the kernel
+    0x73757245, // Coda
+    0x01021997, // 9P
+    0x00C36400, // Ceph
+};
+
+QString noteIn(const QString& stateFolder)
+{
+    return stateFolder + "/databases-as-left"_L1;
+}
+
+QByteArray noted(const QString& stateFolder)
+{
+    QFile file(noteIn(stateFolder));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+ForeignUse::Traces ForeignUse::tracesOf(const QString& package)
+{
+    Traces traces;
+    traces.lookedAt = std::chrono::duration_cast<std::chrono::nanoseconds>(
+                          std::chrono::system_clock::now().time_since_epoch())
+                          .count();
+    const QString folder = package + "/Database/apdb"_L1;
+    const QStringList names =
+        QDir(folder).entryList({u"*.apdb"_s, u"*.db"_s}, QDir::Files, QDir::Name);
+    for (const QString& name : names) {
+        struct stat status = {};
+        if (::stat(QFile::encodeName(folder + u'/' + name).constData(), &status) != 0) {
+            continue;
+        }
+        const qint64 change = status.st_mtim.tv_sec * kNanoseconds + status.st_mtim.tv_nsec;
+        traces.lastChange = std::max(traces.lastChange, change);
+        traces.print += u"%1 %2 %3\n"_s.arg(name).arg(change).arg(status.st_size).toUtf8();
+    }
+    return traces;
+}
+
+void ForeignUse::leave(const QString& package, const QString& stateFolder)
+{
+    const Result<void> written = AtomicFile::write(
+        noteIn(stateFolder), tracesOf(package).print, AtomicFile::Existing::Replace);
+    if (!written.ok()) {
+        systemLog(written.error().message);
+    }
+}
+
+QStringList
+ForeignUse::warnings(const QString& package, const QString& stateFolder, const Traces& found)
+{
+    QStringList warnings;
+    // The clock of a file server may be ahead of this one.
+    const bool recently = std::abs(found.lookedAt - found.lastChange) < kRecently;
+    if (recently && found.print != noted(stateFolder)) {
+        warnings << u"The databases of the library \"%1\" were changed within the last minute, "
+                    "as it seems by another program. If iPhoto has the library open, quit it "
+                    "before anything is "
+                    "written: it would write over what changes meanwhile."_s.arg(package);
+    }
+    struct statfs status = {};
+    if (::statfs(QFile::encodeName(package).constData(), &status) == 0 &&
+        isShared(static_cast<qint64>(status.f_type))) {
+        warnings << u"The library \"%1\" lies on a network file system, where it cannot be seen "
+                    "whether iPhoto on another computer has it open. Make sure that it is quit "
+                    "there."_s.arg(package);
+    }
+    return warnings;
+}
+
+bool ForeignUse::isShared(qint64 fileSystemType)
+{
+    constexpr qint64 kWord = 0xFFFFFFFF; // some systems tell it with a sign
+    return std::ranges::find(kSharedFileSystems, fileSystemType & kWord) !=
+           kSharedFileSystems.end();
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QtGlobal>
+
+/// Signs that another program than this one uses a library. None of them is certain, so that they
+/// are told and stop nothing. iPhoto has no lock to be asked for: its "iPhotoLock.data" lies in the
+/// package also while it does not run. Any thread.
+namespace ForeignUse
+{
+
+/// The databases of a package as they lie on the disk.
+struct Traces {
+    QByteArray print;     ///< the same as long as nobody changes one of them
+    qint64 lastChange{0}; ///< of any of them, nanoseconds since 1970; 0 without any
+    qint64 lookedAt{0};   ///< when this was, nanoseconds since 1970
+};
+
+/// Before they are opened: opening undoes what a crash left half-done, which is a change too.
+[[nodiscard]] Traces tracesOf(const QString& package);
+
+/// Notes in `stateFolder` how this program leaves the databases, so that the next run tells its own
+/// changes from those of others. Where that fails the next run warns without need.
+void leave(const QString& package, const QString& stateFolder);
+
+/// What a person should know before the first write, one sentence or two each: that somebody else
+/// changed a database within the minute before `found`, and that the package lies where other
+/// computers cannot be seen.
+[[nodiscard]] QStringList
+warnings(const QString& package, const QString& stateFolder, const Traces& found);
+
+/// Whether a file system of that type (f_type of statfs) may be in use by other computers too.
+[[nodiscard]] bool isShared(qint64 fileSystemType);
+
+} // namespace ForeignUse

@@ -1,0 +1,103 @@
+#include "ForeignUse.h"
+
+#include "Connection.h"
+#include "WritableLibrary.h"
+
+#include <QDateTime>
+#include <QDir>
+
+using namespace Qt::StringLiterals;
+
+/// What is said of a library when it is opened for writing.
+class UsedByOthers : public WritableLibrary
+{
+protected:
+    void SetUp() override
+    {
+        WritableLibrary::SetUp();
+        setLastChange(3600);
+    }
+
+    /// As if each database had been changed so many seconds ago.
+    void setLastChange(int seconds) const
+    {
+        const QDir databases(package() + u"/Database/apdb"_s);
+        const QDateTime moment = QDateTime::currentDateTimeUtc().addSecs(-seconds);
+        for (const QString& name : databases.entryList(QDir::Files)) {
+            QFile file(databases.filePath(name));
+            ASSERT_TRUE(file.open(QIODevice::ReadWrite) &&
+                        file.setFileTime(moment, QFileDevice::FileModificationTime));
+        }
+    }
+
+    [[nodiscard]] QString warnings(Access access) const
+    {
+        const auto library = open(access);
+        return library == nullptr ? u"not opened"_s : library->warnings().join(u'\n');
+    }
+
+    [[nodiscard]] QString changedRecently() const
+    {
+        return u"The databases of the library \"%1\" were changed within the last minute, as it "
+               "seems by another program. If iPhoto has the library open, quit it before anything "
+               "is written: it would write over what changes meanwhile."_s.arg(package());
+    }
+};
+
+TEST_F(UsedByOthers, aChangeWithinTheLastMinuteIsToldBeforeTheFirstWrite)
+{
+    setLastChange(50);
+    EXPECT_EQ(warnings(Access::Write).toStdString(), changedRecently().toStdString());
+}
+
+TEST_F(UsedByOthers, anyDatabaseCountsAlsoOneThatIsNotWrittenHere)
+{
+    QFile faces(package() + u"/Database/apdb/Faces.db"_s);
+    ASSERT_TRUE(
+        faces.open(QIODevice::ReadWrite) &&
+        faces.setFileTime(QDateTime::currentDateTimeUtc(), QFileDevice::FileModificationTime));
+    EXPECT_EQ(warnings(Access::Write).toStdString(), changedRecently().toStdString());
+}
+
+TEST_F(UsedByOthers, anOlderChangeIsNoSign)
+{
+    setLastChange(70);
+    EXPECT_EQ(warnings(Access::Write).toStdString(), "");
+}
+
+TEST_F(UsedByOthers, whoOnlyReadsIsToldNothingOfIt)
+{
+    setLastChange(1);
+    EXPECT_EQ(warnings(Access::Read).toStdString(), "");
+}
+
+TEST_F(UsedByOthers, aRunDoesNotWarnOfTheChangesOfTheOneBefore)
+{
+    {
+        const auto library = open(Access::Write);
+        ASSERT_NE(library, nullptr);
+        import(*library, makePicture(u"IMG_1.JPG"_s));
+    }
+    EXPECT_EQ(warnings(Access::Write).toStdString(), "");
+    {
+        auto other = Connection::open(package(), Connection::Mode::Write);
+        ASSERT_TRUE(other.ok());
+        other.value()->database().exec("UPDATE RKVersion SET mainRating=3");
+    }
+    EXPECT_EQ(warnings(Access::Write).toStdString(), changedRecently().toStdString());
+}
+
+TEST(SharedFileSystems, onlyThoseThatOtherComputersMayUseAreTold)
+{
+    constexpr qint64 kExt4 = 0xEF53;
+    constexpr qint64 kTmpfs = 0x01021994;
+    constexpr qint64 kHfsPlus = 0x482B;
+    for (const qint64 local : {kExt4, kTmpfs, kHfsPlus}) {
+        EXPECT_FALSE(ForeignUse::isShared(local)) << local;
+    }
+    constexpr qint64 kNfs = 0x6969;
+    constexpr qint64 kSmb2 = 0xFE534D42;
+    for (const qint64 shared : {kNfs, kSmb2, kSmb2 - 0x100000000}) {
+        EXPECT_TRUE(ForeignUse::isShared(shared)) << shared;
+    }
+}
