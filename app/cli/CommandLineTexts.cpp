@@ -410,6 +410,11 @@ QString CommandLineTexts::no()
     return translated("no");
 }
 
+QString CommandLineTexts::noBecause(const QString& sentence)
+{
+    return translated("no. %1").arg(sentence);
+}
+
 QString CommandLineTexts::none()
 {
     return translated("none");

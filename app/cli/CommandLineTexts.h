@@ -108,6 +108,8 @@ enum class InfoRow : quint8 {
 [[nodiscard]] QString countWithBytes(qint64 count, qint64 bytes);
 [[nodiscard]] QString yes();
 [[nodiscard]] QString no();
+/// `sentence`: the reason.
+[[nodiscard]] QString noBecause(const QString& sentence);
 [[nodiscard]] QString none();
 
 } // namespace CommandLineTexts

@@ -14,6 +14,16 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+QString writableWords(const QString& library, const LibrarySummary& summary)
+{
+    if (summary.writable) {
+        return CommandLineTexts::yes();
+    }
+    QString why = summary.whyReadOnly;
+    why.replace(library, TextLayout::escaped(library));
+    return why.isEmpty() ? CommandLineTexts::no() : CommandLineTexts::noBecause(why);
+}
+
 QString words(const QString& library, const QString& version, const LibrarySummary& summary)
 {
     using CommandLineTexts::countWithBytes;

@@ -72,5 +72,6 @@ struct LibrarySummary {
     qint64 trashedBytes{0}; ///< of the masters of the trash, both of a pair
     int missing{0};         ///< visible photos whose original is no file that exists
     bool writable{false};
+    QString whyReadOnly;  ///< what keeps it from being written to, but for problems; else empty
     QStringList problems; ///< what the integrity check found, one sentence each
 };

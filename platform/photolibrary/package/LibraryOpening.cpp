@@ -154,6 +154,9 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> LibraryOpening::open(const QString&
         if (const Result<void> permitted = OpeningChecks::permissions(package); !permitted.ok()) {
             return permitted.error();
         }
+        if (const Result<void> own = OpeningChecks::ownDatabases(package); !own.ok()) {
+            return own.error();
+        }
     }
     const ForeignUse::Traces found = ForeignUse::tracesOf(package);
     Result<std::unique_ptr<Connection>> connection =

@@ -504,7 +504,8 @@ bool isCopy(const PhotoFacts& photo)
            !photo.keywords.contains(u"Corvane Original"_s, Qt::CaseInsensitive);
 }
 
-bool isWritable(Connection& connection)
+/// Why an opening for writing would be refused; empty where it would not.
+QString whyReadOnly(Connection& connection)
 {
     const QString& package = connection.packagePath();
     for (const Result<void>& checked : {OpeningChecks::permissions(package),
@@ -600,8 +601,9 @@ LibrarySummary LibraryReader::summary(Connection& connection,
     summary.rolls = static_cast<int>(
         std::ranges::count_if(events, [&rolls](qint64 id) { return rolls.contains(id); }));
     summary.problems = IntegrityCheck::problems(connection, namedFiles);
+    summary.whyReadOnly = whyReadOnly(connection);
     summary.writable =
-        isWritable(connection) &&
+        summary.whyReadOnly.isEmpty() &&
         (summary.problems.isEmpty() || IntegrityCheck::ofDatabases(connection).isEmpty());
     return summary;
 }

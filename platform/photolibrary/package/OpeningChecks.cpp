@@ -11,6 +11,7 @@
 #include <QFileInfo>
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -216,6 +217,23 @@ Result<void> OpeningChecks::permissions(const QString& package)
         Result<void> readable = permitted ? isReadable(package, path) : Result<void>();
         if (!readable.ok()) {
             return readable;
+        }
+    }
+    return {};
+}
+
+Result<void> OpeningChecks::ownDatabases(const QString& package)
+{
+    for (const Contents& contents : kContents) {
+        const QString path = package + "/Database/apdb/"_L1 + QString::fromLatin1(contents.file);
+        struct stat status = {};
+        if (::stat(QFile::encodeName(path).constData(), &status) == 0 && status.st_nlink > 1) {
+            // Journals bear the database's name, so that who opens it by the other one would not
+            // see that a crash left it half-written.
+            return Error{ErrorCode::NotWritable,
+                         u"The library \"%1\" is not written to: its database \"%2\" is the same "
+                         "file as another one (a hard link), which would change with it. Copy the "
+                         "library, and use the copy."_s.arg(package, path)};
         }
     }
     return {};

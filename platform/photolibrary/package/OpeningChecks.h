@@ -19,6 +19,10 @@ namespace OpeningChecks
 /// NotWritable; Unreadable for one that may be written but not read.
 [[nodiscard]] Result<void> permissions(const QString& package);
 
+/// Whether its databases are its own, no hard links to those of another library. Errors:
+/// NotWritable.
+[[nodiscard]] Result<void> ownDatabases(const QString& package);
+
 /// Whether it is an iPhoto library of a schema that can be read, with safe file names. Errors:
 /// Unsupported, Damaged; SQLite::Exception.
 [[nodiscard]] Result<void> readable(Connection& connection);

@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <sys/stat.h>
+
 #include <filesystem>
 #include <system_error>
 
@@ -30,6 +32,14 @@ QString absolute(const QString& package, const QString& relativePath)
 bool isRefused(const QString& package, const QString& relativePath)
 {
     return !QDir::isAbsolutePath(package) || !PackageFiles::isInside(relativePath);
+}
+
+/// Bytes that go with this name of a file.
+qint64 bytesOfName(const QFileInfo& file)
+{
+    struct stat status = {};
+    const bool isKnown = ::lstat(QFile::encodeName(file.filePath()).constData(), &status) == 0;
+    return isKnown && S_ISREG(status.st_mode) && status.st_nlink <= 1 ? status.st_size : 0;
 }
 
 NotRemoved refused(const QString& relativePath)
@@ -76,6 +86,14 @@ void removeTree(const fs::path& path, const QString& relativePath, QList<NotRemo
     }
 }
 
+QList<NotRemoved> removeNamed(const QString& package, const QString& relativePath)
+{
+    QList<NotRemoved> left;
+    const QByteArray path = QFile::encodeName(absolute(package, relativePath));
+    removeTree(fs::path(path.toStdString()), relativePath, left);
+    return left;
+}
+
 } // namespace
 
 bool PackageFiles::isInside(const QString& relativePath)
@@ -95,7 +113,7 @@ qint64 PackageFiles::bytesOf(const QString& package, const QString& relativePath
     }
     const QFileInfo entry(absolute(package, relativePath));
     if (isLinkOrFile(entry)) {
-        return entry.isSymLink() ? 0 : entry.size();
+        return bytesOfName(entry);
     }
     qint64 bytes = 0;
     QDirIterator walk(entry.filePath(),
@@ -103,20 +121,25 @@ qint64 PackageFiles::bytesOf(const QString& package, const QString& relativePath
                       QDirIterator::Subdirectories);
     while (walk.hasNext()) {
         walk.next();
-        bytes += walk.fileInfo().size();
+        bytes += bytesOfName(walk.fileInfo());
     }
     return bytes;
 }
 
+bool PackageFiles::leadsOut(const QString& package, const QString& relativePath)
+{
+    const QString root = QFileInfo(package).canonicalFilePath();
+    const QString folder = QFileInfo(absolute(package, relativePath)).path();
+    const QString real = QFileInfo(folder).canonicalFilePath(); // empty: it is not there
+    return !real.isEmpty() && real != root && !real.startsWith(root + u'/');
+}
+
 QList<NotRemoved> PackageFiles::remove(const QString& package, const QString& relativePath)
 {
-    if (isRefused(package, relativePath)) {
+    if (isRefused(package, relativePath) || leadsOut(package, relativePath)) {
         return {refused(relativePath)};
     }
-    QList<NotRemoved> left;
-    const QByteArray path = QFile::encodeName(absolute(package, relativePath));
-    removeTree(fs::path(path.toStdString()), relativePath, left);
-    return left;
+    return removeNamed(package, relativePath);
 }
 
 void PackageFiles::removeEmpty(const QString& package, const QStringList& folders)
@@ -144,7 +167,7 @@ QList<NotRemoved> PackageFiles::removeMade(const QString& package, const QString
         }
         const QString folder = file.section(u'/', 0, -2);
         removeUnfinished(package, folder, file.section(u'/', -1));
-        left.append(remove(package, file));
+        left.append(removeNamed(package, file));
         folders << folder;
     }
     folders.removeDuplicates();

@@ -5,7 +5,8 @@
 #include <QStringList>
 
 /// Files inside a package by their relative paths. Nothing outside the package is ever touched: a
-/// path that is empty, absolute or leads up is refused. Any thread.
+/// path that is empty, absolute or leads up is refused, and so is the removal of what lies in a
+/// folder outside that a link in the package leads to. Any thread.
 namespace PackageFiles
 {
 
@@ -17,15 +18,19 @@ struct NotRemoved {
 
 /// Whether the relative path stays inside the package: not empty, not absolute, no "..", no NUL.
 [[nodiscard]] bool isInside(const QString& relativePath);
-/// Bytes of a file, or of all files below a folder; links are not followed. 0 when absent.
+/// Whether the folder of that path lies outside the package, behind a symbolic link. What a person
+/// keeps there, another library may use as well.
+[[nodiscard]] bool leadsOut(const QString& package, const QString& relativePath);
+/// What removing a file, or all files below a folder, frees: their bytes, without links and without
+/// files that have another name too (hard links). 0 when absent.
 [[nodiscard]] qint64 bytesOf(const QString& package, const QString& relativePath);
 /// Removes a file, or a folder with the files in it. Returns what could not be removed: nothing
 /// when all is gone, as what was not there is.
 [[nodiscard]] QList<NotRemoved> remove(const QString& package, const QString& relativePath);
 /// Removes those folders, and their parents up to the package's first level, that are empty.
 void removeEmpty(const QString& package, const QStringList& folders);
-/// Removes files that a turn made or was making, with the folders that this leaves empty. Returns
-/// what could not be removed.
+/// Removes files that a turn made or was making, wherever the library's folders are, with the
+/// folders that this leaves empty. Returns what could not be removed.
 [[nodiscard]] QList<NotRemoved> removeMade(const QString& package, const QStringList& files);
 /// Removes what AtomicFile left unfinished in a folder: of the file `name`, or of all its files.
 void removeUnfinished(const QString& package, const QString& folder, const QString& name = {});

@@ -1,6 +1,8 @@
 #include "PhotoFiles.h"
 
+#include "PackageFiles.h"
 #include "Queries.h"
+#include "SystemLog.h"
 #include "Uuid.h"
 
 #include <QFileInfo>
@@ -129,6 +131,16 @@ void PhotoFiles::addMaster(const QString& uuid)
     }
 }
 
+bool PhotoFiles::isKeptOutside(const QString& path) const
+{
+    if (!PackageFiles::leadsOut(m_connection.packagePath(), path)) {
+        return false;
+    }
+    systemLog(u"\"%1/%2\" lies outside of the library, behind a link, and is not removed."_s.arg(
+        m_connection.packagePath(), path));
+    return true;
+}
+
 TrashRows::Leftovers PhotoFiles::leftovers()
 {
     QSet<QString> used;
@@ -140,12 +152,14 @@ TrashRows::Leftovers PhotoFiles::leftovers()
     TrashRows::Leftovers result;
     result.folders = m_sidecarFolders + m_renderedFolders;
     result.folders.removeDuplicates();
+    result.folders.removeIf([this](const QString& folder) { return isKeptOutside(folder); });
     for (const QString& path : std::as_const(m_masters)) {
         if (!used.contains(alike(path))) {
             result.files.append(spelled(m_connection.packagePath(), "Masters/"_L1 + path));
         }
     }
     result.files.removeDuplicates();
+    result.files.removeIf([this](const QString& file) { return isKeptOutside(file); });
     QStringList folders;
     for (const QString& group : std::as_const(m_groups)) {
         for (QString folder = group; !folder.isEmpty(); folder = folderOf(folder)) {

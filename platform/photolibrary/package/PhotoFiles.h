@@ -22,6 +22,8 @@ public:
     [[nodiscard]] TrashRows::Leftovers leftovers();
 
 private:
+    /// Whether a path of the package is left, since it leads out of it.
+    [[nodiscard]] bool isKeptOutside(const QString& path) const;
     void addRendered(const QString& root, const QString& path, const QString& version);
 
     Connection& m_connection;

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -161,4 +163,29 @@ TEST_F(PackageFilesOnDisk, bytesOfAFolderAreThoseOfItsFilesWithoutLinks)
     EXPECT_EQ(PackageFiles::bytesOf(package(), u"b"_s), 4);
     EXPECT_EQ(PackageFiles::bytesOf(package(), u"absent"_s), 0);
     EXPECT_EQ(PackageFiles::bytesOf(package(), u"../x"_s), 0);
+}
+
+TEST_F(PackageFilesOnDisk, behindALinkThatLeadsOutOnlyWhatThisProgramMadeIsRemoved)
+{
+    ASSERT_TRUE(QDir(folder()).mkpath(u"P.photolibrary beside/2011"_s));
+    const QString beside = package() + u" beside/2011"_s;
+    writeFile(beside + u"/kept.jpg"_s);
+    writeFile(beside + u"/made.jpg"_s);
+    ASSERT_TRUE(QFile::link(beside, package() + u"/Masters/2011"_s));
+    EXPECT_TRUE(PackageFiles::leadsOut(package(), u"Masters/2011/kept.jpg"_s));
+    EXPECT_FALSE(PackageFiles::leadsOut(package(), u"Masters/2010/a.jpg"_s));
+    EXPECT_FALSE(PackageFiles::leadsOut(package(), u"Masters/2012/not there.jpg"_s));
+    EXPECT_FALSE(PackageFiles::leadsOut(package(), u"Masters/2011"_s)) << "the link itself";
+    EXPECT_EQ(PackageFiles::remove(package(), u"Masters/2011/kept.jpg"_s).size(), 1);
+    EXPECT_TRUE(QFile::exists(beside + u"/kept.jpg"_s));
+    EXPECT_TRUE(PackageFiles::removeMade(package(), {u"Masters/2011/made.jpg"_s}).isEmpty());
+    EXPECT_FALSE(QFile::exists(beside + u"/made.jpg"_s));
+}
+
+TEST_F(PackageFilesOnDisk, aFileThatHasAnotherNameTooFreesNothing)
+{
+    const QByteArray file = QFile::encodeName(package() + u"/Masters/2010/a.jpg"_s);
+    ASSERT_EQ(::link(file.constData(), QFile::encodeName(folder() + u"/second"_s).constData()), 0);
+    EXPECT_EQ(PackageFiles::bytesOf(package(), u"Masters"_s), 0);
+    EXPECT_EQ(PackageFiles::bytesOf(package(), u"Masters/2010/a.jpg"_s), 0);
 }
