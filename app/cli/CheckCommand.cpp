@@ -78,7 +78,7 @@ int CheckCommand::executeWithLibrary(PhotoLibrary& library, const CommandService
                 return interruptedEarly(services);
             }
             progress.advance(CommandLineTexts::checking(), photo.fileName);
-            if (const auto problem = PhotoCheck::problemOf(photo.originalPath)) {
+            if (const auto problem = PhotoCheck::problemOf(photo.originalPath, photo.volume)) {
                 bad += BadPhoto{photo, problem->sentence};
             }
         }

@@ -69,6 +69,30 @@ void addNames(CLI::App& command,
         ->allow_extra_args(false);
 }
 
+void addVolumes(CLI::App& command, QMap<QString, QString>& folders)
+{
+    command
+        .add_option_function<std::vector<std::string>>(
+            "--volume",
+            [&folders](const std::vector<std::string>& values) {
+                for (const std::string& value : values) {
+                    const QString text = QString::fromStdString(value);
+                    const QString name = text.section(u'=', 0, 0);
+                    const QFileInfo folder(text.section(u'=', 1));
+                    if (name.isEmpty() || !text.contains(u'=') || !folder.isDir()) {
+                        refuse(CommandLineTexts::noVolume(text));
+                    }
+                    folders.insert(name, folder.absoluteFilePath());
+                }
+            },
+            "Where the disk NAME of referenced masters is here (\"/\": the Mac's own disk); may be "
+            "given more than once")
+        ->type_name("NAME=FOLDER")
+        ->expected(1)
+        ->take_all()
+        ->allow_extra_args(false);
+}
+
 CLI::Option* addSwitch(CLI::App& command,
                        const std::string& option,
                        std::optional<bool>& setting,
@@ -173,6 +197,7 @@ void CommandLineOptions::addLibraryOptions(CLI::App& command, LibraryOptions& op
 {
     addPath(command, "LIBRARY", options.library, "The library package");
     addDefaults(command, options.defaultsFile);
+    addVolumes(command, options.volumeFolders);
     command.add_flag("--quiet", options.quiet, "Show no progress");
 }
 

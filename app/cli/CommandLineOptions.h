@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -18,6 +19,7 @@ struct LibraryOptions {
     QString library;                     ///< path of the package
     std::optional<QString> defaultsFile; ///< in place of the user's own settings
     bool quiet{false};
+    QMap<QString, QString> volumeFolders; ///< in front of those of the settings
     bool afterCrash{false}; ///< write also to a library that iPhoto did not close properly
 };
 
@@ -39,7 +41,7 @@ namespace CommandLineOptions
 
 /// Ends the parsing: throws CLI::ValidationError.
 [[noreturn]] void refuse(const QString& sentence);
-/// LIBRARY, --defaults and --quiet.
+/// LIBRARY, --defaults, --volume and --quiet.
 void addLibraryOptions(CLI::App& command, LibraryOptions& options);
 /// A settings file that is there must be a file that can be read.
 void addDefaults(CLI::App& command, std::optional<QString>& path);

@@ -71,6 +71,13 @@ QString CommandLineTexts::defaultsNotReadable(const QString& path)
         .arg(TextLayout::escaped(path));
 }
 
+QString CommandLineTexts::noVolume(const QString& given)
+{
+    return translated("--volume needs the name of a disk and a folder that is there, NAME=FOLDER, "
+                      "but was given: %1")
+        .arg(TextLayout::escaped(given));
+}
+
 QString CommandLineTexts::emptyNeedsYes()
 {
     return translated("Without a terminal to ask on, --empty needs --yes: it deletes photos for "
@@ -291,6 +298,13 @@ QString CommandLineTexts::masterWithoutPath()
     return translated("The master is offline, or its path leads out of the library.");
 }
 
+QString CommandLineTexts::volumeOffline(const QString& name)
+{
+    return translated("The master is offline: it lies on the disk “%1” of the Mac, and where that "
+                      "is here is not known. --volume NAME=FOLDER tells it.")
+        .arg(TextLayout::escaped(name));
+}
+
 QString CommandLineTexts::fileMissing(const QString& path)
 {
     return translated("The file %1 is missing.").arg(TextLayout::escaped(path));
@@ -393,6 +407,17 @@ QString CommandLineTexts::infoRow(InfoRow row)
         return translated("Problems:");
     }
     Q_UNREACHABLE();
+}
+
+QString CommandLineTexts::countWithVolumes(qint64 count, const QStringList& offline)
+{
+    QStringList names;
+    for (const QString& name : offline) {
+        names += TextLayout::printable(name);
+    }
+    return names.isEmpty() ? QString::number(count)
+                           : translated("%1 (some on disks that are not at hand: %2)")
+                                 .arg(QString::number(count), names.join(u", "_s));
 }
 
 QString CommandLineTexts::countWithBytes(qint64 count, qint64 bytes)

@@ -21,6 +21,8 @@ namespace CommandLineTexts
 [[nodiscard]] QString defaultsIsFolder(const QString& path);
 [[nodiscard]] QString defaultsIsNoFile(const QString& path);
 [[nodiscard]] QString defaultsNotReadable(const QString& path);
+/// `given`: the value of --volume.
+[[nodiscard]] QString noVolume(const QString& given);
 [[nodiscard]] QString emptyNeedsYes();
 [[nodiscard]] QString reportFolderMissing(const QString& path);
 [[nodiscard]] QString reportIsFolder(const QString& path);
@@ -70,6 +72,7 @@ namespace CommandLineTexts
 [[nodiscard]] QString checking();
 [[nodiscard]] QString checked(qint64 photos, qint64 bad);
 [[nodiscard]] QString masterWithoutPath();
+[[nodiscard]] QString volumeOffline(const QString& name);
 [[nodiscard]] QString fileMissing(const QString& path);
 [[nodiscard]] QString fileUnreadable(const QString& path);
 /// `extension` may be empty.
@@ -105,6 +108,7 @@ enum class InfoRow : quint8 {
     Problems,
 };
 [[nodiscard]] QString infoRow(InfoRow row);
+[[nodiscard]] QString countWithVolumes(qint64 count, const QStringList& offline);
 [[nodiscard]] QString countWithBytes(qint64 count, qint64 bytes);
 [[nodiscard]] QString yes();
 [[nodiscard]] QString no();

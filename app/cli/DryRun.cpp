@@ -31,7 +31,7 @@ PhotoOutcome outcomeOf(const PhotoFacts& photo, const QString& source)
     PhotoOutcome outcome;
     outcome.photoId = photo.id;
     outcome.source = source;
-    const std::optional<PhotoCheck::Problem> problem = PhotoCheck::problemOf(source);
+    const std::optional<PhotoCheck::Problem> problem = PhotoCheck::problemOf(source, photo.volume);
     if (problem) {
         outcome.kind = kindOf(*problem);
         outcome.reason = problem->sentence;

@@ -40,8 +40,9 @@ QString words(const QString& library, const QString& version, const LibrarySumma
         {infoRow(Raw), countWithBytes(summary.rawPhotos, summary.rawBytes)},
         {infoRow(Processed), number(summary.processedPhotos)},
         {infoRow(Trash), countWithBytes(summary.trashedPhotos, summary.trashedBytes)},
-        {infoRow(Missing), number(summary.missing)},
-        {infoRow(Writable), summary.writable ? CommandLineTexts::yes() : CommandLineTexts::no()},
+        {infoRow(Missing),
+         CommandLineTexts::countWithVolumes(summary.missing, summary.offlineVolumes)},
+        {infoRow(Writable), writableWords(library, summary)},
     };
     const QStringList problems =
         summary.problems.isEmpty() ? QStringList{CommandLineTexts::none()} : summary.problems;

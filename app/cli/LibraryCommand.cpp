@@ -5,6 +5,8 @@
 #include "ExitStatus.h"
 #include "Interruption.h"
 #include "TextLayout.h"
+#include "UserDefaults.h"
+#include "VolumeSetting.h"
 
 #include <QFileInfo>
 
@@ -20,11 +22,15 @@ int LibraryCommand::execute(const CommandServices& services)
     if (const std::optional<int> status = prepare(services)) {
         return *status;
     }
-    Result<std::unique_ptr<PhotoLibrary>> opened = PhotoLibrary::open(
-        m_libraryOptions.library,
-        {.access = access(), .afterCrash = m_libraryOptions.afterCrash, .shouldStop = [&services] {
-             return services.interruption.isRequested();
-         }});
+    OpenOptions options;
+    options.access = access();
+    options.afterCrash = m_libraryOptions.afterCrash;
+    options.shouldStop = [&services] { return services.interruption.isRequested(); };
+    options.volumeFolders = VolumeSetting::folders(
+        UserDefaults(m_libraryOptions.defaultsFile.value_or(UserDefaults::standardFilePath())));
+    options.volumeFolders.insert(m_libraryOptions.volumeFolders);
+    Result<std::unique_ptr<PhotoLibrary>> opened =
+        PhotoLibrary::open(m_libraryOptions.library, options);
     if (services.interruption.isRequested()) {
         return interruptedEarly(services);
     }

@@ -22,11 +22,13 @@ bool isOutOfSight(const QString& path)
 
 } // namespace
 
-std::optional<PhotoCheck::Problem> PhotoCheck::problemOf(const QString& path)
+std::optional<PhotoCheck::Problem> PhotoCheck::problemOf(const QString& path, const QString& volume)
 {
     using Kind = Problem::Kind;
     if (path.isEmpty()) {
-        return Problem{Kind::Missing, CommandLineTexts::masterWithoutPath()};
+        return Problem{Kind::Missing,
+                       volume.isEmpty() ? CommandLineTexts::masterWithoutPath()
+                                        : CommandLineTexts::volumeOffline(volume)};
     }
     const QFileInfo file(path);
     if (isOutOfSight(path) || (file.isFile() && !file.isReadable())) {

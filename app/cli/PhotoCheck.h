@@ -20,7 +20,8 @@ struct Problem {
 };
 
 /// Nothing when the file is there, readable, of a readable type and decodes to its last row.
-/// `path` is empty where the library names no file. Thread: any; takes as long as decoding.
-[[nodiscard]] std::optional<Problem> problemOf(const QString& path);
+/// `path` is empty where the library names no file, or one on `volume`, a disk that is not at hand.
+/// Thread: any; takes as long as decoding.
+[[nodiscard]] std::optional<Problem> problemOf(const QString& path, const QString& volume = {});
 
 } // namespace PhotoCheck

@@ -4,6 +4,7 @@
 #include "LibraryActions.h"
 #include "LibraryFinder.h"
 #include "Texts.h"
+#include "VolumeSetting.h"
 
 #include <QAction>
 #include <QApplication>
@@ -30,6 +31,7 @@ DesktopProgram::DesktopProgram(const QString& settingsFile, QObject* parent)
           .checkForNewCrashes = [this] { m_crashReporting.checkForNewCrashes(); },
       }))
 {
+    m_session.setVolumeFolders(VolumeSetting::folders(m_defaults));
     m_controller->awakeFromNib();
     makeWindows();
     followLibrary();

@@ -215,6 +215,18 @@ void LibrarySession::promoteLibrary(const LibraryPtr& writing)
     m_library = writing;
 }
 
+QMap<QString, QString> LibrarySession::volumeFolders() const
+{
+    const std::lock_guard guard(m_mutex);
+    return m_volumeFolders;
+}
+
+void LibrarySession::setVolumeFolders(const QMap<QString, QString>& folders)
+{
+    const std::lock_guard guard(m_mutex);
+    m_volumeFolders = folders;
+}
+
 bool LibrarySession::isOpen() const
 {
     return library() != nullptr;
@@ -275,7 +287,7 @@ LibrarySession::openAndCheck(const QString& path, bool afterCrash, const Library
         closeQuietly(before);
     }
     Result<std::unique_ptr<PhotoLibrary>> opened =
-        PhotoLibrary::open(path, {.access = Access::Read});
+        PhotoLibrary::open(path, {.access = Access::Read, .volumeFolders = volumeFolders()});
     if (!opened.ok()) {
         return refuse(opened.error(), again);
     }
@@ -319,10 +331,12 @@ void LibrarySession::show(LibraryContents contents)
 std::function<void()>
 LibrarySession::checkForWriting(const QString& path, bool afterCrash, const LibraryPtr& reading)
 {
-    Result<std::unique_ptr<PhotoLibrary>> result = PhotoLibrary::open(
-        path, {.access = Access::Write, .afterCrash = afterCrash, .shouldStop = [this] {
-                   return m_checkStopped.load();
-               }});
+    OpenOptions options;
+    options.access = Access::Write;
+    options.afterCrash = afterCrash;
+    options.shouldStop = [this] { return m_checkStopped.load(); };
+    options.volumeFolders = volumeFolders();
+    Result<std::unique_ptr<PhotoLibrary>> result = PhotoLibrary::open(path, options);
     if (!result.ok()) {
         return stayReadOnly(result.error());
     }

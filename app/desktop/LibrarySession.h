@@ -5,6 +5,7 @@
 #include "Scripting.h"
 
 #include <QList>
+#include <QMap>
 #include <QObject>
 #include <QString>
 #include <QThreadPool>
@@ -44,6 +45,9 @@ public:
     /// Reads the contents anew, then brings sidecars and catalogues in step, as after a scan:
     /// contentsChanged() does not wait for the files.
     void synchronise();
+
+    /// Where disks of referenced masters are, for every opening from now on. Any thread.
+    void setVolumeFolders(const QMap<QString, QString>& folders);
 
     [[nodiscard]] bool isOpen() const;
 
@@ -102,6 +106,7 @@ private:
     class Application;
 
     [[nodiscard]] LibraryPtr library() const;
+    [[nodiscard]] QMap<QString, QString> volumeFolders() const;
     /// The library as a scan needs it.
     [[nodiscard]] LibraryPtr settledLibrary();
     /// The application of settledLibrary(); one that does not run where there is none.
@@ -127,6 +132,7 @@ private:
     QList<qint64> m_selection;            ///< the person's
     QList<qint64> m_applicationSelection; ///< the same, or the scan's while it is held
     bool m_selectionHeld{false};
+    QMap<QString, QString> m_volumeFolders;
     int m_openings{0};                 ///< how many are under way
     std::condition_variable m_settled; ///< told when there is none any more
     std::atomic<bool> m_stopRequested{false};

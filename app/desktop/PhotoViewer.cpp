@@ -37,6 +37,11 @@ QStringList filesOf(const PhotoFacts& photo)
 /// Why a photo has no file that could be shown.
 QString whyNoFile(const PhotoFacts& photo)
 {
+    if (photo.originalPath.isEmpty() && !photo.volume.isEmpty()) {
+        return PhotoViewer::tr(
+                   "The original lies on the disk “%1” of the Mac, which is not at hand.")
+            .arg(photo.volume);
+    }
     if (photo.originalPath.isEmpty()) {
         return Texts::fileMissing(QString());
     }

@@ -3,6 +3,7 @@
 #include "Result.h"
 
 #include <QByteArray>
+#include <QMap>
 #include <QString>
 #include <QVariant>
 
@@ -45,6 +46,11 @@ public:
     [[nodiscard]] SQLite::Database& database() { return m_database; }
 
     [[nodiscard]] const QString& packagePath() const { return m_packagePath; }
+
+    /// Folders here of volumes that referenced masters lie on, by the name of the volume.
+    [[nodiscard]] const QMap<QString, QString>& volumeFolders() const { return m_volumeFolders; }
+
+    void setVolumeFolders(const QMap<QString, QString>& folders) { m_volumeFolders = folders; }
 
     /// The prepared statement of this text, reset and without bindings; prepared once a connection.
     /// The text must not be asked for again while its rows are still being read.
@@ -97,6 +103,7 @@ private:
     void prepare(std::size_t index, Mode mode);
 
     QString m_packagePath;
+    QMap<QString, QString> m_volumeFolders;
     SQLite::Database m_database;
     std::unordered_map<std::string, std::unique_ptr<SQLite::Statement>> m_statements;
 };

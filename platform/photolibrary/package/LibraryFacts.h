@@ -29,6 +29,7 @@ struct PhotoFacts {
     QString rollName;
     QString imagePath;     ///< absolute: the rendered preview, else the master; empty = none
     QString originalPath;  ///< absolute: the master, of a pair the RAW one; empty = out of reach
+    QString volume;        ///< of a referenced master: the disk it lies on; else empty
     QString previewPath;   ///< absolute: the rendered preview; empty = none
     QString thumbnailPath; ///< absolute: the 360-pixel thumbnail; empty = none
     bool raw{false};       ///< a master of it is RAW
@@ -69,8 +70,9 @@ struct LibrarySummary {
     qint64 rawBytes{0};     ///< of the RAW masters on disk; a pair's counts once
     int processedPhotos{0}; ///< visible copies filed from an original
     int trashedPhotos{0};
-    qint64 trashedBytes{0}; ///< of the masters of the trash, both of a pair
-    int missing{0};         ///< visible photos whose original is no file that exists
+    qint64 trashedBytes{0};     ///< of the masters of the trash, both of a pair, no referenced one
+    int missing{0};             ///< visible photos whose original is no file that exists
+    QStringList offlineVolumes; ///< disks of missing referenced masters that are not at hand
     bool writable{false};
     QString whyReadOnly;  ///< what keeps it from being written to, but for problems; else empty
     QStringList problems; ///< what the integrity check found, one sentence each

@@ -166,6 +166,7 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> LibraryOpening::open(const QString&
     if (!connection.ok()) {
         return connection.error();
     }
+    connection.value()->setVolumeFolders(options.volumeFolders);
     return LibraryErrors::caught(package, [&]() -> Result<std::shared_ptr<PhotoLibraryPrivate>> {
         const Result<void> readable = OpeningChecks::readable(*connection.value());
         if (!readable.ok()) {

@@ -6,6 +6,7 @@
 #include "PathMapping.h"
 #include "Queries.h"
 #include "RoomyCache.h"
+#include "Volumes.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -49,7 +50,7 @@ constexpr const char* kAnyPhoto =
 
 constexpr const char* kMasters =
     "SELECT uuid, fileName, imagePath, fileIsReference, isTrulyRaw, type, alternateMasterUuid,"
-    " originalVersionUuid FROM RKMaster";
+    " originalVersionUuid, fileVolumeUuid FROM RKMaster";
 
 /// Most were imported upright, so only the others are kept.
 constexpr const char* kRotationsAsImported =
@@ -169,6 +170,7 @@ struct MasterRow {
     bool isMovie{false};
     QString alternateUuid;
     QString originalVersionUuid;
+    QString volumeUuid;
 };
 
 struct EventRow {
@@ -193,6 +195,7 @@ struct Tables {
     QHash<qint64, double> altitudes;
     NamesByPhoto keywords;
     NamesByPhoto albums;
+    QHash<QString, Volumes::Volume> volumes;
 };
 
 void readMasters(Connection& connection, Tables& tables)
@@ -260,6 +263,7 @@ Tables readTables(Connection& connection)
     readProperties(connection, tables);
     tables.keywords = keywordsByPhoto(connection);
     tables.albums = albumsByPhoto(connection);
+    tables.volumes = Volumes::all(connection);
     return tables;
 }
 
@@ -384,17 +388,35 @@ public:
 private:
     void findMaster(PhotoFacts& photo, const MasterRow& master) const
     {
-        photo.originalPath = PathMapping::master(m_package, master.imagePath, master.isReference);
+        photo.originalPath = pathOf(master);
+        photo.volume = master.isReference ? volumeOf(master).name : QString();
         const FileFacts file = factsOfFile(photo.originalPath);
         photo.missing = !file.isThere;
         photo.unreadable = file.isThere && !file.mayBeRead;
         photo.bytes = file.bytes;
-        const auto alternate = m_tables.masters.constFind(master.alternateUuid);
-        if (m_inTrash && !master.alternateUuid.isNull() && alternate != m_tables.masters.cend()) {
-            const QString path =
-                PathMapping::master(m_package, alternate->imagePath, alternate->isReference);
-            photo.bytes += factsOfFile(path).bytes;
+        if (!m_inTrash) {
+            return;
         }
+        photo.bytes = master.isReference ? 0 : photo.bytes;
+        const auto alternate = m_tables.masters.constFind(master.alternateUuid);
+        if (!master.alternateUuid.isNull() && alternate != m_tables.masters.cend() &&
+            !alternate->isReference) {
+            photo.bytes += factsOfFile(pathOf(*alternate)).bytes;
+        }
+    }
+
+    [[nodiscard]] Volumes::Volume volumeOf(const MasterRow& master) const
+    {
+        const Volumes::Volume unknown{master.volumeUuid, QString()};
+        return m_tables.volumes.value(master.volumeUuid, unknown);
+    }
+
+    [[nodiscard]] QString pathOf(const MasterRow& master) const
+    {
+        return PathMapping::master(m_package,
+                                   {master.imagePath,
+                                    master.isReference,
+                                    master.isReference ? volumeOf(master).folder : QString()});
     }
 
     void findPictures(PhotoFacts& photo, const ProxyRow& proxy) const
@@ -585,6 +607,9 @@ LibrarySummary LibraryReader::summary(Connection& connection,
         ++summary.photos;
         rolls.insert(photo.rollId);
         summary.missing += photo.missing ? 1 : 0;
+        if (photo.missing && photo.originalPath.isEmpty() && !photo.volume.isEmpty()) {
+            summary.offlineVolumes << photo.volume;
+        }
         if (photo.raw) {
             ++summary.rawPhotos;
             summary.rawBytes += photo.bytes;
@@ -595,9 +620,8 @@ LibrarySummary LibraryReader::summary(Connection& connection,
         ++summary.trashedPhotos;
         summary.trashedBytes += photo.bytes;
     }
-    const QList<qint64> events = Sql::integers(
-        connection,
-        "SELECT modelId FROM RKFolder WHERE folderType = 2 AND isMagic = 0 AND isInTrash = 0");
+    summary.offlineVolumes.removeDuplicates();
+    summary.offlineVolumes.sort(Qt::CaseInsensitive);
     summary.rolls = static_cast<int>(
         std::ranges::count_if(events, [&rolls](qint64 id) { return rolls.contains(id); }));
     summary.problems = IntegrityCheck::problems(connection, namedFiles);

@@ -15,7 +15,8 @@ namespace LibraryReader
 
 /// Photos out of the trash by event, the earliest event first, then by date.
 [[nodiscard]] QList<PhotoFacts> photos(Connection& connection);
-/// Photos in the trash; `bytes` holds both masters of a pair.
+/// Photos in the trash; `bytes` is what emptying it frees: both masters of a pair, no referenced
+/// one.
 [[nodiscard]] QList<PhotoFacts> trashedPhotos(Connection& connection);
 /// The ids of the user's regular albums, in the order of their making: none of the library's fixed
 /// ones, not hidden, not in the trash, not published to a service.

@@ -6,6 +6,7 @@
 #include "PhotoRows.h"
 #include "Queries.h"
 #include "TrashRows.h"
+#include "Volumes.h"
 
 using namespace Qt::StringLiterals;
 
@@ -27,18 +28,25 @@ struct Record {
     QVariant miniature;
     qint64 rotation{0};
     qint64 isEdited{0};
-    QString alternateImagePath;
+    PathMapping::MasterPlace alternate;
+    QString volumeFolder;
 };
 
 constexpr const char* kRecord =
     "SELECT m.fileName, v.name, v.imageDate, v.imageTimeZoneName, v.processedWidth,"
     " v.processedHeight, v.mainRating, m.imagePath, m.fileIsReference, p.fullSizePreviewPath,"
-    " p.miniThumbnailPath, v.rotation, v.hasEnabledAdjustments, a.imagePath"
+    " p.miniThumbnailPath, v.rotation, v.hasEnabledAdjustments, m.fileVolumeUuid,"
+    " a.imagePath, a.fileIsReference, a.fileVolumeUuid"
     " FROM RKVersion v"
     " JOIN RKMaster m ON m.uuid = coalesce(v.rawMasterUuid, v.masterUuid)"
     " LEFT JOIN RKMaster a ON a.uuid = m.alternateMasterUuid"
     " LEFT JOIN prox.RKImageProxyState p ON p.versionUuid = v.uuid"
     " WHERE v.modelId = ? AND v.showInLibrary = 1";
+
+QString volumeFolder(Connection& connection, bool isReference, const QString& volume)
+{
+    return isReference ? Volumes::of(connection, volume).folder : QString();
+}
 
 std::optional<Record> recordOf(Connection& connection, qint64 id)
 {
@@ -63,7 +71,13 @@ std::optional<Record> recordOf(Connection& connection, qint64 id)
     record.miniature = Sql::value(query.column(column++));
     record.rotation = query.column(column++).getInt64();
     record.isEdited = query.column(column++).getInt64();
-    record.alternateImagePath = Sql::text(query.column(column++));
+    const QString volume = Sql::text(query.column(column++));
+    record.alternate.imagePath = Sql::text(query.column(column++));
+    record.alternate.isReference = query.column(column++).getInt64() != 0;
+    const QString alternateVolume = Sql::text(query.column(column++));
+    record.volumeFolder = volumeFolder(connection, record.isReference != 0, volume);
+    record.alternate.volumeFolder =
+        volumeFolder(connection, record.alternate.isReference, alternateVolume);
     return record;
 }
 
@@ -85,7 +99,9 @@ bool isNumber(const QVariant& value)
 QString masterPath(const QString& package, const Record& record)
 {
     return isText(record.imagePath)
-               ? PathMapping::master(package, record.imagePath.toString(), record.isReference != 0)
+               ? PathMapping::master(
+                     package,
+                     {record.imagePath.toString(), record.isReference != 0, record.volumeFolder})
                : QString();
 }
 
@@ -351,10 +367,9 @@ PhotoEvidence PackagePhoto::evidence()
     evidence.previewPath = below(package, "Previews"_L1, record->preview);
     evidence.edited = record->isEdited != 0;
     evidence.rotation = static_cast<int>(record->rotation);
-    const QString alternate =
-        record->alternateImagePath.isEmpty()
-            ? QString()
-            : PathMapping::master(package, record->alternateImagePath, record->isReference != 0);
+    const QString alternate = record->alternate.imagePath.isEmpty()
+                                  ? QString()
+                                  : PathMapping::master(package, record->alternate);
     for (const QString& file : {masterPath(package, *record), alternate, evidence.previewPath}) {
         if (!file.isEmpty()) {
             evidence.files.append(file);

@@ -43,15 +43,11 @@ QString entryNamed(const QString& folder, const QString& name)
     return alike;
 }
 
-} // namespace
-
-QString
-PathMapping::inside(const QString& package, QLatin1StringView folder, const QString& relative)
+QString below(const QString& root, const QString& relative)
 {
     if (!staysInside(relative)) {
         return {};
     }
-    const QString root = package + u'/' + folder;
     QString exact = root + u'/' + relative;
     if (QFileInfo::exists(exact)) {
         return exact;
@@ -68,7 +64,18 @@ PathMapping::inside(const QString& package, QLatin1StringView folder, const QStr
     return path;
 }
 
-QString PathMapping::master(const QString& package, const QString& imagePath, bool isReference)
+} // namespace
+
+QString
+PathMapping::inside(const QString& package, QLatin1StringView folder, const QString& relative)
 {
-    return isReference ? QString() : inside(package, "Masters"_L1, imagePath);
+    return below(package + u'/' + folder, relative);
+}
+
+QString PathMapping::master(const QString& package, const MasterPlace& place)
+{
+    if (!place.isReference) {
+        return inside(package, "Masters"_L1, place.imagePath);
+    }
+    return place.volumeFolder.isEmpty() ? QString() : below(place.volumeFolder, place.imagePath);
 }

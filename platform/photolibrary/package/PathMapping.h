@@ -14,8 +14,15 @@ namespace PathMapping
 [[nodiscard]] QString
 inside(const QString& package, QLatin1StringView folder, const QString& relative);
 
-/// Absolute path of a master. Empty for a referenced master, whose volume is not at hand here, and
-/// for a path that leads out of the package.
-[[nodiscard]] QString master(const QString& package, const QString& imagePath, bool isReference);
+/// Where a master lies by its row.
+struct MasterPlace {
+    QString imagePath; ///< below Masters, or below the root of its volume
+    bool isReference{false};
+    QString volumeFolder{}; ///< of a referenced one: where its volume is here; empty: not at hand
+};
+
+/// Absolute path of a master, whether or not it exists. Empty for a referenced master whose volume
+/// is not at hand, and for a path that leads out of the package or of the volume's folder.
+[[nodiscard]] QString master(const QString& package, const MasterPlace& place);
 
 } // namespace PathMapping

@@ -5,6 +5,7 @@
 #include "Scripting.h"
 
 #include <QByteArray>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -25,6 +26,9 @@ struct OpenOptions {
     /// Asked now and then while the databases are checked, which takes long for a large library;
     /// yes ends the opening with Interrupted. Called on the thread that opens; may be empty.
     std::function<bool()> shouldStop{};
+    /// Where disks are here that referenced masters lie on: absolute folders by the name of the
+    /// disk on the Mac, its own by "/". Masters on others are offline.
+    QMap<QString, QString> volumeFolders{};
 };
 
 /// A picture to be taken into the library by a program of our own.

@@ -136,6 +136,7 @@ PhotoLibraryPrivate::PhotoLibraryPrivate(WriteAccess::Places places,
     : m_places(std::move(places))
     , m_version(std::move(version))
     , m_write(std::move(write))
+    , m_volumeFolders(connection->volumeFolders())
 {
     auto first = std::make_shared<Session>();
     first->thread = currentThreadMark();
@@ -158,6 +159,7 @@ Result<std::shared_ptr<Session>> PhotoLibraryPrivate::session()
     if (!opened.ok()) {
         return opened.error();
     }
+    opened.value()->setVolumeFolders(m_volumeFolders);
     auto made = std::make_shared<Session>();
     made->thread = mark;
     made->connection = std::move(opened).value();

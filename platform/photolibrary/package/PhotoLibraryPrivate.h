@@ -101,6 +101,8 @@ private:
     const WriteAccess::Places m_places;
     const QString m_version;
     const WriteAccessPtr m_write;
+    QStringList m_warnings;
+    const QMap<QString, QString> m_volumeFolders; ///< of the first connection, for all others
     std::atomic<bool> m_closed{false};
     std::atomic<bool> m_stopRequested{false};
 

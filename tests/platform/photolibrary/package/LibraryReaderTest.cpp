@@ -352,13 +352,39 @@ TEST(PathMapping, aNameIsFoundInEachSpellingThatTheMacTookForTheSame)
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     for (const QString& asked : {u"2010/"_s + composed, u"2010/"_s + composed.toLower()}) {
-        EXPECT_EQ(PathMapping::master(folder.path(), asked, false), path);
+        EXPECT_EQ(PathMapping::master(folder.path(), {asked}), path);
     }
-    EXPECT_EQ(PathMapping::master(folder.path(), u"2010/none.jpg"_s, false),
+    EXPECT_EQ(PathMapping::master(folder.path(), {u"2010/none.jpg"_s}),
               folder.path() + u"/Masters/2010/none.jpg"_s);
-    EXPECT_TRUE(PathMapping::master(folder.path(), u"2010/x.jpg"_s, true).isEmpty());
+    EXPECT_TRUE(PathMapping::master(folder.path(), {u"2010/x.jpg"_s, true}).isEmpty());
     for (const QString& out : {u"/etc/passwd"_s, u"2010/../../x"_s, u".."_s, QString()}) {
         EXPECT_TRUE(PathMapping::inside(folder.path(), "Masters"_L1, out).isEmpty());
+    }
+}
+
+TEST(PathMapping, ofFoldersAndFilesEachCompositionFindsTheOther)
+{
+    const QString name = QString::fromUtf8("Z\u00fcrich/\u00c9t\u00e9.JPG");
+    for (const auto onDisk : {QString::NormalizationForm_C, QString::NormalizationForm_D}) {
+        const QTemporaryDir folder;
+        const QString path = folder.path() + u"/Masters/"_s + name.normalized(onDisk);
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        for (const auto asked : {QString::NormalizationForm_C, QString::NormalizationForm_D}) {
+            EXPECT_EQ(PathMapping::master(folder.path(), {name.normalized(asked)}), path);
+            EXPECT_EQ(PathMapping::master(folder.path(), {name.normalized(asked).toLower()}), path);
+        }
+    }
+}
+
+TEST(PathMapping, onADiskThatLiesHereAReferenceCannotLeadOutOfIt)
+{
+    const QTemporaryDir disk;
+    const QString root = disk.path();
+    EXPECT_EQ(PathMapping::master(u"/L"_s, {u"a/b.jpg"_s, true, root}), root + u"/a/b.jpg"_s);
+    for (const QString& out : {u"/etc/passwd"_s, u"a/../../x"_s, u".."_s, QString()}) {
+        EXPECT_TRUE(PathMapping::master(u"/L"_s, {out, true, root}).isEmpty()) << out.toStdString();
     }
 }
 
