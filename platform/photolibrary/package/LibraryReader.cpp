@@ -68,11 +68,16 @@ constexpr const char* kComments = "SELECT i.versionId, s.stringProperty FROM pro
 constexpr const char* kAltitudes = "SELECT versionId, numberProperty FROM prop.RKExifNumberProperty"
                                    " WHERE propertyKey = 'Altitude'";
 
-/// One album, or all for want of an id.
+/// One album, or all for want of an id. No library at hand has an album of a photo stream, a
+/// published one, a book or a slideshow: that such have a service, another type, or a folder of
+/// their own is concluded from the built-in folders and from what public readers know. In doubt an
+/// album is none of the user's own, and is left alone.
 constexpr const char* kRegularAlbums =
     "SELECT modelId FROM RKAlbum WHERE (?1 IS NULL OR modelId = ?1) AND albumSubclass = 3"
     " AND isMagic = 0 AND isHidden = 0 AND isInTrash = 0 AND coalesce(serviceName, '') = ''"
-    " AND folderUuid <> '' AND uuid NOT IN ('lastImportAlbum', 'rotationAlbum', 'trashAlbum',"
+    " AND coalesce(albumType, 1) = 1 AND folderUuid NOT IN"
+    " ('', 'RKPhotostreamFolder', 'PublishedProjects', 'TopLevelSlideshows') AND uuid NOT IN "
+    "('lastImportAlbum', 'rotationAlbum', 'trashAlbum',"
     " 'allPhotosAlbum', 'allProjectsAlbum', 'flaggedAlbum', 'lastNMonthsAlbum', 'rejectedAlbum',"
     " 'eventFilterBarAlbum', 'peopleAlbum', 'allPlacedPhotosAlbum', 'libraryFolderImplicitAlbum')"
     " ORDER BY modelId";

@@ -1,6 +1,7 @@
 #include "PackagePhoto.h"
 
 #include "AlbumRows.h"
+#include "LibraryReader.h"
 #include "PackageAlbum.h"
 #include "PathMapping.h"
 #include "PhotoRows.h"
@@ -328,13 +329,7 @@ void PackagePhoto::addTo(const AlbumPtr& album)
     }
     const qint64 id = album->id();
     m_library->write([&](Writer& writer) {
-        const bool isThere =
-            Sql::firstInteger(writer.connection,
-                              "SELECT modelId FROM RKAlbum WHERE modelId = ? AND isInTrash = 0"
-                              " AND albumSubclass = 3",
-                              id)
-                .has_value();
-        if (isThere) {
+        if (LibraryReader::isRegularAlbum(writer.connection, id)) {
             AlbumRows::addPhotos(writer, id, {m_id});
         }
     });
