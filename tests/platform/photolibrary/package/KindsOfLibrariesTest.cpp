@@ -1,0 +1,370 @@
+#include "Connection.h"
+#include "IntegrityCheck.h"
+#include "LibraryBuilder.h"
+#include "PhotoLibrary.h"
+#include "QtPrinters.h"
+#include "Queries.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+using namespace Qt::StringLiterals;
+
+/// Photos and albums of every kind that people have.
+class KindsOfLibraries : public testing::Test
+{
+protected:
+    [[nodiscard]] std::unique_ptr<PhotoLibrary> open(Access access) const
+    {
+        OpenOptions options;
+        options.access = access;
+        options.volumeFolders = m_volumes;
+        auto library = PhotoLibrary::open(m_builder.package(), options);
+        EXPECT_TRUE(library.ok()) << library.error().message.toStdString();
+        return library.ok() ? std::move(library).value() : nullptr;
+    }
+
+    [[nodiscard]] static PhotoFacts find(const QList<PhotoFacts>& photos, qint64 id)
+    {
+        for (const PhotoFacts& photo : photos) {
+            if (photo.id == id) {
+                return photo;
+            }
+        }
+        return {};
+    }
+
+    /// As listings show it; without an id when it is not there.
+    [[nodiscard]] PhotoFacts shown(qint64 id) const
+    {
+        return find(open(Access::Read)->photos().value(), id);
+    }
+
+    [[nodiscard]] PhotoFacts trashed(qint64 id) const
+    {
+        return find(open(Access::Read)->trashedPhotos().value(), id);
+    }
+
+    /// As a scan removes it.
+    void remove(qint64 id) const
+    {
+        const auto library = open(Access::Write);
+        photo(*library, id)->removeFrom(application(*library)->photoLibraryAlbum());
+    }
+
+    [[nodiscard]] static PhotoApplicationPtr application(PhotoLibrary& library)
+    {
+        return library.applicationWithBundleIdentifier(u"com.apple.iPhoto"_s);
+    }
+
+    [[nodiscard]] static PhotoPtr photo(PhotoLibrary& library, qint64 id)
+    {
+        library.setSelection({id});
+        return std::dynamic_pointer_cast<Photo>(application(library)->selection().first());
+    }
+
+    [[nodiscard]] QString master(const QString& imagePath) const
+    {
+        return m_builder.package() + u"/Masters/"_s + imagePath;
+    }
+
+    [[nodiscard]] qint64 bytes(const QString& path) const { return QFileInfo(path).size(); }
+
+    void expectSound() const
+    {
+        const auto connection = Connection::open(m_builder.package(), Connection::Mode::Read);
+        ASSERT_TRUE(connection.ok());
+        EXPECT_EQ(IntegrityCheck::problems(*connection.value(), {}).filter(u"missing"_s).size(), 0);
+        EXPECT_EQ(IntegrityCheck::ofDatabases(*connection.value()).join(u'\n').toStdString(), "");
+    }
+
+    QTemporaryDir m_folder;
+    LibraryBuilder m_builder{m_folder.filePath(u"Test.photolibrary"_s)};
+    QMap<QString, QString> m_volumes;
+};
+
+TEST_F(KindsOfLibraries, ofAPairTheRawMasterIsTheOriginalWhicheverIsShown)
+{
+    for (const auto active : {LibraryBuilder::Active::Raw, LibraryBuilder::Active::Jpeg}) {
+        const QString name = active == LibraryBuilder::Active::Raw ? u"A"_s : u"B"_s;
+        const PhotoFacts facts = shown(m_builder.addPair(name, u"Trip"_s, active));
+        EXPECT_TRUE(facts.raw);
+        EXPECT_EQ(facts.fileName, name + u".dng"_s);
+        EXPECT_TRUE(facts.originalPath.endsWith(u'/' + name + u".dng"_s));
+        EXPECT_EQ(facts.bytes, bytes(facts.originalPath));
+        const auto library = open(Access::Read);
+        const QVariantMap record = photo(*library, facts.id)->properties().value();
+        EXPECT_EQ(record.value(u"originalPath"_s).toString(), facts.originalPath);
+        EXPECT_EQ(photo(*library, facts.id)->evidence().files.size(), 3) << "and its preview";
+    }
+    const LibrarySummary summary = open(Access::Read)->summary().value();
+    EXPECT_EQ(summary.photos, 2);
+    EXPECT_EQ(summary.rawPhotos, 2);
+    expectSound();
+}
+
+TEST_F(KindsOfLibraries, aPairGoesToTheTrashAndComesBackWithBothMasters)
+{
+    const qint64 id = m_builder.addPair(u"A"_s, u"Trip"_s, LibraryBuilder::Active::Jpeg);
+    const QString raw = shown(id).originalPath;
+    const QString jpeg = master(m_builder.imagePath(id));
+    ASSERT_NE(raw, jpeg);
+    remove(id);
+    EXPECT_EQ(trashed(id).bytes, bytes(raw) + bytes(jpeg));
+    EXPECT_EQ(open(Access::Read)->summary().value().trashedBytes, bytes(raw) + bytes(jpeg));
+    expectSound();
+    EXPECT_EQ(open(Access::Write)->restoreFromTrash({id}).value(), 1);
+    EXPECT_EQ(shown(id).originalPath, raw);
+    expectSound();
+    remove(id);
+    EXPECT_GE(open(Access::Write)->emptyTrash().value(), 1);
+    EXPECT_FALSE(QFile::exists(raw) || QFile::exists(jpeg));
+    expectSound();
+}
+
+TEST_F(KindsOfLibraries, aReferencedMasterIsFoundOnlyWhereItsDiskIsSaidToBe)
+{
+    const qint64 id = m_builder.addRaw(u"A.dng"_s, u"Trip"_s);
+    const QString disk = m_folder.filePath(u"disk"_s);
+    m_builder.makeReference(id, u"Photos"_s, disk, u"2012/A.dng"_s);
+    PhotoFacts facts = shown(id);
+    EXPECT_TRUE(facts.missing && facts.originalPath.isEmpty());
+    EXPECT_EQ(facts.volume, u"Photos"_s);
+    EXPECT_EQ(open(Access::Read)->summary().value().offlineVolumes, QStringList{u"Photos"_s});
+    EXPECT_TRUE(photo(*open(Access::Read), id)->properties()->value(u"originalPath"_s).isNull());
+
+    m_volumes = {{u"Photos"_s, disk}};
+    facts = shown(id);
+    EXPECT_FALSE(facts.missing);
+    EXPECT_EQ(facts.originalPath, disk + u"/2012/A.dng"_s);
+    EXPECT_EQ(facts.bytes, bytes(facts.originalPath));
+    EXPECT_TRUE(open(Access::Read)->summary().value().offlineVolumes.isEmpty());
+    const auto library = open(Access::Read);
+    EXPECT_EQ(photo(*library, id)->originalPath(), facts.originalPath);
+
+    m_volumes = {{u"Photos"_s, m_folder.filePath(u"unplugged"_s)}};
+    EXPECT_TRUE(shown(id).originalPath.isEmpty());
+}
+
+TEST_F(KindsOfLibraries, aReferencedMasterOfTheMacsOwnDiskIsFoundBelowItsRoot)
+{
+    const qint64 id = m_builder.addRaw(u"A.dng"_s, u"Trip"_s);
+    const QString root = m_folder.filePath(u"root"_s);
+    m_builder.makeReference(id, QString(), root, u"Users/me/A.dng"_s);
+    EXPECT_EQ(shown(id).volume, u"/"_s);
+    m_volumes = {{u"/"_s, root}};
+    EXPECT_EQ(shown(id).originalPath, root + u"/Users/me/A.dng"_s);
+}
+
+TEST_F(KindsOfLibraries, aReferencedMasterIsNeverDeletedNorCountedAsFreed)
+{
+    const qint64 id = m_builder.addRaw(u"A.dng"_s, u"Trip"_s);
+    const QString disk = m_folder.filePath(u"disk"_s);
+    m_builder.makeReference(id, u"Photos"_s, disk, u"A.dng"_s);
+    m_volumes = {{u"Photos"_s, disk}};
+    remove(id);
+    EXPECT_EQ(trashed(id).bytes, 0);
+    EXPECT_TRUE(open(Access::Write)->emptyTrash().ok());
+    EXPECT_EQ(trashed(id).id, 0);
+    EXPECT_TRUE(QFile::exists(disk + u"/A.dng"_s));
+}
+
+TEST_F(KindsOfLibraries, ofAnEditedPhotoThePreviewIsShownAndTheMasterIsTheOriginal)
+{
+    const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    EXPECT_FALSE(shown(id).edited);
+    EXPECT_EQ(shown(id).imagePath, shown(id).originalPath);
+    const QString preview = m_builder.makeEdited(id);
+    const PhotoFacts facts = shown(id);
+    EXPECT_TRUE(facts.edited);
+    EXPECT_EQ(facts.imagePath, preview);
+    EXPECT_EQ(facts.originalPath, master(m_builder.imagePath(id)));
+}
+
+TEST_F(KindsOfLibraries, hiddenAndFlaggedPhotosStaySo)
+{
+    const qint64 hidden = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    const qint64 flagged = m_builder.addPhoto(u"B.JPG"_s, u"Trip"_s);
+    m_builder.setHidden(hidden);
+    m_builder.setFlagged(flagged);
+    EXPECT_TRUE(shown(hidden).hidden);
+    EXPECT_FALSE(shown(flagged).hidden);
+    EXPECT_EQ(open(Access::Read)->summary().value().photos, 1);
+    for (const qint64 id : {hidden, flagged}) {
+        remove(id);
+        EXPECT_EQ(open(Access::Write)->restoreFromTrash({id}).value(), 1);
+    }
+    EXPECT_TRUE(shown(hidden).hidden);
+    const auto connection = Connection::open(m_builder.package(), Connection::Mode::Read);
+    EXPECT_EQ(Sql::integers(*connection.value(), "SELECT modelId FROM RKVersion WHERE isFlagged=1"),
+              QList<qint64>{flagged});
+    expectSound();
+}
+
+TEST_F(KindsOfLibraries, aMovieIsListedAsOneAndIsNoPhoto)
+{
+    const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    m_builder.makeMovie(id);
+    EXPECT_TRUE(shown(id).movie);
+    EXPECT_EQ(open(Access::Read)->summary().value().photos, 0);
+}
+
+TEST_F(KindsOfLibraries, aPhotoThatIsInTheTrashAlreadyStaysThereUnchanged)
+{
+    const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    m_builder.moveToTrash(id);
+    EXPECT_EQ(shown(id).id, 0);
+    const PhotoFacts before = trashed(id);
+    EXPECT_EQ(before.id, id);
+    remove(id);
+    EXPECT_TRUE(trashed(id) == before);
+    expectSound();
+}
+
+TEST_F(KindsOfLibraries, anEmptyEventIsNotCounted)
+{
+    static_cast<void>(m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s));
+    m_builder.addEmptyEvent(u"Nothing"_s);
+    EXPECT_EQ(open(Access::Read)->summary().value().rolls, 1);
+    expectSound();
+}
+
+TEST_F(KindsOfLibraries, anAlbumInAFolderIsOneOfTheUsersOwn)
+{
+    const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    m_builder.addAlbumInFolder(u"Folder"_s, u"Inside"_s, {id});
+    EXPECT_EQ(shown(id).albums, QStringList{u"Inside"_s});
+    expectSound();
+}
+
+TEST_F(KindsOfLibraries, onlyARegularAlbumOfTheUsersOwnIsTakenForOneAndTakesPhotos)
+{
+    const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Corvane For iPhoto"_s);
+    m_builder.addEmptyEvent(u"Corvane For iPhoto"_s);
+    QList<qint64> others;
+    for (const QString& kind : {u"albumSubclass=2, versionCount=NULL"_s,
+                                u"serviceName='Flickr'"_s,
+                                u"folderUuid='RKPhotostreamFolder'"_s,
+                                u"folderUuid='PublishedProjects'"_s,
+                                u"folderUuid='TopLevelSlideshows'"_s,
+                                u"albumType=8"_s}) {
+        others << m_builder.addAlbum(u"Corvane For iPhoto"_s, {});
+        m_builder.set(u"RKAlbum"_s, others.last(), kind);
+    }
+    const qint64 own = m_builder.addAlbum(u"Corvane For iPhoto"_s, {});
+    {
+        const auto library = open(Access::Write);
+        QList<qint64> regular;
+        for (const AlbumPtr& album : application(*library)->albums()) {
+            if (album->type() == kRegularAlbumType) {
+                regular << album->id();
+            }
+            photo(*library, id)->addTo(album);
+        }
+        EXPECT_EQ(regular, QList<qint64>{own});
+    }
+    const auto connection = Connection::open(m_builder.package(), Connection::Mode::Read);
+    for (const qint64 album : std::as_const(others)) {
+        EXPECT_TRUE(Sql::integers(*connection.value(),
+                                  "SELECT modelId FROM RKAlbumVersion WHERE albumId=?",
+                                  album)
+                        .isEmpty());
+    }
+    EXPECT_EQ(shown(id).albums, QStringList{u"Corvane For iPhoto"_s});
+    expectSound();
+}
+
+TEST_F(KindsOfLibraries, mastersBehindALinkThatLeadsOutAreReadAndNeverDeleted)
+{
+    const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    const QString inside = m_builder.package() + u"/Masters"_s;
+    const QString outside = m_folder.filePath(u"large disk"_s);
+    ASSERT_TRUE(QDir().rename(inside, outside) && QFile::link(outside, inside));
+    const PhotoFacts facts = shown(id);
+    EXPECT_FALSE(facts.missing);
+    remove(id);
+    const Result<qint64> freed = open(Access::Write)->emptyTrash();
+    ASSERT_TRUE(freed.ok()) << freed.error().message.toStdString();
+    EXPECT_LT(freed.value(), facts.bytes + 100000);
+    EXPECT_TRUE(QFile::exists(facts.originalPath));
+    EXPECT_EQ(trashed(id).id, 0);
+    EXPECT_TRUE(open(Access::Write)->warnings().isEmpty());
+}
+
+TEST_F(KindsOfLibraries, aMasterWithAnotherNameOnTheDiskFreesNothing)
+{
+    const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    const qint64 other = m_builder.addPhoto(u"B.JPG"_s, u"Trip"_s);
+    const QString path = shown(id).originalPath;
+    const QString second = m_folder.filePath(u"kept.jpg"_s);
+    std::filesystem::create_hard_link(path.toStdString(), second.toStdString());
+    const qint64 size = bytes(path);
+    remove(other);
+    const qint64 whole = open(Access::Write)->emptyTrash().value();
+    remove(id);
+    EXPECT_EQ(open(Access::Write)->emptyTrash().value(), whole - size);
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_EQ(bytes(second), size);
+}
+
+TEST_F(KindsOfLibraries, databasesThatAnotherLibrarySharesAreReadButNotWritten)
+{
+    const QString database = m_builder.package() + u"/Database/apdb/Properties.apdb"_s;
+    const QString second = m_folder.filePath(u"Properties.apdb"_s);
+    std::filesystem::create_hard_link(database.toStdString(), second.toStdString());
+    const auto refused = PhotoLibrary::open(m_builder.package(), {Access::Write, false});
+    ASSERT_FALSE(refused.ok());
+    EXPECT_EQ(refused.error().code, ErrorCode::NotWritable);
+    EXPECT_EQ(refused.error().message,
+              u"The library \"%1\" is not written to: its database \"%2\" is the same file as "
+              "another one (a hard link), which would change with it. Copy the library, and use "
+              "the copy."_s.arg(m_builder.package(), database));
+    const LibrarySummary summary = open(Access::Read)->summary().value();
+    EXPECT_FALSE(summary.writable);
+    EXPECT_EQ(summary.whyReadOnly, refused.error().message);
+    ASSERT_TRUE(QFile::remove(second));
+    EXPECT_NE(open(Access::Write), nullptr);
+}
+
+TEST_F(KindsOfLibraries, anOlderSchemaIsReadAndSaysWhyItIsNotWritten)
+{
+    const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    m_builder.edit([](Writer& writer) {
+        writer.connection.database().exec(
+            "UPDATE RKAdminData SET propertyValue='207' WHERE propertyArea='database' AND"
+            " propertyName='versionMinor'");
+    });
+    EXPECT_EQ(shown(id).fileName, u"A.JPG"_s);
+    const LibrarySummary summary = open(Access::Read)->summary().value();
+    EXPECT_FALSE(summary.writable);
+    EXPECT_TRUE(summary.whyReadOnly.contains(u"(schema 110.207)"_s))
+        << summary.whyReadOnly.toStdString();
+}
+
+TEST_F(KindsOfLibraries, aLibraryThatIPhotoMayHaveOpenSaysSoUntilItIsAcceptedAsItIs)
+{
+    const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    m_builder.edit([](Writer& writer) {
+        writer.connection.database().exec(
+            "UPDATE RKAdminData SET propertyValue='0' WHERE propertyArea='database' AND"
+            " propertyName='closedClean'");
+    });
+    const LibrarySummary summary = open(Access::Read)->summary().value();
+    EXPECT_FALSE(summary.writable);
+    EXPECT_TRUE(summary.whyReadOnly.contains(u"or has it open now"_s));
+    const auto refused = PhotoLibrary::open(m_builder.package(), {Access::Write, false});
+    ASSERT_FALSE(refused.ok());
+    EXPECT_EQ(refused.error().code, ErrorCode::NotClosed);
+    EXPECT_EQ(refused.error().message, summary.whyReadOnly);
+    OpenOptions accepting;
+    accepting.access = Access::Write;
+    accepting.afterCrash = true;
+    EXPECT_TRUE(PhotoLibrary::open(m_builder.package(), accepting).ok());
+    EXPECT_EQ(shown(id).id, id);
+}
