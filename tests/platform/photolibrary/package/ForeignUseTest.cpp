@@ -82,7 +82,7 @@ TEST_F(UsedByOthers, aRunDoesNotWarnOfTheChangesOfTheOneBefore)
     {
         auto other = Connection::open(package(), Connection::Mode::Write);
         ASSERT_TRUE(other.ok());
-        other.value()->database().exec("UPDATE RKVersion SET mainRating=3");
+        other.value()->database().exec("UPDATE RKVersion SET name='Lake'");
     }
     EXPECT_EQ(warnings(Access::Write).toStdString(), changedRecently().toStdString());
 }
