@@ -43,8 +43,8 @@ public:
         const UncaughtException* exception;
     };
 
-    /// Gathers what a signal handler cannot ask for, makes the folder, and holds as many
-    /// descriptors as a log needs, so that there is one of a program that has none left.
+    /// Gathers what a signal handler cannot ask for, and holds as many descriptors as a log needs,
+    /// so that there is one of a program that has none left.
     void prepare(const CrashLogFacts& facts);
 
     /// Writes the log section by section: what crashes the process a second time (a destroyed stack

@@ -30,7 +30,6 @@ void CrashLogFile::prepare(std::string_view folder, std::string_view name) noexc
     append(name);
     std::replace(&m_path[m_folderLength], &m_path[m_length], '/', '_');
     m_prefixLength = m_length;
-    makeFolders();
 }
 
 int CrashLogFile::create(const UtcTime& time, pid_t process) noexcept
@@ -60,7 +59,7 @@ int CrashLogFile::create(const UtcTime& time, pid_t process) noexcept
     constexpr mode_t kMode = S_IRUSR | S_IWUSR;
     int file = ::open(m_path.data(), kFlags, kMode);
     if (file < 0 && errno == ENOENT) {
-        makeFolders(); // somebody removed it since
+        makeFolders();
         file = ::open(m_path.data(), kFlags, kMode);
     }
     if (file >= 0) {
@@ -96,7 +95,9 @@ void CrashLogFile::makeFolders() noexcept
     for (std::size_t at = 1; at < m_folderLength; ++at) {
         if (m_path[at] == '/') {
             m_path[at] = '\0';
-            ::mkdir(m_path.data(), S_IRWXU);
+            if (::mkdir(m_path.data(), S_IRWXU) == 0) {
+                ::chmod(m_path.data(), S_IRWXU); // whatever the process' mask took away
+            }
             m_path[at] = '/';
         }
     }

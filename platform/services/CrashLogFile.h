@@ -15,13 +15,14 @@
 class CrashLogFile final
 {
 public:
-    /// `folder`: absolute. It is made, with those above it, mode 0700. `name`: a slash in it
-    /// becomes
-    /// "_". Without a folder, without a name, or with too long ones there will be no files.
+    /// Nothing is made yet. `folder`: absolute. `name`: a slash in it becomes "_". Without a
+    /// folder, without a name, or with too long ones there will be no files.
     void prepare(std::string_view folder, std::string_view name) noexcept;
 
     /// Makes the file and returns its descriptor for writing, the caller's to close; -1 when there
-    /// is one of that name already or it cannot be made.
+    /// is one of that name already or it cannot be made. The folder is made now where it is not
+    /// there, with those above it, mode 0700: one that is there without any log would keep logs
+    /// elsewhere from being looked for.
     [[nodiscard]] int create(const UtcTime& time, pid_t process) noexcept;
 
     /// Removes what create() made.

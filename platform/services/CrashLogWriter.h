@@ -13,7 +13,8 @@ class Bundle;
 ///
 /// The signal handler makes system calls, reads memory and calls libgcc's unwinder (CrashStack says
 /// what that means), nothing else. A second crash in it ends the process at once, and another
-/// thread that crashes meanwhile waits for that end. The file is made only in the crash.
+/// thread that crashes meanwhile waits for that end. File and folder are made only in
+/// the crash.
 namespace CrashLogWriter
 {
 

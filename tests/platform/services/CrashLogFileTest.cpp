@@ -49,11 +49,11 @@ TEST_F(CrashLogFileTest, theNameTellsApplicationTimeAndProcess)
     EXPECT_EQ(files(), QStringList(u"Corvane_2026-01-02_03-04-05_4711.crash"_s));
 }
 
-TEST_F(CrashLogFileTest, beforeACrashThereIsOnlyTheFolder)
+TEST_F(CrashLogFileTest, beforeACrashThereIsNotEvenAFolder)
 {
     prepare("Corvane");
-    EXPECT_TRUE(QFileInfo(folder()).isDir());
-    EXPECT_EQ(files(), QStringList());
+    EXPECT_EQ(QDir(m_folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+              QStringList());
 }
 
 TEST_F(CrashLogFileTest, onlyItsOwnerMayReadIt)
@@ -75,12 +75,22 @@ TEST_F(CrashLogFileTest, onlyItsOwnerMayReadIt)
 
 TEST_F(CrashLogFileTest, foldersThatAreMadeAreTheOwnersAlone)
 {
-    prepare("Corvane");
+    for (const mode_t mask : {0000U, 0777U}) {
+        prepare("Corvane");
+        const mode_t before = umask(mask);
+        const bool isMade = create();
+        umask(before);
+        ASSERT_TRUE(isMade);
+        for (const QString& made : {folder(), m_folder.path() + "/state"_L1}) {
+            Facts facts{};
 
-    Facts facts{};
-
-    ASSERT_EQ(stat(folder().toUtf8().constData(), &facts), 0);
-    EXPECT_EQ(facts.st_mode & 0777U, 0700U);
+            ASSERT_EQ(stat(made.toUtf8().constData(), &facts), 0);
+            EXPECT_EQ(facts.st_mode & 0777U, 0700U);
+        }
+        m_file.remove();
+        ASSERT_TRUE(QDir(m_folder.path()).rmpath(u"state/Logs/DiagnosticReports"_s));
+        ASSERT_TRUE(QDir().mkpath(m_folder.path()));
+    }
 }
 
 TEST_F(CrashLogFileTest, nothingIsWrittenOver)
@@ -95,6 +105,7 @@ TEST_F(CrashLogFileTest, noLinkIsFollowed)
 {
     prepare("Corvane");
     const QString target = m_folder.filePath(u"elsewhere"_s);
+    ASSERT_TRUE(QDir().mkpath(folder()));
     ASSERT_TRUE(QFile::link(target, folder() + "/Corvane_2026-01-02_03-04-05_4711.crash"_L1));
     EXPECT_FALSE(create());
     EXPECT_FALSE(QFileInfo::exists(target));
@@ -103,8 +114,9 @@ TEST_F(CrashLogFileTest, noLinkIsFollowed)
 TEST_F(CrashLogFileTest, aFolderThatWasRemovedIsMadeAgain)
 {
     prepare("Corvane");
-    ASSERT_TRUE(QDir(m_folder.path()).rmpath(u"state/Logs/DiagnosticReports"_s));
-    ASSERT_FALSE(QFileInfo::exists(folder()));
+    ASSERT_TRUE(create());
+    m_file.remove();
+    ASSERT_TRUE(QDir().rmdir(folder()));
     EXPECT_TRUE(create());
     EXPECT_EQ(files().size(), 1);
 }
