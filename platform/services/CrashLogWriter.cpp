@@ -9,6 +9,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <exception>
@@ -24,6 +25,9 @@ struct State {
     CrashLog log;
     UncaughtException exception;
     std::array<Action, SignalText::kOfFaults.size()> previousActions{};
+    std::array<bool, SignalText::kOfFaults.size()> wereIgnored{};
+    Action previousAlarmAction{};
+    unsigned previousAlarm{0}; ///< seconds that were left of it; 0: there was none
     std::terminate_handler previousTerminate{nullptr};
     unsigned secondsAllowed{0};
     std::atomic<pid_t> writer{0}; ///< the thread that writes the log
@@ -59,12 +63,36 @@ void limitTime() noexcept
     Action action{};
     action.sa_handler = &onTimeOut;
     sigfillset(&action.sa_mask);
-    ::sigaction(SIGALRM, &action, nullptr);
+    crashState.previousAlarm = alarm(0);
+    ::sigaction(SIGALRM, &action, &crashState.previousAlarmAction);
     sigset_t set{};
     sigemptyset(&set);
     sigaddset(&set, SIGALRM);
     pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
     alarm(crashState.secondsAllowed);
+}
+
+/// What limitTime() did is undone: whoever handled the signal before may go on with the program.
+void endLimit() noexcept
+{
+    alarm(0);
+    ::sigaction(SIGALRM, &crashState.previousAlarmAction, nullptr);
+    if (crashState.previousAlarm > 0) {
+        alarm(crashState.previousAlarm);
+    }
+}
+
+/// Whether the process was started with this signal ignored, and it was sent: then it still has no
+/// effect. A fault does not ask, nor does abort(), which ends the process also where its signal is
+/// ignored.
+bool isStillIgnored(int signal, const siginfo_t& information) noexcept
+{
+    if (!SignalText::isSent(information.si_code) ||
+        (signal == SIGABRT && information.si_pid == getpid())) {
+        return false;
+    }
+    const auto place = std::ranges::find(SignalText::kOfFaults, signal);
+    return crashState.wereIgnored[static_cast<std::size_t>(place - SignalText::kOfFaults.begin())];
 }
 
 /// Puts the actions back that were there before this program's handler, and sends the signal again.
@@ -84,6 +112,9 @@ void passOn(int signal, const siginfo_t& information) noexcept
 
 extern "C" void onFault(int signal, siginfo_t* information, void* context)
 {
+    if (isStillIgnored(signal, *information)) {
+        return;
+    }
     const int errorNumber = errno;
     pid_t writer = 0;
     if (!crashState.writer.compare_exchange_strong(writer, gettid())) {
@@ -97,7 +128,7 @@ extern "C" void onFault(int signal, siginfo_t* information, void* context)
     crashState.signal = signal;
     limitTime();
     crashState.log.write({signal, information, context, &crashState.exception});
-    alarm(0);
+    endLimit();
     passOn(signal, *information);
     errno = errorNumber;
 }
@@ -143,8 +174,9 @@ void CrashLogWriter::install(const CrashLogFacts& facts, unsigned secondsAllowed
     for (const int signal : SignalText::kOfFaults) {
         Action& previous = crashState.previousActions[index];
         ::sigaction(signal, &action, &previous);
-        if (previous.sa_handler == SIG_IGN) {
-            previous = {};
+        crashState.wereIgnored[index] = previous.sa_handler == SIG_IGN;
+        if (crashState.wereIgnored[index]) {
+            previous = {}; // a fault ends the process all the same
         }
         ++index;
     }

@@ -9,7 +9,7 @@ class Bundle;
 /// Leaves a log when the program crashes: on a signal that a fault ends it with, and on an
 /// exception that nobody catches. Then the signal takes its usual way, with the context and the
 /// information it came with, so that the system's own handling of crashes sees it as if nothing
-/// were between.
+/// were between. What was sent and was ignored when the program started stays without effect.
 ///
 /// The signal handler makes system calls, reads memory and calls libgcc's unwinder (CrashStack says
 /// what that means), nothing else. A second crash in it ends the process at once, and another

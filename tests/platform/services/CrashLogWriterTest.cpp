@@ -1,6 +1,7 @@
 #include "CrashLogWriter.h"
 
 #include "Bundle.h"
+#include "SignalText.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -74,9 +75,9 @@ protected:
     }
 
     /// Starts the program and waits until it can be sent a signal.
-    void startAndWait()
+    void startAndWait(const QString& kind = u"wait"_s)
     {
-        start(u"wait"_s);
+        start(kind);
         ASSERT_TRUE(m_process.waitForReadyRead(60000));
         ASSERT_EQ(m_process.readAllStandardOutput(), "ready\n");
     }
@@ -297,12 +298,49 @@ TEST_F(CrashLogWriterTest, signalsThatAreNoFaultsLeaveNoLog)
 
 TEST_F(CrashLogWriterTest, whoeverHandledTheSignalBeforeSeesItAsItCame)
 {
-    start(u"handled-before"_s);
-    EXPECT_EQ(finish(), 0);
+    EXPECT_EQ(crash(u"handled-before-segv"_s), 0);
     EXPECT_EQ(m_process.exitCode(), 42);
-    EXPECT_EQ(m_process.readAllStandardOutput(),
-              "signal 11 code 1 address 0x10 in writeToNowhere\n");
+    EXPECT_EQ(m_process.readLine(), "signal 11 code 1 address 0x10 in writeToNowhere\n");
     EXPECT_TRUE(log().endsWith(u"\nEnd of the log\n"_s));
+}
+
+TEST_F(CrashLogWriterTest, whoeverHandledTheSignalBeforeSeesItInItsThread)
+{
+    EXPECT_EQ(crash(u"handled-before-thread"_s), 0);
+    EXPECT_EQ(m_process.exitCode(), 42);
+    EXPECT_EQ(m_process.readLine(),
+              "signal 11 code 1 address 0x10 in writeToNowhere of another thread\n");
+    EXPECT_FALSE(value(u"Thread"_s).endsWith(u"(main)"_s));
+    EXPECT_TRUE(log().endsWith(u"\nEnd of the log\n"_s));
+}
+
+TEST_F(CrashLogWriterTest, afterTheLogAlarmsAreAsBefore)
+{
+    EXPECT_EQ(crash(u"handled-before-segv"_s), 0);
+    m_process.readLine();
+    EXPECT_EQ(m_process.readLine(), "alarms as before, 0 s left\n");
+}
+
+TEST_F(CrashLogWriterTest, whatIsSentAndWasIgnoredStaysIgnored)
+{
+    startAndWait(u"ignored-before-wait"_s);
+    for (const int signal : SignalText::kOfFaults) {
+        ASSERT_EQ(kill(static_cast<pid_t>(m_id), signal), 0);
+    }
+    // It comes after them.
+    ASSERT_EQ(kill(static_cast<pid_t>(m_id), SIGTERM), 0);
+    EXPECT_EQ(finish(), SIGTERM);
+    EXPECT_EQ(logs(), QStringList());
+}
+
+TEST_F(CrashLogWriterTest, aFaultIsLoggedAlsoWhereItsSignalWasIgnored)
+{
+    for (const auto& [kind, signal] :
+         {std::pair(u"segv"_s, SIGSEGV), std::pair(u"abort"_s, SIGABRT)}) {
+        EXPECT_EQ(crash(u"ignored-before-"_s + kind), signal);
+        EXPECT_TRUE(log().endsWith(u"\nEnd of the log\n"_s));
+        ASSERT_TRUE(QFile::remove(logFolder() + u'/' + logs().value(0)));
+    }
 }
 
 TEST_F(CrashLogWriterTest, anExceptionIsToldWithoutPaths)
@@ -387,9 +425,11 @@ TEST_F(CrashLogWriterTest, aCallToNowhereIsToldWithItsCaller)
 
 TEST_F(CrashLogWriterTest, twoThreadsThatCrashLeaveOneLog)
 {
-    const int signal = crash(u"two-threads"_s);
-    EXPECT_TRUE(signal == SIGSEGV || signal == SIGABRT) << signal;
-    EXPECT_TRUE(value(u"Signal"_s).startsWith(QString::number(signal)));
+    // The second crashes while the log of the first is written, and waits for its end.
+    EXPECT_EQ(crash(u"two-threads"_s), SIGABRT);
+    EXPECT_EQ(value(u"Signal"_s), u"6 SIGABRT"_s);
+    EXPECT_TRUE(value(u"Thread"_s).endsWith(u"(main)"_s));
+    EXPECT_EQ(callOf(u"writeToNowhere"_s), -1);
     EXPECT_TRUE(log().endsWith(u"\nEnd of the log\n"_s));
 }
 
@@ -397,6 +437,14 @@ TEST_F(CrashLogWriterTest, aSecondCrashEndsTheProcessAtOnceAndLeavesWhatWasWritt
 {
     EXPECT_EQ(crash(u"second-crash"_s), SIGSEGV);
     EXPECT_EQ(value(u"Signal"_s), u"6 SIGABRT"_s);
+    EXPECT_EQ(stack().constFirst().left(5), u"  0  "_s);
+    EXPECT_FALSE(log().contains(u"End of the log"_s));
+}
+
+TEST_F(CrashLogWriterTest, anAbortWhileTheLogIsWrittenEndsTheProcessAtOnce)
+{
+    EXPECT_EQ(crash(u"abort-in-handler"_s), SIGABRT);
+    EXPECT_EQ(value(u"Signal"_s), u"11 SIGSEGV"_s);
     EXPECT_EQ(stack().constFirst().left(5), u"  0  "_s);
     EXPECT_FALSE(log().contains(u"End of the log"_s));
 }
@@ -453,6 +501,10 @@ TEST_F(CrashLogWriterTest, everyCallSaysWhichBuildOfWhatItIsIn)
         const auto match = call.match(line);
         ASSERT_TRUE(match.hasMatch()) << line.toStdString();
         const QString file = match.captured(1);
+        if (match.captured(1).startsWith(u"crashing_program"_s) ||
+            match.captured(1).startsWith(u"libc.so"_s)) {
+            EXPECT_FALSE(match.captured(2).isEmpty()) << line.toStdString();
+        }
         const QString id = u" [%1] "_s.arg(match.captured(2));
         EXPECT_TRUE(std::any_of(known.begin(), known.end(), [&](const QString& module) {
             return module.contains(id) && module.endsWith(file);

@@ -1,7 +1,9 @@
 #include "AlternateSignalStack.h"
 #include "CrashLogOutput.h"
 #include "CrashLogWriter.h"
+#include "SignalText.h"
 
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -9,6 +11,8 @@
 #include <unistd.h>
 #include <unwind.h>
 
+#include <array>
+#include <atomic>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -16,6 +20,7 @@
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <thread>
 
 // A program that crashes as its argument tells it: "crashing_program KIND". Its log goes where that
@@ -28,11 +33,33 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-enum class Unwinder { Works, Crashes, Hangs };
+enum class Unwinder { Works, Crashes, Aborts, Hangs, WaitsForOther };
 
 volatile Unwinder unwinder = Unwinder::Works;
 /// Zero, but no compiler knows.
 volatile std::uintptr_t nothing = 0;
+
+} // namespace
+
+namespace
+{
+
+std::atomic<bool> isFirstInHandler{false};
+std::atomic<pid_t> otherThread{0}; ///< known once it does nothing any more but crash
+
+/// 'R' while it runs, 'S' once it waits for something.
+char stateOfOther()
+{
+    std::array<char, 64> path{};
+    std::snprintf(path.data(), path.size(), "/proc/self/task/%d/stat", otherThread.load());
+    std::array<char, 256> line{};
+    const int file = open(path.data(), O_RDONLY | O_CLOEXEC);
+    const ssize_t count = file < 0 ? 0 : read(file, line.data(), line.size());
+    close(file);
+    const std::string_view text(line.data(), static_cast<std::size_t>(count < 0 ? 0 : count));
+    const std::size_t end = text.rfind(')'); // of the thread's name
+    return end + 2 < text.size() ? text[end + 2] : '?';
+}
 
 } // namespace
 
@@ -109,6 +136,15 @@ CORVANE_UNCHECKED void freeRubbish()
     std::free(const_cast<std::size_t*>(block));
 }
 
+/// Lets the other thread crash, and returns when it waits in its handler of that.
+void waitUntilOtherHasCrashed()
+{
+    isFirstInHandler = true;
+    while (otherThread == 0 || stateOfOther() != 'S') {
+        usleep(1000);
+    }
+}
+
 // What the log writer calls instead of the unwinder: the linker wraps it.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 _Unwind_Reason_Code __real__Unwind_Backtrace(_Unwind_Trace_Fn visit, void* argument);
@@ -118,13 +154,21 @@ _Unwind_Reason_Code __wrap__Unwind_Backtrace(_Unwind_Trace_Fn visit, void* argum
     if (unwinder == Unwinder::Crashes) {
         writeToNowhere();
     }
+    if (unwinder == Unwinder::Aborts) {
+        std::abort();
+    }
     while (unwinder == Unwinder::Hangs) {
         pause();
+    }
+    if (unwinder == Unwinder::WaitsForOther) {
+        waitUntilOtherHasCrashed();
     }
     return __real__Unwind_Backtrace(visit, argument);
 }
 
 // NOLINTEND(bugprone-reserved-identifier)
+
+void doNothing(int) {}
 
 /// Stands for a handler of somebody else that was there before: tells what reaches it.
 void sayWhatCame(int signal, siginfo_t* information, void* context)
@@ -141,7 +185,12 @@ void sayWhatCame(int signal, siginfo_t* information, void* context)
     CrashLogOutput output(STDOUT_FILENO);
     output << "signal " << Decimal{signal} << " code " << Decimal{information->si_code}
            << " address " << Hexadecimal{reinterpret_cast<std::uintptr_t>(information->si_addr)}
-           << (isThere ? " in writeToNowhere\n" : " elsewhere\n");
+           << (isThere ? " in writeToNowhere" : " elsewhere")
+           << (gettid() == getpid() ? "\n" : " of another thread\n");
+    struct sigaction alarmAction = {};
+    sigaction(SIGALRM, nullptr, &alarmAction);
+    output << "alarms " << (alarmAction.sa_handler == &doNothing ? "as before" : "changed") << ", "
+           << Decimal{alarm(0)} << " s left\n";
     output.flush();
     _exit(42);
 }
@@ -219,13 +268,24 @@ const Crashes& crashes()
         {"thread-exception", [] { inThread([] { throw std::out_of_range("too far"); }); }},
         {"two-threads",
          [] {
-             std::thread other([] { std::abort(); });
-             writeToNowhere();
+             unwinder = Unwinder::WaitsForOther;
+             std::thread other([] {
+                 while (!isFirstInHandler) {
+                 }
+                 otherThread = gettid();
+                 writeToNowhere();
+             });
+             std::abort();
          }},
         {"second-crash",
          [] {
              unwinder = Unwinder::Crashes;
              std::abort();
+         }},
+        {"abort-in-handler",
+         [] {
+             unwinder = Unwinder::Aborts;
+             writeToNowhere();
          }},
         {"hang",
          [] {
@@ -243,18 +303,37 @@ void leaveNoCore()
     setrlimit(RLIMIT_CORE, &limit);
 }
 
+/// Whether `text` began with `prefix`, which is gone then.
+bool takePrefix(std::string& text, std::string_view prefix)
+{
+    const bool isThere = text.starts_with(prefix);
+    text.erase(0, isThere ? prefix.size() : 0);
+    return isThere;
+}
+
+/// As of a program that had handlers before crashes were logged.
+void setHandlersBefore()
+{
+    struct sigaction action = {};
+    action.sa_sigaction = &sayWhatCame;
+    action.sa_flags = SA_SIGINFO;
+    sigaction(SIGSEGV, &action, nullptr);
+    std::signal(SIGALRM, &doNothing);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     leaveNoCore();
     std::string kind = argc == 2 ? argv[1] : "";
-    if (kind == "handled-before") {
-        struct sigaction action = {};
-        action.sa_sigaction = &sayWhatCame;
-        action.sa_flags = SA_SIGINFO;
-        sigaction(SIGSEGV, &action, nullptr);
-        kind = "segv";
+    if (takePrefix(kind, "handled-before-")) {
+        setHandlersBefore();
+    }
+    if (takePrefix(kind, "ignored-before-")) {
+        for (const int signal : SignalText::kOfFaults) {
+            std::signal(signal, SIG_IGN);
+        }
     }
     CrashLogWriter::install({.applicationName = u"Corvane"_s,
                              .program = u"crashing_program"_s,
