@@ -1,5 +1,6 @@
 #include "PathRedaction.h"
 
+#include <algorithm>
 #include <array>
 
 namespace
@@ -15,12 +16,15 @@ constexpr std::array<std::string_view, 1> kDouble{"\""};
 constexpr std::array<std::string_view, 2> kSingle{"'", "`"}; // `so'
 constexpr std::array<std::string_view, 1> kBracket{"["};
 constexpr std::array<std::string_view, 1> kBracketEnd{"]"};
-constexpr std::array<std::string_view, 8> kTypographic{"“", "”", "„", "‘", "’", "‚", "«", "»"};
+constexpr std::array<std::string_view, 14> kTypographic{
+    "“", "”", "„", "‘", "’", "‚", "«", "»", "‹", "›", "「", "」", "『", "』"};
 constexpr std::array<Quotes, 4> kQuotes{{{kDouble, kDouble},
                                          {kSingle, kSingle},
                                          {kBracket, kBracketEnd},
                                          {kTypographic, kTypographic}}};
-/// What can stand right before a word and be no part of it.
+/// Those that are apostrophes within a word, and begin a quotation only before one.
+constexpr std::array<std::string_view, 3> kApostrophes{"'", "`", "’"};
+/// What can stand right before a word of a path and be no part of it.
 constexpr std::string_view kBeforeWord = " \t\r\n\"'`()[]{}<>=,;|";
 /// What can stand right after the end of a quotation.
 constexpr std::string_view kAfterQuotation = " \t\r\n\"'`()[]{}<>=,;|.:!?/";
@@ -115,9 +119,38 @@ Quotation closed(std::string_view text, const Quotes& quotes, std::string_view o
     return found;
 }
 
-/// The quotation that `text` begins with.
-Quotation quotationAt(std::string_view text)
+/// Whether a letter or digit, of whatever language, ends the text: what follows belongs to its
+/// word.
+bool endsWithinWord(std::string_view text)
 {
+    if (text.empty()) {
+        return false;
+    }
+    std::size_t begin = text.size() - 1;
+    while (begin > 0 && (static_cast<unsigned char>(text[begin]) & 0xC0U) == 0x80U) {
+        --begin;
+    }
+    const std::string_view last = text.substr(begin);
+    if (last.size() == 1) {
+        const bool isLetter = (last >= "a" && last <= "z") || (last >= "A" && last <= "Z");
+        return isLetter || (last >= "0" && last <= "9");
+    }
+    // Signs of Latin 1, dashes and what else is general punctuation, signs of Asian languages.
+    const bool isSign = (last >= "\xC2\xA0" && last <= "\xC2\xBF") ||
+                        last.starts_with("\xE2\x80") || last.starts_with("\xE2\x81") ||
+                        last.starts_with("\xE3\x80");
+    return !isSign;
+}
+
+/// The quotation that begins at `at`.
+Quotation quotationAt(std::string_view whole, std::size_t at)
+{
+    const std::string_view text = whole.substr(at);
+    const bool isApostrophe = std::ranges::any_of(
+        kApostrophes, [text](std::string_view quote) { return text.starts_with(quote); });
+    if (isApostrophe && endsWithinWord(whole.substr(0, at))) {
+        return {};
+    }
     for (const Quotes& quotes : kQuotes) {
         for (const std::string_view opening : quotes.openings) {
             if (text.starts_with(opening)) {
@@ -154,7 +187,7 @@ std::size_t PathRedaction::copyWithoutPaths(std::string_view text, std::span<cha
     std::size_t sentenceMark = 0;
     std::size_t at = 0;
     while (at < text.size()) {
-        const Quotation quotation = at == wordBegin ? quotationAt(text.substr(at)) : Quotation{};
+        const Quotation quotation = quotationAt(text, at);
         if (!quotation.opening.empty()) {
             line.append(quotation.opening);
             line.append("<text>");

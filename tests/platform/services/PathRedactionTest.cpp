@@ -54,11 +54,37 @@ TEST(PathRedaction, quotesInANameEndNoQuotation)
     EXPECT_EQ(redacted("no \"Anna's \"best\" one.jpg\""), "no \"<text>\"");
 }
 
-TEST(PathRedaction, aQuoteWithinAWordBeginsNoQuotation)
+TEST(PathRedaction, aQuotationBeginsAnywhere)
+{
+    EXPECT_EQ(redacted("failed:\"Anna.cr2\""), "failed:\"<text>\"");
+    EXPECT_EQ(redacted("photo #\"Anna.cr2\" gone"), "photo #\"<text>\" gone");
+    EXPECT_EQ(redacted("photo \"Anna.cr2\"(gone)"), "photo \"<text>\"(gone)");
+    EXPECT_EQ(redacted("album:[Anna]"), "album:[<text>]");
+    EXPECT_EQ(redacted("album[Anna]"), "album[<text>]");
+    EXPECT_EQ(redacted("failed -“Anna.cr2”"), "failed -“<text>”");
+    EXPECT_EQ(redacted("gone—„Anna.cr2“"), "gone—„<text>“");
+    EXPECT_EQ(redacted("gone…«Anna.cr2»"), "gone…«<text>»");
+    EXPECT_EQ(redacted("gone:‹Anna.cr2›"), "gone:‹<text>›");
+    EXPECT_EQ(redacted("写真「アンナ」"), "写真「<text>」");
+    EXPECT_EQ(redacted("5\" \"My Photos/a.cr2\""), "5\"<text>\"");
+}
+
+TEST(PathRedaction, whatMayBeAnApostropheBeginsAQuotationWhereNoWordIsBefore)
+{
+    EXPECT_EQ(redacted("key:'Anna'"), "key:'<text>'");
+    EXPECT_EQ(redacted("photo #'Anna.cr2' gone"), "photo #'<text>' gone");
+    EXPECT_EQ(redacted("failed -'Anna.cr2'"), "failed -'<text>'");
+    EXPECT_EQ(redacted("gone—’Anna.cr2’"), "gone—’<text>’");
+    EXPECT_EQ(redacted("gone\xC2\xA0'Anna.cr2'"), "gone\xC2\xA0'<text>'");
+    EXPECT_EQ(redacted("failed:`Anna.cr2'"), "failed:`<text>'");
+}
+
+TEST(PathRedaction, anApostropheBeginsNoQuotation)
 {
     EXPECT_EQ(redacted("can't open it, it isn't there"), "can't open it, it isn't there");
     EXPECT_EQ(redacted("can't open 'Anna's wedding'"), "can't open '<text>'");
-    EXPECT_EQ(redacted("5\" \"My Photos/a.cr2\""), "5\" \"<text>\"");
+    EXPECT_EQ(redacted("it isn’t there"), "it isn’t there");
+    EXPECT_EQ(redacted("l’été d’Anna, déjà’s"), "l’été d’Anna, déjà’s");
 }
 
 TEST(PathRedaction, aQuotationWithoutAnEndTakesTheRest)
