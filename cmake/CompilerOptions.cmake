@@ -21,3 +21,9 @@ function(corvane_add_library name)
     target_include_directories(${name} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
     target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE corvane_options ${ARG_PRIVATE})
 endfunction()
+
+# Every function that the program calls of a library is looked up when it starts, none at its first
+# call: in the handler of a crash the dynamic linker must not be run.
+function(corvane_bind_at_start name)
+    target_link_options(${name} PRIVATE LINKER:-z,now)
+endfunction()

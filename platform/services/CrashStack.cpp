@@ -12,9 +12,12 @@ namespace
 /// A stack of 8 MB holds fewer; a damaged one may go on for ever.
 constexpr std::size_t kMostFrames = 1U << 20U;
 
-_Unwind_Reason_Code stopAtOnce(_Unwind_Context*, void*)
+/// Goes to the outermost frame: on the way the unwinder and what it calls are bound to each other.
+_Unwind_Reason_Code goOn(_Unwind_Context* frame, void*)
 {
-    return _URC_END_OF_STACK;
+    int isInterrupted = 0;
+    _Unwind_GetIPInfo(frame, &isInterrupted);
+    return _URC_NO_REASON;
 }
 
 #if defined(__x86_64__)
@@ -100,7 +103,7 @@ struct CrashStack::Walk {
 
 void CrashStack::warmUp() noexcept
 {
-    _Unwind_Backtrace(&stopAtOnce, nullptr);
+    _Unwind_Backtrace(&goOn, nullptr);
 }
 
 void CrashStack::walk(void* context, const LoadedModules& modules, Listener& listener) noexcept
