@@ -1,5 +1,6 @@
 #include "SignalWatcher.h"
 
+#include "AlternateSignalStack.h"
 #include "Interruption.h"
 
 #include <fcntl.h>
@@ -50,7 +51,10 @@ SignalWatcher::SignalWatcher(Interruption& interruption)
         return; // the signals keep their usual effect
     }
     mailbox() = m_pipe[1];
-    m_thread = std::thread([this] { watch(); });
+    m_thread = std::thread([this] {
+        const AlternateSignalStack signalStack;
+        watch();
+    });
 
     struct sigaction noting = {};
     noting.sa_handler = noteSignal;

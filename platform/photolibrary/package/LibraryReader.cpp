@@ -1,5 +1,6 @@
 #include "LibraryReader.h"
 
+#include "AlternateSignalStack.h"
 #include "Clock.h"
 #include "IntegrityCheck.h"
 #include "OpeningChecks.h"
@@ -495,6 +496,7 @@ private:
         m_finding = std::async(
             std::launch::async,
             [&finder = *m_finder, &chunk = m_chunks.back(), before = std::move(m_finding)] {
+                const AlternateSignalStack signalStack;
                 if (before.valid()) {
                     before.wait();
                 }

@@ -26,6 +26,25 @@ TEST(SignalWatcherTest, theFirstSignalAsksToStop)
     }
 }
 
+TEST(SignalWatcherTest, whatIsDoneAtASignalHasAStackForSignals)
+{
+    Interruption interruption;
+    const SignalWatcher watcher(interruption);
+    stack_t stack{};
+    QEventLoop loop;
+    QObject::connect(
+        &interruption,
+        &Interruption::requested,
+        &loop,
+        [&stack] { sigaltstack(nullptr, &stack); },
+        Qt::DirectConnection);
+    QObject::connect(&interruption, &Interruption::requested, &loop, &QEventLoop::quit);
+    ASSERT_EQ(kill(getpid(), SIGTERM), 0);
+    loop.exec();
+    EXPECT_NE(stack.ss_sp, nullptr);
+    EXPECT_EQ(stack.ss_flags & SS_DISABLE, 0);
+}
+
 TEST(SignalWatcherTest, whoIsAskedToStopInAnotherWayHasNoSignalToTellOf)
 {
     Interruption interruption;
