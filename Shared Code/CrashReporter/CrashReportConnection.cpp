@@ -19,6 +19,8 @@ constexpr int kMostRedirects = 20;
 constexpr int kFirstErrorStatus = 400;
 constexpr int kTemporaryRedirect = 307;
 constexpr int kPermanentRedirect = 308;
+constexpr int kHttpPort = 80;
+constexpr int kHttpsPort = 443;
 
 /// The body of a request, read from memory once from its start to its end. It cannot be wound back:
 /// Qt would send a POST a second time when the connection is cut.
@@ -77,16 +79,9 @@ bool isAnswered(const QNetworkReply& reply)
             error != QNetworkReply::ContentReSendError);
 }
 
-bool isSameHost(const QUrl& one, const QUrl& other)
+int portOf(const QUrl& url)
 {
-    return one.host() == other.host();
-}
-
-bool isSameServer(const QUrl& one, const QUrl& other)
-{
-    constexpr int kNone = -1; // is that of the scheme
-    return isSameHost(one, other) && one.scheme() == other.scheme() &&
-           one.port(kNone) == other.port(kNone);
+    return url.port(url.scheme() == "https"_L1 ? kHttpsPort : kHttpPort);
 }
 
 bool isSafeRedirect(const QUrl& from, const QUrl& to)
@@ -132,6 +127,14 @@ void CrashReportConnection::cancel()
         reply->abort();
         reply->deleteLater();
     }
+}
+
+bool CrashReportConnection::isSameServer(const QUrl& from, const QUrl& to)
+{
+    const bool isSameScheme = from.scheme() == to.scheme() && portOf(from) == portOf(to);
+    const bool isMadeSecure = from.scheme() == "http"_L1 && to.scheme() == "https"_L1 &&
+                              portOf(from) == kHttpPort && portOf(to) == kHttpsPort;
+    return from.host() == to.host() && (isSameScheme || isMadeSecure);
 }
 
 void CrashReportConnection::authorize()
@@ -221,18 +224,16 @@ void CrashReportConnection::follow(const QUrl& target, int status)
         fail(QNetworkReply::TooManyRedirectsError, CrashReportTexts::tooManyRedirects());
         return;
     }
-    const bool isPost = m_isPost && (status == kTemporaryRedirect || status == kPermanentRedirect);
-    if (isPost && !isSameHost(m_request.url(), target)) {
-        fail(QNetworkReply::InsecureRedirectError,
-             CrashReportTexts::redirectedToAnotherServer(target.host()));
-        return;
-    }
     if (!isSameServer(m_request.url(), target)) {
-        m_request.setRawHeader("Authorization", {});
+        fail(QNetworkReply::InsecureRedirectError,
+             CrashReportTexts::redirectedToAnotherServer(
+                 target.toDisplayString(QUrl::RemoveUserInfo | QUrl::RemovePath |
+                                        QUrl::RemoveQuery | QUrl::RemoveFragment)));
+        return;
     }
     m_request.setUrl(target);
     authorize();
-    if (isPost) {
+    if (m_isPost && (status == kTemporaryRedirect || status == kPermanentRedirect)) {
         post();
     } else {
         get();

@@ -15,11 +15,12 @@ class QNetworkReply;
 /// didFinishLoading() and didFailWithError(), unless the connection is cancelled or destroyed.
 ///
 /// An HTTP status is never a failure by itself: what came with it is an answer like any other. What
-/// is followed and not told is a redirect: after 307 and 308 the body is sent again, after the
-/// others the new address is only asked for (GET). From HTTPS to HTTP none is followed, and to
-/// another host none that the body would be sent to.
+/// is followed and not told is a redirect within the same server: after 307 and 308 the body is
+/// sent again, after the others the new address is only asked for (GET). One to another server is a
+/// failure, whatever its status: nothing is sent there, and what it says is no answer to a report
+/// that it never got.
 /// A user's name and password in the address are sent with the first request, not only when asked
-/// for, and to that server alone. Of the person the request says nothing, not even the language.
+/// for. Of the person the request says nothing, not even the language.
 /// A body is sent once an address: a server that has perhaps read it does not get it a second time.
 /// Main thread; needs its event loop.
 class CrashReportConnection final : public QObject
@@ -38,6 +39,11 @@ public:
     void start();
     /// Breaks it off; nothing is told any more. Does nothing when it has ended.
     void cancel();
+
+    /// Whether a redirect stays with its server: scheme, host and port are the same, or a host
+    /// sends on from HTTP to its HTTPS, each on its usual port. Neither address is of another
+    /// scheme.
+    [[nodiscard]] static bool isSameServer(const QUrl& from, const QUrl& to);
 
 signals:
     /// The headers of an answer are there.

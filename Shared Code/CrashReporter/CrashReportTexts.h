@@ -71,11 +71,11 @@ inline QString redirectedToUnsafeAddress()
     return translated("The server redirected the report to an address that is not safe to use.");
 }
 
-inline QString redirectedToAnotherServer(const QString& host)
+inline QString redirectedToAnotherServer(const QString& server)
 {
     return translated("The server redirected the report to another server, %1, and it was not "
                       "sent there.")
-        .arg(host);
+        .arg(server);
 }
 
 inline QString tooManyRedirects()

@@ -20,12 +20,7 @@ CrashReportContents::CrashReportContents(const QVariantMap& formValues,
     setObjectName(u"reportContents"_s);
     setWindowTitle(tr("What Will Be Sent"));
     setWindowModality(Qt::WindowModal);
-    auto* const where = new QLabel(
-        tr("Pressing Report sends these fields, and nothing else, to %1 and to no other server. "
-           "As with every connection that server learns your network address. The date is that of "
-           "the sending.")
-            .arg(address.toDisplayString()),
-        this);
+    auto* const where = new QLabel(destination(address), this);
     where->setObjectName(u"reportDestination"_s);
     where->setTextFormat(Qt::PlainText);
     where->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
@@ -38,6 +33,19 @@ CrashReportContents::CrashReportContents(const QVariantMap& formValues,
     layout->addWidget(makeTable(formValues), 1);
     layout->addWidget(buttons);
     resize(fontMetrics().averageCharWidth() * 95, fontMetrics().lineSpacing() * 26);
+}
+
+QString CrashReportContents::destination(const QUrl& address)
+{
+    const QString sent =
+        address.userInfo().isEmpty()
+            ? tr("Pressing Report sends these fields, and nothing else, to %1 and to no other "
+                 "server.")
+            : tr("Pressing Report sends these fields, the user name and the password of the "
+                 "address (not shown here), and nothing else, to %1 and to no other server.");
+    return sent.arg(address.toDisplayString(QUrl::RemoveUserInfo)) + u' ' +
+           tr("As with every connection that server learns your network address. The date is that "
+              "of the sending.");
 }
 
 QTableWidget* CrashReportContents::makeTable(const QVariantMap& formValues)

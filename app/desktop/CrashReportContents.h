@@ -17,6 +17,7 @@ public:
     CrashReportContents(const QVariantMap& formValues, const QUrl& address, QWidget* parent);
 
 private:
+    [[nodiscard]] static QString destination(const QUrl& address);
     [[nodiscard]] QTableWidget* makeTable(const QVariantMap& formValues);
     [[nodiscard]] static QString shown(const QVariant& value);
 };

@@ -73,11 +73,11 @@ protected:
     }
 
     /// The first request is sent on by that status, every other one is answered.
-    void redirect(int status, const QByteArray& target)
+    static void redirect(LoopbackServer& server, int status, const QByteArray& target)
     {
-        m_server.setAnswer([this, status, target](QTcpSocket& socket, const HttpRequest&) {
+        server.setAnswer([&server, status, target](QTcpSocket& socket, const HttpRequest&) {
             socket.write(
-                m_server.requests().size() == 1
+                server.requests().size() == 1
                     ? LoopbackServer::response(status, "moved\n", "Location: " + target + "\r\n")
                     : LoopbackServer::response(200, "ok\n"));
         });
@@ -111,7 +111,7 @@ TEST_F(CrashReportConnectionTest, thePersonsLanguageIsNotTold)
 {
     const QLocale before;
     QLocale::setDefault(QLocale(u"is_IS"_s));
-    redirect(303, "/next");
+    redirect(m_server, 303, "/next");
     send(m_server.url());
     QLocale::setDefault(before);
     ASSERT_EQ(m_server.requests().size(), 2);
@@ -151,48 +151,74 @@ TEST_F(CrashReportConnectionTest, aWrongPasswordIsAnAnswerLikeAnyOther)
     EXPECT_EQ(m_server.requests().size(), 1);
 }
 
-TEST_F(CrashReportConnectionTest, thePasswordIsSentToItsServerAlone)
+TEST_F(CrashReportConnectionTest, thePasswordIsSentWithARedirectedReportToo)
 {
-    LoopbackServer other;
-    other.setAnswer("ok\n");
-    const QByteArray targets[] = {"/same", other.url().toEncoded()};
-    m_server.setAnswer([this, &targets](QTcpSocket& socket, const HttpRequest&) {
-        socket.write(LoopbackServer::response(
-            307, "", "Location: " + targets[m_server.requests().size() - 1] + "\r\n"));
-    });
-    QUrl url = m_server.url();
-    url.setUserInfo(u"me:secret"_s);
-    send(url);
-    expectAnswer("ok\n");
-    ASSERT_EQ(m_server.requests().size(), 2);
-    EXPECT_TRUE(m_server.requests().value(0).headers.contains("authorization"));
-    EXPECT_TRUE(m_server.requests().value(1).headers.contains("authorization"));
-    ASSERT_EQ(other.requests().size(), 1);
-    EXPECT_FALSE(other.requests().value(0).headers.contains("authorization"));
+    for (const int status : {302, 307}) {
+        m_responses = m_finished = m_failed = 0;
+        const qsizetype before = m_server.requests().size();
+        m_server.setAnswer([status](QTcpSocket& socket, const HttpRequest& request) {
+            socket.write(request.path == "/next"
+                             ? LoopbackServer::response(200, "ok\n")
+                             : LoopbackServer::response(status, "", "Location: /next\r\n"));
+        });
+        QUrl url = m_server.url();
+        url.setUserInfo(u"me:secret"_s);
+        send(url);
+        SCOPED_TRACE(status);
+        expectAnswer("ok\n");
+        ASSERT_EQ(m_server.requests().size(), before + 2);
+        const QByteArray credentials = "Basic " + QByteArray("me:secret").toBase64();
+        EXPECT_EQ(m_server.requests().value(before).headers.value("authorization"), credentials);
+        EXPECT_EQ(m_server.requests().value(before + 1).headers.value("authorization"),
+                  credentials);
+    }
 }
 
-TEST_F(CrashReportConnectionTest, theBodyIsNotSentToAnotherHost)
+TEST_F(CrashReportConnectionTest, noRedirectLeadsToAnotherServer)
 {
-    for (const int status : {307, 308}) {
-        m_responses = m_finished = m_failed = 0;
-        LoopbackServer other;
-        other.setAnswer("ok\n");
-        QUrl target = other.url();
-        target.setHost(u"localhost"_s);
-        const qsizetype before = m_server.requests().size();
-        m_server.setAnswer([target, status](QTcpSocket& socket, const HttpRequest&) {
-            socket.write(
-                LoopbackServer::response(status, "", "Location: " + target.toEncoded() + "\r\n"));
-        });
-        send(m_server.url());
-        SCOPED_TRACE(status);
-        expectFailure(QNetworkReply::InsecureRedirectError);
-        EXPECT_EQ(m_error.localizedDescription,
-                  u"The server redirected the report to another server, localhost, and it was not "
-                  "sent there."_s);
-        EXPECT_EQ(m_server.requests().size(), before + 1);
-        EXPECT_TRUE(other.requests().isEmpty());
+    for (const int status : {301, 302, 303, 307, 308}) {
+        for (const QString& host : {u"localhost"_s, u"127.0.0.1"_s}) {
+            m_responses = m_finished = m_failed = 0;
+            LoopbackServer other; // on the same host it has another port
+            other.setAnswer("ok\n");
+            QUrl target = other.url();
+            target.setHost(host);
+            target.setUserInfo(u"you:secret"_s);
+            const qsizetype before = m_server.requests().size();
+            m_server.setAnswer([target, status](QTcpSocket& socket, const HttpRequest&) {
+                socket.write(LoopbackServer::response(
+                    status, "ok\n", "Location: " + target.toEncoded() + "\r\n"));
+            });
+            send(m_server.url());
+            SCOPED_TRACE(status);
+            expectFailure(QNetworkReply::InsecureRedirectError);
+            EXPECT_EQ(m_error.localizedDescription,
+                      u"The server redirected the report to another server, http://%1:%2, and it "
+                      "was not sent there."_s.arg(host, QString::number(target.port())));
+            EXPECT_EQ(m_server.requests().size(), before + 1);
+            EXPECT_TRUE(other.requests().isEmpty());
+        }
     }
+}
+
+TEST_F(CrashReportConnectionTest, aServerIsItsSchemeHostAndPortOrTheSecureSideOfItsHost)
+{
+    const auto isSame = [](const char* from, const char* to) {
+        return CrashReportConnection::isSameServer(QUrl(QString::fromLatin1(from)),
+                                                   QUrl(QString::fromLatin1(to)));
+    };
+    EXPECT_TRUE(isSame("http://a.example/x", "http://A.example:80/y?z"));
+    EXPECT_TRUE(isSame("https://a.example:443/", "https://a.example/"));
+    EXPECT_TRUE(isSame("http://a.example:8410/", "http://a.example:8410/b"));
+    EXPECT_TRUE(isSame("http://a.example/", "https://a.example/"));
+    EXPECT_TRUE(isSame("http://a.example:80/", "https://a.example:443/"));
+    EXPECT_FALSE(isSame("http://a.example/", "http://b.example/"));
+    EXPECT_FALSE(isSame("http://a.example/", "https://b.example/"));
+    EXPECT_FALSE(isSame("http://a.example/", "http://a.example:8080/"));
+    EXPECT_FALSE(isSame("http://a.example:8080/", "https://a.example/"));
+    EXPECT_FALSE(isSame("http://a.example/", "https://a.example:8443/"));
+    EXPECT_FALSE(isSame("http://a.example:443/", "https://a.example/"));
+    EXPECT_FALSE(isSame("https://a.example/", "http://a.example/"));
 }
 
 TEST_F(CrashReportConnectionTest, anErrorStatusIsAnAnswerLikeAnyOther)
@@ -227,42 +253,34 @@ TEST_F(CrashReportConnectionTest, anEmptyAnswerIsAnAnswer)
 TEST_F(CrashReportConnectionTest, afterATemporaryRedirectTheBodyIsPostedAgain)
 {
     for (const int status : {307, 308}) {
+        LoopbackServer server;
         m_responses = m_finished = m_failed = 0;
-        LoopbackServer other;
-        other.setAnswer("ok\n");
-        const qsizetype before = m_server.requests().size();
-        m_server.setAnswer([&other, status](QTcpSocket& socket, const HttpRequest&) {
-            socket.write(LoopbackServer::response(
-                status, "moved\n", "Location: " + other.url(u"/there"_s).toEncoded() + "\r\n"));
-        });
-        send(m_server.url());
+        redirect(server, status, server.url(u"/there"_s).toEncoded());
+        send(server.url());
         SCOPED_TRACE(status);
         expectAnswer("ok\n");
-        EXPECT_EQ(m_server.requests().size(), before + 1);
-        ASSERT_EQ(other.requests().size(), 1);
-        EXPECT_EQ(other.requests().first().method, "POST");
-        EXPECT_EQ(other.requests().first().path, "/there");
-        EXPECT_EQ(other.requests().first().body, "the body");
-        EXPECT_EQ(other.requests().first().headers.value("content-type"), "text/x-test");
+        ASSERT_EQ(server.requests().size(), 2);
+        const HttpRequest& request = server.requests().last();
+        EXPECT_EQ(request.method, "POST");
+        EXPECT_EQ(request.path, "/there");
+        EXPECT_EQ(request.body, "the body");
+        EXPECT_EQ(request.headers.value("content-type"), "text/x-test");
     }
 }
 
 TEST_F(CrashReportConnectionTest, afterTheOtherRedirectsTheNewAddressIsAskedFor)
 {
     for (const int status : {301, 302, 303}) {
+        LoopbackServer server;
         m_responses = m_finished = m_failed = 0;
-        LoopbackServer other;
-        other.setAnswer("ok\n");
-        m_server.setAnswer([&other, status](QTcpSocket& socket, const HttpRequest&) {
-            socket.write(LoopbackServer::response(
-                status, "moved\n", "Location: " + other.url().toEncoded() + "\r\n"));
-        });
-        send(m_server.url());
+        redirect(server, status, server.url(u"/there"_s).toEncoded());
+        send(server.url());
         SCOPED_TRACE(status);
         expectAnswer("ok\n");
-        ASSERT_EQ(other.requests().size(), 1);
-        const HttpRequest& request = other.requests().first();
+        ASSERT_EQ(server.requests().size(), 2);
+        const HttpRequest& request = server.requests().last();
         EXPECT_EQ(request.method, "GET");
+        EXPECT_EQ(request.path, "/there");
         EXPECT_EQ(request.body, "");
         EXPECT_FALSE(request.headers.contains("content-length"));
         EXPECT_FALSE(request.headers.contains("content-type"));
@@ -272,7 +290,7 @@ TEST_F(CrashReportConnectionTest, afterTheOtherRedirectsTheNewAddressIsAskedFor)
 
 TEST_F(CrashReportConnectionTest, aRelativeRedirectIsOfTheSameServer)
 {
-    redirect(307, "next");
+    redirect(m_server, 307, "next");
     send(m_server.url(u"/one/two"_s));
     expectAnswer("ok\n");
     EXPECT_EQ(m_server.requests().value(1).path, "/one/next");
