@@ -1,5 +1,7 @@
 #include "Photographer.h"
 
+#include "AlternateSignalStack.h"
+
 #include <new>
 
 using namespace Qt::StringLiterals;
@@ -45,6 +47,9 @@ void Photographer::start()
 {
     if (m_started < m_photos.size()) {
         const PlannedPhoto& photo = m_photos.at(m_started++);
-        m_underWay.push_back(std::async(std::launch::async, [&photo] { return take(photo); }));
+        m_underWay.push_back(std::async(std::launch::async, [&photo] {
+            const AlternateSignalStack signalStack;
+            return take(photo);
+        }));
     }
 }
