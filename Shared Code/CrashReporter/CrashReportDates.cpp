@@ -31,12 +31,21 @@ struct CloseFormat {
 
 using DateFormat = std::unique_ptr<UDateFormat, CloseFormat>;
 
+/// Longer ones ICU does not know (ULOC_FULLNAME_CAPACITY).
+constexpr qsizetype kLongestLocale = 156;
+
 /// The locale, or the root one for a name that is none: ICU does not survive all of them.
 QByteArray icuLocale(const QString& name)
 {
-    static const QRegularExpression kLanguageScriptAndRegion(
-        u"^[A-Za-z]{2,3}([_-][A-Za-z]{4})?([_-]([A-Za-z]{2}|[0-9]{3}))?$"_s);
-    return kLanguageScriptAndRegion.match(name).hasMatch() ? name.toLatin1() : QByteArray("root");
+    static const QRegularExpression kForm(
+        u"^[A-Za-z]{2,3}"                        // language
+        "([_-][A-Za-z]{4})?"                     // script
+        "([_-]([A-Za-z]{2}|[0-9]{3})|_(?=_))?"   // region; none between two lines
+        "([_-][A-Za-z0-9]{2,11}){0,3}"           // variants
+        "(@[A-Za-z]{2,20}=[A-Za-z0-9_/+-]{1,40}" // keywords
+        "(;[A-Za-z]{2,20}=[A-Za-z0-9_/+-]{1,40})*)?$"_s);
+    const bool isName = name.size() <= kLongestLocale && kForm.match(name).hasMatch();
+    return isName ? name.toLatin1() : QByteArray("root");
 }
 
 /// Null where it cannot be made.

@@ -64,6 +64,11 @@ QString textOf(const QVariant& value)
 
 void ZTBCrashReporterWindowController::initialize(UserDefaults& defaults)
 {
+    constexpr const char* kMark = "ZTBCrashReporterDefaultsAreRegistered";
+    if (defaults.property(kMark).toBool()) {
+        return; // observers would be told for nothing
+    }
+    defaults.setProperty(kMark, true);
     defaults.registerDefaults({{kIncludeSystemInformation, true}, {kIncludeEmailAddress, true}});
 }
 
@@ -210,10 +215,10 @@ QString ZTBCrashReporterWindowController::applicationName() const
 QString ZTBCrashReporterWindowController::reportingLocale() const
 {
     QString locale = textOf(m_services.defaults.value(kPreferredLocale));
-    if (locale.isNull()) {
+    if (locale.isEmpty()) {
         locale = textOf(m_services.bundle.infoDictionary().value(kPreferredLocale));
     }
-    return locale.isNull() ? u"en_US"_s : locale;
+    return locale.isEmpty() ? u"en_US"_s : locale;
 }
 
 void ZTBCrashReporterWindowController::startConnection(const QByteArray& body)

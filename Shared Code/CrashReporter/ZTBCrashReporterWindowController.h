@@ -24,7 +24,8 @@ class ZTBCrashReporterWindowController final : public QObject
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(ZTBCrashReporterWindowController)
 public:
-    /// Registers the fallbacks of the two settings that say what a report holds: both on.
+    /// Registers the fallbacks of the two settings that say what a report holds, both on, once with
+    /// each settings object.
     static void initialize(UserDefaults& defaults);
     /// Shows a window for the log and returns. `crashLogPath` not null, `submissionURL` valid.
     /// Errors: raises AssertionFailure where one is missing.

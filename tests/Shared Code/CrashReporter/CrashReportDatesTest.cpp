@@ -103,6 +103,16 @@ TEST_F(CrashReportDatesTest, aLocaleMayNameItsScript)
     EXPECT_TRUE(text(kNow, u"zh-Hant-TW"_s).startsWith(u"2014\u5e742\u67083\u65e5 "_s));
 }
 
+TEST_F(CrashReportDatesTest, aLocaleMayHaveVariantsAndKeywords)
+{
+    EXPECT_EQ(text(kNow, u"en_US_POSIX"_s), u"Feb 3, 2014, 4:05:06 AM"_s);
+    EXPECT_EQ(text(kNow, u"de_DE@calendar=gregorian"_s), u"03.02.2014, 04:05:06"_s);
+    EXPECT_TRUE(text(kNow, u"de_DE@calendar=buddhist"_s).contains(u"2557"_s));
+    EXPECT_EQ(text(kNow, u"de__PHONEBOOK@collation=phonebook;numbers=latn"_s),
+              u"03.02.2014, 04:05:06"_s);
+    EXPECT_EQ(text(kNow, u"de_DE@calendar=nobodys;hours=x"_s), u"03.02.2014, 04:05:06"_s);
+}
+
 TEST_F(CrashReportDatesTest, theTextIsOfTheMachinesTimeZone)
 {
     qputenv("TZ", "America/New_York");

@@ -3,6 +3,8 @@
 #include "ZTBCrashReporter.h"
 #include "ZTBCrashReporterWindowController.h"
 
+#include <QRegularExpression>
+#include <QTcpServer>
 #include <QTcpSocket>
 #include <QTimer>
 
@@ -222,6 +224,18 @@ TEST_F(ZTBCrashReporterSubmissionTest, theDateIsInTheLocaleThatIsPreferred)
     EXPECT_TRUE(show().formValues().value(u"date"_s).toString().startsWith(u"2014/02/0"_s));
 }
 
+TEST_F(ZTBCrashReporterSubmissionTest, anEmptyLocaleIsNone)
+{
+    m_defaults.setValue(u"ZTBCrashReporterPreferredReportingLocale"_s, u""_s);
+    EXPECT_TRUE(show().formValues().value(u"date"_s).toString().startsWith(u"Feb "_s));
+    m_record.owner->windowWillClose();
+    setInfo({{u"ZTBCrashReporterPreferredReportingLocale"_s, u"ja_JP"_s}});
+    EXPECT_TRUE(show().formValues().value(u"date"_s).toString().startsWith(u"2014/02/0"_s));
+    m_record.owner->windowWillClose();
+    setInfo({{u"ZTBCrashReporterPreferredReportingLocale"_s, u""_s}});
+    EXPECT_TRUE(show().formValues().value(u"date"_s).toString().startsWith(u"Feb "_s));
+}
+
 TEST_F(ZTBCrashReporterSubmissionTest, whileItIsSentTheButtonsAreDisabledAndTheIndicatorRuns)
 {
     Controller& controller = show();
@@ -317,6 +331,54 @@ TEST_F(ZTBCrashReporterSubmissionTest, aServerThatNeverAnswersIsAFailure)
     m_patience = std::chrono::milliseconds(300);
     report();
     expectFailed(u"The error was: The request timed out."_s);
+}
+
+TEST_F(ZTBCrashReporterSubmissionTest, theLengthThatIsSaidIsThatOfTheBytesThatAreSent)
+{
+    const QByteArray end = "--81e29ba4f957efe5916039f587fe3ed7--\r\n";
+    QByteArray received;
+    QTcpServer server;
+    QObject::connect(&server, &QTcpServer::newConnection, [&] {
+        QTcpSocket* const socket = server.nextPendingConnection();
+        QObject::connect(socket, &QIODevice::readyRead, [&received, &end, socket] {
+            received += socket->readAll();
+            if (received.endsWith(end)) {
+                // Whatever else is sent comes before the sender has read the answer.
+                socket->write(LoopbackServer::response(200, "ok\n"));
+            }
+        });
+    });
+    ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
+    Controller::showWindowForCrashLogPath(
+        services(), m_path, QUrl(u"http://127.0.0.1:%1/"_s.arg(server.serverPort())));
+    m_record.owner->commentsTextView().setString(u"\u00e4\u00f6\u00fc\n\U0001F4F7"_s);
+    report();
+    expectAccepted();
+    settle();
+    const qsizetype body = received.indexOf("\r\n\r\n") + 4;
+    const QRegularExpression length(u"\r\ncontent-length: ([0-9]+)\r\n"_s,
+                                    QRegularExpression::CaseInsensitiveOption);
+    EXPECT_EQ(length.match(QString::fromLatin1(received.left(body))).captured(1).toLongLong(),
+              received.size() - body);
+    EXPECT_TRUE(received.endsWith("\r\n" + end));
+}
+
+TEST_F(ZTBCrashReporterSubmissionTest, whatAnotherServerSaysAcceptsNothing)
+{
+    for (const int status : {302, 307}) {
+        LoopbackServer other;
+        other.setAnswer("ok\n");
+        m_server.setAnswer([&other, status](QTcpSocket& socket, const HttpRequest&) {
+            socket.write(LoopbackServer::response(
+                status, "ok\n", "Location: " + other.url().toEncoded() + "\r\n"));
+        });
+        report();
+        SCOPED_TRACE(status);
+        expectFailed();
+        EXPECT_TRUE(other.requests().isEmpty());
+        m_record.owner->windowWillClose();
+        m_record.sheets.clear();
+    }
 }
 
 TEST_F(ZTBCrashReporterSubmissionTest, onlyTheAnswerAfterARedirectCounts)

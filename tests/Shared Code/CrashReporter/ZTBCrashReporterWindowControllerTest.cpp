@@ -113,7 +113,10 @@ TEST_F(ZTBCrashReporterWindowControllerTest, commentsAreTypedInTenPointsOverAHin
 
 TEST_F(ZTBCrashReporterWindowControllerTest, bothChoicesAreOnWithoutBeingStored)
 {
+    m_defaults.setBool(u"AnotherSetting"_s, true); // so that there is a file
     show();
+    const QVariantMap stored = PropertyList::read(m_defaults.filePath()).value().toMap();
+    EXPECT_EQ(stored.keys(), QStringList(u"AnotherSetting"_s));
     for (const QString& key : {u"ZTBCrashReporterIncludeAnonymousSystemInformation"_s,
                                u"ZTBCrashReporterIncludeEmailAddress"_s}) {
         EXPECT_TRUE(m_defaults.boolValue(key)) << qPrintable(key);
@@ -123,6 +126,20 @@ TEST_F(ZTBCrashReporterWindowControllerTest, bothChoicesAreOnWithoutBeingStored)
     show();
     EXPECT_FALSE(m_defaults.boolValue(u"ZTBCrashReporterIncludeEmailAddress"_s))
         << "what the user chose stays";
+}
+
+TEST_F(ZTBCrashReporterWindowControllerTest, theChoicesAreRegisteredOnceWithTheSettings)
+{
+    int changes = 0;
+    QObject::connect(&m_defaults, &UserDefaults::valueChanged, [&changes] { ++changes; });
+    show();
+    EXPECT_EQ(changes, 2);
+    m_record.owner->windowWillClose();
+    show();
+    EXPECT_EQ(changes, 2);
+    UserDefaults others(m_folder.filePath(u"others.plist"_s));
+    ZTBCrashReporterWindowController::initialize(others);
+    EXPECT_TRUE(others.boolValue(u"ZTBCrashReporterIncludeEmailAddress"_s));
 }
 
 TEST_F(ZTBCrashReporterWindowControllerTest, ignoreLeavesTheFileWhereItIsAndHides)
