@@ -41,6 +41,18 @@ protected:
         return true;
     }
 
+    /// By a checker that knows nothing of the program, where it lies beside the source tree.
+    void expectAcceptedLibrary()
+    {
+        const QString script = QStringLiteral(CORVANE_SHARED_DATA "/../accept/librarycheck.py");
+        if (QFile::exists(script)) {
+            QProcess check;
+            check.start(u"python3"_s, {u"-B"_s, script, library()});
+            ASSERT_TRUE(check.waitForFinished(120000));
+            EXPECT_EQ(check.exitCode(), 0) << check.readAllStandardOutput().toStdString();
+        }
+    }
+
     /// The test's own folder is closed to others.
     void openForAll()
     {
@@ -189,6 +201,7 @@ TEST_F(MainTest, aCrashInTheMidstOfAScanLeavesALogAndASoundLibrary)
     EXPECT_TRUE(content.endsWith("\nEnd of the log\n"));
     EXPECT_FALSE(content.contains(library().toUtf8()));
 
+    expectAcceptedLibrary();
     start({u"info"_s, library()});
     EXPECT_EQ(finish(), 0);
     EXPECT_TRUE(m_process.readAllStandardOutput().endsWith("Problems:          none\n"));
@@ -199,6 +212,7 @@ TEST_F(MainTest, aCrashInTheMidstOfAScanLeavesALogAndASoundLibrary)
     EXPECT_EQ(finish(), 0);
     EXPECT_TRUE(m_process.readAllStandardOutput().endsWith("Problems:          none\n"));
     EXPECT_EQ(logs.entryList(QDir::Files), names);
+    expectAcceptedLibrary();
 }
 
 TEST_F(MainTest, progressIsRedrawnOnATerminal)
