@@ -1,3 +1,4 @@
+#include "ApplicationId.h"
 #include "Bundle.h"
 #include "CrashLogWriter.h"
 #include "DesktopArguments.h"
@@ -73,10 +74,10 @@ int main(int argc, char** argv)
     Interruption interruption;
     const SignalWatcher watcher(interruption);
     const QApplication application(argc, argv);
-    QGuiApplication::setDesktopFileName(QStringLiteral("io.github.corvane.Corvane"));
+    QGuiApplication::setDesktopFileName(applicationId());
     QGuiApplication::setWindowIcon(
-        QIcon::fromTheme(QStringLiteral("io.github.corvane.Corvane"),
-                         QIcon(QStringLiteral(":/corvane/icons/io.github.corvane.Corvane.svg"))));
+        QIcon::fromTheme(applicationId(),
+                         QIcon(QStringLiteral(":/corvane/icons/%1.svg").arg(applicationId()))));
     QApplication::setQuitOnLastWindowClosed(false);
     DesktopProgram program(given.defaults);
     QObject::connect(

@@ -1,5 +1,7 @@
 #include "DesktopNotificationCenter.h"
 
+#include "ApplicationId.h"
+
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QDeadlineTimer>
@@ -60,14 +62,14 @@ void DesktopNotificationCenter::deliver(const UserNotification& notification)
     const bool readsMarkup = capabilities.value().contains(u"body-markup"_s);
     const QString body =
         readsMarkup ? notification.informativeText.toHtmlEscaped() : notification.informativeText;
-    QVariantMap hints{{u"desktop-entry"_s, u"corvane"_s}};
+    QVariantMap hints{{u"desktop-entry"_s, applicationId()}};
     if (notification.defaultSound) {
         hints.insert(u"sound-name"_s, u"message-new-instant"_s);
     }
     QDBusMessage notify = messageFor(u"Notify"_s);
     notify.setArguments({u"Corvane"_s,
                          quint32{0},
-                         u"corvane"_s,
+                         applicationId(),
                          notification.title,
                          body,
                          QStringList(),

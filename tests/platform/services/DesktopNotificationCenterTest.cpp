@@ -3,6 +3,7 @@
 #include "PrivateBus.h"
 
 #include <QDBusArgument>
+#include <QDir>
 
 #include <gtest/gtest.h>
 
@@ -46,6 +47,20 @@ TEST_F(DesktopNotificationCenterTest, titleTextAndSoundReachTheService)
     EXPECT_EQ(call.arguments.at(4).toString(), u"You saved <1> MB & more"_s);
     EXPECT_EQ(hintsOf(call).value(u"sound-name"_s).toString(), u"message-new-instant"_s);
     EXPECT_EQ(call.arguments.at(7).toInt(), -1);
+}
+
+TEST_F(DesktopNotificationCenterTest, iconAndDesktopEntryAreThoseOfTheInstalledProgram)
+{
+    const auto mock = service({u"body"_s});
+    DesktopNotificationCenter center(BusAddresses{QString(), m_bus.address()});
+    center.deliver({u"All Done"_s, u"text"_s, false});
+    ASSERT_FALSE(mock->calls().isEmpty());
+    const MockService::Call call = mock->calls().last();
+    const QString icon = call.arguments.at(2).toString();
+    const QString entry = hintsOf(call).value(u"desktop-entry"_s).toString();
+    const QDir resources(QStringLiteral(CORVANE_RESOURCES));
+    EXPECT_TRUE(resources.exists(u"icons/%1.svg"_s.arg(icon))) << icon.toStdString();
+    EXPECT_TRUE(resources.exists(u"desktop/%1.desktop"_s.arg(entry))) << entry.toStdString();
 }
 
 TEST_F(DesktopNotificationCenterTest, aServiceThatReadsMarkupGetsTheTextEscaped)

@@ -63,7 +63,9 @@ class DesktopProcessTest(DesktopTestCase):
         self.assertIs(settings["TrashEnabled"], True)
 
     def check_what_the_desktop_was_asked(self):
-        told = ("Corvane", "Conversion Complete", "Corvane has finished processing.")
+        program = "io.github.corvane.Corvane"  # the name of its desktop entry and icon
+        text = "Corvane has finished processing."
+        told = ("Corvane", program, program, "Conversion Complete", text)
         self.assertEqual(self.services.notifications, [told])
         services = sorted(inhibitor.service for inhibitor in self.services.inhibitors)
         self.assertEqual(services, ["login", "screen saver", "session"])

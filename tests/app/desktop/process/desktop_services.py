@@ -7,7 +7,7 @@ from collections import namedtuple
 
 from gi.repository import Gio, GLib
 
-Notification = namedtuple("Notification", "application title body")
+Notification = namedtuple("Notification", "application icon entry title body")
 Inhibitor = namedtuple("Inhibitor", "service who why number")
 
 INTERFACES = """
@@ -132,9 +132,10 @@ class DesktopServices:
         invocation.return_value(GLib.Variant("(as)", (["body"],)))
 
     def _org_freedesktop_Notifications_Notify(
-        self, invocation, application, _replaces, _icon, title, body, _actions, _hints, _expiry
+        self, invocation, application, _replaces, icon, title, body, _actions, hints, _expiry
     ):
-        self.notifications.append(Notification(application, title, body))
+        entry = hints.get("desktop-entry", "")
+        self.notifications.append(Notification(application, icon, entry, title, body))
         invocation.return_value(GLib.Variant("(u)", (len(self.notifications),)))
 
     def _take(self, service, who, why):
