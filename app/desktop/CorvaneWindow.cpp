@@ -160,6 +160,7 @@ QLayout* CorvaneWindow::makeButtons()
     scan->setEnabled(state.isEnabled());
     connect(&state, &Button::enabledChanged, scan, &QWidget::setEnabled);
     connect(scan, &QPushButton::clicked, &m_controller, [this, scan] {
+        emit scanRequested();
         m_controller.selectionScan(scan);
         updateForecast();
     });

@@ -40,6 +40,10 @@ public slots:
     /// Says anew what the next press will do.
     void updateForecast();
 
+signals:
+    /// A scan is about to be asked for; who is connected directly can still settle what it reads.
+    void scanRequested();
+
 protected:
     void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;

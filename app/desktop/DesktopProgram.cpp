@@ -9,10 +9,23 @@
 #include <QAction>
 #include <QApplication>
 #include <QEventLoop>
-#include <QMessageBox>
 #include <QPushButton>
 
 using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr QMessageBox::ButtonRole kStopRole = QMessageBox::AcceptRole;
+
+/// What was answered to the question whether to stop; NO where it was taken back.
+bool saysStop(const QMessageBox& question)
+{
+    return question.clickedButton() != nullptr &&
+           question.buttonRole(question.clickedButton()) == kStopRole;
+}
+
+} // namespace
 
 DesktopProgram::DesktopProgram(const QString& settingsFile, QObject* parent)
     : QObject(parent)
@@ -41,11 +54,15 @@ DesktopProgram::DesktopProgram(const QString& settingsFile, QObject* parent)
 
 DesktopProgram::~DesktopProgram()
 {
-    // The controller waits for its scans; what follows their ends is no business of a program that
-    // is going.
+    // What follows the ends of scans and openings is no business of a program that is going.
     disconnect(m_controller.get(), nullptr, this, nullptr);
+    disconnect(&m_session, nullptr, this, nullptr);
+    disconnect(m_libraryWindow.get(), nullptr, this, nullptr);
     m_session.requestStop();
     m_presenter.stop();
+    // The windows look at the controller to their ends; it waits for its scans, and goes last.
+    m_libraryWindow.reset();
+    m_corvaneWindow.reset();
     m_controller.reset();
 }
 
@@ -57,6 +74,11 @@ void DesktopProgram::makeWindows()
     m_corvaneWindow->setMayClose([this] { return mayHideConverter(); });
     m_libraryWindow->setMayClose([this] { return mayQuit(); });
 
+    connect(m_corvaneWindow.get(),
+            &CorvaneWindow::scanRequested,
+            m_libraryWindow.get(),
+            &LibraryWindow::settleSelection,
+            Qt::DirectConnection);
     const LibraryActions& actions = m_libraryWindow->actions();
     connect(m_libraryWindow.get(),
             &LibraryWindow::converterRequested,
@@ -186,9 +208,17 @@ bool DesktopProgram::mayQuit()
     return false;
 }
 
-/// Asks whether the running scan is to be stopped.
+/// Asks whether the running scan is to be stopped. Who asks while it is being asked gets the same
+/// answer.
 bool DesktopProgram::isToldToStop()
 {
+    if (m_question) {
+        const QPointer<QMessageBox> asked = m_question;
+        QEventLoop loop;
+        connect(asked, &QDialog::finished, &loop, &QEventLoop::quit);
+        loop.exec();
+        return asked && saysStop(*asked);
+    }
     QMessageBox box(QMessageBox::Question,
                     tr("Corvane"),
                     tr("A scan is running. Stop it and quit?"),
@@ -198,12 +228,12 @@ bool DesktopProgram::isToldToStop()
     box.setInformativeText(tr("It stops before the next photo is taken into the library. What was "
                               "converted so far stays; every other original stays as it is."));
     QPushButton* const keep = box.addButton(tr("&Keep Scanning"), QMessageBox::RejectRole);
-    const QPushButton* const stop = box.addButton(tr("&Stop and Quit"), QMessageBox::AcceptRole);
+    box.addButton(tr("&Stop and Quit"), kStopRole);
     box.setDefaultButton(keep);
     box.setEscapeButton(keep);
     m_question = &box;
     box.exec();
-    return box.clickedButton() == stop;
+    return saysStop(box);
 }
 
 void DesktopProgram::stopAndQuit()
@@ -222,26 +252,34 @@ void DesktopProgram::stopAndQuit()
         quit();
         return;
     }
-    m_libraryWindow->setEnabled(false);
-    m_corvaneWindow->setEnabled(false);
+    setWindowsEnabled(false);
     m_corvaneWindow->setWindowTitle(tr("Stopping…"));
 }
 
 bool DesktopProgram::mayEndSession(bool mayAsk)
 {
     if (m_controller->isScanning()) {
-        if (mayAsk && !m_quitting && !isToldToStop()) {
+        if (mayAsk && !m_quitting && !isToldToStop() && !m_quitting) {
             return false;
         }
         stopAndQuit();
     }
     m_session.stopChecking();
-    // The session waits for the answer, and then for nothing more.
+    // The session waits for the answer, and then for nothing more: nothing is begun meanwhile.
+    setWindowsEnabled(false);
     QEventLoop loop;
     while (m_controller->isScanning() || m_session.isBusy()) {
         loop.processEvents(QEventLoop::WaitForMoreEvents);
     }
+    // Somebody else may refuse the end of the session.
+    setWindowsEnabled(!m_quitting);
     return true;
+}
+
+void DesktopProgram::setWindowsEnabled(bool enabled)
+{
+    m_libraryWindow->setEnabled(enabled);
+    m_corvaneWindow->setEnabled(enabled);
 }
 
 void DesktopProgram::quit()

@@ -14,6 +14,7 @@
 #include "RecentLibraries.h"
 #include "UserDefaults.h"
 
+#include <QMessageBox>
 #include <QObject>
 #include <QPointer>
 
@@ -64,6 +65,7 @@ private:
     [[nodiscard]] bool mayQuit();
     [[nodiscard]] bool mayHideConverter();
     [[nodiscard]] bool isToldToStop();
+    void setWindowsEnabled(bool enabled);
     void quit();
 
     const Bundle m_bundle;
@@ -79,7 +81,7 @@ private:
     std::unique_ptr<CorvaneAppDelegate> m_controller;
     std::unique_ptr<CorvaneWindow> m_corvaneWindow;
     std::unique_ptr<LibraryWindow> m_libraryWindow;
-    QPointer<QDialog> m_question; ///< whether to stop, while it is asked
+    QPointer<QMessageBox> m_question; ///< whether to stop, while it is asked
     bool m_quitting{false};
     bool m_resetOwed{false}; ///< a library was shown while a scan had the controls
 };

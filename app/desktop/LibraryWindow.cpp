@@ -380,6 +380,11 @@ void LibraryWindow::showCollection()
     showSelection();
 }
 
+void LibraryWindow::settleSelection()
+{
+    m_grid->settleSelection();
+}
+
 QList<PhotoFacts> LibraryWindow::selectedFacts() const
 {
     QList<PhotoFacts> facts;

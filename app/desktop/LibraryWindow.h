@@ -44,6 +44,10 @@ public:
     /// While a scan runs photos can be looked at, but nothing can be opened, put back or deleted.
     void setScanning(bool scanning);
 
+    /// Makes known what was selected last, where that is still to be told: a stalled event loop
+    /// hands on a click on a photo and a press elsewhere before it turns.
+    void settleSelection();
+
     [[nodiscard]] LibraryActions& actions() { return *m_actions; }
 
     [[nodiscard]] ForecastSelection forecastSelection() const;

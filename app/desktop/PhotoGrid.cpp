@@ -335,6 +335,14 @@ void PhotoGrid::forEachSelectedRow(const std::function<void(int row)>& visit) co
     }
 }
 
+void PhotoGrid::settleSelection()
+{
+    if (m_selectionTimer.isActive()) {
+        m_selectionTimer.stop();
+        emit photoSelectionChanged();
+    }
+}
+
 QList<qint64> PhotoGrid::selectedPhotos() const
 {
     QList<int> sourceRows;

@@ -50,6 +50,9 @@ public:
     /// neighbour is the current one.
     void keepPlace(const std::function<void()>& replace);
 
+    /// Says at once what it would say when the event loop turns: for who needs to know now.
+    void settleSelection();
+
     /// Ids, in the library's order whatever the view's.
     [[nodiscard]] QList<qint64> selectedPhotos() const;
     [[nodiscard]] PhotoFigures selectedFigures() const;

@@ -104,6 +104,17 @@ TEST_F(DesktopProgramTest, anOpenedLibraryShowsItsPhotosAndWhatIsSelected)
     EXPECT_TRUE(waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"5"_s; }));
 }
 
+TEST_F(DesktopProgramTest, aScanTakesWhatWasSelectedRightBeforeThePress)
+{
+    open();
+    actions().selectAll->trigger();
+    ASSERT_TRUE(waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"5"_s; }));
+    // As after a stall: the selection and the press are handled before the event loop turns.
+    actions().selectRaw->trigger();
+    scan();
+    EXPECT_EQ(copiesIn(afterwards()).size(), 2) << "the JPEG photos are not selected any more";
+}
+
 TEST_F(DesktopProgramTest, selectRawLeavesOutAMissingMasterAndSaysSo)
 {
     const QStringList masters = rawMasters();
@@ -344,6 +355,63 @@ TEST_F(DesktopProgramTest, theEndOfTheSessionIsRefusedWhenTheScanIsToGoOn)
     EXPECT_FALSE(m_program->mayEndSession(true));
     ASSERT_TRUE(waitUntil([this] { return !m_program->controller().isScanning() && isIdle(); }));
     EXPECT_EQ(copiesIn(afterwards()).size(), 2);
+}
+
+TEST_F(DesktopProgramTest, theEndOfTheSessionWaitsForTheQuestionThatIsUpAndForNoOther)
+{
+    open();
+    selectRawPhotos();
+    click("selectionScanButton");
+    int questions = 0;
+    std::optional<bool> mayEnd;
+    const auto countQuestions = [&questions] {
+        for (const QWidget* const window : QApplication::topLevelWidgets()) {
+            questions += window->isVisible() && window->objectName() == u"quitQuestion"_s ? 1 : 0;
+        }
+    };
+    whenModal([&](QWidget& question) {
+        EXPECT_EQ(question.objectName(), u"quitQuestion"_s);
+        // Once the second one asks.
+        QTimer::singleShot(0, [&] {
+            countQuestions();
+            pressIn(question, u"Stop and Quit"_s);
+        });
+        mayEnd = m_program->mayEndSession(true);
+    });
+    EXPECT_FALSE(m_program->libraryWindow().close());
+    EXPECT_EQ(questions, 1);
+    EXPECT_EQ(mayEnd, true);
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    expectStoppedInOrder();
+}
+
+TEST_F(DesktopProgramTest, aSignalWhileTheSessionAsksEndsTheProgramAndTheSession)
+{
+    open();
+    selectRawPhotos();
+    click("selectionScanButton");
+    whenModal([this](QWidget&) { m_program->stopAndQuit(); });
+    EXPECT_TRUE(m_program->mayEndSession(true)) << "it is not held up by a question taken back";
+    expectStoppedInOrder();
+}
+
+TEST_F(DesktopProgramTest, noScanBeginsWhileTheEndOfTheSessionWaits)
+{
+    open();
+    selectRawPhotos();
+    m_program->session().reload();
+    ASSERT_FALSE(isIdle());
+    int tries = 0;
+    QTimer::singleShot(0, [this, &tries] {
+        ++tries;
+        EXPECT_FALSE(m_program->libraryWindow().isEnabled());
+        click("selectionScanButton");
+    });
+    EXPECT_TRUE(m_program->mayEndSession(true));
+    EXPECT_EQ(tries, 1);
+    EXPECT_FALSE(m_program->controller().isScanning());
+    EXPECT_TRUE(m_program->libraryWindow().isEnabled()) << "somebody else may refuse the end";
+    EXPECT_TRUE(control("selectionScanButton").isEnabled());
 }
 
 TEST_F(DesktopProgramTest, aPhotoThatIsSeenLargeIsStillSeenAfterAScanUnlessItIsGone)

@@ -82,25 +82,32 @@ protected:
         return titles;
     }
 
+    /// Clicks the button of that text.
+    static void pressIn(const QWidget& dialog, const QString& buttonText)
+    {
+        const auto buttons = dialog.findChildren<QAbstractButton*>();
+        for (QAbstractButton* const button : buttons) {
+            if (button->text().remove(u'&') == buttonText) {
+                button->click();
+                return;
+            }
+        }
+        ADD_FAILURE() << "no button " << buttonText.toStdString();
+    }
+
     /// Answers the next question that is up with that name by a button of that text.
     static void answerSoon(const QString& question, const QString& buttonText)
     {
         auto* const timer = new QTimer(qApp);
         timer->setInterval(10);
         QObject::connect(timer, &QTimer::timeout, [timer, question, buttonText] {
-            auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-            if (box == nullptr || box->objectName() != question) {
+            QWidget* const dialog = QApplication::activeModalWidget();
+            if (dialog == nullptr || dialog->objectName() != question) {
                 return;
             }
-            const QList<QAbstractButton*> buttons = box->buttons();
-            for (QAbstractButton* const button : buttons) {
-                if (button->text().remove(u'&') == buttonText) {
-                    timer->stop();
-                    timer->deleteLater();
-                    button->click();
-                    return;
-                }
-            }
+            timer->stop();
+            timer->deleteLater();
+            pressIn(*dialog, buttonText);
         });
         timer->start();
     }
