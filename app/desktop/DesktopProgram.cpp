@@ -2,7 +2,6 @@
 
 #include "Directories.h"
 #include "LibraryActions.h"
-#include "LibraryFinder.h"
 #include "Texts.h"
 #include "VolumeSetting.h"
 
@@ -155,16 +154,8 @@ void DesktopProgram::start(const QString& library)
         m_libraryWindow->openLibrary(library);
         return;
     }
-    const QStringList recent = m_recent.paths();
-    QStringList offered;
-    for (const QString& path : recent) {
-        if (LibraryFinder::isLibrary(path)) {
-            offered.append(path);
-        }
-    }
-    offered += LibraryFinder::librariesIn(Directories::pictures());
-    offered.removeDuplicates();
-    m_libraryWindow->offer(offered);
+    connect(&m_lookup, &LibraryLookup::found, m_libraryWindow.get(), &LibraryWindow::offer);
+    m_lookup.start(m_recent.paths(), Directories::pictures());
 }
 
 void DesktopProgram::showConverter()

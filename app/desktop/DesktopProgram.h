@@ -8,6 +8,7 @@
 #include "DesktopNotificationCenter.h"
 #include "DesktopPresenter.h"
 #include "DesktopWorkspace.h"
+#include "LibraryLookup.h"
 #include "LibrarySession.h"
 #include "LibraryWindow.h"
 #include "LoginPowerManagement.h"
@@ -76,6 +77,7 @@ private:
     LoginPowerManagement m_power;
     DesktopNotificationCenter m_notifications;
     DesktopPresenter m_presenter;
+    LibraryLookup m_lookup;
     LibrarySession m_session;
     CrashReporting m_crashReporting{m_defaults, m_bundle, m_clock};
     std::unique_ptr<CorvaneAppDelegate> m_controller;

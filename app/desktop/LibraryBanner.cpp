@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 LibraryBanner::LibraryBanner(QWidget* parent)
     : QFrame(parent)
     , m_text(new QLabel)
-    , m_button(new QPushButton(tr("Check and Open for &Writing")))
+    , m_button(new QPushButton(tr("&Check and Open for Writing")))
 {
     setFrameShape(QFrame::StyledPanel);
     setAutoFillBackground(true);

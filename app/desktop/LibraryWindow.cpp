@@ -550,7 +550,8 @@ void LibraryWindow::dragEnterEvent(QDragEnterEvent* event)
 
 void LibraryWindow::dropEvent(QDropEvent* event)
 {
-    if (const std::optional<QString> path = draggedLibrary(event->mimeData())) {
+    const std::optional<QString> path = draggedLibrary(event->mimeData());
+    if (path && !m_scanning) {
         event->acceptProposedAction();
         openLibrary(*path);
     }

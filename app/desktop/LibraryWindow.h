@@ -39,7 +39,7 @@ public:
     /// Asked when the window is about to close; NO keeps it open. Empty: it closes.
     void setMayClose(std::function<bool()> mayClose) { m_mayClose = std::move(mayClose); }
 
-    /// Libraries to be offered while none is open.
+    /// Libraries to be offered while none is open, in place of those before.
     void offer(const QStringList& libraries);
     /// While a scan runs photos can be looked at, but nothing can be opened, put back or deleted.
     void setScanning(bool scanning);

@@ -4,11 +4,11 @@
 #include "DesktopArguments.h"
 #include "DesktopProgram.h"
 #include "Interruption.h"
+#include "SessionEnd.h"
 #include "SignalWatcher.h"
 
 #include <QApplication>
 #include <QIcon>
-#include <QSessionManager>
 #include <QTextStream>
 
 #include <csignal>
@@ -36,26 +36,6 @@ void endOnInterruption(DesktopProgram& program, const Interruption& interruption
     }
 }
 
-/// Where the desktop tells of the end of the session, it hears whether that is wanted, and when
-/// what is under way has come to its end.
-void answerTheSession(DesktopProgram& program)
-{
-    QObject::connect(
-        qApp,
-        &QGuiApplication::commitDataRequest,
-        &program,
-        [&program](QSessionManager& manager) {
-            const bool mayAsk = program.controller().isScanning() && manager.allowsInteraction();
-            if (!program.mayEndSession(mayAsk)) {
-                manager.cancel();
-            }
-            if (mayAsk) {
-                manager.release();
-            }
-        },
-        Qt::DirectConnection);
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -75,16 +55,15 @@ int main(int argc, char** argv)
     const SignalWatcher watcher(interruption);
     const QApplication application(argc, argv);
     QGuiApplication::setDesktopFileName(applicationId());
-    QGuiApplication::setWindowIcon(
-        QIcon::fromTheme(applicationId(),
-                         QIcon(QStringLiteral(":/corvane/icons/%1.svg").arg(applicationId()))));
+    QGuiApplication::setWindowIcon(QIcon::fromTheme(
+        applicationId(), QIcon(QStringLiteral(":/corvane/icons/%1.svg").arg(applicationId()))));
     QApplication::setQuitOnLastWindowClosed(false);
     DesktopProgram program(given.defaults);
     QObject::connect(
         &program, &DesktopProgram::ended, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
     program.start(given.library);
     endOnInterruption(program, interruption);
-    answerTheSession(program);
+    followSessionEnd(program);
     const int status = QApplication::exec();
     const int signal = watcher.firstSignal();
     return signal == 0 ? status : SignalWatcher::exitStatus(signal);

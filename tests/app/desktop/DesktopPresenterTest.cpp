@@ -1,11 +1,10 @@
 #include "DesktopFixture.h"
 #include "LibraryOpenPanel.h"
+#include "OpenPanelAnswer.h"
 #include "Scripting.h"
 
-#include <QDialogButtonBox>
 #include <QDir>
 #include <QLabel>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -30,19 +29,6 @@ protected:
     static void press(QWidget& dialog, QMessageBox::StandardButton which)
     {
         click(*dynamic_cast<QMessageBox&>(dialog).button(which));
-    }
-
-    /// Answers the open panel that is up with a path, or by Cancel.
-    static void answer(QWidget& dialog, const QString& path)
-    {
-        auto* const buttons = dialog.findChild<QDialogButtonBox*>(u"buttonBox"_s);
-        ASSERT_NE(buttons, nullptr);
-        if (path.isEmpty()) {
-            click(*buttons->button(QDialogButtonBox::Cancel));
-            return;
-        }
-        dialog.findChild<QLineEdit*>(u"fileNameEdit"_s)->setText(path);
-        click(*buttons->button(QDialogButtonBox::Open));
     }
 
     const QString m_libraryPath{m_folder.filePath(u"My.photolibrary"_s)};
@@ -122,7 +108,7 @@ TEST_F(DesktopPresenterTest, theLibraryPromptYieldsTheLibrary)
     whenModal([&](QWidget& dialog) {
         title = dialog.windowTitle();
         message = dialog.findChild<QLabel*>(u"openPanelMessage"_s)->text();
-        answer(dialog, m_libraryPath);
+        answerOpenPanel(dialog, m_libraryPath);
     });
     click(u"selectionScanButton"_s);
     EXPECT_EQ(m_controller->theLibrary(), m_libraryPath);
@@ -135,7 +121,7 @@ TEST_F(DesktopPresenterTest, aCancelledLibraryPromptLetsTheScanStart)
 {
     m_defaults.setBool(u"AlbumEnabled"_s, true);
     showWindow();
-    whenModal([&](QWidget& dialog) { answer(dialog, {}); });
+    whenModal([&](QWidget& dialog) { answerOpenPanel(dialog, {}); });
     click(u"selectionScanButton"_s);
     EXPECT_EQ(m_controller->theLibrary(), std::nullopt);
     EXPECT_TRUE(m_controller->isScanning());
@@ -150,9 +136,9 @@ TEST_F(DesktopPresenterTest, aFilePromptComesAgainUntilItIsAnswered)
         ++asked;
         whenModal([&](QWidget& again) {
             ++asked;
-            answer(again, m_folder.path());
+            answerOpenPanel(again, m_folder.path());
         });
-        answer(dialog, {});
+        answerOpenPanel(dialog, {});
     };
     whenModal(cancel);
     m_controller->userSelectedFiles(m_folder.filePath(u"outside.cr2"_s));

@@ -10,10 +10,14 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QLabel>
 #include <QMessageBox>
+#include <QThread>
 #include <QTimer>
 
+#include <functional>
 #include <memory>
+#include <utility>
 
 /// The whole program in this process, over a copy of a small sample library. Widgets are found by
 /// their names and clicked.
@@ -60,12 +64,41 @@ protected:
 
     [[nodiscard]] LibraryActions& actions() { return m_program->libraryWindow().actions(); }
 
+    void selectRawPhotos()
+    {
+        actions().selectRaw->trigger();
+        ASSERT_TRUE(
+            waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"2"_s; }));
+    }
+
     /// Presses the scan button and waits for the end and for the windows to follow.
     void scan()
     {
         click("selectionScanButton");
         ASSERT_TRUE(waitUntil([this] { return !m_program->controller().isScanning(); }));
         ASSERT_TRUE(waitUntil([this] { return isIdle(); }));
+    }
+
+    /// As soon as a scan has finished its first photo, does something while its thread waits before
+    /// the second.
+    void betweenTwoPhotos(std::function<void()> action)
+    {
+        auto* const first = new QObject(m_program.get());
+        CorvaneAppDelegate* const controller = &m_program->controller();
+        QObject::connect(controller, &CorvaneAppDelegate::photoDone, first, [first] {
+            first->setProperty("isDone", true);
+        });
+        const auto act = [first, action = std::move(action)] {
+            if (first->property("isDone").toBool()) {
+                first->setProperty("isDone", false);
+                action();
+            }
+        };
+        QObject::connect(controller, &CorvaneAppDelegate::timeRemainingChanged, [first, act] {
+            if (QThread::currentThread() != first->thread()) {
+                QMetaObject::invokeMethod(first, act, Qt::BlockingQueuedConnection);
+            }
+        });
     }
 
     /// Titles of the alerts that are up.
