@@ -67,8 +67,8 @@ protected:
     void selectRawPhotos()
     {
         actions().selectRaw->trigger();
-        ASSERT_TRUE(
-            waitUntil([this] { return control<QLabel>("selectedLabel").text() == u"2"_s; }));
+        ASSERT_TRUE(waitUntil(
+            [this] { return control<QLabel>("selectedLabel").text() == QStringLiteral("2"); }));
     }
 
     /// Presses the scan button and waits for the end and for the windows to follow.
