@@ -1,10 +1,12 @@
 #include "Catalogues.h"
 
 #include "AtomicFile.h"
+#include "CatalogueComparison.h"
 #include "CatalogueReader.h"
 #include "CatalogueWriter.h"
 #include "Clock.h"
 #include "OldCatalogue.h"
+#include "PropertyList.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -63,9 +65,53 @@ void touch(const QString& path, double now)
     }
 }
 
+constexpr QLatin1StringView kFull("AlbumData.xml");
+constexpr QLatin1StringView kBrief("iLifeShared/AlbumData2.xml");
+
 QString fullPathIn(const QString& package)
 {
-    return package + "/AlbumData.xml"_L1;
+    return package + u'/' + kFull;
+}
+
+/// What both should be.
+struct Wanted {
+    QByteArray full;
+    QByteArray brief;
+};
+
+Wanted wantedOf(Connection& connection, const OldCatalogue& old)
+{
+    const QString knownPath = old.text(u"Archive Path"_s);
+    const CatalogueModel model = CatalogueReader::read(connection, old);
+    const CatalogueWriter writer(
+        model, old, knownPath.isEmpty() ? connection.packagePath() : knownPath);
+    return {writer.full(), writer.brief()};
+}
+
+/// The content of a property list; nothing for what is none.
+QVariantMap contentOf(const QByteArray& bytes)
+{
+    const Result<QVariant> parsed = PropertyList::parse(bytes);
+    return parsed.ok() ? parsed.value().toMap() : QVariantMap();
+}
+
+QList<Finding> findingsOf(const QString& file, const QStringList& sentences)
+{
+    QList<Finding> findings;
+    for (const QString& sentence : sentences) {
+        findings.append({sentence, file, true});
+    }
+    return findings;
+}
+
+QStringList ofBrief(const QByteArray& bytes, const QVariantMap& wanted, const QVariantMap& full)
+{
+    if (bytes.isNull()) {
+        return {u"The brief catalogue AlbumData2.xml is missing."_s};
+    }
+    const QVariantMap found = contentOf(bytes);
+    return found.isEmpty() ? QStringList{u"The brief catalogue AlbumData2.xml is damaged."_s}
+                           : CatalogueComparison::ofBrief(found, wanted, full);
 }
 
 } // namespace
@@ -82,7 +128,7 @@ Result<Catalogues::CarriedOver> Catalogues::write(Connection& connection, double
 {
     const QString& package = connection.packagePath();
     const QString fullPath = fullPathIn(package);
-    const QString briefPath = package + u"/iLifeShared/AlbumData2.xml"_s;
+    const QString briefPath = package + u'/' + kBrief;
     const Result<QByteArray> oldFull = bytesOf(fullPath);
     if (!oldFull.ok()) {
         return oldFull.error();
@@ -95,17 +141,41 @@ Result<Catalogues::CarriedOver> Catalogues::write(Connection& connection, double
     if (const QString damage = damageOf(fullPath, oldFull.value(), old); !damage.isNull()) {
         return CarriedOver{false, damage};
     }
-    const QString knownPath = old.text(u"Archive Path"_s);
-    const CatalogueModel model = CatalogueReader::read(connection, old);
-    const CatalogueWriter writer(model, old, knownPath.isEmpty() ? package : knownPath);
-    if (const Result<void> written = replace(fullPath, oldFull.value(), writer.full());
+    const Wanted wanted = wantedOf(connection, old);
+    if (const Result<void> written = replace(fullPath, oldFull.value(), wanted.full);
         !written.ok()) {
         return written.error();
     }
-    if (const Result<void> written = replace(briefPath, oldBrief.value(), writer.brief());
+    if (const Result<void> written = replace(briefPath, oldBrief.value(), wanted.brief);
         !written.ok()) {
         return written.error();
     }
     touch(package + u"/iLifeShared/ApertureDatabaseTimestamp"_s, now);
     return CarriedOver{old.wasRead(), QString()};
+}
+
+QList<Finding> Catalogues::compare(Connection& connection)
+{
+    const QString& package = connection.packagePath();
+    const Result<QByteArray> full = bytesOf(fullPathIn(package));
+    const Result<QByteArray> brief = bytesOf(package + u'/' + kBrief);
+    if (!full.ok()) {
+        return {{full.error().message, kFull, false}};
+    }
+    const OldCatalogue old = OldCatalogue::parse(full.value());
+    if (const QString damage = damageOf(fullPathIn(package), full.value(), old); !damage.isNull()) {
+        return {{damage, kFull, false}};
+    }
+    const Wanted wanted = wantedOf(connection, old);
+    const QVariantMap wantedFull = contentOf(wanted.full);
+    QList<Finding> findings = findingsOf(
+        kFull,
+        full.value().isNull() ? QStringList{u"The catalogue AlbumData.xml is missing."_s}
+                              : CatalogueComparison::ofFull(contentOf(full.value()), wantedFull));
+    if (!brief.ok()) {
+        findings.append({brief.error().message, kBrief, false});
+    } else {
+        findings << findingsOf(kBrief, ofBrief(brief.value(), contentOf(wanted.brief), wantedFull));
+    }
+    return findings;
 }

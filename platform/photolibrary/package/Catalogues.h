@@ -1,8 +1,10 @@
 #pragma once
 
 #include "Connection.h"
+#include "Finding.h"
 #include "Result.h"
 
+#include <QList>
 #include <QString>
 
 /// The catalogues that the photo application writes for others to read: AlbumData.xml and
@@ -29,5 +31,9 @@ struct CarriedOver {
 /// `now`: seconds since 2001-01-01T00:00:00 UTC. Errors: Unreadable, NotWritable, OutOfSpace;
 /// SQLite::Exception.
 [[nodiscard]] Result<CarriedOver> write(Connection& connection, double now);
+
+/// What the catalogues tell otherwise than write() would; nothing is changed. One that cannot be
+/// read as a catalogue, and would be left alone, is not repairable. Errors: SQLite::Exception.
+[[nodiscard]] QList<Finding> compare(Connection& connection);
 
 } // namespace Catalogues

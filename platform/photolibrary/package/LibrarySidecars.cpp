@@ -95,7 +95,7 @@ void addModel(QVariantMap& content, const QVariantMap& known, Connection& connec
 
 } // namespace
 
-Result<void> LibrarySidecars::writeKeywords(Connection& connection)
+Result<void> LibrarySidecars::putKeywords(Connection& connection, SidecarOutput& output)
 {
     Result<SidecarFile> file = SidecarFile::open(
         connection.packagePath() + u"/Database/Keywords.plist"_s, SidecarFile::Form::Xml);
@@ -131,10 +131,10 @@ Result<void> LibrarySidecars::writeKeywords(Connection& connection)
     }
     content.insert(u"keywords"_s, keywords);
     content.insert(u"keywords_version"_s, qlonglong{kKeywordsVersion});
-    return file.value().save();
+    return output.put(file.value(), SidecarOutput::Stamp::Without);
 }
 
-Result<void> LibrarySidecars::writeDataModel(Connection& connection)
+Result<void> LibrarySidecars::putDataModel(Connection& connection, SidecarOutput& output)
 {
     Result<SidecarFile> file = SidecarFile::open(
         connection.packagePath() + u"/Database/DataModelVersion.plist"_s, SidecarFile::Form::Xml);
@@ -150,5 +150,5 @@ Result<void> LibrarySidecars::writeDataModel(Connection& connection)
     content.insert(u"versionCount"_s,
                    rowCount(connection, "SELECT count(*) FROM RKVersion WHERE showInLibrary=1"));
     addModel(content, known, connection);
-    return file.value().save();
+    return output.put(file.value(), SidecarOutput::Stamp::Without);
 }

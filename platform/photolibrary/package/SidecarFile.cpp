@@ -7,9 +7,10 @@
 
 using namespace Qt::StringLiterals;
 
-SidecarFile::SidecarFile(QString path, Form form, QVariantMap content)
+SidecarFile::SidecarFile(QString path, Form form, Found found, QVariantMap content)
     : m_path(std::move(path))
     , m_form(form)
+    , m_found(found)
     , m_old(content)
     , m_content(std::move(content))
 {
@@ -21,12 +22,30 @@ Result<SidecarFile> SidecarFile::open(const QString& path, Form form)
     if (!read.ok() && read.error().code == ErrorCode::Unreadable) {
         return read.error();
     }
-    return SidecarFile(path, form, read.ok() ? read.value().toMap() : QVariantMap());
+    const QVariantMap content = read.ok() ? read.value().toMap() : QVariantMap();
+    const bool isMissing = !read.ok() && read.error().code == ErrorCode::NotFound;
+    const Found damagedOrWhole = content.isEmpty() ? Found::Damaged : Found::Whole;
+    return SidecarFile(path, form, isMissing ? Found::Missing : damagedOrWhole, content);
+}
+
+QStringList SidecarFile::differingKeys() const
+{
+    QStringList keys;
+    for (const QVariantMap* const side : {&m_old, &m_content}) {
+        for (auto entry = side->begin(); entry != side->end(); ++entry) {
+            if (m_old.value(entry.key()) != m_content.value(entry.key())) {
+                keys.append(entry.key());
+            }
+        }
+    }
+    keys.sort();
+    keys.removeDuplicates();
+    return keys;
 }
 
 Result<void> SidecarFile::save()
 {
-    if (m_content == m_old && !m_old.isEmpty()) {
+    if (!differs()) {
         return {};
     }
     const Result<QByteArray> bytes =
@@ -40,13 +59,14 @@ Result<void> SidecarFile::save()
     Result<void> written = AtomicFile::write(m_path, bytes.value());
     if (written.ok()) {
         m_old = m_content;
+        m_found = Found::Whole;
     }
     return written;
 }
 
 Result<void> SidecarFile::saveStamped(double now)
 {
-    if (m_content == m_old && !m_old.isEmpty()) {
+    if (!differs()) {
         return {};
     }
     m_content.insert(u"plistWriteTimestamp"_s, QVariant::fromValue(PropertyList::Date{now}));

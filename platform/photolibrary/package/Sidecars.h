@@ -3,6 +3,11 @@
 #include "Changes.h"
 #include "Connection.h"
 #include "Result.h"
+#include "SidecarFile.h"
+
+#include <QList>
+#include <QString>
+#include <QStringList>
 
 /// The property lists beside the databases from which the photo application rebuilds them: of
 /// masters, versions, albums and folders, the list of keywords, and DataModelVersion.plist.
@@ -17,5 +22,21 @@ namespace Sidecars
 /// `now`: the moment of writing, seconds since 2001-01-01T00:00:00 UTC.
 /// Errors: NotWritable, OutOfSpace, Unreadable; SQLite::Exception.
 [[nodiscard]] Result<void> write(Connection& connection, const Changes& changes, double now);
+
+/// A sidecar that is missing, damaged, or says otherwise than the databases.
+struct Stale {
+    QString path; ///< absolute
+    SidecarFile::Found found{SidecarFile::Found::Whole};
+    QStringList keys; ///< that it should tell otherwise, sorted
+};
+
+struct Comparison {
+    QList<Stale> stale;
+    Changes lagging;        ///< whose write() would bring those in step
+    QStringList unreadable; ///< a sentence for each that this user may not read
+};
+
+/// What write() would write of `changes`; nothing is changed. Errors: SQLite::Exception.
+[[nodiscard]] Comparison compare(Connection& connection, const Changes& changes);
 
 } // namespace Sidecars

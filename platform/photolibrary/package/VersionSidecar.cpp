@@ -196,8 +196,10 @@ private:
 
 } // namespace
 
-Result<void>
-VersionSidecar::write(Connection& connection, qint64 version, const QString& folder, double now)
+Result<void> VersionSidecar::put(Connection& connection,
+                                 qint64 version,
+                                 const QString& folder,
+                                 SidecarOutput& output)
 {
     const std::optional<qint64> number = Sql::firstInteger(
         connection, "SELECT versionNumber FROM RKVersion WHERE modelId=?", version);
@@ -211,5 +213,5 @@ VersionSidecar::write(Connection& connection, qint64 version, const QString& fol
         return file.error();
     }
     VersionContent(connection, version, file.value().content()).mirror();
-    return file.value().saveStamped(now);
+    return output.put(file.value(), SidecarOutput::Stamp::With);
 }

@@ -2,6 +2,7 @@
 
 #include "Connection.h"
 #include "Result.h"
+#include "SidecarOutput.h"
 
 #include <QString>
 
@@ -9,8 +10,9 @@
 namespace VersionSidecar
 {
 
-/// Writes it into `folder`, the sidecar folder of the version's master; see Sidecars::write().
+/// Gives it to `output` as it should be in `folder`, the sidecar folder of the version's master;
+/// see Sidecars::write().
 [[nodiscard]] Result<void>
-write(Connection& connection, qint64 version, const QString& folder, double now);
+put(Connection& connection, qint64 version, const QString& folder, SidecarOutput& output);
 
 } // namespace VersionSidecar

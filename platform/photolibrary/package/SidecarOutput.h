@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Result.h"
+#include "SidecarFile.h"
+
+#include <QString>
+
+/// What becomes of sidecars once it is known what they should say: they are written, or only
+/// compared. Used by one thread.
+class SidecarOutput
+{
+public:
+    /// Whether a sidecar tells when it was written.
+    enum class Stamp : quint8 { Without, With };
+
+    SidecarOutput() = default;
+    virtual ~SidecarOutput() = default;
+    SidecarOutput(const SidecarOutput&) = delete;
+    SidecarOutput& operator=(const SidecarOutput&) = delete;
+
+    /// A sidecar whose content is what it should say.
+    [[nodiscard]] virtual Result<void> put(SidecarFile& file, Stamp stamp) = 0;
+    /// The sidecar at that absolute path, if any, is of an object that is gone.
+    [[nodiscard]] virtual Result<void> remove(const QString& path) = 0;
+};
