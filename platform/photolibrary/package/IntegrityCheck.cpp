@@ -1,6 +1,7 @@
 #include "IntegrityCheck.h"
 
 #include "Catalogues.h"
+#include "ModelIds.h"
 #include "PathMapping.h"
 #include "Queries.h"
 #include "RoomyCache.h"
@@ -10,6 +11,7 @@
 #include <QDirIterator>
 #include <QFileInfo>
 
+#include <array>
 #include <string>
 #include <utility>
 
@@ -18,10 +20,16 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+constexpr const char* kMain = "Database/apdb/Library.apdb";
+constexpr const char* kProperties = "Database/apdb/Properties.apdb";
+constexpr const char* kProxies = "Database/apdb/ImageProxies.apdb";
+
 /// A question whose first column names what is wrong, and the sentence that it goes into.
 struct Question {
     const char* sql;
-    const char* sentence; ///< %1 is the first finding, %2 how many there are
+    const char* sentence;    ///< %1 is the first finding, %2 how many there are
+    bool isDerived{false};   ///< it follows from other rows
+    const char* file{kMain}; ///< of the database
 };
 
 constexpr Question kQuestions[] = {
@@ -29,14 +37,19 @@ constexpr Question kQuestions[] = {
      " WHERE m.modelId IS NULL",
      "%2 photo version(s) have no master, the first is %1."},
     {"SELECT v.modelId FROM RKVersion v JOIN RKMaster m ON m.uuid = v.masterUuid"
-     " WHERE v.masterId <> m.modelId OR v.isInTrash <> m.isInTrash",
-     "%2 photo version(s) contradict their masters, the first is %1."},
+     " WHERE v.isInTrash <> m.isInTrash",
+     "%2 photo version(s) contradict their masters about being in the trash, the first is %1."},
+    {"SELECT v.modelId FROM RKVersion v JOIN RKMaster m ON m.uuid = v.masterUuid"
+     " WHERE v.masterId IS NOT m.modelId",
+     "%2 photo version(s) name their masters by a wrong id, the first is %1.",
+     true},
     {"SELECT v.modelId FROM RKVersion v LEFT JOIN RKFolder f ON f.uuid = v.projectUuid"
      " WHERE f.modelId IS NULL",
      "%2 photo version(s) belong to no event, the first is %1."},
     {"SELECT v.modelId FROM RKVersion v WHERE (v.hasKeywords <> 0) <> EXISTS"
      " (SELECT 1 FROM RKKeywordForVersion k WHERE k.versionId = v.modelId)",
-     "%2 photo version(s) are wrong about having keywords, the first is %1."},
+     "%2 photo version(s) are wrong about having keywords, the first is %1.",
+     true},
     {"SELECT m.modelId FROM RKMaster m LEFT JOIN RKVersion v ON v.uuid = m.originalVersionUuid"
      " AND v.versionNumber = 0 WHERE v.modelId IS NULL",
      "%2 master(s) have no original version, the first is %1."},
@@ -45,10 +58,14 @@ constexpr Question kQuestions[] = {
      "%2 master(s) have no import group, the first is %1."},
     {"SELECT v.modelId FROM RKVersion v LEFT JOIN prox.RKImageProxyState p"
      " ON p.versionUuid = v.uuid WHERE v.versionNumber = 1 AND p.modelId IS NULL",
-     "%2 photo(s) have no record of their pictures, the first is %1."},
+     "%2 photo(s) have no record of their pictures, the first is %1.",
+     false,
+     kProxies},
     {"SELECT p.modelId FROM prox.RKImageProxyState p LEFT JOIN RKVersion v"
      " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
-     "%2 record(s) of pictures belong to no photo, the first is %1."},
+     "%2 record(s) of pictures belong to no photo, the first is %1.",
+     false,
+     kProxies},
     {"SELECT a.modelId FROM RKAlbumVersion a LEFT JOIN RKVersion v ON v.modelId = a.versionId"
      " LEFT JOIN RKAlbum b ON b.modelId = a.albumId WHERE v.modelId IS NULL OR b.modelId IS NULL",
      "%2 album entry(ies) name a photo or an album that is not there, the first is %1."},
@@ -59,21 +76,30 @@ constexpr Question kQuestions[] = {
     {"SELECT p.modelId FROM prop.RKIptcProperty p LEFT JOIN RKVersion v"
      " ON v.modelId = p.versionId LEFT JOIN prop.RKUniqueString s ON s.modelId = p.stringId"
      " WHERE v.modelId IS NULL OR s.modelId IS NULL",
-     "%2 text(s) of photos name a photo or a string that is not there, the first is %1."},
+     "%2 text(s) of photos name a photo or a string that is not there, the first is %1.",
+     false,
+     kProperties},
     {"SELECT p.modelId FROM prop.RKOtherProperty p LEFT JOIN RKVersion v"
      " ON v.modelId = p.versionId LEFT JOIN prop.RKUniqueString s ON s.modelId = p.stringId"
      " WHERE v.modelId IS NULL OR (p.stringId IS NOT NULL AND s.modelId IS NULL)",
-     "%2 other text(s) of photos name a photo or a string that is not there, the first is %1."},
+     "%2 other text(s) of photos name a photo or a string that is not there, the first is %1.",
+     false,
+     kProperties},
     {"SELECT p.modelId FROM prop.RKExifStringProperty p LEFT JOIN RKVersion v"
      " ON v.modelId = p.versionId LEFT JOIN prop.RKUniqueString s ON s.modelId = p.stringId"
      " WHERE v.modelId IS NULL OR (p.stringId IS NOT NULL AND s.modelId IS NULL)",
-     "%2 camera text(s) of photos name a photo or a string that is not there, the first is %1."},
+     "%2 camera text(s) of photos name a photo or a string that is not there, the first is %1.",
+     false,
+     kProperties},
     {"SELECT p.modelId FROM prop.RKExifNumberProperty p LEFT JOIN RKVersion v"
      " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
-     "%2 number(s) of photos belong to no photo, the first is %1."},
+     "%2 number(s) of photos belong to no photo, the first is %1.",
+     false,
+     kProperties},
     {"SELECT a.name FROM RKAlbum a WHERE a.albumSubclass = 3 AND coalesce(a.versionCount, 0) <>"
      " (SELECT count(*) FROM RKAlbumVersion v WHERE v.albumId = a.modelId)",
-     "%2 album(s) miscount their photos, the first is \"%1\"."},
+     "%2 album(s) miscount their photos, the first is \"%1\".",
+     true},
     // The signs keep SQLite to the index of the event: by that of the trash it would look at nearly
     // every photo of the library for each event.
     {"SELECT f.name FROM RKFolder f WHERE f.folderType = 2 AND f.isMagic = 0 AND f.versionCount <>"
@@ -81,74 +107,43 @@ constexpr Question kQuestions[] = {
      " AND +v.isInTrash = 0 AND +v.isHidden = 0) AND f.versionCount <>"
      " (SELECT count(*) FROM RKVersion v WHERE v.projectUuid = f.uuid AND +v.showInLibrary = 1"
      " AND +v.isInTrash = 0)",
-     "%2 event(s) miscount their photos, the first is \"%1\"."},
+     "%2 event(s) miscount their photos, the first is \"%1\".",
+     true},
 };
 
-void askQuestions(Connection& connection, QStringList& problems)
+void askQuestions(Connection& connection, QList<Finding>& findings)
 {
     for (const Question& question : kQuestions) {
         const QStringList found = Sql::texts(connection, question.sql);
         if (!found.isEmpty()) {
-            problems << QString::fromLatin1(question.sentence)
-                            .arg(found.first(), QString::number(found.size()));
+            findings.append({QString::fromLatin1(question.sentence)
+                                 .arg(found.first(), QString::number(found.size())),
+                             QString::fromLatin1(question.file),
+                             question.isDerived});
         }
     }
 }
 
-void checkDatabases(Connection& connection, QStringList& problems)
+/// The database that a table is in, or that a sentence tells of.
+QString databaseOf(const QString& table)
 {
-    for (const char* schema : Connection::kSchemas) {
-        const std::string sql = std::string("PRAGMA ") + schema + ".integrity_check(1)";
-        const QString found = Sql::firstText(connection, sql.c_str());
-        if (found != "ok"_L1) {
-            problems << u"A database is damaged: %1."_s.arg(found);
-        }
+    if (table.contains("RKImageProxyState"_L1)) {
+        return QString::fromLatin1(kProxies);
     }
+    const bool ofProperties = table.contains("RKIptc"_L1) || table.contains("RKOther"_L1) ||
+                              table.contains("RKExif"_L1) || table.contains("RKUnique"_L1);
+    return QString::fromLatin1(ofProperties ? kProperties : kMain);
 }
 
-void checkCounters(Connection& connection, QStringList& problems)
+void checkCounters(Connection& connection, QList<Finding>& findings)
 {
-    struct Table {
-        const char* name;
-        const char* highest;
-    };
-
-    constexpr Table kTables[] = {
-        {"RKMaster", "SELECT max(modelId) FROM RKMaster"},
-        {"RKVersion", "SELECT max(modelId) FROM RKVersion"},
-        {"RKFolder", "SELECT max(modelId) FROM RKFolder"},
-        {"RKAlbum", "SELECT max(modelId) FROM RKAlbum"},
-        {"RKKeyword", "SELECT max(modelId) FROM RKKeyword"},
-        {"RKImportGroup", "SELECT max(modelId) FROM RKImportGroup"},
-        {"RKImageProxyState", "SELECT max(modelId) FROM prox.RKImageProxyState"},
-    };
     const Connection::Snapshot snapshot(connection);
-    for (const Table& table : kTables) {
-        const QString name = QString::fromLatin1(table.name);
-        const std::optional<qint64> next =
-            Sql::firstInteger(connection,
-                              "SELECT propertyValue FROM RKAdminData WHERE propertyArea = ?"
-                              " AND propertyName = 'nextModelId'",
-                              name);
-        const std::optional<qint64> highest = Sql::firstInteger(connection, table.highest);
-        if (next && highest && *next <= *highest) {
-            problems << u"The id counter of %1 stands at %2, though the id %3 is in use."_s
-                            .arg(name)
-                            .arg(*next)
-                            .arg(*highest);
+    const QList<ModelIds::Lagging> tables = ModelIds::lagging(connection);
+    for (const ModelIds::Lagging& table : tables) {
+        if (table.counter && table.isOfObjects) {
+            findings.append({ModelIds::describeCounter(table), QString::fromLatin1(kMain), true});
         }
     }
-}
-
-QStringList ofRows(Connection& connection)
-{
-    QStringList problems;
-    askQuestions(connection, problems);
-    checkCounters(connection, problems);
-    if (Schema::mismatches(connection).isEmpty()) { // older schemas lack columns that are indexed
-        problems << RowIdIndexes::mismatches(connection);
-    }
-    return problems;
 }
 
 /// Thumbnails and previews that the databases name; masters are counted as missing elsewhere.
@@ -215,14 +210,54 @@ void checkStrayMasters(Connection& connection,
     }
 }
 
+QStringList sentencesOf(const QList<Finding>& findings)
+{
+    QStringList sentences;
+    for (const Finding& finding : findings) {
+        sentences << finding.what;
+    }
+    return sentences;
+}
+
 } // namespace
+
+QList<Finding> IntegrityCheck::ofForm(Connection& connection)
+{
+    constexpr std::array kFiles{kMain, kProperties, kProxies};
+    QList<Finding> findings;
+    for (std::size_t i = 0; i < Connection::kSchemas.size(); ++i) {
+        const std::string sql =
+            std::string("PRAGMA ") + Connection::kSchemas[i] + ".integrity_check(1)";
+        const QString found = Sql::firstText(connection, sql.c_str());
+        if (found != "ok"_L1) {
+            findings.append({u"A database is damaged: %1."_s.arg(found),
+                             QString::fromLatin1(kFiles[i]),
+                             false});
+        }
+    }
+    return findings;
+}
+
+QList<Finding> IntegrityCheck::ofRows(Connection& connection)
+{
+    QList<Finding> findings;
+    askQuestions(connection, findings);
+    checkCounters(connection, findings);
+    if (Schema::mismatches(connection).isEmpty()) { // older schemas lack columns that are indexed
+        const QStringList mismatches = RowIdIndexes::mismatches(connection);
+        for (const QString& mismatch : mismatches) {
+            findings.append({mismatch, databaseOf(mismatch), true});
+        }
+    }
+    return findings;
+}
 
 QStringList IntegrityCheck::ofDatabases(Connection& connection)
 {
     const RoomyCache cache(connection);
-    QStringList problems;
-    checkDatabases(connection, problems);
-    return problems.isEmpty() ? ofRows(connection) : problems;
+    const QList<Finding> damages = ofForm(connection);
+    // What a damaged database says of the rest proves nothing.
+    return sentencesOf(damages.isEmpty() ? ofRows(connection) : damages);
 }
 
 QStringList IntegrityCheck::ofFiles(Connection& connection, const NamedFiles& namedFiles)
@@ -236,10 +271,9 @@ QStringList IntegrityCheck::ofFiles(Connection& connection, const NamedFiles& na
 QStringList IntegrityCheck::problems(Connection& connection, const NamedFiles& namedFiles)
 {
     const RoomyCache cache(connection);
-    QStringList problems;
-    checkDatabases(connection, problems);
-    if (problems.isEmpty()) { // what a damaged database says of the rest proves nothing
-        problems << ofRows(connection) << ofFiles(connection, namedFiles);
+    QStringList problems = sentencesOf(ofForm(connection));
+    if (problems.isEmpty()) {
+        problems << sentencesOf(ofRows(connection)) << ofFiles(connection, namedFiles);
     }
     const QString damagedCatalogue = Catalogues::damage(connection.packagePath());
     if (!damagedCatalogue.isNull()) {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "Connection.h"
+#include "Finding.h"
 
+#include <QList>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -38,6 +40,12 @@ private:
 
 /// Of everything here: one English sentence for each problem; nothing is changed. Errors:
 /// SQLite::Exception.
+
+/// Whether the databases are whole, as SQLite sees them.
+[[nodiscard]] QList<Finding> ofForm(Connection& connection);
+/// What is wrong with the rows of whole databases: counts, indexes, id counters, and rows that
+/// refer to each other.
+[[nodiscard]] QList<Finding> ofRows(Connection& connection);
 
 /// What is wrong with the databases themselves: their form, counts, indexes, id counters, and rows
 /// that refer to each other. A library with any of that is not written to. Looks at no other file.

@@ -7,6 +7,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
 
 using namespace Qt::StringLiterals;
@@ -14,8 +15,51 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+/// A table whose ids are counted and kept.
+struct Table {
+    const char* name;
+    bool isOfObjects;
+};
+
+constexpr std::array kTables{Table{"RKMaster", true},
+                             Table{"RKVersion", true},
+                             Table{"RKFolder", true},
+                             Table{"RKAlbum", true},
+                             Table{"RKKeyword", true},
+                             Table{"RKImportGroup", true},
+                             Table{"RKImageProxyState", true},
+                             Table{"RKAlbumVersion", false},
+                             Table{"RKKeywordForVersion", false},
+                             Table{"RKCustomSortOrder", false},
+                             Table{"RKUniqueString", false},
+                             Table{"RKIptcProperty", false},
+                             Table{"RKExifStringProperty", false},
+                             Table{"RKExifNumberProperty", false}};
+
 constexpr auto kNextId = "nextModelId"_L1;
 constexpr auto kAllIds = "allModelIds"_L1;
+
+RowIdSet idsOfRows(Connection& connection, const char* table)
+{
+    const std::string sql = std::string("SELECT modelId FROM ") + table;
+    return RowIdSet(Sql::integers(connection, sql.c_str()));
+}
+
+qint64 highestId(Connection& connection, const char* table)
+{
+    const std::string sql = std::string("SELECT max(modelId) FROM ") + table;
+    return Sql::firstInteger(connection, sql.c_str()).value_or(0);
+}
+
+bool setLacksIds(Connection& connection, const char* table)
+{
+    const QByteArray blob = AdminData::blob(connection, QString::fromLatin1(table), kAllIds);
+    if (blob.isNull()) {
+        return false; // it is not kept of every table
+    }
+    const std::optional<RowIdSet> set = RowIdSet::fromBlob(blob);
+    return !set || !set->containsAll(idsOfRows(connection, table));
+}
 
 /// The set of all ids; where it cannot be read, it is made anew from the rows, as it is a cache.
 RowIdSet allIds(Connection& connection, const char* table, const QByteArray& blob)
@@ -24,8 +68,20 @@ RowIdSet allIds(Connection& connection, const char* table, const QByteArray& blo
     if (set) {
         return *set;
     }
-    const std::string sql = std::string("SELECT modelId FROM ") + table;
-    return RowIdSet(Sql::integers(connection, sql.c_str()));
+    return idsOfRows(connection, table);
+}
+
+std::optional<ModelIds::Lagging> laggingIn(Connection& connection, const Table& table)
+{
+    ModelIds::Lagging found{
+        QString::fromLatin1(table.name), table.isOfObjects, std::nullopt, 0, false};
+    const QString counter = AdminData::text(connection, found.table, kNextId);
+    found.highest = highestId(connection, table.name);
+    if (!counter.isNull() && counter.toLongLong() <= found.highest) {
+        found.counter = counter.toLongLong();
+    }
+    found.setLacksIds = setLacksIds(connection, table.name);
+    return found.counter || found.setLacksIds ? std::optional(found) : std::nullopt;
 }
 
 } // namespace
@@ -33,8 +89,7 @@ RowIdSet allIds(Connection& connection, const char* table, const QByteArray& blo
 qint64 ModelIds::allocate(Writer& writer, const char* table)
 {
     const QString area = QString::fromLatin1(table);
-    const std::string sql = std::string("SELECT max(modelId) FROM ") + table;
-    const qint64 highest = Sql::firstInteger(writer.connection, sql.c_str()).value_or(0);
+    const qint64 highest = highestId(writer.connection, table);
     const qint64 counter = AdminData::text(writer.connection, area, kNextId).toLongLong();
     if (std::max(highest, counter) >= std::numeric_limits<qint64>::max() - 1) {
         throw SQLite::Exception(std::string("no ids are left in ") + table, SQLITE_CORRUPT);
@@ -62,4 +117,43 @@ void ModelIds::release(Writer& writer, const char* table, const QList<qint64>& i
         set.remove(id);
     }
     AdminData::setBlob(writer, area, kAllIds, set.toBlob());
+}
+
+QList<ModelIds::Lagging> ModelIds::lagging(Connection& connection)
+{
+    QList<Lagging> all;
+    for (const Table& table : kTables) {
+        if (const std::optional<Lagging> found = laggingIn(connection, table)) {
+            all.append(*found);
+        }
+    }
+    return all;
+}
+
+QString ModelIds::describeCounter(const Lagging& lagging)
+{
+    return u"The id counter of %1 stands at %2, though the id %3 is in use."_s.arg(lagging.table)
+        .arg(lagging.counter.value_or(0))
+        .arg(lagging.highest);
+}
+
+void ModelIds::mend(Writer& writer)
+{
+    for (const Table& table : kTables) {
+        const std::optional<Lagging> found = laggingIn(writer.connection, table);
+        if (found && found->counter) {
+            AdminData::setText(writer,
+                               found->table,
+                               kNextId,
+                               QString::number(found->highest + 1),
+                               AdminData::kInteger);
+        }
+        if (found && found->setLacksIds) {
+            // Ids that are gone stay in it: the application leaves them there as well.
+            const QByteArray blob = AdminData::blob(writer.connection, found->table, kAllIds);
+            RowIdSet set = RowIdSet::fromBlob(blob).value_or(RowIdSet());
+            set.unite(idsOfRows(writer.connection, table.name));
+            AdminData::setBlob(writer, found->table, kAllIds, set.toBlob());
+        }
+    }
 }

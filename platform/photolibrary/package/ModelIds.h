@@ -3,6 +3,9 @@
 #include "Writer.h"
 
 #include <QList>
+#include <QString>
+
+#include <optional>
 
 /// Ids of rows. The library counts them itself, one counter a table, and never gives one out twice:
 /// sidecars, catalogues and other programs may still know the ids of rows that are gone.
@@ -17,5 +20,22 @@ namespace ModelIds
 
 /// Takes ids of rows that are deleted out of the table's set of all ids. The counter stays.
 void release(Writer& writer, const char* table, const QList<qint64>& ids);
+
+/// What counters and sets of ids get wrong.
+struct Lagging {
+    QString table;
+    bool isOfObjects{false};       ///< that other rows and files refer to
+    std::optional<qint64> counter; ///< stands at this, though `highest` is in use
+    qint64 highest{0};
+    bool setLacksIds{false}; ///< or the set cannot be read
+};
+
+/// The tables of which the counter or the set of all ids lags behind the rows. The counters of
+/// other properties are passed over: the application itself lets them lag.
+[[nodiscard]] QList<Lagging> lagging(Connection& connection);
+/// Tells of the counter in a sentence.
+[[nodiscard]] QString describeCounter(const Lagging& lagging);
+/// Brings those, and no others, in step with the rows.
+void mend(Writer& writer);
 
 } // namespace ModelIds

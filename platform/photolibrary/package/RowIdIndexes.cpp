@@ -274,16 +274,24 @@ bool mayHoldMore(const Source& source, const Key& key)
            key.index == "propertyKey"_L1 || std::string_view(source.table).ends_with("Property");
 }
 
-QString describe(const Source& source, const Key& key, QLatin1StringView what)
+/// A stored set that says otherwise than the tables.
+struct Mismatch {
+    Key key;
+    QLatin1StringView what;
+    RowIdSet right; ///< what it should hold; empty where there should be none
+};
+
+QString describe(const Source& source, const Mismatch& mismatch)
 {
     return u"In %1 the set of rows whose %2 is \"%3\" %4."_s.arg(
-        QLatin1StringView(source.indexes), key.index, key.value, what);
+        QLatin1StringView(source.indexes), mismatch.key.index, mismatch.key.value, mismatch.what);
 }
 
-void compare(Connection& connection, const Source& source, QStringList& lines)
+QList<Mismatch> compare(Connection& connection, const Source& source)
 {
     // Rows and their sets are of one moment, however much is written meanwhile.
     const Connection::Snapshot snapshot(connection);
+    QList<Mismatch> found;
     Sets wanted = wantedSets(connection, source);
     QSet<QString> known;
     for (auto set = wanted.cbegin(); set != wanted.cend(); ++set) {
@@ -293,23 +301,27 @@ void compare(Connection& connection, const Source& source, QStringList& lines)
     Sql::Query query(connection, sql.c_str());
     while (query.next()) {
         const Key key{Sql::text(query.column(0)), Sql::text(query.column(1))};
-        const std::optional<RowIdSet> stored = RowIdSet::fromBlob(Sql::blob(query.column(2)));
+        std::optional<RowIdSet> stored = RowIdSet::fromBlob(Sql::blob(query.column(2)));
         const RowIdSet want = wanted.take(key);
         if (!stored) {
-            lines.append(describe(source, key, "cannot be read"_L1));
+            found.append({key, "cannot be read"_L1, want});
         } else if (!known.contains(key.index)) {
             continue;
         } else if (!stored->containsAll(want)) {
-            lines.append(describe(source, key, "lacks rows"_L1));
+            if (mayHoldMore(source, key)) {
+                stored->unite(want);
+            }
+            found.append({key, "lacks rows"_L1, mayHoldMore(source, key) ? *stored : want});
         } else if (!mayHoldMore(source, key) && *stored != want) {
-            lines.append(describe(source, key, "holds rows that have another value"_L1));
+            found.append({key, "holds rows that have another value"_L1, want});
         }
     }
     for (auto set = wanted.cbegin(); set != wanted.cend(); ++set) {
         if (!set->isEmpty()) {
-            lines.append(describe(source, set.key(), "is missing"_L1));
+            found.append({set.key(), "is missing"_L1, *set});
         }
     }
+    return found;
 }
 
 } // namespace
@@ -374,7 +386,21 @@ QStringList RowIdIndexes::mismatches(Connection& connection)
 {
     QStringList lines;
     for (const Source& source : kSources) {
-        compare(connection, source, lines);
+        for (const Mismatch& mismatch : compare(connection, source)) {
+            lines.append(describe(source, mismatch));
+        }
     }
     return lines;
+}
+
+void RowIdIndexes::mend(Writer& writer)
+{
+    for (const Source& source : kSources) {
+        for (const Mismatch& mismatch : compare(writer.connection, source)) {
+            erase(writer.connection, source, mismatch.key);
+            if (!mismatch.right.isEmpty()) {
+                insert(writer.connection, source, mismatch.key, mismatch.right);
+            }
+        }
+    }
 }

@@ -38,6 +38,9 @@ void removeRows(Writer& writer, const char* table, const QList<qint64>& modelIds
 /// Writes every index anew from the tables.
 void recomputeAll(Writer& writer);
 
+/// Writes those sets anew that mismatches() tells of, and no others.
+void mend(Writer& writer);
+
 /// A sentence for each index that says otherwise than the tables; empty when all are right. Sets of
 /// string ids, and of albums and folders below a folder, may hold more than needed: the application
 /// leaves stale ids there.
