@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QList>
 #include <QString>
+#include <QStringList>
 
 /// One thing in a library that does not agree with another. Any thread.
 struct Finding {
@@ -11,4 +13,12 @@ struct Finding {
     bool repairable{false};
 
     bool operator==(const Finding&) const = default;
+};
+
+/// What became of the findings in a library that was repaired. Any thread.
+struct RepairReport {
+    QString backup;        ///< folder of the copy made before; null where nothing was to be mended
+    QList<Finding> mended; ///< that are there no more
+    QList<Finding> left;   ///< that are still there
+    QStringList failures;  ///< a sentence for each thing that could not be mended after all
 };

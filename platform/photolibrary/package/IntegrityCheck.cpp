@@ -2,14 +2,12 @@
 
 #include "Catalogues.h"
 #include "ModelIds.h"
-#include "PathMapping.h"
+#include "ProxyFiles.h"
 #include "Queries.h"
 #include "RoomyCache.h"
 #include "RowIdIndexes.h"
 #include "Schema.h"
-
-#include <QDirIterator>
-#include <QFileInfo>
+#include "StrayFiles.h"
 
 #include <array>
 #include <string>
@@ -149,60 +147,19 @@ void checkCounters(Connection& connection, QList<Finding>& findings)
 /// Thumbnails and previews that the databases name; masters are counted as missing elsewhere.
 void checkProxyFiles(Connection& connection, QStringList& problems)
 {
-    const QString& package = connection.packagePath();
-    int missing = 0;
-    QString first;
-    const auto check = [&](QLatin1StringView folder, const SQLite::Column& column) {
-        const QString relative = Sql::text(column);
-        const QString path =
-            relative.isNull() ? QString() : PathMapping::inside(package, folder, relative);
-        if (!relative.isNull() && (path.isEmpty() || !QFileInfo::exists(path))) {
-            first = missing == 0 ? folder + u'/' + relative : first;
-            ++missing;
-        }
-    };
-    Sql::Query query(connection,
-                     "SELECT p.fullSizePreviewPath, p.thumbnailPath, p.miniThumbnailPath"
-                     " FROM prox.RKImageProxyState p");
-    while (query.next()) {
-        check("Previews"_L1, query.column(0));
-        check("Thumbnails"_L1, query.column(1));
-        check("Thumbnails"_L1, query.column(2));
-    }
-    if (missing > 0) {
-        problems << u"%1 preview(s) or thumbnail(s) are missing, the first is %2."_s.arg(missing)
-                        .arg(first);
+    const QList<ProxyFiles::Missing> missing = ProxyFiles::missing(connection);
+    if (!missing.isEmpty()) {
+        problems << u"%1 preview(s) or thumbnail(s) are missing, the first is %2."_s
+                        .arg(missing.size())
+                        .arg(missing.first().relativePath);
     }
 }
 
-/// Files that no master names may be somebody's only copy: they are told, and left.
 void checkStrayMasters(Connection& connection,
-                       const IntegrityCheck::NamedFiles& namedFiles,
+                       const NamedFiles& namedFiles,
                        QStringList& problems)
 {
-    const QString root = connection.packagePath() + "/Masters"_L1;
-    QStringList found;
-    QDirIterator walk(root,
-                      QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
-                      QDirIterator::Subdirectories);
-    while (walk.hasNext()) {
-        found << walk.next().mid(root.size() + 1);
-    }
-    // In this order: of what was found meanwhile, a writer has named each file beforehand and
-    // forgets it only once the databases know it.
-    const QSet<QString> named = namedFiles.now();
-    QSet<QString> known;
-    for (const QString& path : Sql::texts(connection, "SELECT imagePath FROM RKMaster")) {
-        known.insert(path.normalized(QString::NormalizationForm_C).toCaseFolded());
-    }
-    QStringList strays;
-    for (const QString& relative : std::as_const(found)) {
-        const QString name = relative.normalized(QString::NormalizationForm_C).toCaseFolded();
-        if (!known.contains(name) && !named.contains("Masters/"_L1 + relative)) {
-            strays << relative;
-        }
-    }
-    strays.sort();
+    const QStringList strays = StrayFiles::inMasters(connection, namedFiles);
     if (!strays.isEmpty()) {
         problems << u"%1 file(s) in Masters belong to no photo, the first is %2."_s
                         .arg(strays.size())

@@ -2,41 +2,15 @@
 
 #include "Connection.h"
 #include "Finding.h"
+#include "NamedFiles.h"
 
 #include <QList>
-#include <QSet>
 #include <QString>
 #include <QStringList>
-
-#include <functional>
-#include <utility>
 
 /// Whether a library's databases agree with themselves and with the files in the package.
 namespace IntegrityCheck
 {
-
-/// Package-relative files that this program's own journal knows. Asked for after the files were
-/// looked at, because a writer names a file before it makes it.
-class NamedFiles final
-{
-public:
-    NamedFiles() = default;
-
-    NamedFiles(QSet<QString> files) // NOLINT(google-explicit-constructor): it is the same
-        : m_ask([files = std::move(files)] { return files; })
-    {
-    }
-
-    explicit NamedFiles(std::function<QSet<QString>()> ask)
-        : m_ask(std::move(ask))
-    {
-    }
-
-    [[nodiscard]] QSet<QString> now() const { return m_ask ? m_ask() : QSet<QString>(); }
-
-private:
-    std::function<QSet<QString>()> m_ask;
-};
 
 /// Of everything here: one English sentence for each problem; nothing is changed. Errors:
 /// SQLite::Exception.

@@ -66,6 +66,12 @@ Result<void> checkForWriting(Connection& connection,
     if (!clean && !options.afterCrash) {
         return OpeningChecks::notClosed(package);
     }
+    if (options.forRepair) {
+        const QList<Finding> damages = IntegrityCheck::ofForm(connection);
+        return damages.isEmpty()
+                   ? Result<void>()
+                   : notSound(package, {damages.first().what}, u"Restore it from a backup."_s);
+    }
     const QStringList problems = IntegrityCheck::ofDatabases(connection);
     if (!problems.isEmpty()) {
         return notSound(package, problems, u"Let iPhoto repair it, or restore it from a backup."_s);

@@ -590,7 +590,7 @@ bool LibraryReader::isRegularAlbum(Connection& connection, qint64 id)
 }
 
 LibrarySummary LibraryReader::summary(Connection& connection,
-                                      const IntegrityCheck::NamedFiles& namedFiles)
+                                      const NamedFiles& namedFiles)
 {
     LibrarySummary summary;
     std::optional<Listing> shown;

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Connection.h"
-#include "IntegrityCheck.h"
 #include "LibraryFacts.h"
+#include "NamedFiles.h"
 
 #include <QList>
 #include <QString>
@@ -25,6 +25,6 @@ namespace LibraryReader
 [[nodiscard]] bool isRegularAlbum(Connection& connection, qint64 id);
 /// Counts, and what the integrity check finds.
 [[nodiscard]] LibrarySummary summary(Connection& connection,
-                                     const IntegrityCheck::NamedFiles& namedFiles);
+                                     const NamedFiles& namedFiles);
 
 } // namespace LibraryReader

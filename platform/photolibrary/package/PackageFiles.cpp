@@ -187,11 +187,15 @@ void PackageFiles::removeUnfinished(const QString& package,
         place.entryInfoList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
     for (const QFileInfo& entry : entries) {
         const QString file = entry.fileName();
-        if (file.endsWith(kUnfinishedSuffix) &&
-            file.startsWith(name.isEmpty() ? u"."_s : u'.' + name + u'.')) {
+        if (isUnfinished(file) && (name.isEmpty() || file.startsWith(u'.' + name + u'.'))) {
             QFile::remove(entry.filePath());
         }
     }
+}
+
+bool PackageFiles::isUnfinished(const QString& name)
+{
+    return name.startsWith(u'.') && name.endsWith(kUnfinishedSuffix);
 }
 
 QString PackageFiles::listed(const QList<NotRemoved>& notRemoved)

@@ -35,6 +35,9 @@ void removeEmpty(const QString& package, const QStringList& folders);
 /// Removes what AtomicFile left unfinished in a folder: of the file `name`, or of all its files.
 void removeUnfinished(const QString& package, const QString& folder, const QString& name = {});
 
+/// Whether AtomicFile gave that name to a file that it was writing.
+[[nodiscard]] bool isUnfinished(const QString& name);
+
 /// One line for each path with its reason, for a message; of many the first ones and a count.
 [[nodiscard]] QString listed(const QList<NotRemoved>& notRemoved);
 

@@ -2,11 +2,12 @@
 
 #include "LibraryOpening.h"
 #include "LibraryReader.h"
+#include "LibraryRepair.h"
+#include "LibraryVerification.h"
 #include "OpeningChecks.h"
 #include "PackageApplication.h"
 #include "PackageTurn.h"
 #include "PhotoLibraryPrivate.h"
-#include "Recovery.h"
 #include "SystemLog.h"
 #include "TrashRows.h"
 
@@ -82,12 +83,23 @@ Result<QList<PhotoFacts>> PhotoLibrary::trashedPhotos()
 
 Result<LibrarySummary> PhotoLibrary::summary(const std::function<bool()>& shouldStop)
 {
-    const IntegrityCheck::NamedFiles named(
-        [state = m_d->places().state] { return Recovery::named(TurnJournal::read(state)); });
+    const NamedFiles named = m_d->journaledFiles();
     return m_d->tryRead([&](Connection& connection) {
         const Connection::Interruptible interruptible(connection, shouldStop);
         return LibraryReader::summary(connection, named);
     });
+}
+
+Result<QList<Finding>> PhotoLibrary::verify(const std::function<bool()>& shouldStop)
+{
+    return m_d->tryRead([&](Connection& connection) {
+        return LibraryVerification::findings(connection, m_d->journaledFiles(), shouldStop);
+    });
+}
+
+Result<RepairReport> PhotoLibrary::repair(const std::function<bool()>& shouldStop)
+{
+    return LibraryRepair::run(*m_d, shouldStop);
 }
 
 Result<qint64> PhotoLibrary::importPhoto(const ImportRequest& request)

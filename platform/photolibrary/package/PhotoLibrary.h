@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Finding.h"
 #include "LibraryFacts.h"
 #include "Result.h"
 #include "Scripting.h"
@@ -29,6 +30,9 @@ struct OpenOptions {
     /// Where disks are here that referenced masters lie on: absolute folders by the name of the
     /// disk on the Mac, its own by "/". Masters on others are offline.
     QMap<QString, QString> volumeFolders{};
+    /// Accept for writing a library whose rows do not pass the integrity check, to mend them. It
+    /// must be whole as SQLite sees it. Nothing but repair() should be asked of it.
+    bool forRepair{false};
 };
 
 /// A picture to be taken into the library by a program of our own.
@@ -93,6 +97,11 @@ public:
     /// OpenOptions.
     [[nodiscard]] Result<LibrarySummary> summary(const std::function<bool()>& shouldStop = {});
 
+    /// Compares databases, sidecars, catalogues and files, and tells what differs; empty for a
+    /// library in which all agrees. Any access. Takes as long as summary() and a look at each
+    /// sidecar. `shouldStop`: as that of OpenOptions.
+    [[nodiscard]] Result<QList<Finding>> verify(const std::function<bool()>& shouldStop = {});
+
     // -- plain writes (library opened for writing) ------------------------------------------
     /// Imports a picture, RAW masters too, as one transaction; returns the photo's id.
     [[nodiscard]] Result<qint64> importPhoto(const ImportRequest& request);
@@ -104,6 +113,12 @@ public:
     /// when the photos are deleted but some of their files could not be removed; the message names
     /// them and says how much is free, and the next opening for writing tries again.
     [[nodiscard]] Result<qint64> emptyTrash();
+
+    /// Mends what verify() finds and can be mended without a choice: statistics, indexes, id
+    /// counters, sidecars, catalogues, rendered pictures. Everything else stays as it is, and no
+    /// file is removed. A backup comes first, unless nothing is to be mended. Errors, beside those
+    /// of every write: Interrupted; what was mended until then stays.
+    [[nodiscard]] Result<RepairReport> repair(const std::function<bool()>& shouldStop = {});
 
     /// Brings sidecars, AlbumData.xml and AlbumData2.xml in step with the databases. Does nothing
     /// when nothing changed since the last call. Errors, each saying that the photos are safe: what

@@ -11,6 +11,7 @@
 #include "PackageFiles.h"
 #include "PackageTurn.h"
 #include "Queries.h"
+#include "Recovery.h"
 #include "Sidecars.h"
 #include "SystemLog.h"
 #include "TrashRows.h"
@@ -186,6 +187,11 @@ std::shared_ptr<Session> PhotoLibraryPrivate::knownSession(const ThreadMark& mar
         ++entry;
     }
     return known;
+}
+
+Error PhotoLibraryPrivate::readOnlyError() const
+{
+    return {ErrorCode::NotWritable, u"The library \"%1\" is open for reading only."_s.arg(path())};
 }
 
 Error PhotoLibraryPrivate::closedError() const
@@ -371,6 +377,20 @@ Result<qint64> PhotoLibraryPrivate::emptyTrash()
         return notAllRemoved(path(), photos, removal);
     }
     return settled.ok() ? Result<qint64>(removal.bytes) : settled.error();
+}
+
+NamedFiles PhotoLibraryPrivate::journaledFiles() const
+{
+    return NamedFiles([state = m_places.state] { return Recovery::named(TurnJournal::read(state)); });
+}
+
+Result<QString> PhotoLibraryPrivate::backUp()
+{
+    const Result<std::shared_ptr<Session>> mine = session();
+    if (!mine.ok()) {
+        return mine.error();
+    }
+    return m_write ? m_write->backUp(*mine.value()->connection) : Result<QString>(readOnlyError());
 }
 
 Result<void> PhotoLibraryPrivate::synchronise()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LibraryErrors.h"
+#include "NamedFiles.h"
 #include "PhotoLibrary.h"
 #include "PictureIntake.h"
 #include "Scripting.h"
@@ -44,6 +45,9 @@ public:
 
     [[nodiscard]] bool isForWriting() const { return m_write != nullptr; }
 
+    /// Files that unfinished turns are about to make or to remove; package-relative.
+    [[nodiscard]] NamedFiles journaledFiles() const;
+
     /// Runs `query(Connection&)` on this thread's connection. Errors: what SQLite raises; NotFound
     /// when the library is closed.
     template <typename Query>
@@ -80,6 +84,8 @@ public:
 
     void requestStop() { m_stopRequested = true; }
 
+    /// Makes a dated copy of databases and catalogues now; returns its folder.
+    [[nodiscard]] Result<QString> backUp();
     [[nodiscard]] Result<void> synchronise();
     [[nodiscard]] Result<void> close();
 
@@ -93,6 +99,7 @@ private:
     [[nodiscard]] Result<std::shared_ptr<Session>> session();
     [[nodiscard]] std::shared_ptr<Session> knownSession(const ThreadMark& mark);
     [[nodiscard]] Error closedError() const;
+    [[nodiscard]] Error readOnlyError() const;
     [[nodiscard]] Result<qint64>
     insertPicture(PreparedPicture picture, const QString& event, std::optional<qint64> target);
     [[nodiscard]] Result<qint64> importInTurn(const QString& path, std::optional<qint64> target);
@@ -150,8 +157,7 @@ auto PhotoLibraryPrivate::tryWrite(Step&& step) -> std::invoke_result_t<Step, Wr
         return mine.error();
     }
     if (!m_write) {
-        return Error{ErrorCode::NotWritable,
-                     QStringLiteral("The library \"%1\" is open for reading only.").arg(path())};
+        return readOnlyError();
     }
     Session& own = *mine.value();
     if (own.transaction) {

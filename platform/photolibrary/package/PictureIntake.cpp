@@ -1,6 +1,7 @@
 #include "PictureIntake.h"
 
 #include "Clock.h"
+#include "ImageSource.h"
 #include "JpegDestination.h"
 #include "JpegProof.h"
 #include "Resampler.h"
@@ -131,6 +132,21 @@ void takeFacts(PreparedPicture& picture, ImageFacts facts)
     }
 }
 
+/// What is kept of a picture beside the file, whose facts are known.
+Result<void> render(PreparedPicture& picture, const Bitmap& decoded)
+{
+    const int orientation = picture.facts.orientation;
+    picture.stored = decoded.size();
+    picture.shown =
+        Upright::isTransposed(orientation) ? picture.stored.transposed() : picture.stored;
+    picture.rotation = Upright::rotation(orientation);
+    Result<void> made = makeThumbnails(picture, decoded, orientation);
+    if (made.ok() && orientation >= 2 && orientation <= 8) {
+        made = encodeInto(picture.preview, Upright::turned(decoded, orientation));
+    }
+    return made;
+}
+
 Error noPicture(const QString& path, const Error& reason)
 {
     return {reason.code == ErrorCode::OutOfSpace ? reason.code : ErrorCode::Damaged,
@@ -158,15 +174,7 @@ Result<PreparedPicture> PictureIntake::jpeg(const QString& path, const QString& 
     }
     const Result<ImageProperties> properties = ImageProperties::fromBytes(picture.bytes);
     takeFacts(picture, properties.ok() ? properties.value().facts() : ImageFacts());
-    const int orientation = picture.facts.orientation;
-    picture.stored = decoded.value().size();
-    picture.shown =
-        Upright::isTransposed(orientation) ? picture.stored.transposed() : picture.stored;
-    picture.rotation = Upright::rotation(orientation);
-    Result<void> made = makeThumbnails(picture, decoded.value(), orientation);
-    if (made.ok() && orientation >= 2 && orientation <= 8) {
-        made = encodeInto(picture.preview, Upright::turned(decoded.value(), orientation));
-    }
+    const Result<void> made = render(picture, decoded.value());
     return made.ok() ? std::move(result) : Result<PreparedPicture>(made.error());
 }
 
@@ -197,4 +205,17 @@ PictureIntake::raw(const QString& path, const QString& fileName, const QByteArra
     constexpr int kUpright = 1;
     const Result<void> made = makeThumbnails(picture, decoded.value(), kUpright);
     return made.ok() ? std::move(result) : Result<PreparedPicture>(made.error());
+}
+
+Result<PreparedPicture> PictureIntake::rendered(const QString& path)
+{
+    const Result<Bitmap> decoded = ImageSource::decode(path);
+    if (!decoded.ok()) {
+        return decoded.error();
+    }
+    PreparedPicture picture;
+    const Result<ImageProperties> properties = ImageProperties::read(path);
+    takeFacts(picture, properties.ok() ? properties.value().facts() : ImageFacts());
+    const Result<void> made = render(picture, decoded.value());
+    return made.ok() ? Result<PreparedPicture>(std::move(picture)) : made.error();
 }

@@ -46,4 +46,9 @@ namespace PictureIntake
 [[nodiscard]] Result<PreparedPicture>
 raw(const QString& path, const QString& fileName, const QByteArray& preview);
 
+/// Only what a library renders of a picture of any readable type but RAW: thumbnail, miniature, and
+/// the preview where the file does not show upright itself; with sizes, rotation and facts. Errors:
+/// NotFound, Unreadable, Damaged, Unsupported, OutOfSpace.
+[[nodiscard]] Result<PreparedPicture> rendered(const QString& path);
+
 } // namespace PictureIntake

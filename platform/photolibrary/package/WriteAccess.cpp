@@ -135,7 +135,7 @@ Result<std::unique_ptr<WriteTransaction>> WriteAccess::begin(Connection& connect
     m_gate.enter();
     if (m_shutDown) {
         m_gate.leave();
-        return Error{ErrorCode::NotFound, u"The library \"%1\" is closed."_s.arg(m_places.package)};
+        return closedError();
     }
     const Result<void> begun =
         LibraryErrors::caught(m_places.package, [&connection]() -> Result<void> {
@@ -194,6 +194,26 @@ void WriteAccess::addPending(const Changes& changes)
 {
     const std::lock_guard lock(m_mutex);
     m_pending.unite(changes);
+}
+
+Result<QString> WriteAccess::backUp(Connection& connection)
+{
+    const WriterGate::Scope taken(m_gate);
+    if (m_shutDown) {
+        return closedError();
+    }
+    return LibraryErrors::caught(m_places.package, [&]() -> Result<QString> {
+        connection.beginImmediate(); // so that the databases are of one moment
+        Result<QString> made = Backup::make(m_places.package, m_places.backups);
+        connection.rollback();
+        m_backedUp = m_backedUp || made.ok();
+        return made;
+    });
+}
+
+Error WriteAccess::closedError() const
+{
+    return {ErrorCode::NotFound, u"The library \"%1\" is closed."_s.arg(m_places.package)};
 }
 
 Result<void> WriteAccess::backUpOnce()

@@ -80,6 +80,10 @@ public:
     /// backup. Errors: InUse, NotWritable, OutOfSpace, NotFound after shutDown().
     [[nodiscard]] Result<std::unique_ptr<WriteTransaction>> begin(Connection& connection);
 
+    /// Makes a backup now, while nobody writes, whether or not this run made one before; returns
+    /// its folder. Errors: InUse, NotWritable, OutOfSpace, Unreadable, NotFound after shutDown().
+    [[nodiscard]] Result<QString> backUp(Connection& connection);
+
     /// Runs `follow(const Changes&)`, which returns Result<void>, with what is pending while nobody
     /// writes; what succeeded is no longer pending. Does nothing when nothing is pending.
     template <typename Follow>
@@ -102,6 +106,7 @@ private:
                 std::unique_ptr<LibraryLock> lock,
                 std::unique_ptr<TurnJournal> journal);
     [[nodiscard]] Result<void> backUpOnce();
+    [[nodiscard]] Error closedError() const;
     [[nodiscard]] Changes pending();
     [[nodiscard]] QSet<qint64> unsettled();
     [[nodiscard]] Result<void> forgetPending();

@@ -1,0 +1,150 @@
+#include "LibraryRepair.h"
+
+#include "AtomicFile.h"
+#include "Catalogues.h"
+#include "DerivedRows.h"
+#include "LibraryVerification.h"
+#include "PhotoLibraryPrivate.h"
+#include "ProxyFiles.h"
+#include "Sidecars.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+using Findings = QList<Finding>;
+
+bool isRepairable(const Finding& finding)
+{
+    return finding.repairable;
+}
+
+Error interrupted(const QString& package)
+{
+    return {
+        ErrorCode::Interrupted,
+        u"The repair of the library \"%1\" was interrupted; what was mended stays."_s.arg(package)};
+}
+
+/// Rows, and the list of the sidecars and catalogues that are to follow.
+void mendRows(Writer& writer)
+{
+    DerivedRows::mend(writer);
+    writer.changes.unite(
+        Sidecars::compare(writer.connection, LibraryVerification::allObjects(writer.connection))
+            .lagging);
+    const Findings ofCatalogues = Catalogues::compare(writer.connection);
+    writer.changes.catalogues =
+        writer.changes.catalogues || std::ranges::any_of(ofCatalogues, isRepairable);
+}
+
+/// Writes one picture. It is named by the databases already, so that a crash leaves either all of
+/// it or what was there before: nothing.
+Result<void> makePicture(Connection& connection, const ProxyFiles::Missing& missing)
+{
+    const Result<QByteArray> bytes = ProxyFiles::make(connection, missing);
+    if (!bytes.ok()) {
+        return bytes.error();
+    }
+    const QString path = connection.packagePath() + u'/' + missing.relativePath;
+    Result<void> folder = AtomicFile::makeFolder(QFileInfo(path).path());
+    return folder.ok() ? AtomicFile::write(path, bytes.value(), AtomicFile::Existing::Refuse)
+                       : folder;
+}
+
+/// Sentences about pictures that could not be made after all.
+Result<QStringList> makePictures(Connection& connection, const std::function<bool()>& shouldStop)
+{
+    QStringList failures;
+    const QList<ProxyFiles::Missing> all = ProxyFiles::missing(connection);
+    // A thumbnail may be made from a preview that is made only now.
+    for (const bool previews : {true, false}) {
+        for (const ProxyFiles::Missing& missing : all) {
+            if (shouldStop && shouldStop()) {
+                return interrupted(connection.packagePath());
+            }
+            const bool isPreview = missing.kind == ProxyFiles::Kind::Preview;
+            if (isPreview != previews || !ProxyFiles::canBeMade(connection, missing)) {
+                continue;
+            }
+            const Result<void> made = makePicture(connection, missing);
+            if (!made.ok()) {
+                failures.append(u"%1: %2"_s.arg(missing.relativePath,
+                                                LibraryErrors::asSentence(made.error().message)));
+            }
+        }
+    }
+    return failures;
+}
+
+Result<Findings> verified(PhotoLibraryPrivate& library, const std::function<bool()>& shouldStop)
+{
+    return library.tryRead([&](Connection& connection) {
+        return LibraryVerification::findings(connection, library.journaledFiles(), shouldStop);
+    });
+}
+
+Result<QStringList> mend(PhotoLibraryPrivate& library, const std::function<bool()>& shouldStop)
+{
+    const Result<void> rows = library.tryWrite([](WriteTransaction& transaction) -> Result<void> {
+        Writer writer = transaction.writer();
+        mendRows(writer);
+        return {};
+    });
+    if (!rows.ok()) {
+        return rows.error();
+    }
+    const Result<Result<QStringList>> pictures = library.tryRead(
+        [&](Connection& connection) { return makePictures(connection, shouldStop); });
+    const Result<void> followed = library.synchronise();
+    if (!pictures.ok()) {
+        return pictures.error();
+    }
+    // A damaged catalogue stays as it is, and a finding.
+    if (!followed.ok() && followed.error().code != ErrorCode::Damaged) {
+        return followed.error();
+    }
+    return pictures.value();
+}
+
+} // namespace
+
+Result<RepairReport> LibraryRepair::run(PhotoLibraryPrivate& library,
+                                        const std::function<bool()>& shouldStop)
+{
+    const Result<Findings> before = verified(library, shouldStop);
+    if (!before.ok()) {
+        return before.error();
+    }
+    RepairReport report;
+    if (std::ranges::none_of(before.value(), isRepairable)) {
+        report.left = before.value();
+        return report;
+    }
+    const Result<QString> backup = library.backUp();
+    if (!backup.ok()) {
+        return backup.error();
+    }
+    const Result<QStringList> mended = mend(library, shouldStop);
+    if (!mended.ok()) {
+        return mended.error();
+    }
+    const Result<Findings> after = verified(library, shouldStop);
+    if (!after.ok()) {
+        return after.error();
+    }
+    report.backup = backup.value();
+    report.failures = mended.value();
+    report.left = after.value();
+    for (const Finding& finding : before.value()) {
+        if (!report.left.contains(finding)) {
+            report.mended.append(finding);
+        }
+    }
+    return report;
+}

@@ -1,0 +1,93 @@
+#include "LibraryVerification.h"
+
+#include "Catalogues.h"
+#include "DerivedRows.h"
+#include "FileFindings.h"
+#include "IntegrityCheck.h"
+#include "Queries.h"
+#include "RoomyCache.h"
+#include "Schema.h"
+#include "Sidecars.h"
+
+#include <sqlite3.h>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+QSet<QString> uuids(Connection& connection, const char* sql)
+{
+    const QStringList found = Sql::texts(connection, sql);
+    return {found.begin(), found.end()};
+}
+
+QString wordsFor(const Sidecars::Stale& stale)
+{
+    switch (stale.found) {
+    case SidecarFile::Found::Missing:
+        return u"This sidecar is missing."_s;
+    case SidecarFile::Found::Damaged:
+        return u"This sidecar is damaged."_s;
+    case SidecarFile::Found::Whole:
+        return u"This sidecar tells otherwise than the databases: %1."_s.arg(
+            stale.keys.join(u", "_s));
+    }
+    Q_UNREACHABLE();
+}
+
+QList<Finding> ofSidecars(Connection& connection)
+{
+    const Sidecars::Comparison compared =
+        Sidecars::compare(connection, LibraryVerification::allObjects(connection));
+    QList<Finding> findings;
+    for (const Sidecars::Stale& stale : compared.stale) {
+        findings.append(
+            {wordsFor(stale), stale.path.mid(connection.packagePath().size() + 1), true});
+    }
+    for (const QString& sentence : compared.unreadable) {
+        findings.append({sentence, u"Database"_s, false});
+    }
+    return findings;
+}
+
+} // namespace
+
+Changes LibraryVerification::allObjects(Connection& connection)
+{
+    Changes changes;
+    changes.masters = uuids(connection, "SELECT uuid FROM RKMaster");
+    changes.albums = uuids(connection, "SELECT uuid FROM RKAlbum");
+    changes.folders = uuids(connection, "SELECT uuid FROM RKFolder");
+    changes.keywords = true;
+    changes.adminData = true;
+    changes.catalogues = true;
+    return changes;
+}
+
+QList<Finding> LibraryVerification::findings(Connection& connection,
+                                             const NamedFiles& namedFiles,
+                                             const std::function<bool()>& shouldStop)
+{
+    const RoomyCache cache(connection);
+    const Connection::Interruptible interruptible(connection, shouldStop);
+    const auto goOn = [&shouldStop] {
+        if (shouldStop && shouldStop()) {
+            throw SQLite::Exception("interrupted", SQLITE_INTERRUPT);
+        }
+    };
+    QList<Finding> findings = IntegrityCheck::ofForm(connection);
+    if (!findings.isEmpty()) {
+        return findings;
+    }
+    findings << IntegrityCheck::ofRows(connection) << DerivedRows::findings(connection);
+    goOn();
+    if (Schema::mismatches(connection).isEmpty()) { // of older ones sidecars look otherwise
+        findings << ofSidecars(connection);
+        goOn();
+        findings << Catalogues::compare(connection);
+        goOn();
+    }
+    findings << FileFindings::of(connection, namedFiles);
+    return findings;
+}

@@ -1,0 +1,141 @@
+#include "StrayFiles.h"
+
+#include "PackageFiles.h"
+#include "Queries.h"
+
+#include <QDir>
+#include <QDirIterator>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+bool isOfFinder(const QString& path)
+{
+    return path.section(u'/', -1) == ".DS_Store"_L1;
+}
+
+/// Files below a folder of the package, relative to the package.
+QStringList filesBelow(const QString& package, const QString& folder)
+{
+    QStringList files;
+    QDirIterator walk(package + u'/' + folder,
+                      QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                      QDirIterator::Subdirectories);
+    while (walk.hasNext()) {
+        const QString path = walk.next().mid(package.size() + 1);
+        if (!isOfFinder(path)) {
+            files.append(path);
+        }
+    }
+    return files;
+}
+
+QSet<QString> namesOf(Connection& connection, const char* sql)
+{
+    const QStringList names = Sql::texts(connection, sql);
+    return {names.begin(), names.end()};
+}
+
+void addStrangeFolders(const QString& package,
+                       const QString& root,
+                       const QSet<QString>& known,
+                       QStringList& folders)
+{
+    const QStringList files = filesBelow(package, root);
+    for (const QString& file : files) {
+        const QString folder = file.section(u'/', 0, -2);
+        const bool isSegment = folder == "Thumbnails/Segments"_L1;
+        if (!isSegment && !known.contains(folder.section(u'/', -1))) {
+            folders.append(folder);
+        }
+    }
+}
+
+void addStrangeSidecars(const QString& package,
+                        const QString& folder,
+                        const QString& suffix,
+                        const QSet<QString>& known,
+                        QStringList& files)
+{
+    const QStringList names =
+        QDir(package + u'/' + folder).entryList(QDir::Files | QDir::NoDotAndDotDot, QDir::Name);
+    for (const QString& name : names) {
+        if (!name.endsWith(suffix) || !known.contains(name.chopped(suffix.size()))) {
+            files.append(folder + u'/' + name);
+        }
+    }
+}
+
+} // namespace
+
+QStringList StrayFiles::inMasters(Connection& connection, const NamedFiles& namedFiles)
+{
+    const QStringList files = filesBelow(connection.packagePath(), u"Masters"_s);
+    // In this order: of what was found meanwhile, a writer has named each file beforehand and
+    // forgets it only once the databases know it.
+    const QSet<QString> named = namedFiles.now();
+    QSet<QString> known;
+    for (const QString& path : Sql::texts(connection, "SELECT imagePath FROM RKMaster")) {
+        known.insert(path.normalized(QString::NormalizationForm_C).toCaseFolded());
+    }
+    const QString root = u"Masters/"_s;
+    QStringList strays;
+    for (const QString& file : files) {
+        const QString relative = file.mid(root.size());
+        const QString name = relative.normalized(QString::NormalizationForm_C).toCaseFolded();
+        if (!known.contains(name) && !named.contains(file)) {
+            strays << relative;
+        }
+    }
+    strays.sort();
+    return strays;
+}
+
+QStringList StrayFiles::foldersOfNoPhoto(Connection& connection)
+{
+    const QString& package = connection.packagePath();
+    const QSet<QString> versions = namesOf(connection, "SELECT uuid FROM RKVersion");
+    const QSet<QString> masters = namesOf(connection, "SELECT uuid FROM RKMaster");
+    QStringList folders;
+    addStrangeFolders(package, u"Previews"_s, versions, folders);
+    addStrangeFolders(package, u"Thumbnails"_s, versions, folders);
+    addStrangeFolders(package, u"Database/Versions"_s, masters, folders);
+    folders.removeDuplicates();
+    folders.sort();
+    return folders;
+}
+
+QStringList StrayFiles::sidecarsOfNothing(Connection& connection)
+{
+    const QString& package = connection.packagePath();
+    QStringList files;
+    addStrangeSidecars(package,
+                       u"Database/Albums"_s,
+                       u".apalbum"_s,
+                       namesOf(connection, "SELECT uuid FROM RKAlbum"),
+                       files);
+    addStrangeSidecars(package,
+                       u"Database/Folders"_s,
+                       u".apfolder"_s,
+                       namesOf(connection, "SELECT uuid FROM RKFolder"),
+                       files);
+    return files;
+}
+
+QStringList StrayFiles::unfinished(const QString& package)
+{
+    QStringList files;
+    for (const QString& folder : {QString(), u"iLifeShared"_s, u"Database"_s}) {
+        const QString place = folder.isEmpty() ? package : package + u'/' + folder;
+        const QStringList names =
+            QDir(place).entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+        for (const QString& name : names) {
+            if (PackageFiles::isUnfinished(name)) {
+                files.append(folder.isEmpty() ? name : folder + u'/' + name);
+            }
+        }
+    }
+    return files;
+}
