@@ -46,23 +46,6 @@ Result<void> flush(const QString& path)
     return flushed ? Result<void>() : AtomicFile::errorFromErrno(number, u"write"_s, path);
 }
 
-Result<void> copyFile(const QString& from, const QString& to)
-{
-    QFile source(from);
-    if (!source.open(QIODevice::ReadOnly)) {
-        return Error{ErrorCode::Unreadable,
-                     u"\"%1\" cannot be read (%2): check its permissions."_s.arg(
-                         from, source.errorString())};
-    }
-    source.close();
-    if (!source.copy(to)) {
-        return Error{ErrorCode::NotWritable,
-                     u"The backup \"%1\" cannot be written: %2."_s.arg(to, source.errorString())};
-    }
-    QFile::setPermissions(to, QFile::permissions(to) | QFile::WriteOwner);
-    return flush(to);
-}
-
 Result<void> copyDatabase(const QString& package, const QString& from, const QString& to)
 {
     Result<void> copied = LibraryErrors::caught(package, [&]() -> Result<void> {
@@ -90,7 +73,10 @@ QStringList filesBelow(const QString& package, const QString& folder)
     return files;
 }
 
-Result<void> copyPart(const QString& package, const QString& target, const QString& relative)
+Result<void> copyPart(const QString& package,
+                      const QString& target,
+                      const QString& relative,
+                      Backup::OfDamaged damaged)
 {
     const QString to = target + u'/' + relative;
     if (!QDir().mkpath(QFileInfo(to).absolutePath())) {
@@ -102,41 +88,27 @@ Result<void> copyPart(const QString& package, const QString& target, const QStri
     if (inDatabases && (name.contains("-journal"_L1) || name.contains("-mj"_L1))) {
         return {}; // belongs to a transaction, not to the state
     }
-    return inDatabases && openDatabases().contains(name) ? copyDatabase(package, from, to)
-                                                         : copyFile(from, to);
+    if (!inDatabases || !openDatabases().contains(name)) {
+        return Backup::copyFile(from, to);
+    }
+    Result<void> copied = copyDatabase(package, from, to);
+    const bool isDamaged = !copied.ok() && copied.error().code == ErrorCode::Damaged;
+    if (isDamaged && damaged == Backup::OfDamaged::CopyAsIs) {
+        QFile::remove(to);
+        copied = Backup::copyFile(from, to);
+    }
+    return copied;
 }
 
-Result<void> copyAll(const QString& package, const QString& target)
+Result<void> copyAll(const QString& package, const QString& target, Backup::OfDamaged damaged)
 {
-    QStringList parts = filesBelow(package, u"Database"_s) + filesBelow(package, u"iLifeShared"_s);
-    for (const QString& file : {u"AlbumData.xml"_s, u"Info.plist"_s}) {
-        if (QFileInfo::exists(package + u'/' + file)) {
-            parts.append(file);
-        }
-    }
-    for (const QString& part : std::as_const(parts)) {
-        if (Result<void> copied = copyPart(package, target, part); !copied.ok()) {
+    const QStringList parts = Backup::parts(package);
+    for (const QString& part : parts) {
+        if (Result<void> copied = copyPart(package, target, part, damaged); !copied.ok()) {
             return copied;
         }
     }
     return AtomicFile::flushFolder(target);
-}
-
-/// The moment that a copy's name tells; invalid for any other folder.
-QDateTime momentOf(const QString& name)
-{
-    QDateTime moment = QDateTime::fromString(name, kStamp);
-    moment.setTimeSpec(Qt::UTC);
-    return moment;
-}
-
-/// Names of the finished copies, the oldest first. Other folders are none of them.
-QStringList finishedCopies(const QString& backupsFolder)
-{
-    QStringList names =
-        QDir(backupsFolder).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
-    names.removeIf([](const QString& name) { return !momentOf(name).isValid(); });
-    return names;
 }
 
 /// A name behind those of all copies that are there, also where the clock was set back meanwhile:
@@ -144,9 +116,9 @@ QStringList finishedCopies(const QString& backupsFolder)
 QString newName(const QString& backupsFolder)
 {
     QDateTime moment = QDateTime::currentDateTimeUtc();
-    const QStringList names = finishedCopies(backupsFolder);
+    const QStringList names = Backup::names(backupsFolder);
     if (!names.isEmpty()) {
-        moment = std::max(moment, momentOf(names.last()).addMSecs(1));
+        moment = std::max(moment, Backup::momentOf(names.last()).addMSecs(1));
     }
     return moment.toString(kStamp);
 }
@@ -155,7 +127,7 @@ QString newName(const QString& backupsFolder)
 void removeCopy(const QString& backupsFolder, const QString& name)
 {
     const QString stamp = name.endsWith(kUnfinished) ? name.chopped(kUnfinished.size()) : name;
-    if (momentOf(stamp).isValid() && QDir::isAbsolutePath(backupsFolder)) {
+    if (Backup::momentOf(stamp).isValid() && QDir::isAbsolutePath(backupsFolder)) {
         QDir(backupsFolder + u'/' + name).removeRecursively();
     }
 }
@@ -172,7 +144,7 @@ void removeUnfinished(const QString& backupsFolder)
 
 void keepFirstAndLast(const QString& backupsFolder)
 {
-    const QStringList names = finishedCopies(backupsFolder);
+    const QStringList names = Backup::names(backupsFolder);
     for (qsizetype index = 1; index < names.size() - kLastKept; ++index) {
         removeCopy(backupsFolder, names.at(index));
     }
@@ -192,7 +164,52 @@ Error notBackedUp(const Error& cause, const QString& package, const QString& bac
 
 } // namespace
 
-Result<QString> Backup::make(const QString& package, const QString& backupsFolder)
+Result<void> Backup::copyFile(const QString& from, const QString& to)
+{
+    QFile source(from);
+    if (!source.open(QIODevice::ReadOnly)) {
+        return Error{ErrorCode::Unreadable,
+                     u"\"%1\" cannot be read (%2): check its permissions."_s.arg(
+                         from, source.errorString())};
+    }
+    source.close();
+    if (!source.copy(to)) {
+        return Error{ErrorCode::NotWritable,
+                     u"The backup \"%1\" cannot be written: %2."_s.arg(to, source.errorString())};
+    }
+    QFile::setPermissions(to, QFile::permissions(to) | QFile::WriteOwner);
+    return flush(to);
+}
+
+QDateTime Backup::momentOf(const QString& name)
+{
+    QDateTime moment = QDateTime::fromString(name, kStamp);
+    moment.setTimeSpec(Qt::UTC);
+    return moment;
+}
+
+QStringList Backup::names(const QString& backupsFolder)
+{
+    QStringList names =
+        QDir(backupsFolder).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+    names.removeIf([](const QString& name) { return !momentOf(name).isValid(); });
+    return names;
+}
+
+QStringList Backup::parts(const QString& package)
+{
+    QStringList parts = filesBelow(package, u"Database"_s) + filesBelow(package, u"iLifeShared"_s);
+    for (const QString& file : {u"AlbumData.xml"_s, u"Info.plist"_s}) {
+        if (QFileInfo::exists(package + u'/' + file)) {
+            parts.append(file);
+        }
+    }
+    parts.sort();
+    return parts;
+}
+
+Result<QString>
+Backup::make(const QString& package, const QString& backupsFolder, OfDamaged damaged)
 {
     if (const Result<void> folder = AtomicFile::makeFolder(backupsFolder); !folder.ok()) {
         return notBackedUp(folder.error(), package, backupsFolder);
@@ -205,7 +222,7 @@ Result<QString> Backup::make(const QString& package, const QString& backupsFolde
         return notBackedUp(
             AtomicFile::errorFromErrno(errno, u"write"_s, unfinished), package, backupsFolder);
     }
-    Result<void> copied = copyAll(package, unfinished);
+    Result<void> copied = copyAll(package, unfinished, damaged);
     if (copied.ok() && !QDir().rename(unfinished, finished)) {
         copied = AtomicFile::errorFromErrno(errno, u"write"_s, finished);
     }

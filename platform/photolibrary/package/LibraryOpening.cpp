@@ -4,6 +4,7 @@
 #include "ForeignUse.h"
 #include "IntegrityCheck.h"
 #include "LibraryErrors.h"
+#include "LibraryRestore.h"
 #include "OpeningChecks.h"
 #include "PhotoLibraryPrivate.h"
 #include "Recovery.h"
@@ -23,10 +24,8 @@ constexpr int kOpeningBusyMilliseconds = 2000;
 
 WriteAccess::Places placesOf(Connection& connection)
 {
-    const QString uuid = AdminData::text(connection, u"database"_s, u"databaseUuid"_s);
-    const QString& package = connection.packagePath();
-    const QString key = StateFolder::keyOf(QFileInfo(package).canonicalFilePath(), uuid);
-    return {package, StateFolder::ofLibrary(key), StateFolder::ofBackups(key)};
+    return WriteAccess::Places::of(connection.packagePath(),
+                                   AdminData::text(connection, u"database"_s, u"databaseUuid"_s));
 }
 
 QString beingWritten(const QString& package, const QString& writer)
@@ -120,12 +119,15 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
                                                                     lock.value()->leftBehind()));
     }
     const QStringList warnings = ForeignUse::warnings(places.package, places.state, found);
-    const Result<Recovery::Outcome> outcome = recovered(*connection, options, places.state);
+    Result<Recovery::Outcome> outcome = recovered(*connection, options, places.state);
     if (!outcome.ok()) {
         return outcome.error();
     }
     if (!outcome.value().notRemoved.isEmpty()) {
         systemLog(notRemoved(places.package, outcome.value().notRemoved));
+    }
+    if (LibraryRestore::finishInterrupted(places.package, places.state)) {
+        outcome.value().changes.catalogues = true;
     }
     connection->database().setBusyTimeout(Connection::kBusyMilliseconds);
     connection->database().exec("PRAGMA cache_spill=OFF");
@@ -151,6 +153,7 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> LibraryOpening::open(const QString&
                                                                   const OpenOptions& options)
 {
     const QString package = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    LibraryRestore::resume(package);
     const Result<QString> version = OpeningChecks::recognise(package);
     if (!version.ok()) {
         return version.error();

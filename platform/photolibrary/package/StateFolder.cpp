@@ -13,18 +13,32 @@ namespace
 
 constexpr qsizetype kHashDigits = 16;
 
+QString hashOf(const QString& canonicalPath)
+{
+    const QByteArray hash =
+        QCryptographicHash::hash(canonicalPath.toUtf8(), QCryptographicHash::Sha256).toHex();
+    return QString::fromLatin1(hash.left(kHashDigits));
+}
+
 } // namespace
 
 QString StateFolder::keyOf(const QString& canonicalPath, const QString& databaseUuid)
 {
-    const QByteArray hash =
-        QCryptographicHash::hash(canonicalPath.toUtf8(), QCryptographicHash::Sha256).toHex();
     QString uuid;
     for (const QChar letter : databaseUuid) {
         // The uuid comes from a file: nothing of it may lead out of the folder.
         uuid += letter.isLetterOrNumber() && letter.unicode() < 0x80 ? letter : u'_';
     }
-    return uuid.left(kHashDigits * 2) + u'-' + QString::fromLatin1(hash.left(kHashDigits));
+    return uuid.left(kHashDigits * 2) + u'-' + hashOf(canonicalPath);
+}
+
+QStringList StateFolder::keysWithBackups(const QString& canonicalPath)
+{
+    const QString ending = u'-' + hashOf(canonicalPath);
+    QStringList keys = QDir(Directories::state() + "/backups"_L1)
+                           .entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+    keys.removeIf([&ending](const QString& key) { return !key.endsWith(ending); });
+    return keys;
 }
 
 QString StateFolder::ofLibrary(const QString& key)

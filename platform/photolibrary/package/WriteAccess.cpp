@@ -112,6 +112,12 @@ bool WriteTransaction::madeFilesAreUnknown()
     }
 }
 
+WriteAccess::Places WriteAccess::Places::of(const QString& package, const QString& databaseUuid)
+{
+    const QString key = StateFolder::keyOf(QFileInfo(package).canonicalFilePath(), databaseUuid);
+    return {package, StateFolder::ofLibrary(key), StateFolder::ofBackups(key)};
+}
+
 Result<WriteAccessPtr> WriteAccess::open(const Places& places, std::unique_ptr<LibraryLock> lock)
 {
     Result<std::unique_ptr<TurnJournal>> journal = TurnJournal::open(places.state);

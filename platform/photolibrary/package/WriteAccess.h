@@ -70,6 +70,9 @@ public:
         QString package; ///< absolute
         QString state;   ///< folder of lock and journal, outside the package
         QString backups; ///< folder of the dated backups
+
+        /// Of the library at `package` whose databases have that uuid.
+        [[nodiscard]] static Places of(const QString& package, const QString& databaseUuid);
     };
 
     /// `lock`: the writer's lock, held until shutDown().

@@ -1,0 +1,267 @@
+#include "LibraryRestore.h"
+
+#include "AtomicFile.h"
+#include "Backup.h"
+#include "Connection.h"
+#include "IntegrityCheck.h"
+#include "LibraryErrors.h"
+#include "PackageFiles.h"
+#include "SystemLog.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+
+using namespace Qt::StringLiterals;
+
+namespace fs = std::filesystem;
+
+namespace
+{
+
+/// In the package: what is to be put in place, then what was there before. Of the same name in the
+/// staged folder of the databases: a file that tells them apart.
+constexpr QLatin1StringView kStaging(".corvane-restore");
+constexpr QLatin1StringView kDatabases("Database");
+
+QString stagingOf(const QString& package)
+{
+    return package + u'/' + kStaging;
+}
+
+QString markIn(const QString& folder)
+{
+    return folder + u'/' + kDatabases + u'/' + kStaging;
+}
+
+QString noteIn(const QString& stateFolder)
+{
+    return stateFolder + "/restore"_L1;
+}
+
+bool isFolder(const QString& path)
+{
+    const QFileInfo entry(path);
+    return entry.isDir() && !entry.isSymLink();
+}
+
+/// iPhoto has links to the databases beside their folder, which a copy does not hold; folders that
+/// are empty are not copied either.
+Result<void> copyShape(const QString& from, const QString& to)
+{
+    const fs::path source(QFile::encodeName(from).toStdString());
+    const fs::path target(QFile::encodeName(to).toStdString());
+    std::error_code error;
+    for (fs::directory_iterator entry(source, error); !error && entry != fs::directory_iterator();
+         entry.increment(error)) {
+        const fs::path place = target / entry->path().filename();
+        if (entry->is_symlink()) {
+            fs::copy_symlink(entry->path(), place, error);
+        } else if (entry->is_directory()) {
+            fs::create_directory(place, error);
+        }
+    }
+    if (error && error != std::errc::no_such_file_or_directory) {
+        return AtomicFile::errorFromErrno(error.value(), u"write"_s, to);
+    }
+    QFile::setPermissions(to, QFile::permissions(to) | QFile::permissions(from));
+    return {};
+}
+
+Result<void> copyDatabases(const QString& copy, const QString& staging)
+{
+    const QStringList parts = Backup::parts(copy);
+    for (const QString& part : parts) {
+        if (!part.startsWith(kDatabases + u'/')) {
+            continue;
+        }
+        const QString to = staging + u'/' + part;
+        Result<void> copied = AtomicFile::makeFolder(QFileInfo(to).path());
+        copied = copied.ok() ? Backup::copyFile(copy + u'/' + part, to) : copied;
+        copied = copied.ok() ? AtomicFile::flushFolder(QFileInfo(to).path()) : copied;
+        if (!copied.ok()) {
+            return copied;
+        }
+    }
+    return {};
+}
+
+Result<void> isWhole(const QString& staging, const QString& copy)
+{
+    const Result<std::unique_ptr<Connection>> connection =
+        Connection::open(staging, Connection::Mode::Read);
+    Result<QList<Finding>> damages =
+        connection.ok()
+            ? LibraryErrors::caught(staging,
+                                    [&]() -> Result<QList<Finding>> {
+                                        return IntegrityCheck::ofForm(*connection.value());
+                                    })
+            : Result<QList<Finding>>(connection.error());
+    if (damages.ok() && damages.value().isEmpty()) {
+        return {};
+    }
+    return Error{
+        ErrorCode::Damaged,
+        u"The backup \"%1\" is damaged, so nothing was changed. Choose another one."_s.arg(copy)};
+}
+
+Result<void> makeStaging(const QString& package, const QString& copy)
+{
+    const QString staging = stagingOf(package);
+    const QString databases = staging + u'/' + kDatabases;
+    Result<void> done = AtomicFile::makeFolder(databases);
+    done = done.ok() ? copyShape(package + u'/' + kDatabases, databases) : done;
+    done = done.ok() ? copyDatabases(copy, staging) : done;
+    done = done.ok() ? isWhole(staging, copy) : done;
+    done = done.ok() ? AtomicFile::write(markIn(staging), QByteArray()) : done;
+    done = done.ok() ? AtomicFile::flushFolder(databases) : done;
+    return done.ok() ? AtomicFile::flushFolder(staging) : done;
+}
+
+Result<void> renamed(const QString& from, const QString& to)
+{
+    return ::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0
+               ? Result<void>()
+               : AtomicFile::errorFromErrno(errno, u"write"_s, to);
+}
+
+/// For file systems that cannot exchange two names. Between the two renames the library has no
+/// databases, which resume() makes good.
+Result<void> exchangeInTwoSteps(const QString& present, const QString& staged)
+{
+    const QString before = staged + ".before"_L1;
+    if (QFileInfo::exists(present)) {
+        if (Result<void> aside = renamed(present, before); !aside.ok()) {
+            return aside;
+        }
+    }
+    Result<void> placed = renamed(staged, present);
+    if (!placed.ok() && QFileInfo::exists(present + u'/' + kStaging)) {
+        return {}; // another program's opening has made it good
+    }
+    if (!placed.ok() && QFileInfo::exists(before)) {
+        static_cast<void>(renamed(before, present));
+    }
+    return placed;
+}
+
+Result<void> exchange(const QString& present, const QString& staged)
+{
+    if (QFileInfo::exists(present)) {
+        const int done = ::renameat2(AT_FDCWD,
+                                     QFile::encodeName(present).constData(),
+                                     AT_FDCWD,
+                                     QFile::encodeName(staged).constData(),
+                                     RENAME_EXCHANGE);
+        if (done == 0) {
+            return {};
+        }
+        if (errno != EINVAL && errno != ENOSYS && errno != ENOTSUP) {
+            return AtomicFile::errorFromErrno(errno, u"write"_s, present);
+        }
+    }
+    return exchangeInTwoSteps(present, staged);
+}
+
+/// The catalogues follow: one that cannot be put in place lags, and verification tells so.
+void putCatalogues(const QString& package, const QString& copy)
+{
+    const QStringList parts = Backup::parts(copy);
+    for (const QString& part : parts) {
+        if (part.startsWith(kDatabases + u'/')) {
+            continue;
+        }
+        const QString to = package + u'/' + part;
+        QFile from(copy + u'/' + part);
+        Result<void> done = AtomicFile::makeFolder(QFileInfo(to).path());
+        if (done.ok() && from.open(QIODevice::ReadOnly)) {
+            done = AtomicFile::write(to, from.readAll());
+        }
+        if (!done.ok()) {
+            systemLog(done.error().message);
+        }
+    }
+}
+
+} // namespace
+
+Result<void>
+LibraryRestore::stage(const QString& package, const QString& stateFolder, const QString& copy)
+{
+    if (QFileInfo::exists(stagingOf(package))) {
+        return Error{ErrorCode::NotWritable,
+                     u"In the library \"%1\" there is \"%2\" already: move it away."_s.arg(
+                         package, kStaging)};
+    }
+    if (Result<void> noted = AtomicFile::write(noteIn(stateFolder), package.toUtf8());
+        !noted.ok()) {
+        return noted;
+    }
+    Result<void> staged = makeStaging(package, copy);
+    if (!staged.ok()) {
+        sweep(package, stateFolder);
+    }
+    return staged;
+}
+
+Result<void> LibraryRestore::putInPlace(const QString& package, const QString& copy)
+{
+    const QString present = package + u'/' + kDatabases;
+    if (Result<void> done = exchange(present, stagingOf(package) + u'/' + kDatabases); !done.ok()) {
+        return done;
+    }
+    for (const QString& folder : {package, stagingOf(package)}) {
+        if (const Result<void> flushed = AtomicFile::flushFolder(folder); !flushed.ok()) {
+            systemLog(flushed.error().message);
+        }
+    }
+    putCatalogues(package, copy);
+    return {};
+}
+
+void LibraryRestore::sweep(const QString& package, const QString& stateFolder)
+{
+    const bool hasDatabases = QFileInfo::exists(package + u'/' + kDatabases);
+    if (!QFileInfo::exists(noteIn(stateFolder)) || !hasDatabases) {
+        return;
+    }
+    const QList<PackageFiles::NotRemoved> left = PackageFiles::remove(package, kStaging);
+    if (!left.isEmpty()) {
+        systemLog(
+            u"These files in the library \"%1\" are of no use any more but could not be "
+            "removed; the next run tries again:\n%2"_s.arg(package, PackageFiles::listed(left)));
+        return;
+    }
+    QFile::remove(markIn(package));
+    QFile::remove(noteIn(stateFolder));
+}
+
+void LibraryRestore::resume(const QString& package)
+{
+    const QString present = package + u'/' + kDatabases;
+    const QString staged = stagingOf(package) + u'/' + kDatabases;
+    if (!QFileInfo::exists(present) && isFolder(staged) &&
+        QFileInfo::exists(markIn(stagingOf(package)))) {
+        if (const Result<void> done = renamed(staged, present); !done.ok()) {
+            systemLog(done.error().message);
+        }
+    }
+}
+
+bool LibraryRestore::finishInterrupted(const QString& package, const QString& stateFolder)
+{
+    if (!QFileInfo::exists(noteIn(stateFolder))) {
+        return false;
+    }
+    const bool wasPutInPlace = QFileInfo::exists(markIn(package));
+    sweep(package, stateFolder);
+    return wasPutInPlace;
+}

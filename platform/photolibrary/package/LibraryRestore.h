@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Result.h"
+
+#include <QString>
+
+/// Puts a dated copy of databases and catalogues in the place of those of a library. The copy is
+/// made whole in a folder of the package, ".corvane-restore", and takes its place in one step, so
+/// that a kill at any moment leaves the library as it was or as it is to be. A note in the folder
+/// of lock and journal tells that the folder in the package is this program's own. Thread: any,
+/// with the writer's lock but where it says otherwise.
+namespace LibraryRestore
+{
+
+/// Makes what is to be put in place from the copy at `copy`, flushed, and looks whether its
+/// databases are whole. Errors: Damaged, Unreadable, NotWritable, OutOfSpace; then nothing is left
+/// of it.
+[[nodiscard]] Result<void>
+stage(const QString& package, const QString& stateFolder, const QString& copy);
+/// Puts it in place: the databases at once, then the catalogues, which follow them. Errors:
+/// NotWritable, and the library is as it was.
+[[nodiscard]] Result<void> putInPlace(const QString& package, const QString& copy);
+/// Removes what stage() made, and after putInPlace() what was there before.
+void sweep(const QString& package, const QString& stateFolder);
+
+/// Where a kill between two renames left a library without its databases, the second is made good.
+/// For every opening, also one that only reads: like SQLite's own undoing of what a crash cut off.
+/// No lock is needed: the folder has its name or it has not.
+void resume(const QString& package);
+
+/// Sweeps what a restore that was cut off left. Returns whether databases were put in place by it,
+/// so that the catalogues may not have followed.
+[[nodiscard]] bool finishInterrupted(const QString& package, const QString& stateFolder);
+
+} // namespace LibraryRestore
