@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "CareVerbs.h"
 #include "CheckCommand.h"
 #include "CommandLineOptions.h"
 #include "CommandLineTexts.h"
@@ -9,9 +10,9 @@
 #include "ScanCommand.h"
 #include "TextLayout.h"
 #include "TrashCommand.h"
+#include "Verb.h"
 
 #include <CLI/CLI.hpp>
-#include <functional>
 #include <sstream>
 #include <vector>
 
@@ -23,19 +24,6 @@ namespace
 constexpr int kMostSamplePhotos = 1000;
 constexpr double kSmallestMegapixels = 0.05;
 constexpr double kLargestMegapixels = 100.0;
-
-/// A command of the program: how it is parsed, and what is made of what it was given.
-struct Verb {
-    CLI::App* app;
-    std::function<std::unique_ptr<Command>()> make;
-};
-
-/// What is parsed into; shared, because parsing happens after it was declared.
-template <typename Options>
-struct Given {
-    LibraryOptions library;
-    Options options;
-};
 
 Verb addScan(CLI::App& program)
 {
@@ -265,6 +253,8 @@ ParsedCommandLine CommandLine::parse(const QStringList& arguments, const QString
                                   addInfo(program),
                                   addCheck(program),
                                   addTrash(program),
+                                  CareVerbs::addVerify(program),
+                                  CareVerbs::addBackup(program),
                                   addSample(program)};
     try {
         std::vector<std::string> remaining = reversed(arguments);

@@ -24,7 +24,8 @@ QString counted(qint64 count, const char* one, const char* many)
 
 QString CommandLineTexts::noCommand()
 {
-    return translated("A command is missing: scan, list, info, check, trash or sample.");
+    return translated(
+        "A command is missing: scan, list, info, check, trash, verify, backup or sample.");
 }
 
 QString CommandLineTexts::notExpected(const QStringList& arguments)

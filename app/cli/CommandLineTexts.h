@@ -87,6 +87,25 @@ namespace CommandLineTexts
 [[nodiscard]] QString emptied(qint64 photos, qint64 bytes);
 [[nodiscard]] QString notEmptied();
 
+// Verify
+[[nodiscard]] QString finding(const QString& where, const QString& what);
+[[nodiscard]] QString verified(qint64 findings, qint64 repairable, const QString& library);
+/// `backup`: folder of the copy made before; null where there was nothing to mend.
+[[nodiscard]] QString mended(qint64 findings, const QString& backup);
+[[nodiscard]] QString leftAsItWas(qint64 findings);
+
+// Backup
+[[nodiscard]] QString backupMade(const QString& name, qint64 bytes, const QString& path);
+[[nodiscard]] QString noBackups();
+[[nodiscard]] QString photosOfBackup(qint64 photos);
+/// In place of the number of photos.
+[[nodiscard]] QString damagedBackup();
+[[nodiscard]] QString
+backupRestored(const QString& name, const QString& localTime, const QString& before);
+[[nodiscard]] QString filesKept(qint64 files);
+[[nodiscard]] QString verifyAfterRestore(const QString& library);
+[[nodiscard]] QString dateNotNamed();
+
 // Sample
 [[nodiscard]] QString writing();
 [[nodiscard]] QString samplePhoto(qint64 position, qint64 total);

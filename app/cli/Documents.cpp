@@ -72,6 +72,17 @@ QJsonObject photoObject(const PhotoFacts& photo)
     };
 }
 
+QJsonArray findingsArray(const QList<Finding>& findings)
+{
+    QJsonArray array;
+    for (const Finding& finding : findings) {
+        array += QJsonObject{{u"what"_s, finding.what},
+                             {u"where"_s, finding.where},
+                             {u"repairable"_s, finding.repairable}};
+    }
+    return array;
+}
+
 } // namespace
 
 QJsonObject
@@ -117,6 +128,44 @@ QJsonObject Documents::trash(const QList<PhotoFacts>& photos)
         bytes += photo.bytes;
     }
     return {{u"photos"_s, array}, {u"bytes"_s, bytes}};
+}
+
+QJsonObject Documents::verify(const QList<Finding>& findings)
+{
+    return {{u"problems"_s, findingsArray(findings)}};
+}
+
+QJsonObject Documents::repair(const RepairReport& report)
+{
+    return {{u"problems"_s, findingsArray(report.left)},
+            {u"mended"_s, findingsArray(report.mended)},
+            {u"failures"_s, QJsonArray::fromStringList(report.failures)},
+            {u"backup"_s, textOrNull(report.backup)}};
+}
+
+QJsonObject Documents::backup(const LibraryBackup& backup)
+{
+    return {{u"date"_s, backup.name},
+            {u"moment"_s, backup.moment.toString(Qt::ISODateWithMs)},
+            {u"path"_s, backup.path},
+            {u"bytes"_s, backup.bytes},
+            {u"photos"_s, backup.photos ? QJsonValue(*backup.photos) : QJsonValue()}};
+}
+
+QJsonObject Documents::backups(const QList<LibraryBackup>& backups)
+{
+    QJsonArray array;
+    for (const LibraryBackup& one : backups) {
+        array += backup(one);
+    }
+    return {{u"backups"_s, array}};
+}
+
+QJsonObject Documents::restored(const LibraryBackups::Restored& restored)
+{
+    return {{u"restored"_s, backup(restored.from)},
+            {u"before"_s, restored.before},
+            {u"kept"_s, QJsonArray::fromStringList(restored.kept)}};
 }
 
 QByteArray Documents::text(const QJsonObject& document)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Finding.h"
+#include "LibraryBackups.h"
 #include "LibraryFacts.h"
 
 #include <QByteArray>
@@ -16,6 +18,12 @@ list(const QString& library, const QString& version, const QList<PhotoFacts>& ph
 [[nodiscard]] QJsonObject
 info(const QString& library, const QString& version, const LibrarySummary& summary);
 [[nodiscard]] QJsonObject trash(const QList<PhotoFacts>& photos);
+
+[[nodiscard]] QJsonObject verify(const QList<Finding>& findings);
+[[nodiscard]] QJsonObject repair(const RepairReport& report);
+[[nodiscard]] QJsonObject backup(const LibraryBackup& backup);
+[[nodiscard]] QJsonObject backups(const QList<LibraryBackup>& backups);
+[[nodiscard]] QJsonObject restored(const LibraryBackups::Restored& restored);
 
 /// The document as text: UTF-8, control characters and direction marks as \u escapes, so that a
 /// terminal that shows it is not steered by them and no reader loses them; ends in a line end.

@@ -4,11 +4,9 @@
 #include "Console.h"
 #include "ExitStatus.h"
 #include "Interruption.h"
-#include "TextLayout.h"
+#include "LibraryFailure.h"
 #include "UserDefaults.h"
 #include "VolumeSetting.h"
-
-#include <QFileInfo>
 
 #include <utility>
 
@@ -29,6 +27,7 @@ int LibraryCommand::execute(const CommandServices& services)
     options.volumeFolders = VolumeSetting::folders(
         UserDefaults(m_libraryOptions.defaultsFile.value_or(UserDefaults::standardFilePath())));
     options.volumeFolders.insert(m_libraryOptions.volumeFolders);
+    options.forRepair = isForRepair();
     Result<std::unique_ptr<PhotoLibrary>> opened =
         PhotoLibrary::open(m_libraryOptions.library, options);
     if (services.interruption.isRequested()) {
@@ -39,7 +38,7 @@ int LibraryCommand::execute(const CommandServices& services)
     }
     PhotoLibrary& library = *opened.value();
     for (const QString& warning : library.warnings()) {
-        services.console.say(withEscapedPaths(warning));
+        LibraryFailure::say(warning, m_libraryOptions.library, services);
     }
     const int status = executeWithLibrary(library, services);
     if (const Result<void> closed = library.close(); !closed.ok()) {
@@ -61,18 +60,5 @@ int LibraryCommand::interruptedEarly(const CommandServices& services) const
 
 int LibraryCommand::failed(const Error& error, const CommandServices& services) const
 {
-    services.console.say(withEscapedPaths(error.message));
-    return ExitStatus::kLibrary;
-}
-
-QString LibraryCommand::withEscapedPaths(QString message) const
-{
-    const QFileInfo library(m_libraryOptions.library);
-    for (const QString& path :
-         {library.filePath(), library.absoluteFilePath(), library.canonicalFilePath()}) {
-        if (!path.isEmpty()) {
-            message.replace(path, TextLayout::escaped(path));
-        }
-    }
-    return message;
+    return LibraryFailure::tell(error, m_libraryOptions.library, services);
 }

@@ -21,6 +21,9 @@ protected:
     /// What is asked of the library.
     [[nodiscard]] virtual Access access() const { return Access::Read; }
 
+    /// Whether it mends a library, which may then be one that is not sound.
+    [[nodiscard]] virtual bool isForRepair() const { return false; }
+
     /// Looks at the options before the library is opened; an exit status ends the command there.
     [[nodiscard]] virtual std::optional<int> prepare(const CommandServices& services);
     /// The command's work on the open library; answers the exit status.
@@ -35,8 +38,6 @@ protected:
     [[nodiscard]] const LibraryOptions& libraryOptions() const { return m_libraryOptions; }
 
 private:
-    /// A sentence about the library, its path on one line.
-    [[nodiscard]] QString withEscapedPaths(QString message) const;
 
     const LibraryOptions m_libraryOptions;
 };

@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QDirIterator>
+#include <QFileInfo>
 
 using namespace Qt::StringLiterals;
 
@@ -127,6 +128,11 @@ QStringList StrayFiles::sidecarsOfNothing(Connection& connection)
 QStringList StrayFiles::unfinished(const QString& package)
 {
     QStringList files;
+    for (const QString& left : {u".corvane-restore"_s, u"Database/.corvane-restore"_s}) {
+        if (QFileInfo::exists(package + u'/' + left)) {
+            files.append(left);
+        }
+    }
     for (const QString& folder : {QString(), u"iLifeShared"_s, u"Database"_s}) {
         const QString place = folder.isEmpty() ? package : package + u'/' + folder;
         const QStringList names =

@@ -47,7 +47,9 @@ INSTANTIATE_TEST_SUITE_P(
     all,
     CommandLineRefusalTest,
     testing::Values(
-        Refusal{"", "A command is missing: scan, list, info, check, trash or sample.", ""},
+        Refusal{"",
+                "A command is missing: scan, list, info, check, trash, verify, backup or sample.",
+                ""},
         Refusal{"frobnicate", "The following argument was not expected: frobnicate", ""},
         Refusal{"scan", "LIBRARY is required", "scan"},
         Refusal{"scan L --unknown", "The following argument was not expected: --unknown", "scan"},

@@ -1,0 +1,115 @@
+#include "BackupCommand.h"
+
+#include "CommandLineTexts.h"
+#include "Console.h"
+#include "Documents.h"
+#include "ExitStatus.h"
+#include "LibraryBackups.h"
+#include "LibraryFailure.h"
+#include "TextLayout.h"
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// The moment as the user's clock showed it.
+QString localTime(const LibraryBackup& backup)
+{
+    return backup.moment.toLocalTime().toString(u"yyyy-MM-dd HH:mm:ss"_s);
+}
+
+QStringList rowOf(const LibraryBackup& backup)
+{
+    return {backup.name,
+            localTime(backup),
+            backup.photos ? CommandLineTexts::photosOfBackup(*backup.photos)
+                          : CommandLineTexts::damagedBackup(),
+            TextLayout::megabytes(backup.bytes)};
+}
+
+} // namespace
+
+BackupCommand::BackupCommand(LibraryOptions libraryOptions, Options options)
+    : m_libraryOptions(std::move(libraryOptions))
+    , m_options(std::move(options))
+{
+}
+
+int BackupCommand::execute(const CommandServices& services)
+{
+    switch (m_options.action) {
+    case Action::Make:
+        return make(services);
+    case Action::List:
+        return list(services);
+    case Action::Restore:
+        return restore(services);
+    }
+    Q_UNREACHABLE();
+}
+
+int BackupCommand::make(const CommandServices& services) const
+{
+    const QString& library = m_libraryOptions.library;
+    const Result<LibraryBackup> made = LibraryBackups::make(library);
+    if (!made.ok()) {
+        return LibraryFailure::tell(made.error(), library, services);
+    }
+    if (m_options.json) {
+        services.console.printDocument(Documents::text(Documents::backup(made.value())));
+    } else {
+        services.console.print(
+            CommandLineTexts::backupMade(made.value().name, made.value().bytes, made.value().path));
+    }
+    return ExitStatus::kDone;
+}
+
+int BackupCommand::list(const CommandServices& services) const
+{
+    const QString& library = m_libraryOptions.library;
+    const Result<QList<LibraryBackup>> backups = LibraryBackups::list(library);
+    if (!backups.ok()) {
+        return LibraryFailure::tell(backups.error(), library, services);
+    }
+    if (m_options.json) {
+        services.console.printDocument(Documents::text(Documents::backups(backups.value())));
+        return ExitStatus::kDone;
+    }
+    QList<QStringList> rows;
+    for (const LibraryBackup& backup : backups.value()) {
+        rows += rowOf(backup);
+    }
+    using enum TextLayout::Align;
+    services.console.print(rows.isEmpty() ? CommandLineTexts::noBackups()
+                                          : TextLayout::table(rows, {Left, Left, Right, Right}));
+    return ExitStatus::kDone;
+}
+
+int BackupCommand::restore(const CommandServices& services) const
+{
+    const QString& library = m_libraryOptions.library;
+    const Result<LibraryBackups::Restored> restored =
+        LibraryBackups::restore(library, m_options.date, m_libraryOptions.afterCrash);
+    if (!restored.ok()) {
+        return LibraryFailure::tell(restored.error(), library, services);
+    }
+    const LibraryBackups::Restored& done = restored.value();
+    Console& console = services.console;
+    if (m_options.json) {
+        console.printDocument(Documents::text(Documents::restored(done)));
+        return ExitStatus::kDone;
+    }
+    console.print(
+        CommandLineTexts::backupRestored(done.from.name, localTime(done.from), done.before));
+    if (!done.kept.isEmpty()) {
+        console.print(CommandLineTexts::filesKept(done.kept.size()));
+        for (const QString& file : done.kept) {
+            console.print(u"  Masters/"_s + TextLayout::escaped(file));
+        }
+    }
+    console.print(CommandLineTexts::verifyAfterRestore(library));
+    return ExitStatus::kDone;
+}

@@ -1,0 +1,232 @@
+#include "LibraryBackups.h"
+
+#include "Connection.h"
+#include "DamagedLibrary.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+using namespace Qt::StringLiterals;
+
+/// A library and the backup of it, from which it then differs.
+class LibraryBackupsTest : public DamagedLibrary
+{
+protected:
+    [[nodiscard]] LibraryBackup make() const
+    {
+        const Result<LibraryBackup> made = LibraryBackups::make(package());
+        EXPECT_TRUE(made.ok()) << made.error().message.toStdString();
+        return made.ok() ? made.value() : LibraryBackup();
+    }
+
+    [[nodiscard]] Result<LibraryBackups::Restored> restore(const QString& date) const
+    {
+        return LibraryBackups::restore(package(), date, false);
+    }
+
+    /// Takes a photo into the library; returns its original, relative to Masters.
+    [[nodiscard]] QString takePhoto() const
+    {
+        const auto library = open(Access::Write);
+        import(*library, makePicture(u"Later.jpg"_s));
+        EXPECT_TRUE(library->close().ok());
+        return ask(u"SELECT imagePath FROM RKMaster WHERE fileName='Later.jpg'"_s);
+    }
+
+    [[nodiscard]] QStringList names() const
+    {
+        const Result<QList<LibraryBackup>> backups = LibraryBackups::list(package());
+        EXPECT_TRUE(backups.ok()) << backups.error().message.toStdString();
+        QStringList names;
+        for (const LibraryBackup& backup :
+             backups.ok() ? backups.value() : QList<LibraryBackup>()) {
+            names += backup.name;
+        }
+        return names;
+    }
+
+    /// That nothing of a restore is left in the package.
+    void expectSwept() const
+    {
+        EXPECT_FALSE(QFileInfo::exists(package() + u"/.corvane-restore"_s));
+        EXPECT_FALSE(QFileInfo::exists(package() + u"/Database/.corvane-restore"_s));
+    }
+};
+
+TEST_F(LibraryBackupsTest, theyAreListedWithWhatTheyKnowTheOldestFirst)
+{
+    const QStringList before = names();
+    const LibraryBackup first = make();
+    const LibraryBackup second = make();
+    EXPECT_EQ(names(), before + QStringList({first.name, second.name}));
+    EXPECT_EQ(first.photos, 3);
+    EXPECT_GT(first.bytes, 100000);
+    EXPECT_TRUE(QFileInfo::exists(first.path + u"/Database/apdb/Library.apdb"_s));
+    EXPECT_LT(first.moment, second.moment);
+}
+
+TEST_F(LibraryBackupsTest, aRestoredLibraryIsAsItWas)
+{
+    const LibraryBackup backup = make();
+    const PackageState then = state();
+    execute(u"UPDATE RKVersion SET name='Other'"_s);
+    remove(u"AlbumData.xml"_s);
+    remove(fileIn(u"Database/Versions"_s, u"Master.apmaster"_s));
+    write(u"Database/Albums/new.apalbum"_s, "new");
+    const Result<LibraryBackups::Restored> restored = restore(backup.name);
+    ASSERT_TRUE(restored.ok()) << restored.error().message.toStdString();
+    EXPECT_EQ(then.differenceTo(state()).toStdString(), "");
+    EXPECT_TRUE(QFileInfo(package() + u"/Database/Library.apdb"_s).isSymLink());
+    EXPECT_EQ(findings(), QStringList());
+    EXPECT_TRUE(restored.value().kept.isEmpty());
+    expectSwept();
+}
+
+TEST_F(LibraryBackupsTest, whatIsThereIsBackedUpBeforeAndCanBeHadBack)
+{
+    const LibraryBackup backup = make();
+    const QString later = takePhoto();
+    const PackageState before = state();
+    const Result<LibraryBackups::Restored> restored = restore(backup.name);
+    ASSERT_TRUE(restored.ok()) << restored.error().message.toStdString();
+    EXPECT_EQ(rows(u"RKMaster"_s), 4);
+    const Result<LibraryBackups::Restored> back =
+        restore(QFileInfo(restored.value().before).fileName());
+    ASSERT_TRUE(back.ok()) << back.error().message.toStdString();
+    EXPECT_EQ(rows(u"RKMaster"_s), 5);
+    EXPECT_EQ(before.differenceTo(state()).toStdString(), "");
+}
+
+TEST_F(LibraryBackupsTest, photosThatTheOlderDatabasesDoNotKnowAreKeptAndTold)
+{
+    const LibraryBackup backup = make();
+    const QStringList before = pictureFiles();
+    const QString later = takePhoto();
+    const QStringList with = pictureFiles();
+    ASSERT_GT(with.size(), before.size());
+    const Result<LibraryBackups::Restored> restored = restore(backup.name);
+    ASSERT_TRUE(restored.ok()) << restored.error().message.toStdString();
+    EXPECT_EQ(restored.value().kept, QStringList{later});
+    EXPECT_EQ(pictureFiles(), with);
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_EQ(pictureFiles(), with) << "the next run that writes removed them";
+}
+
+TEST_F(LibraryBackupsTest, anUnfinishedTurnIsForgottenSoThatItsFilesAreNotSweptLater)
+{
+    const LibraryBackup backup = make();
+    const QStringList notes =
+        QDir(folder() + u"/state/corvane/libraries"_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    ASSERT_EQ(notes.size(), 1);
+    const QString later = takePhoto();
+    // As a run leaves it that ended between its commit and its end.
+    QFile journal(folder() + u"/state/corvane/libraries/"_s + notes.first() + u"/journal"_s);
+    ASSERT_TRUE(journal.open(QIODevice::WriteOnly));
+    journal.write("{\"turn\":99,\"made\":[\"Masters/" + later.toUtf8() + "\"]}\n");
+    journal.close();
+    ASSERT_TRUE(restore(backup.name).ok());
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_TRUE(QFileInfo::exists(package() + u"/Masters/"_s + later));
+}
+
+TEST_F(LibraryBackupsTest, aDateMayBeTheBeginOfJustOne)
+{
+    const LibraryBackup backup = make();
+    const QString day = backup.moment.toString(u"yyyy-MM-dd"_s);
+    const QString exact = backup.moment.toString(u"yyyy-MM-dd HH:mm:ss.zzz"_s);
+    EXPECT_TRUE(restore(exact).ok());
+    const Result<LibraryBackups::Restored> many = restore(day);
+    ASSERT_FALSE(many.ok());
+    EXPECT_TRUE(many.error().message.contains("more than one backup"_L1));
+    const Result<LibraryBackups::Restored> none = restore(u"1999"_s);
+    ASSERT_FALSE(none.ok());
+    EXPECT_EQ(none.error().code, ErrorCode::NotFound);
+    EXPECT_FALSE(restore(u"latest"_s).ok());
+}
+
+TEST_F(LibraryBackupsTest, aLibraryThatAnotherProgramHasOpenIsNotRestored)
+{
+    const LibraryBackup backup = make();
+    const PackageState before = state();
+    {
+        const auto ours = open(Access::Write);
+        const Result<LibraryBackups::Restored> refused = restore(backup.name);
+        ASSERT_FALSE(refused.ok());
+        EXPECT_EQ(refused.error().code, ErrorCode::InUse);
+    }
+    {
+        const auto reader = Connection::open(package(), Connection::Mode::Read);
+        ASSERT_TRUE(reader.ok());
+        reader.value()->database().exec("BEGIN; SELECT count(*) FROM RKMaster");
+        const Result<LibraryBackups::Restored> refused = restore(backup.name);
+        ASSERT_FALSE(refused.ok());
+        EXPECT_EQ(refused.error().code, ErrorCode::InUse);
+    }
+    EXPECT_EQ(before.differenceTo(state()).toStdString(), "");
+}
+
+TEST_F(LibraryBackupsTest, whereIPhotoDidNotCloseTheLibraryItMustBeSaid)
+{
+    const LibraryBackup backup = make();
+    execute(u"UPDATE RKAdminData SET propertyValue='0' WHERE propertyName='closedClean'"_s);
+    const Result<LibraryBackups::Restored> refused = restore(backup.name);
+    ASSERT_FALSE(refused.ok());
+    EXPECT_EQ(refused.error().code, ErrorCode::NotClosed);
+    EXPECT_TRUE(LibraryBackups::restore(package(), backup.name, true).ok());
+}
+
+TEST_F(LibraryBackupsTest, damagedAndMissingDatabasesAreRestoredToo)
+{
+    const LibraryBackup backup = make();
+    const PackageState then = state();
+    write(u"Database/apdb/Library.apdb"_s, "no database at all");
+    EXPECT_EQ(names().count(backup.name), 1);
+    ASSERT_TRUE(restore(backup.name).ok());
+    EXPECT_EQ(then.differenceTo(state()).toStdString(), "");
+    remove(u"Database/apdb/Properties.apdb"_s);
+    remove(u"Info.plist"_s);
+    ASSERT_TRUE(restore(backup.name).ok());
+    EXPECT_EQ(then.differenceTo(state()).toStdString(), "");
+    ASSERT_TRUE(QDir().rename(package() + u"/Database"_s, folder() + u"/taken away"_s));
+    const Result<LibraryBackups::Restored> restored = restore(backup.name);
+    ASSERT_TRUE(restored.ok()) << restored.error().message.toStdString();
+    EXPECT_EQ(rows(u"RKMaster"_s), 4);
+}
+
+TEST_F(LibraryBackupsTest, aDamagedBackupIsNotPutInPlace)
+{
+    const LibraryBackup backup = make();
+    const PackageState before = state();
+    QFile database(backup.path + u"/Database/apdb/Properties.apdb"_s);
+    ASSERT_TRUE(database.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(database.resize(database.size() / 2));
+    database.close();
+    const Result<LibraryBackups::Restored> refused = restore(backup.name);
+    ASSERT_FALSE(refused.ok());
+    EXPECT_EQ(refused.error().code, ErrorCode::Damaged);
+    EXPECT_TRUE(refused.error().message.contains("Choose another one"_L1));
+    EXPECT_EQ(before.differenceTo(state()).toStdString(), "");
+    expectSwept();
+}
+
+TEST_F(LibraryBackupsTest, aFolderOfTheSameNameThatIsNotOursIsLeft)
+{
+    const LibraryBackup backup = make();
+    write(u".corvane-restore/Mine.jpg"_s, "somebody's only copy");
+    EXPECT_FALSE(restore(backup.name).ok());
+    EXPECT_TRUE(QFileInfo::exists(package() + u"/.corvane-restore/Mine.jpg"_s));
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_TRUE(QFileInfo::exists(package() + u"/.corvane-restore/Mine.jpg"_s));
+}
+
+TEST_F(LibraryBackupsTest, whatIsNoLibraryHasNone)
+{
+    ASSERT_TRUE(QDir().mkpath(folder() + u"/empty"_s));
+    for (const QString& path : {folder() + u"/empty"_s, folder() + u"/nothing"_s}) {
+        EXPECT_FALSE(LibraryBackups::make(path).ok());
+        EXPECT_FALSE(LibraryBackups::list(path).ok());
+        EXPECT_FALSE(LibraryBackups::restore(path, u"2026"_s, false).ok());
+        EXPECT_FALSE(QFileInfo::exists(path + u"/Database"_s));
+    }
+}

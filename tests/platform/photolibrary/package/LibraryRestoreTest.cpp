@@ -1,0 +1,140 @@
+#include "LibraryRestore.h"
+
+#include "ChildProcess.h"
+#include "DamagedLibrary.h"
+#include "LibraryBackups.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QThread>
+
+#include <csignal>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+/// A library with four photos, a backup of it with three, and restores that are cut off.
+class LibraryRestoreTest : public DamagedLibrary
+{
+protected:
+    void SetUp() override
+    {
+        DamagedLibrary::SetUp();
+        const Result<LibraryBackup> made = LibraryBackups::make(package());
+        ASSERT_TRUE(made.ok());
+        m_backup = made.value();
+        const auto library = open(Access::Write);
+        import(*library, makePicture(u"Later.jpg"_s));
+        ASSERT_TRUE(library->close().ok());
+        m_files = pictureFiles();
+        const QDir states(folder() + u"/state/corvane/libraries"_s);
+        const QStringList names = states.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        ASSERT_EQ(names.size(), 1);
+        m_state = states.filePath(names.first());
+    }
+
+    /// That the library opens, is of one of the two states and whole, and that the next run that
+    /// writes leaves nothing of the restore.
+    void expectEitherState() const
+    {
+        ASSERT_NE(open(Access::Read), nullptr);
+        const auto library = open(Access::Write);
+        ASSERT_NE(library, nullptr);
+        ASSERT_TRUE(library->close().ok());
+        EXPECT_FALSE(QFileInfo::exists(package() + u"/.corvane-restore"_s));
+        EXPECT_FALSE(QFileInfo::exists(package() + u"/Database/.corvane-restore"_s));
+        EXPECT_FALSE(QFileInfo::exists(m_state + u"/restore"_s));
+        const qint64 photos = rows(u"RKMaster"_s);
+        EXPECT_TRUE(photos == 4 || photos == 5) << photos;
+        EXPECT_EQ(pictureFiles(), m_files);
+        QStringList found = findings();
+        found.removeIf([photos](const QString& finding) {
+            return photos == 4 && finding.contains("belong"_L1);
+        });
+        EXPECT_EQ(found, QStringList());
+    }
+
+    /// The newest backup that knows another number of photos.
+    [[nodiscard]] std::optional<LibraryBackup> lastOfOther(qint64 photos) const
+    {
+        const Result<QList<LibraryBackup>> all = LibraryBackups::list(package());
+        EXPECT_TRUE(all.ok());
+        std::optional<LibraryBackup> found;
+        for (const LibraryBackup& backup : all.ok() ? all.value() : QList<LibraryBackup>()) {
+            // The first copy ever is of the library without photos.
+            if (backup.photos && *backup.photos > 0 && *backup.photos != photos) {
+                found = backup;
+            }
+        }
+        return found;
+    }
+
+    LibraryBackup m_backup;
+    QString m_state;
+    QStringList m_files;
+};
+
+TEST_F(LibraryRestoreTest, cutOffWhileStagingTheLibraryIsAsItWas)
+{
+    ASSERT_TRUE(LibraryRestore::stage(package(), m_state, m_backup.path).ok());
+    EXPECT_EQ(rows(u"RKMaster"_s), 5);
+    EXPECT_TRUE(findings().join(u'\n').contains(".corvane-restore"_L1));
+    expectEitherState();
+    EXPECT_EQ(rows(u"RKMaster"_s), 5);
+}
+
+TEST_F(LibraryRestoreTest, cutOffAfterTheExchangeTheLibraryIsAsItIsToBe)
+{
+    ASSERT_TRUE(LibraryRestore::stage(package(), m_state, m_backup.path).ok());
+    ASSERT_TRUE(QDir().rename(package() + u"/Database"_s, package() + u"/aside"_s));
+    ASSERT_TRUE(
+        QDir().rename(package() + u"/.corvane-restore/Database"_s, package() + u"/Database"_s));
+    ASSERT_TRUE(
+        QDir().rename(package() + u"/aside"_s, package() + u"/.corvane-restore/Database"_s));
+    expectEitherState();
+    EXPECT_EQ(rows(u"RKMaster"_s), 4);
+}
+
+TEST_F(LibraryRestoreTest, cutOffBetweenTwoRenamesTheNextOpeningMakesItGood)
+{
+    ASSERT_TRUE(LibraryRestore::stage(package(), m_state, m_backup.path).ok());
+    ASSERT_TRUE(QDir().rename(package() + u"/Database"_s,
+                              package() + u"/.corvane-restore/Database.before"_s));
+    ASSERT_NE(open(Access::Read), nullptr);
+    EXPECT_EQ(rows(u"RKMaster"_s), 4);
+    expectEitherState();
+}
+
+TEST_F(LibraryRestoreTest, withoutItsNoteNothingIsSwept)
+{
+    ASSERT_TRUE(LibraryRestore::stage(package(), m_state, m_backup.path).ok());
+    ASSERT_TRUE(QFile::remove(m_state + u"/restore"_s));
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_TRUE(QFileInfo::exists(package() + u"/.corvane-restore/Database"_s));
+}
+
+TEST_F(LibraryRestoreTest, aKillAtAnyMomentLeavesEitherState)
+{
+    int restored = 0;
+    for (int milliseconds = 0; milliseconds <= 400; milliseconds += 25) {
+        const qint64 photos = rows(u"RKVersion WHERE showInLibrary=1 AND isInTrash=0"_s);
+        const std::optional<LibraryBackup> other = lastOfOther(photos);
+        if (!other) {
+            break; // copies of one state have taken the place of those of the other
+        }
+        {
+            ChildProcess child([this, &other](ChildProcess&) {
+                static_cast<void>(LibraryBackups::restore(package(), other->name, false));
+                ChildProcess::crash();
+            });
+            QThread::msleep(static_cast<unsigned long>(milliseconds));
+            ::kill(child.id(), SIGKILL);
+        }
+        expectEitherState();
+        const bool isOther = rows(u"RKVersion WHERE showInLibrary=1 AND isInTrash=0"_s) != photos;
+        restored += isOther ? 1 : 0;
+        EXPECT_TRUE(!isOther || lastOfOther(other->photos.value_or(0)))
+            << "the state before was not backed up";
+    }
+    EXPECT_GT(restored, 0) << "no round came to the exchange";
+}
