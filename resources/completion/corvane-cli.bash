@@ -10,6 +10,8 @@ _corvane_cli_options() { # COMMAND: the options that it takes
         list | check) echo "$common --json $selection" ;;
         info) echo "$common --json" ;;
         trash) echo "$common --after-crash --json --restore --empty --yes --id" ;;
+        verify) echo "$common --after-crash --json --repair" ;;
+        backup) echo "$common --after-crash --json --list --restore" ;;
         sample) echo "$common --photos --megapixels" ;;
         *) echo '--help --version' ;;
     esac
@@ -27,6 +29,9 @@ _corvane_cli() {
         fi
     done
 
+    if [[ $command == backup && $prev == --restore ]]; then
+        return
+    fi
     case $prev in
         --defaults | --report)
             _filedir
@@ -45,7 +50,7 @@ _corvane_cli() {
     if [[ $cur == -* ]]; then
         COMPREPLY=($(compgen -W "$(_corvane_cli_options "$command")" -- "$cur"))
     elif [[ -z $command ]]; then
-        COMPREPLY=($(compgen -W 'scan list info check trash sample' -- "$cur"))
+        COMPREPLY=($(compgen -W 'scan list info check trash verify backup sample' -- "$cur"))
     else
         _filedir -d
     fi
