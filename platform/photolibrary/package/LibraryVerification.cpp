@@ -36,11 +36,9 @@ QString wordsFor(const Sidecars::Stale& stale)
     Q_UNREACHABLE();
 }
 
-QList<Finding> ofSidecars(Connection& connection)
+void tellSidecars(Connection& connection, const Changes& objects, QList<Finding>& findings)
 {
-    const Sidecars::Comparison compared =
-        Sidecars::compare(connection, LibraryVerification::allObjects(connection));
-    QList<Finding> findings;
+    const Sidecars::Comparison compared = Sidecars::compare(connection, objects);
     for (const Sidecars::Stale& stale : compared.stale) {
         findings.append(
             {wordsFor(stale), stale.path.mid(connection.packagePath().size() + 1), true});
@@ -48,7 +46,23 @@ QList<Finding> ofSidecars(Connection& connection)
     for (const QString& sentence : compared.unreadable) {
         findings.append({sentence, u"Database"_s, false});
     }
-    return findings;
+}
+
+/// `goOn` is asked between photos: no single question of theirs takes long, but all together do.
+template <typename GoOn>
+void tellAllSidecars(Connection& connection, QList<Finding>& findings, const GoOn& goOn)
+{
+    Changes objects = LibraryVerification::allObjects(connection);
+    QStringList masters(objects.masters.begin(), objects.masters.end());
+    masters.sort();
+    for (const QString& master : std::as_const(masters)) {
+        Changes one;
+        one.masters = {master};
+        tellSidecars(connection, one, findings);
+        goOn();
+    }
+    objects.masters.clear();
+    tellSidecars(connection, objects, findings);
 }
 
 } // namespace
@@ -83,8 +97,7 @@ QList<Finding> LibraryVerification::findings(Connection& connection,
     findings << IntegrityCheck::ofRows(connection) << DerivedRows::findings(connection);
     goOn();
     if (Schema::mismatches(connection).isEmpty()) { // of older ones sidecars look otherwise
-        findings << ofSidecars(connection);
-        goOn();
+        tellAllSidecars(connection, findings, goOn);
         findings << Catalogues::compare(connection);
         goOn();
     }

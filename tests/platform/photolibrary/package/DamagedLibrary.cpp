@@ -54,19 +54,30 @@ void DamagedLibrary::SetUp()
     importPhoto(*library, u"Blurred.jpg"_s, 200, 1);
     const PhotoApplicationPtr photos = application(*library);
     photos->newAlbumName(u"Best"_s);
-    const QList<PhotoPtr> all = photos->photoLibraryAlbum()->photos();
-    ASSERT_EQ(all.size(), 4);
+    const auto named = [&photos](const QString& name) {
+        const QList<PhotoPtr> all = photos->photoLibraryAlbum()->photos();
+        for (const PhotoPtr& photo : all) {
+            if (photo->name() == name) {
+                return photo;
+            }
+        }
+        return PhotoPtr();
+    };
+    const PhotoPtr lake = named(u"Lake"_s);
+    const PhotoPtr tower = named(u"Tower"_s);
+    const PhotoPtr blurred = named(u"Blurred"_s);
+    ASSERT_TRUE(lake && tower && blurred);
     const QList<AlbumPtr> albums = photos->albums();
     for (const AlbumPtr& album : albums) {
         if (album->name() == "Best"_L1) {
-            all.at(0)->addTo(album);
-            all.at(1)->addTo(album);
+            lake->addTo(album);
+            tower->addTo(album);
         }
     }
-    all.at(0)->setRating(5);
-    all.at(0)->select();
+    lake->setRating(5);
+    lake->select();
     photos->assignKeywordString(u"Water"_s);
-    all.at(3)->removeFrom(photos->photoLibraryAlbum());
+    blurred->removeFrom(photos->photoLibraryAlbum());
     ASSERT_TRUE(library->close().ok());
     ASSERT_EQ(findings(), QStringList());
 }
