@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -49,14 +50,22 @@ private:
     double m_now;
 };
 
+/// How an album is shown: the application itself lets its sidecar lag in that.
+bool isOfLooks(const QString& key)
+{
+    return key == "ViewDictionary"_L1;
+}
+
 /// Notes those that differ.
 class ComparingOutput final : public SidecarOutput
 {
 public:
     Result<void> put(SidecarFile& file, Stamp /*stamp*/) override
     {
-        if (file.differs()) {
-            m_stale.append({file.path(), file.found(), file.differingKeys()});
+        const QStringList keys = file.differingKeys();
+        const bool onlyLooks = !keys.isEmpty() && std::ranges::all_of(keys, isOfLooks);
+        if (file.differs() && (file.found() != SidecarFile::Found::Whole || !onlyLooks)) {
+            m_stale.append({file.path(), file.found(), keys});
         }
         return {};
     }

@@ -36,7 +36,8 @@ struct Comparison {
     QStringList unreadable; ///< a sentence for each that this user may not read
 };
 
-/// What write() would write of `changes`; nothing is changed. Errors: SQLite::Exception.
+/// What write() would write of `changes`; nothing is changed. Sidecars of albums that lag only in
+/// how the album is shown do not count: the application leaves them so. Errors: SQLite::Exception.
 [[nodiscard]] Comparison compare(Connection& connection, const Changes& changes);
 
 } // namespace Sidecars
