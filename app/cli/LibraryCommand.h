@@ -38,6 +38,5 @@ protected:
     [[nodiscard]] const LibraryOptions& libraryOptions() const { return m_libraryOptions; }
 
 private:
-
     const LibraryOptions m_libraryOptions;
 };

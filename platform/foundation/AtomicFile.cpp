@@ -320,3 +320,25 @@ Result<void> AtomicFile::flushFolder(const QString& path)
     }
     return {};
 }
+
+Result<void> AtomicFile::flushWithParents(const QString& path)
+{
+    QString folder = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
+    struct stat below = {};
+    if (::stat(QFile::encodeName(folder).constData(), &below) != 0) {
+        return errorFromErrno(errno, u"flush the folder"_s, path);
+    }
+    Result<void> flushed = flushFolder(folder);
+    while (flushed.ok() && !QDir(folder).isRoot()) {
+        folder = QFileInfo(folder).absolutePath();
+        const QByteArray name = QFile::encodeName(folder);
+        struct stat found = {};
+        // The folder that a file system is mounted on lies on another.
+        if (::stat(name.constData(), &found) != 0 || found.st_dev != below.st_dev ||
+            ::faccessat(AT_FDCWD, name.constData(), R_OK, AT_EACCESS) != 0) {
+            break;
+        }
+        flushed = flushFolder(folder);
+    }
+    return flushed;
+}

@@ -27,6 +27,11 @@ write(const QString& path, const QByteArray& bytes, Existing existing = Existing
 /// Flushes a folder's entries to disk.
 [[nodiscard]] Result<void> flushFolder(const QString& path);
 
+/// Flushes the folder and those above it on the same file system, so that its path outlasts a power
+/// cut though another part of the program has only just made it. What may not be read cannot be
+/// flushed and ends the way up.
+[[nodiscard]] Result<void> flushWithParents(const QString& path);
+
 /// "No space left", "Permission denied" and the like as an Error for `path` from errno.
 [[nodiscard]] Error errorFromErrno(int errorNumber, const QString& action, const QString& path);
 

@@ -23,6 +23,11 @@ constexpr QLatin1StringView kLockName = "/lock"_L1;
 /// A folder without a lock may belong to a run that is just about to make it.
 constexpr qint64 kSecondsUntilLocked = 3600;
 
+bool isOlderThanAnHour(const QFileInfo& entry)
+{
+    return entry.lastModified().secsTo(QDateTime::currentDateTime()) > kSecondsUntilLocked;
+}
+
 std::unique_ptr<QLockFile> lockOf(const QString& folder)
 {
     auto lock = std::make_unique<QLockFile>(folder + kLockName);
@@ -54,6 +59,20 @@ void removeFolder(const QString& path, QLockFile& lock)
     QDir().rmdir(path);
 }
 
+/// Whether the folder's run ended while it wrote its name into the lock, and nothing else into the
+/// folder. Such a lock QLockFile takes for a living run's.
+bool wasNeverNamed(const QString& path, const QLockFile& lock)
+{
+    qint64 process = 0;
+    QString host;
+    QString program;
+    const QStringList content =
+        QDir(path).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    return content == QStringList{kLockName.mid(1).toString()} &&
+           isOlderThanAnHour(QFileInfo(path + kLockName)) &&
+           !lock.getLockInfo(&process, &host, &program);
+}
+
 /// Removes the folder when the run that made it is dead.
 void sweep(const QFileInfo& folder)
 {
@@ -62,15 +81,17 @@ void sweep(const QFileInfo& folder)
     }
     const QString path = folder.absoluteFilePath();
     if (!QFileInfo::exists(path + kLockName)) {
-        const bool isOld =
-            folder.lastModified().secsTo(QDateTime::currentDateTime()) > kSecondsUntilLocked;
         // Only an empty one goes: without a lock nothing says that the content was a run's.
-        if (isOld) {
+        if (isOlderThanAnHour(folder)) {
             QDir().rmdir(path);
         }
         return;
     }
     const std::unique_ptr<QLockFile> lock = lockOf(path);
+    if (wasNeverNamed(path, *lock)) {
+        // A living run still holds the file itself, and then it stays.
+        lock->removeStaleLockFile();
+    }
     if (lock->tryLock(0)) {
         removeFolder(path, *lock);
     }

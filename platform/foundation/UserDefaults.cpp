@@ -54,6 +54,20 @@ Result<QVariant> asStored(const QString& key, const QVariant& value)
     return kept;
 }
 
+/// Takes the lock, also from a program that was killed before it had written its name into the
+/// file: that one QLockFile takes for a living one's until half a minute has passed.
+bool isTaken(QLockFile& lock)
+{
+    if (lock.tryLock(kLockMilliseconds)) {
+        return true;
+    }
+    qint64 process = 0;
+    QString host;
+    QString program;
+    const bool isNamed = lock.getLockInfo(&process, &host, &program);
+    return !isNamed && lock.removeStaleLockFile() && lock.tryLock(0);
+}
+
 /// Gives a damaged file the first free of the names "….damaged", "….damaged 2" and so on. The
 /// caller holds the lock file, so that no other program of ours takes the name in between.
 Result<void> setAside(const QString& path)
@@ -215,7 +229,7 @@ Result<void> UserDefaults::writeUnwritten(QVariantMap& settings)
         return folder.error();
     }
     QLockFile lock(m_filePath + ".lock"_L1);
-    if (!lock.tryLock(kLockMilliseconds)) {
+    if (!isTaken(lock)) {
         return Error{ErrorCode::NotWritable,
                      u"Could not lock \"%1\": the settings are not stored"_s.arg(m_filePath)};
     }

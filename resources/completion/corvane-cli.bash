@@ -2,16 +2,17 @@
 
 _corvane_cli_options() { # COMMAND: the options that it takes
     local common='--help --defaults --quiet'
+    local library="$common --volume"
     local selection='--all --raw --id --roll --album --keyword --present'
     local settings='--quality --scale --long --short --albums --no-albums --tag --no-tag --trash
         --no-trash --originals --displayed'
     case $1 in
-        scan) echo "$common --after-crash --dry-run --report $settings $selection" ;;
-        list | check) echo "$common --json $selection" ;;
-        info) echo "$common --json" ;;
-        trash) echo "$common --after-crash --json --restore --empty --yes --id" ;;
-        verify) echo "$common --after-crash --json --repair" ;;
-        backup) echo "$common --after-crash --json --list --restore" ;;
+        scan) echo "$library --after-crash --dry-run --report $settings $selection" ;;
+        list | check) echo "$library --json $selection" ;;
+        info) echo "$library --json" ;;
+        trash) echo "$library --after-crash --json --restore --empty --yes --id" ;;
+        verify) echo "$library --after-crash --json --repair" ;;
+        backup) echo "$library --after-crash --json --list --restore" ;;
         sample) echo "$common --photos --megapixels" ;;
         *) echo '--help --version' ;;
     esac
@@ -41,7 +42,7 @@ _corvane_cli() {
             COMPREPLY=($(compgen -W '1 0.75 0.5 0.25' -- "$cur"))
             return
             ;;
-        --id | --roll | --album | --keyword | --quality | --long | --short | --photos | --megapixels)
+        --id | --volume | --roll | --album | --keyword | --quality | --long | --short | --photos | --megapixels)
             return
             ;;
     esac

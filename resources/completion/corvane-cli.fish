@@ -24,6 +24,7 @@ complete -c corvane-cli -n __fish_use_subcommand -a sample -d 'Write a small lib
 complete -c corvane-cli -n "__fish_seen_subcommand_from $commands" -a '(__fish_complete_directories)'
 complete -c corvane-cli -n "__fish_seen_subcommand_from $commands" -l quiet -d 'Show no progress'
 complete -c corvane-cli -n "__fish_seen_subcommand_from $commands" -l defaults -r -F -d 'Settings file in place of your own'
+complete -c corvane-cli -n '__fish_seen_subcommand_from scan list info check trash verify backup' -l volume -x -d 'Where a disk of referenced masters is here'
 complete -c corvane-cli -n '__fish_seen_subcommand_from list info check trash verify backup' -l json -d 'Answer with a JSON document'
 complete -c corvane-cli -n '__fish_seen_subcommand_from scan trash verify backup' -l after-crash -d 'Write also to a sound library that iPhoto did not close properly'
 

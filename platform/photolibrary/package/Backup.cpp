@@ -79,8 +79,8 @@ Result<void> copyPart(const QString& package,
                       Backup::OfDamaged damaged)
 {
     const QString to = target + u'/' + relative;
-    if (!QDir().mkpath(QFileInfo(to).absolutePath())) {
-        return Error{ErrorCode::NotWritable, u"The backup \"%1\" cannot be written."_s.arg(to)};
+    if (Result<void> folder = AtomicFile::makeFolder(QFileInfo(to).absolutePath()); !folder.ok()) {
+        return folder;
     }
     const QString from = package + u'/' + relative;
     const QString name = relative.section(u'/', -1);
@@ -100,6 +100,19 @@ Result<void> copyPart(const QString& package,
     return copied;
 }
 
+/// The files' names: each was flushed itself, and the folders' names when they were made.
+Result<void> flushFolders(const QString& target)
+{
+    Result<void> flushed = AtomicFile::flushFolder(target);
+    QDirIterator walk(target,
+                      QDir::Dirs | QDir::Hidden | QDir::NoSymLinks | QDir::NoDotAndDotDot,
+                      QDirIterator::Subdirectories);
+    while (flushed.ok() && walk.hasNext()) {
+        flushed = AtomicFile::flushFolder(walk.next());
+    }
+    return flushed;
+}
+
 Result<void> copyAll(const QString& package, const QString& target, Backup::OfDamaged damaged)
 {
     const QStringList parts = Backup::parts(package);
@@ -108,7 +121,7 @@ Result<void> copyAll(const QString& package, const QString& target, Backup::OfDa
             return copied;
         }
     }
-    return AtomicFile::flushFolder(target);
+    return flushFolders(target);
 }
 
 /// A name behind those of all copies that are there, also where the clock was set back meanwhile:

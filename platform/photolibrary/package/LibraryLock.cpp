@@ -117,7 +117,14 @@ Result<std::unique_ptr<FileDescriptor>> lockPackage(const QString& package)
 Result<std::unique_ptr<LibraryLock>> LibraryLock::take(const QString& package,
                                                        const QString& stateFolder)
 {
-    if (const Result<void> folder = AtomicFile::makeFolder(stateFolder); !folder.ok()) {
+    Result<void> folder = AtomicFile::makeFolder(stateFolder);
+    if (folder.ok()) {
+        // The crash log's writer may have made folders above it, and does not flush them. Were they
+        // lost in a power cut, the journal in them would be, and with it what has to be cleared
+        // away.
+        folder = AtomicFile::flushWithParents(stateFolder);
+    }
+    if (!folder.ok()) {
         return StateFolder::unusable(folder.error(), package);
     }
     const QString path = stateFolder + "/lock"_L1;

@@ -149,8 +149,10 @@ void PackageFiles::removeEmpty(const QString& package, const QStringList& folder
             continue;
         }
         for (const QString& current : withParents(folder)) {
-            if (!QDir().rmdir(absolute(package, current))) {
-                break; // holds something, or was not there
+            const QString path = absolute(package, current);
+            // One that was never made may have parents that were.
+            if (!QDir().rmdir(path) && QFileInfo::exists(path)) {
+                break;
             }
         }
     }

@@ -1,5 +1,7 @@
 #include "AtomicFile.h"
 
+#include "FlushRecorder.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -209,6 +211,22 @@ TEST_F(AtomicFileTest, aFileInTheWayOfAFolderIsAnError)
     EXPECT_EQ(AtomicFile::makeFolder(inFolder(u"file"_s)).error().code, ErrorCode::NotFound);
     EXPECT_EQ(AtomicFile::makeFolder(inFolder(u"file/deeper"_s)).error().code, ErrorCode::NotFound);
     EXPECT_EQ(content(inFolder(u"file"_s)), "bytes");
+}
+
+TEST_F(AtomicFileTest, aFolderIsFlushedWithTheFoldersThatLeadToIt)
+{
+    ASSERT_TRUE(QDir().mkpath(inFolder(u"a/b/c"_s)));
+    const FlushRecorder recorder;
+    ASSERT_TRUE(AtomicFile::flushWithParents(inFolder(u"a/b/c"_s)).ok());
+    const QString top = QFileInfo(m_folder.path()).canonicalFilePath();
+    for (const QString& folder : {top, top + u"/a"_s, top + u"/a/b"_s, top + u"/a/b/c"_s}) {
+        EXPECT_TRUE(recorder.flushed().contains(folder)) << folder.toStdString();
+    }
+}
+
+TEST_F(AtomicFileTest, aMissingFolderCannotBeFlushedWithItsParents)
+{
+    EXPECT_EQ(AtomicFile::flushWithParents(inFolder(u"none"_s)).error().code, ErrorCode::NotFound);
 }
 
 TEST_F(AtomicFileTest, onlyAFolderCanBeFlushed)

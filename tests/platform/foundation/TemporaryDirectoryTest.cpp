@@ -203,6 +203,26 @@ TEST_F(TemporaryDirectoryTest, anEmptyFolderThatWasNeverLockedGoesAfterAnHour)
     EXPECT_FALSE(system.exists(u"corvane-abcdef"_s));
 }
 
+TEST_F(TemporaryDirectoryTest, aFolderWhoseRunEndedWhileItLockedItGoesAfterAnHour)
+{
+    const QDir system(m_system.path());
+    const utimbuf longAgo = {.actime = 1'000'000, .modtime = 1'000'000};
+    for (const QString& name : {u"corvane-abcdef"_s, u"corvane-backup"_s, u"corvane-ghijkl"_s}) {
+        ASSERT_TRUE(system.mkdir(name));
+        makeFile(system.filePath(name + u"/lock"_s)); // not what a lock holds
+        if (name != u"corvane-ghijkl"_s) {
+            const QString lock = system.filePath(name + u"/lock"_s);
+            ::utime(QFile::encodeName(lock).constData(), &longAgo);
+        }
+    }
+    makeFile(system.filePath(u"corvane-backup/photo.jpg"_s));
+    const Result<TemporaryDirectory> made = TemporaryDirectory::create();
+    ASSERT_TRUE(made.ok());
+    EXPECT_FALSE(system.exists(u"corvane-abcdef"_s));
+    EXPECT_TRUE(system.exists(u"corvane-backup/photo.jpg"_s)) << "it holds something else";
+    EXPECT_TRUE(system.exists(u"corvane-ghijkl/lock"_s)) << "it may be just about to be locked";
+}
+
 TEST_F(TemporaryDirectoryTest, whereNoneCanBeMadeTheErrorNamesTheFolder)
 {
     qputenv("TMPDIR", "/nonexistent/temporary");

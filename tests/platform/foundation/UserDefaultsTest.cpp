@@ -272,6 +272,16 @@ TEST_F(UserDefaultsTest, readsAndVolatileWritesDoNotWaitForAWriteToTheFile)
     EXPECT_EQ(stored().value(u"Key"_s), QVariant(qlonglong{2}));
 }
 
+TEST_F(UserDefaultsTest, aLockOfAProgramThatWasKilledBeforeItNamedItselfIsNoObstacle)
+{
+    QFile lock(path() + u".lock"_s);
+    ASSERT_TRUE(lock.open(QIODevice::WriteOnly)); // and nothing is written to it
+    lock.close();
+    UserDefaults defaults(path());
+    defaults.setInteger(u"Key"_s, 1);
+    EXPECT_EQ(stored().value(u"Key"_s), QVariant(qlonglong{1}));
+}
+
 TEST_F(UserDefaultsTest, writesAreOrderedSoThatReadsSeeInTheEndWhatTheFileHolds)
 {
     constexpr int kThreads = 4;

@@ -1,12 +1,14 @@
 #include "Backup.h"
 
 #include "Connection.h"
+#include "FlushRecorder.h"
 #include "OrdinaryUser.h"
 #include "QtPrinters.h"
 #include "Queries.h"
 #include "WritableLibrary.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFileInfo>
 
 #include <filesystem>
@@ -108,6 +110,24 @@ TEST_F(BackupsOfALibrary, theFirstEverAndTheLastThreeAreKept)
     for (int more = 0; more < 3; ++more) {
         made << make(1);
         EXPECT_EQ(namesIn(ownFolder()), QStringList{made.first()} + made.last(3));
+    }
+}
+
+TEST_F(BackupsOfALibrary, everyFolderOfACopyIsFlushedBeforeItBearsItsName)
+{
+    const FlushRecorder recorder;
+    const Result<QString> made = Backup::make(package(), ownFolder());
+    ASSERT_TRUE(made.ok()) << made.error().message.toStdString();
+    const QString copy = QFileInfo(made.value()).canonicalFilePath();
+    QStringList folders{QString()};
+    QDirIterator walk(copy, QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+    while (walk.hasNext()) {
+        folders << walk.next().mid(copy.size());
+    }
+    EXPECT_TRUE(folders.contains(u"/Database/apdb"_s));
+    for (const QString& folder : std::as_const(folders)) {
+        EXPECT_TRUE(recorder.flushed().contains(copy + u".unfinished"_s + folder))
+            << folder.toStdString();
     }
 }
 

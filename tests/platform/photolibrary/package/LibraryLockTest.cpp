@@ -1,8 +1,11 @@
 #include "LibraryLock.h"
 
+#include "FlushRecorder.h"
 #include "WritableLibrary.h"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <sys/wait.h>
@@ -49,6 +52,18 @@ TEST(LibraryLock, aCrashedHolderNoLongerHoldsItButIsNamed)
     ASSERT_TRUE(next.ok()) << next.error().message.toStdString();
     EXPECT_TRUE(next.value()->leftBehind().startsWith(u"process "_s))
         << next.value()->leftBehind().toStdString();
+}
+
+TEST(LibraryLock, thePathToTheStateFolderIsFlushedThoughItWasThereBefore)
+{
+    const QTemporaryDir folder;
+    const QString top = QFileInfo(folder.path()).canonicalFilePath();
+    ASSERT_TRUE(QDir().mkpath(top + u"/state/corvane"_s)); // as the crash log's writer does
+    const FlushRecorder recorder;
+    ASSERT_TRUE(LibraryLock::take(u"/A"_s, top + u"/state/corvane/libraries/A"_s).ok());
+    for (const QString& path : {QString(), u"/state"_s, u"/state/corvane"_s}) {
+        EXPECT_TRUE(recorder.flushed().contains(top + path)) << path.toStdString();
+    }
 }
 
 class LockedLibrary : public WritableLibrary

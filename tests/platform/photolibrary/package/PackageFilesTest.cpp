@@ -103,6 +103,15 @@ TEST_F(PackageFilesOnDisk, aRemovedFolderTakesItsFilesAndNotWhatItsLinksPointTo)
     EXPECT_TRUE(PackageFiles::remove(package(), u"b/below"_s).isEmpty()) << "nor was this there";
 }
 
+TEST_F(PackageFilesOnDisk, whereTheLastFolderWasNeverMadeThoseThatWereStillGo)
+{
+    ASSERT_TRUE(QDir().mkpath(package() + u"/Previews/2011/05/06"_s));
+    EXPECT_TRUE(
+        PackageFiles::removeMade(package(), {u"Previews/2011/05/06/never/c.jpg"_s}).isEmpty());
+    EXPECT_FALSE(QFile::exists(package() + u"/Previews/2011"_s));
+    expectAllThere();
+}
+
 TEST_F(PackageFilesOnDisk, filesThatWereMadeGoWithTheFoldersTheyLeaveEmpty)
 {
     ASSERT_TRUE(QDir().mkpath(package() + u"/Masters/2011/05"_s));

@@ -1,0 +1,82 @@
+"""A place of its own where the fault ring runs the program: a library, a state folder and a folder for
+temporary files that are watched, and a home that is not."""
+
+import json
+import os
+import shutil
+import subprocess
+from pathlib import Path
+
+NOBODY = "999999999"  # a photo that no library has
+PATIENCE = 120.0  # seconds
+FOREIGN = {  # files that the program did not make, some where and named as its own are
+    "Caches/foreign.txt": b"not of this program\n",
+    "Caches/.picture.jpg.0000000.corvane-new": b"not of this program either\n",
+    "Thumbnails/Segments/foreign.data": b"\0" * 64,
+}
+
+
+class Slot:
+    def __init__(self, folder, corvane_cli, shim):
+        self.folder = Path(folder)
+        if not (self.folder.is_absolute() and str(self.folder).startswith("/tmp/")):
+            raise AssertionError(f"the ring runs below /tmp only, not in {self.folder}")
+        self.disk = self.folder / "disk"
+        self.package = self.disk / "Sample.photolibrary"
+        self.hit = self.folder / "hit"
+        self._corvane_cli, self._shim = corvane_cli, shim
+        (self.folder / "home").mkdir(parents=True)
+        self.disk.mkdir()
+
+    def make_library(self):
+        """The sample library with two RAW photos and three others, and files that are not its own."""
+        (self.disk / "temporary").mkdir()
+        self._must("sample", str(self.disk), "--photos", "2", "--megapixels", "0.05", "--quiet")
+        for name, content in FOREIGN.items():
+            path = self.package / name
+            path.parent.mkdir(parents=True, exist_ok=True)
+            path.write_bytes(content)
+        shutil.rmtree(self.disk / "state")  # as if another machine had made it
+
+    def clear(self):
+        shutil.rmtree(self.disk)
+        self.disk.mkdir()
+        self.hit.unlink(missing_ok=True)
+
+    def run(self, *arguments, faults=None):
+        environment = {name: value for name, value in os.environ.items()
+                       if not name.startswith(("XDG_", "CORVANE_", "QT_"))}
+        environment |= {
+            "HOME": str(self.folder / "home"), "XDG_CONFIG_HOME": str(self.disk / "config"),
+            "XDG_STATE_HOME": str(self.disk / "state"), "TMPDIR": str(self.disk / "temporary"),
+            "LC_ALL": "C.UTF-8", "LD_PRELOAD": str(self._shim),
+            "CORVANE_FAULTS_BELOW": str(self.disk), "CORVANE_FAULTS_HIT": str(self.hit)}
+        environment |= faults or {}
+        return subprocess.run([self._corvane_cli, *arguments], env=environment, cwd=self.folder, text=True,
+                              stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                              timeout=PATIENCE, check=False)
+
+    def _must(self, *arguments):
+        finished = self.run(*arguments)
+        if finished.returncode != 0:
+            raise AssertionError(f"{arguments}: exit {finished.returncode}\n{finished.stderr}")
+        return finished
+
+    def scan(self, faults=None):
+        return self.run("scan", str(self.package), "--raw", "--albums", "--tag", "--trash", "--quiet",
+                        "--defaults", str(self.disk / "settings.plist"), faults=faults)
+
+    def recover(self):
+        """Opens the library for writing and asks for nothing."""
+        return self.run("trash", str(self.package), "--restore", "--id", NOBODY)
+
+    def soundness(self):
+        """What the program itself finds wrong with the library."""
+        finished = self.run("info", "--json", str(self.package))
+        if finished.returncode != 0:
+            return [f"info ends with {finished.returncode}: {finished.stderr.strip()}"]
+        return json.loads(finished.stdout)["problems"]
+
+    def finished_backups(self):
+        return sorted(path for path in (self.disk / "state" / "corvane").glob("backups/*/*")
+                      if not path.name.endswith(".unfinished"))
