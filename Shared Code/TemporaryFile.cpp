@@ -24,8 +24,17 @@ void TemporaryFile::setPath(const QString& folder, const QString& fileName)
 void TemporaryFile::write(const QByteArray& bytes)
 {
     QFile file(m_path);
-    m_isWritten = file.open(QIODevice::WriteOnly | QIODevice::Truncate);
-    if (!m_isWritten || file.write(bytes) != bytes.size() || !file.flush()) {
+    m_isWritten = file.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered);
+    qint64 done = 0;
+    while (m_isWritten && done < bytes.size()) {
+        // A disk that is full takes what still fits; why it takes no more, the next write tells.
+        const qint64 count = file.write(bytes.constData() + done, bytes.size() - done);
+        if (count <= 0) {
+            break;
+        }
+        done += count;
+    }
+    if (!m_isWritten || done != bytes.size()) {
         throw ScriptingException(u"WriteFailed"_s,
                                  Texts::temporaryFileNotWritten(m_path, file.errorString()));
     }

@@ -237,7 +237,9 @@ inline QString noPixelsLeft(const QString& path)
 // Why a scan cannot go on
 inline QString temporaryFileNotWritten(const QString& path, const QString& reason)
 {
-    return translated("The temporary file %1 could not be written: %2").arg(path, reason);
+    return translated("The temporary file %1 could not be written (%2): make room on its disk, or "
+                      "set TMPDIR to another folder.")
+        .arg(path, reason);
 }
 
 inline QString unusableFileName(const QString& name)

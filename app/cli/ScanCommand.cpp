@@ -108,7 +108,9 @@ int ScanCommand::scan(PhotoLibrary& library,
         status = ExitStatus::kInterrupted;
     }
     if (!closed.ok()) {
-        status = failed(closed.error(), services);
+        const int notClosed = failed(closed.error(), services);
+        // That the scan was stopped says more.
+        status = status == ExitStatus::kDone ? notClosed : status;
     }
     return finish(report, status, services);
 }

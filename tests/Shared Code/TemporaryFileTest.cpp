@@ -9,6 +9,12 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -69,6 +75,30 @@ TEST_F(TemporaryFileTest, aNameThatLeadsOutOfTheFolderRaises)
     EXPECT_THROW(file.setPath(folder(), u"../IMG_1.jpg"_s), ScriptingException);
     EXPECT_THROW(file.setPath(folder(), u"a/b.jpg"_s), ScriptingException);
     EXPECT_THROW(file.setPath(folder(), u"a"_s + QChar(u'\0') + u".jpg"_s), ScriptingException);
+}
+
+TEST_F(TemporaryFileTest, aDiskThatIsFullHalfWayRaisesWithTheReasonAndWhatToDo)
+{
+    TemporaryFile file;
+    file.setPath(folder(), u"IMG_1.jpg"_s);
+    // A limit on file sizes fails a write half-way as a full disk does.
+    rlimit before = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small = {.rlim_cur = 10'000, .rlim_max = before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    QString reason;
+    try {
+        file.write(QByteArray(50'000, 'x'));
+    } catch (const ScriptingException& exception) {
+        reason = exception.reason();
+    }
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, handler);
+    const QString why = QString::fromLocal8Bit(std::strerror(EFBIG));
+    EXPECT_TRUE(reason.contains(why)) << reason.toStdString();
+    EXPECT_TRUE(reason.contains(u"make room"_s) && reason.contains(file.path()))
+        << reason.toStdString();
 }
 
 TEST_F(TemporaryFileTest, aFileThatCannotBeWrittenRaisesWithItsPath)

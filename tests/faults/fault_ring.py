@@ -9,6 +9,7 @@ import argparse
 import collections
 import importlib.util
 import multiprocessing
+import re
 import signal
 import sqlite3
 import sys
@@ -39,6 +40,8 @@ NOTHING_LEFT = "No photo matches the selection."  # of a scan after all RAW phot
 LEFT_FOR_RECOVERY = "in Masters belong to no photo"  # files of a turn that was not committed
 NOT_STORED = "the settings are not stored"
 SHOWN = 8  # problems of a trial
+STOPPED = "Conversion Aborted"
+TELLS_OF_SPACE = re.compile("make room|space left", re.IGNORECASE)
 LOCK_LINES = 3  # process, program, host
 FEWEST_POINTS = 500  # a scan of two photos reaches more; fewer mean that calls are not seen
 
@@ -123,8 +126,7 @@ class Walk:
         if kind in FAILURES:
             if finished.returncode not in EXITS:
                 problems.append(f"the scan ended with {finished.returncode}")
-            if finished.returncode != 0 and not finished.stderr.strip():
-                problems.append("the scan said nothing")
+            problems += misleading(kind, finished.returncode, finished.stderr)
         elif finished.returncode != -signal.SIGKILL:
             problems.append(f"the scan was not killed: {finished.returncode}")
         return problems + self.afterwards()
@@ -200,6 +202,18 @@ class Walk:
         except sqlite3.Error:
             return False
         return sound and set(rows) >= {row["modelId"] for row in self.before.tables[table]}
+
+
+def misleading(kind, status, said):
+    """What is wrong with how a scan tells that it met an error."""
+    problems = []
+    if status != 0 and not said.strip():
+        problems.append("the scan said nothing")
+    if status != 0 and kind == "ENOSPC-on" and not TELLS_OF_SPACE.search(said):
+        problems.append("the scan did not say that there is no room")
+    if status != 1 and STOPPED in said:
+        problems.append(f"the scan was stopped by an alert but ended with {status}")
+    return problems
 
 
 def can_be_torn(point):

@@ -11,6 +11,7 @@
 
 #include <SQLiteCpp/Backup.h>
 #include <fcntl.h>
+#include <sqlite3.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -46,16 +47,49 @@ Result<void> flush(const QString& path)
     return flushed ? Result<void>() : AtomicFile::errorFromErrno(number, u"write"_s, path);
 }
 
-Result<void> copyDatabase(const QString& package, const QString& from, const QString& to)
+/// Whether SQLite met the error where it wrote the copy, not where it read the database.
+bool isOfCopy(const SQLite::Exception& exception)
 {
-    Result<void> copied = LibraryErrors::caught(package, [&]() -> Result<void> {
-        SQLite::Database source(QFile::encodeName(from).toStdString(), SQLite::OPEN_READONLY);
+    constexpr int kPrimaryCodeMask = 0xFF;
+    const int extended = exception.getExtendedErrorCode();
+    const bool isOfReading = extended == SQLITE_IOERR_READ || extended == SQLITE_IOERR_SHORT_READ;
+    switch (exception.getErrorCode() & kPrimaryCodeMask) {
+    case SQLITE_FULL:
+    case SQLITE_READONLY:
+    case SQLITE_CANTOPEN:
+        return true;
+    default:
+        return (exception.getErrorCode() & kPrimaryCodeMask) == SQLITE_IOERR && !isOfReading;
+    }
+}
+
+Result<void> copyPages(SQLite::Database& source, const QString& package, const QString& to)
+{
+    try {
         SQLite::Database target(QFile::encodeName(to).toStdString(),
                                 SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
         SQLite::Backup backup(target, source);
         constexpr int kAllPages = -1;
-        static_cast<void>(backup.executeStep(kAllPages));
+        if (backup.executeStep(kAllPages) != SQLITE_DONE) {
+            return LibraryErrors::fromSqlite({"database is locked", SQLITE_BUSY}, package);
+        }
         return {};
+    } catch (const SQLite::Exception& exception) {
+        if (!isOfCopy(exception)) {
+            throw;
+        }
+        const bool isFull = exception.getErrorCode() == SQLITE_FULL;
+        return Error{isFull ? ErrorCode::OutOfSpace : ErrorCode::NotWritable,
+                     u"The backup \"%1\" cannot be written: %2."_s.arg(
+                         to, QString::fromUtf8(exception.getErrorStr()))};
+    }
+}
+
+Result<void> copyDatabase(const QString& package, const QString& from, const QString& to)
+{
+    Result<void> copied = LibraryErrors::caught(package, [&]() -> Result<void> {
+        SQLite::Database source(QFile::encodeName(from).toStdString(), SQLite::OPEN_READONLY);
+        return copyPages(source, package, to);
     });
     return copied.ok() ? flush(to) : copied;
 }

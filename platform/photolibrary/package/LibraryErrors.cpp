@@ -52,9 +52,10 @@ Error LibraryErrors::fromSqlite(const SQLite::Exception& exception,
                 "backup."_s.arg(database, detail)};
     case SQLITE_CANTOPEN:
     case SQLITE_IOERR:
+        // A full disk that shows itself only when the file is flushed, and a quota, come as these.
         return {ErrorCode::Unreadable,
-                u"%1 cannot be read or written (%2): check the permissions of \"%3\" and the state "
-                "of its disk."_s.arg(database, detail, folder)};
+                u"%1 cannot be read or written (%2): check the permissions of \"%3\", the space "
+                "left and the state of its disk."_s.arg(database, detail, folder)};
     case SQLITE_INTERRUPT:
         return {ErrorCode::Interrupted,
                 u"The check of the library \"%1\" was interrupted."_s.arg(package)};
@@ -68,6 +69,14 @@ Error LibraryErrors::fromSqlite(const SQLite::Exception& exception,
 QString LibraryErrors::asSentence(const QString& message)
 {
     return message.endsWith(u'.') ? message : message + u'.';
+}
+
+Error LibraryErrors::withRemedy(const Error& error)
+{
+    const QString remedy = error.code == ErrorCode::OutOfSpace
+                               ? u"Make room on its disk and try again."_s
+                               : u"Check its permissions and the state of its disk."_s;
+    return {error.code, asSentence(error.message) + u' ' + remedy};
 }
 
 void LibraryErrors::raise(const Error& error)

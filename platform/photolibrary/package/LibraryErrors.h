@@ -22,6 +22,9 @@ namespace LibraryErrors
 /// The message with a full stop, so that another sentence may follow.
 [[nodiscard]] QString asSentence(const QString& message);
 
+/// The error of a file that could not be written, with what to do about it.
+[[nodiscard]] Error withRemedy(const Error& error);
+
 /// Raises ScriptingException with the error's message.
 [[noreturn]] void raise(const Error& error);
 

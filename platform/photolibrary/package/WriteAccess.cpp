@@ -35,24 +35,27 @@ Writer WriteTransaction::writer()
 
 Result<void> WriteTransaction::announceFiles(const QStringList& relativePaths)
 {
-    Result<void> noted = m_access->m_journal->filesWillBeMade(m_turn, relativePaths);
+    const Result<void> noted = m_access->m_journal->filesWillBeMade(m_turn, relativePaths);
     if (noted.ok()) {
         m_made << relativePaths;
     }
-    return noted;
+    return m_access->ofJournal(noted);
 }
 
 Result<void> WriteTransaction::makeFile(const QString& relativePath, const QByteArray& bytes)
 {
     const QString path = m_access->places().package + u'/' + relativePath;
-    const Result<void> folder = AtomicFile::makeFolder(QFileInfo(path).absolutePath());
-    return folder.ok() ? AtomicFile::write(path, bytes, AtomicFile::Existing::Refuse) : folder;
+    Result<void> made = AtomicFile::makeFolder(QFileInfo(path).absolutePath());
+    if (made.ok()) {
+        made = AtomicFile::write(path, bytes, AtomicFile::Existing::Refuse);
+    }
+    return made.ok() ? made : LibraryErrors::withRemedy(made.error());
 }
 
 Result<void> WriteTransaction::doom(const TrashRows::Leftovers& leftovers)
 {
     m_access->addUnsettled({m_turn});
-    return m_access->m_journal->filesAreDoomed(m_turn, leftovers);
+    return m_access->ofJournal(m_access->m_journal->filesAreDoomed(m_turn, leftovers));
 }
 
 Result<void> WriteTransaction::commit()
@@ -61,7 +64,7 @@ Result<void> WriteTransaction::commit()
         rollback();
         return Error{ErrorCode::Internal, u"A step failed before, so all of them were undone."_s};
     }
-    Result<void> done = m_access->m_journal->turnWillCommit(m_turn, m_changes);
+    Result<void> done = m_access->ofJournal(m_access->m_journal->turnWillCommit(m_turn, m_changes));
     if (done.ok()) {
         done = LibraryErrors::caught(m_access->places().package, [this]() -> Result<void> {
             m_connection.commit();
@@ -182,6 +185,11 @@ Result<void> WriteAccess::settle(qint64 turn, bool allGone)
         m_unsettled.remove(turn);
     }
     return m_journal->turnIsSettled(turn);
+}
+
+Result<void> WriteAccess::ofJournal(const Result<void>& noted) const
+{
+    return noted.ok() ? noted : StateFolder::unusable(noted.error(), m_places.package);
 }
 
 void WriteAccess::addUnsettled(const QSet<qint64>& turns)

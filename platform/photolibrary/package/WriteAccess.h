@@ -110,6 +110,8 @@ private:
                 std::unique_ptr<TurnJournal> journal);
     [[nodiscard]] Result<void> backUpOnce();
     [[nodiscard]] Error closedError() const;
+    /// What became of a line in the journal, in words that name the library and the remedy.
+    [[nodiscard]] Result<void> ofJournal(const Result<void>& noted) const;
     [[nodiscard]] Changes pending();
     [[nodiscard]] QSet<qint64> unsettled();
     [[nodiscard]] Result<void> forgetPending();

@@ -11,6 +11,9 @@
 #include <QDirIterator>
 #include <QFileInfo>
 
+#include <sys/resource.h>
+
+#include <csignal>
 #include <filesystem>
 
 using namespace Qt::StringLiterals;
@@ -111,6 +114,26 @@ TEST_F(BackupsOfALibrary, theFirstEverAndTheLastThreeAreKept)
         made << make(1);
         EXPECT_EQ(namesIn(ownFolder()), QStringList{made.first()} + made.last(3));
     }
+}
+
+TEST_F(BackupsOfALibrary, aDatabaseThatItsCopyHasNoRoomForIsToldByTheNameOfTheCopy)
+{
+    const qint64 size = QFileInfo(package() + u"/Database/apdb/Library.apdb"_s).size();
+    // A limit on file sizes fails a write as a full disk does.
+    rlimit before = {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small = {.rlim_cur = static_cast<rlim_t>(size - 1), .rlim_max = before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    const Result<QString> made = Backup::make(package(), ownFolder());
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, handler);
+
+    ASSERT_FALSE(made.ok());
+    EXPECT_TRUE(
+        made.error().message.contains(u".unfinished/Database/apdb/Library.apdb\" cannot be"_s))
+        << made.error().message.toStdString();
+    EXPECT_TRUE(namesIn(ownFolder()).isEmpty());
 }
 
 TEST_F(BackupsOfALibrary, everyFolderOfACopyIsFlushedBeforeItBearsItsName)

@@ -47,16 +47,20 @@ TEST(LibraryErrors, whatSqliteRaisesBecomesASentenceWithPlaceAndRemedy)
                    ErrorCode::Damaged,
                    "The database \"/pictures/A.photolibrary/Database/apdb/Library.apdb\" is "
                    "damaged (why): let iPhoto repair the library, or restore it from a backup."},
-        SqliteCase{SQLITE_CANTOPEN,
-                   ErrorCode::Unreadable,
-                   "The database \"/pictures/A.photolibrary/Database/apdb/Library.apdb\" cannot be "
-                   "read or written (why): check the permissions of "
-                   "\"/pictures/A.photolibrary/Database/apdb\" and the state of its disk."},
-        SqliteCase{SQLITE_IOERR,
-                   ErrorCode::Unreadable,
-                   "The database \"/pictures/A.photolibrary/Database/apdb/Library.apdb\" cannot be "
-                   "read or written (why): check the permissions of "
-                   "\"/pictures/A.photolibrary/Database/apdb\" and the state of its disk."},
+        SqliteCase{
+            SQLITE_CANTOPEN,
+            ErrorCode::Unreadable,
+            "The database \"/pictures/A.photolibrary/Database/apdb/Library.apdb\" cannot be "
+            "read or written (why): check the permissions of "
+            "\"/pictures/A.photolibrary/Database/apdb\", the space left and the state of its "
+            "disk."},
+        SqliteCase{
+            SQLITE_IOERR,
+            ErrorCode::Unreadable,
+            "The database \"/pictures/A.photolibrary/Database/apdb/Library.apdb\" cannot be "
+            "read or written (why): check the permissions of "
+            "\"/pictures/A.photolibrary/Database/apdb\", the space left and the state of its "
+            "disk."},
         SqliteCase{SQLITE_MISUSE,
                    ErrorCode::Internal,
                    "The database \"/pictures/A.photolibrary/Database/apdb/Library.apdb\" refused a "
@@ -70,6 +74,16 @@ TEST(LibraryErrors, whatSqliteRaisesBecomesASentenceWithPlaceAndRemedy)
         expected.replace(u"(why)"_s, u'(' + QString::fromUtf8(sqlite3_errstr(item.sqlite)) + u')');
         EXPECT_EQ(error.message, expected);
     }
+}
+
+TEST(LibraryErrors, aFileThatCouldNotBeWrittenIsToldWithWhatToDo)
+{
+    EXPECT_EQ(LibraryErrors::withRemedy({ErrorCode::OutOfSpace, u"Could not write \"f\": full"_s})
+                  .message,
+              u"Could not write \"f\": full. Make room on its disk and try again."_s);
+    EXPECT_EQ(
+        LibraryErrors::withRemedy({ErrorCode::NotWritable, u"Could not write \"f\": no"_s}).message,
+        u"Could not write \"f\": no. Check its permissions and the state of its disk."_s);
 }
 
 TEST(LibraryErrors, anErrorOfNoKnownDatabaseNamesTheLibrary)
