@@ -96,6 +96,7 @@ class Walk:
 
     def _soundness(self):
         problems = [f"info: {problem}" for problem in self.slot.soundness()]
+        problems += [f"verify: {problem}" for problem in self.slot.verification()]
         if self.librarycheck:
             found, _ = self.librarycheck.check(str(self.slot.package), strict=True)
             problems += [f"librarycheck: {problem}" for problem in found]
@@ -113,6 +114,7 @@ class Walk:
 
     def attempt(self, kind, number):
         """What is wrong after the trial; None where it was as another one before it."""
+        self.told = ""
         if kind in CUTS:
             return self.cut(kind, number)
         self.restore()
@@ -145,7 +147,6 @@ class Walk:
         self.seen.add((mark, len(tree)))
         self.slot.clear()
         write_tree(self.slot.disk, tree)
-        self.told = ""
         return self.afterwards()
 
     def afterwards(self):

@@ -27,6 +27,7 @@ class Slot:
         self._corvane_cli, self._shim = corvane_cli, shim
         (self.folder / "home").mkdir(parents=True)
         self.disk.mkdir()
+        self._can_verify = self.run("verify", "--help").returncode == 0
 
     def make_library(self):
         """The sample library with two RAW photos and three others, and files that are not its own."""
@@ -76,6 +77,16 @@ class Slot:
         if finished.returncode != 0:
             return [f"info ends with {finished.returncode}: {finished.stderr.strip()}"]
         return json.loads(finished.stdout)["problems"]
+
+    def verification(self):
+        """What "verify" finds, but for the files that the ring itself laid there."""
+        if not self._can_verify:
+            return []
+        finished = self.run("verify", "--json", str(self.package))
+        if finished.returncode not in (0, 1):
+            return [f"verify ends with {finished.returncode}: {finished.stderr.strip()}"]
+        return [f"{problem['what']}: {problem['where']}" for problem in json.loads(finished.stdout)["problems"]
+                if not any(name in problem["where"] for name in FOREIGN)]
 
     def finished_backups(self):
         return sorted(path for path in (self.disk / "state" / "corvane").glob("backups/*/*")

@@ -1,12 +1,13 @@
 #include "FlushRecorder.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <mutex>
+#include <utility>
 
 namespace
 {
@@ -15,12 +16,30 @@ struct Record {
     std::mutex mutex;
     bool isOn{false};
     QSet<QString> paths;
+    std::function<bool(const QString&)> fails;
 };
 
 Record& record()
 {
     static Record record;
     return record;
+}
+
+int flush(long call, int descriptor)
+{
+    {
+        const std::lock_guard lock(record().mutex);
+        if (record().isOn) {
+            const QString link = QStringLiteral("/proc/self/fd/%1").arg(descriptor);
+            const QString path = QFile::symLinkTarget(link);
+            if (record().fails && record().fails(path)) {
+                errno = EIO;
+                return -1;
+            }
+            record().paths.insert(path);
+        }
+    }
+    return static_cast<int>(::syscall(call, descriptor));
 }
 
 } // namespace
@@ -36,6 +55,7 @@ FlushRecorder::~FlushRecorder()
 {
     const std::lock_guard lock(record().mutex);
     record().isOn = false;
+    record().fails = nullptr;
 }
 
 QSet<QString> FlushRecorder::flushed() const
@@ -44,14 +64,18 @@ QSet<QString> FlushRecorder::flushed() const
     return record().paths;
 }
 
+void FlushRecorder::failWhere(std::function<bool(const QString&)> picks)
+{
+    const std::lock_guard lock(record().mutex);
+    record().fails = std::move(picks);
+}
+
 extern "C" int fsync(int descriptor)
 {
-    {
-        const std::lock_guard lock(record().mutex);
-        if (record().isOn) {
-            const QString link = QStringLiteral("/proc/self/fd/%1").arg(descriptor);
-            record().paths.insert(QFile::symLinkTarget(link));
-        }
-    }
-    return static_cast<int>(::syscall(SYS_fsync, descriptor));
+    return flush(SYS_fsync, descriptor);
+}
+
+extern "C" int fdatasync(int descriptor)
+{
+    return flush(SYS_fdatasync, descriptor);
 }

@@ -3,8 +3,11 @@
 #include <QSet>
 #include <QString>
 
-/// Tells which files and folders were flushed while it lives. The test's executable links
-/// FlushRecorder.cpp, whose fsync takes the place of the C library's. One at a time.
+#include <functional>
+
+/// Tells which files and folders were flushed while it lives, and lets flushes fail. The test's
+/// executable links FlushRecorder.cpp, whose fsync and fdatasync take the place of the C library's.
+/// One at a time.
 class FlushRecorder final
 {
 public:
@@ -15,4 +18,7 @@ public:
 
     /// Absolute paths, free of links.
     [[nodiscard]] QSet<QString> flushed() const;
+
+    /// Flushes of paths that it picks fail with EIO.
+    void failWhere(std::function<bool(const QString&)> picks);
 };

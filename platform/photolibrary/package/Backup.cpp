@@ -113,8 +113,10 @@ Result<void> copyPart(const QString& package,
                       Backup::OfDamaged damaged)
 {
     const QString to = target + u'/' + relative;
-    if (Result<void> folder = AtomicFile::makeFolder(QFileInfo(to).absolutePath()); !folder.ok()) {
-        return folder;
+    // All folders are flushed once, at the end.
+    const QString folder = QFileInfo(to).absolutePath();
+    if (!QDir().mkpath(folder)) {
+        return AtomicFile::errorFromErrno(errno, u"make the folder"_s, folder);
     }
     const QString from = package + u'/' + relative;
     const QString name = relative.section(u'/', -1);
@@ -134,7 +136,7 @@ Result<void> copyPart(const QString& package,
     return copied;
 }
 
-/// The files' names: each was flushed itself, and the folders' names when they were made.
+/// The names of files and folders; each file's content was flushed itself.
 Result<void> flushFolders(const QString& target)
 {
     Result<void> flushed = AtomicFile::flushFolder(target);

@@ -195,16 +195,17 @@ Result<void> TurnJournal::openForAppending()
                : AtomicFile::errorFromErrno(errno, u"write"_s, m_file.fileName());
 }
 
-Result<void> TurnJournal::clearBut(const QSet<qint64>& unsettled)
+Result<void> TurnJournal::clearBut(const QSet<qint64>& unsettled, const QSet<qint64>& inDoubt)
 {
     const std::lock_guard lock(m_mutex);
-    if (unsettled.isEmpty()) {
+    if (unsettled.isEmpty() && inDoubt.isEmpty()) {
         return empty();
     }
     QByteArray kept;
     for (const QJsonObject& entry : entriesOf(m_file.fileName())) {
         const bool isOfFiles = entry.contains("made"_L1) || entry.contains("doomed"_L1);
-        if (isOfFiles && unsettled.contains(entry["turn"_L1].toInteger())) {
+        const qint64 turn = entry["turn"_L1].toInteger();
+        if ((isOfFiles && unsettled.contains(turn)) || inDoubt.contains(turn)) {
             kept += QJsonDocument(entry).toJson(QJsonDocument::Compact) + '\n';
         }
     }

@@ -40,9 +40,9 @@ public:
     [[nodiscard]] Result<void> turnWillCommit(qint64 turn, const Changes& changes);
     /// Its files were all removed or are all known to the databases.
     [[nodiscard]] Result<void> turnIsSettled(qint64 turn);
-    /// Sidecars and catalogues follow: of all turns but these nothing is told any more, and of
-    /// these only the files. Without any the journal is empty again.
-    [[nodiscard]] Result<void> clearBut(const QSet<qint64>& unsettled);
+    /// Sidecars and catalogues follow: of all turns but these nothing is told any more, and of the
+    /// unsettled ones only the files. Without any the journal is empty again.
+    [[nodiscard]] Result<void> clearBut(const QSet<qint64>& unsettled, const QSet<qint64>& inDoubt);
 
 private:
     explicit TurnJournal(const QString& path);

@@ -67,6 +67,7 @@ Result<void> WriteTransaction::commit()
     Result<void> done = m_access->ofJournal(m_access->m_journal->turnWillCommit(m_turn, m_changes));
     if (done.ok()) {
         done = LibraryErrors::caught(m_access->places().package, [this]() -> Result<void> {
+            m_committing = true;
             m_connection.commit();
             return {};
         });
@@ -88,20 +89,40 @@ void WriteTransaction::rollback()
     }
     m_open = false;
     m_connection.rollback();
-    // When the outcome is in doubt everything stays: the next opening decides by the notebook.
-    const bool allGone = m_made.isEmpty() ||
-                         (madeFilesAreUnknown() &&
-                          PackageFiles::removeMade(m_access->places().package, m_made).isEmpty());
-    if (const Result<void> settled = m_access->settle(m_turn, allGone); !settled.ok()) {
+    const Result<void> settled = settleByOutcome();
+    if (!settled.ok()) {
         systemLog(settled.error().message);
     }
     m_access->m_gate.leave();
 }
 
-bool WriteTransaction::madeFilesAreUnknown()
+Result<void> WriteTransaction::settleByOutcome()
 {
+    switch (outcome()) {
+    case Outcome::Undone:
+        return m_access->settle(
+            m_turn,
+            m_made.isEmpty() ||
+                PackageFiles::removeMade(m_access->places().package, m_made).isEmpty());
+    case Outcome::Done:
+        m_access->addPending(m_changes);
+        return {};
+    case Outcome::InDoubt:
+        break;
+    }
+    // Everything stays, the files and what the notebook says: the next opening decides by that.
+    m_access->addInDoubt(m_turn);
+    return {};
+}
+
+WriteTransaction::Outcome WriteTransaction::outcome()
+{
+    if (m_made.isEmpty()) {
+        return m_committing ? Outcome::InDoubt : Outcome::Undone;
+    }
     try {
-        return std::none_of(m_made.begin(), m_made.end(), [this](const QString& path) {
+        // A commit of which only the last flush failed has happened, though it is told as an error.
+        const bool isKnown = std::any_of(m_made.begin(), m_made.end(), [this](const QString& path) {
             constexpr QLatin1StringView kMasters("Masters/");
             return path.startsWith(kMasters) &&
                    Sql::firstInteger(m_connection,
@@ -109,9 +130,10 @@ bool WriteTransaction::madeFilesAreUnknown()
                                      path.mid(kMasters.size()))
                        .has_value();
         });
+        return isKnown ? Outcome::Done : Outcome::Undone;
     } catch (const SQLite::Exception& exception) {
         systemLog(LibraryErrors::fromSqlite(exception, m_access->places().package).message);
-        return false;
+        return Outcome::InDoubt;
     }
 }
 
@@ -198,10 +220,22 @@ void WriteAccess::addUnsettled(const QSet<qint64>& turns)
     m_unsettled.unite(turns);
 }
 
-QSet<qint64> WriteAccess::unsettled()
+void WriteAccess::addInDoubt(qint64 turn)
 {
     const std::lock_guard lock(m_mutex);
-    return m_unsettled;
+    m_inDoubt.insert(turn);
+}
+
+Result<void> WriteAccess::clearJournal()
+{
+    QSet<qint64> unsettled;
+    QSet<qint64> inDoubt;
+    {
+        const std::lock_guard lock(m_mutex);
+        unsettled = m_unsettled;
+        inDoubt = m_inDoubt;
+    }
+    return m_journal->clearBut(unsettled, inDoubt);
 }
 
 void WriteAccess::addPending(const Changes& changes)
@@ -254,5 +288,5 @@ Result<void> WriteAccess::forgetPending()
         const std::lock_guard lock(m_mutex);
         m_pending = {};
     }
-    return m_journal->clearBut(unsettled());
+    return clearJournal();
 }

@@ -50,7 +50,10 @@ public:
 private:
     friend class WriteAccess;
     WriteTransaction(WriteAccessPtr access, Connection& connection, qint64 turn);
-    [[nodiscard]] bool madeFilesAreUnknown();
+    /// Of a transaction that is not committed as far as SQLite tells.
+    enum class Outcome : quint8 { Undone, Done, InDoubt };
+    [[nodiscard]] Outcome outcome();
+    [[nodiscard]] Result<void> settleByOutcome();
 
     WriteAccessPtr m_access;
     Connection& m_connection;
@@ -58,6 +61,7 @@ private:
     Changes m_changes;
     QStringList m_made;
     bool m_spoilt{false};
+    bool m_committing{false}; ///< SQLite was asked to
     bool m_open{true};
 };
 
@@ -98,6 +102,8 @@ public:
     [[nodiscard]] Result<void> settle(qint64 turn, bool allGone);
     /// Turns of earlier runs whose files could not be removed until now.
     void addUnsettled(const QSet<qint64>& turns);
+    /// Whether a turn was committed nobody knows: the journal tells of it until the next opening.
+    void addInDoubt(qint64 turn);
     /// Waits for the writer, then gives up the lock; nothing is written afterwards.
     void shutDown();
 
@@ -113,7 +119,7 @@ private:
     /// What became of a line in the journal, in words that name the library and the remedy.
     [[nodiscard]] Result<void> ofJournal(const Result<void>& noted) const;
     [[nodiscard]] Changes pending();
-    [[nodiscard]] QSet<qint64> unsettled();
+    [[nodiscard]] Result<void> clearJournal();
     [[nodiscard]] Result<void> forgetPending();
 
     const Places m_places;
@@ -126,6 +132,7 @@ private:
     std::mutex m_mutex; ///< guards what follows
     Changes m_pending;
     QSet<qint64> m_unsettled; ///< turns with files that are still to be removed
+    QSet<qint64> m_inDoubt;   ///< turns that may be committed or not
 };
 
 template <typename Follow>
@@ -134,7 +141,7 @@ Result<void> WriteAccess::synchronise(Follow&& follow)
     const WriterGate::Scope taken(m_gate);
     const Changes changes = pending();
     if (changes.isEmpty()) {
-        return m_shutDown ? Result<void>() : m_journal->clearBut(unsettled());
+        return m_shutDown ? Result<void>() : clearJournal();
     }
     const Result<void> followed = follow(changes);
     return followed.ok() ? forgetPending() : followed;

@@ -274,6 +274,7 @@ TEST_F(UserDefaultsTest, readsAndVolatileWritesDoNotWaitForAWriteToTheFile)
 
 TEST_F(UserDefaultsTest, aLockOfAProgramThatWasKilledBeforeItNamedItselfIsNoObstacle)
 {
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(path()).path()));
     QFile lock(path() + u".lock"_s);
     ASSERT_TRUE(lock.open(QIODevice::WriteOnly)); // and nothing is written to it
     lock.close();

@@ -1,0 +1,68 @@
+#include "FlushRecorder.h"
+#include "Scripting.h"
+#include "WritableLibrary.h"
+
+#include <QDir>
+#include <QFile>
+
+using namespace Qt::StringLiterals;
+
+/// A commit over several databases happens when their super-journal is gone; where the folder
+/// cannot be flushed after that, SQLite tells an error all the same.
+class DoubtfulCommit : public WritableLibrary
+{
+protected:
+    /// The first flush of the databases' folder after the commit's super-journal went fails.
+    void failAfterCommit(FlushRecorder& recorder) const
+    {
+        const QDir databases(package() + u"/Database/apdb"_s);
+        recorder.failWhere([databases, committing = false](const QString& path) mutable {
+            if (path != databases.canonicalPath()) {
+                return false;
+            }
+            const bool wasCommitting = committing;
+            committing = !databases.entryList({u"*-mj*"_s}, QDir::Files).isEmpty();
+            return wasCommitting && !committing;
+        });
+    }
+};
+
+TEST_F(DoubtfulCommit, aTurnThatHappenedThoughItsLastFlushFailedIsFollowedAndKeepsItsFiles)
+{
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    {
+        FlushRecorder recorder;
+        failAfterCommit(recorder);
+        const auto turn = library->beginPhotoTurn();
+        import(*library, makePicture(u"IMG_1.JPG"_s));
+        EXPECT_THROW(turn->commit(), ScriptingException);
+    }
+    ASSERT_EQ(rows(u"RKMaster"_s), 1);
+    ASSERT_TRUE(library->close().ok());
+    EXPECT_EQ(pictureFiles().size(), 3);
+    EXPECT_EQ(versionSidecars().size(), 3);
+    expectSound();
+}
+
+TEST_F(DoubtfulCommit, aDeletionThatHappenedThoughItsLastFlushFailedIsFinishedByTheNextOpening)
+{
+    {
+        const auto library = open(Access::Write);
+        ASSERT_NE(library, nullptr);
+        import(*library, makePicture(u"IMG_1.JPG"_s));
+        const PhotoPtr photo = lastImported(*library);
+        ASSERT_NE(photo, nullptr);
+        photo->removeFrom(application(*library)->photoLibraryAlbum());
+        FlushRecorder recorder;
+        failAfterCommit(recorder);
+        EXPECT_FALSE(library->emptyTrash().ok());
+        EXPECT_TRUE(library->close().ok());
+    }
+    ASSERT_EQ(rows(u"RKMaster"_s), 0);
+    const auto again = open(Access::Write);
+    ASSERT_NE(again, nullptr);
+    EXPECT_TRUE(again->close().ok());
+    EXPECT_EQ(pictureFiles(), QStringList());
+    expectSound();
+}
