@@ -37,7 +37,7 @@ void tellOriginals(Connection& connection, QList<Finding>& findings)
                    " ORDER BY modelId");
     while (row.next()) {
         const QString relative = Sql::text(row.column(0));
-        const QString path = PathMapping::master(connection.packagePath(), relative, false);
+        const QString path = PathMapping::master(connection.packagePath(), {.imagePath = relative});
         const QString wrong = wrongWith(path, Sql::text(row.column(1)), Sql::value(row.column(2)));
         if (!wrong.isNull()) {
             findings.append({wrong, "Masters/"_L1 + relative, false});

@@ -155,9 +155,7 @@ void checkProxyFiles(Connection& connection, QStringList& problems)
     }
 }
 
-void checkStrayMasters(Connection& connection,
-                       const NamedFiles& namedFiles,
-                       QStringList& problems)
+void checkStrayMasters(Connection& connection, const NamedFiles& namedFiles, QStringList& problems)
 {
     const QStringList strays = StrayFiles::inMasters(connection, namedFiles);
     if (!strays.isEmpty()) {

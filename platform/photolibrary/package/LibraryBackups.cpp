@@ -183,7 +183,7 @@ Result<ConnectionPtr> lockedDatabases(const QString& package, bool afterCrash)
 Result<void> forgetTurns(const Places& places)
 {
     const Result<std::unique_ptr<TurnJournal>> journal = TurnJournal::open(places.state);
-    return journal.ok() ? journal.value()->clearBut({})
+    return journal.ok() ? journal.value()->clearBut({}, {})
                         : StateFolder::unusable(journal.error(), places.package);
 }
 

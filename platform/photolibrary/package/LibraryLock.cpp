@@ -136,16 +136,16 @@ Result<std::unique_ptr<LibraryLock>> LibraryLock::take(const QString& package,
     if (!takeLock(file->number())) {
         return heldBy(package, holderIn(file->number()));
     }
-    Result<std::unique_ptr<FileDescriptor>> folder = lockPackage(package);
-    if (!folder.ok()) {
-        return folder.error();
+    Result<std::unique_ptr<FileDescriptor>> packageLock = lockPackage(package);
+    if (!packageLock.ok()) {
+        return packageLock.error();
     }
     QString leftBehind = holderIn(file->number());
     if (!writeHolder(file->number(), ownName())) {
         return StateFolder::unusable(AtomicFile::errorFromErrno(errno, u"write"_s, path), package);
     }
     return std::unique_ptr<LibraryLock>(
-        new LibraryLock(std::move(file), std::move(folder).value(), std::move(leftBehind)));
+        new LibraryLock(std::move(file), std::move(packageLock).value(), std::move(leftBehind)));
 }
 
 QString LibraryLock::holder(const QString& stateFolder)

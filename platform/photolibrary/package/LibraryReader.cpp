@@ -589,8 +589,7 @@ bool LibraryReader::isRegularAlbum(Connection& connection, qint64 id)
     return Sql::firstInteger(connection, kRegularAlbums, id).has_value();
 }
 
-LibrarySummary LibraryReader::summary(Connection& connection,
-                                      const NamedFiles& namedFiles)
+LibrarySummary LibraryReader::summary(Connection& connection, const NamedFiles& namedFiles)
 {
     LibrarySummary summary;
     std::optional<Listing> shown;

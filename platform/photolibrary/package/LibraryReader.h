@@ -24,7 +24,6 @@ namespace LibraryReader
 /// Whether the album is one of them.
 [[nodiscard]] bool isRegularAlbum(Connection& connection, qint64 id);
 /// Counts, and what the integrity check finds.
-[[nodiscard]] LibrarySummary summary(Connection& connection,
-                                     const NamedFiles& namedFiles);
+[[nodiscard]] LibrarySummary summary(Connection& connection, const NamedFiles& namedFiles);
 
 } // namespace LibraryReader

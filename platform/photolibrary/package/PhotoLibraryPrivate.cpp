@@ -381,7 +381,8 @@ Result<qint64> PhotoLibraryPrivate::emptyTrash()
 
 NamedFiles PhotoLibraryPrivate::journaledFiles() const
 {
-    return NamedFiles([state = m_places.state] { return Recovery::named(TurnJournal::read(state)); });
+    return NamedFiles(
+        [state = m_places.state] { return Recovery::named(TurnJournal::read(state)); });
 }
 
 Result<QString> PhotoLibraryPrivate::backUp()

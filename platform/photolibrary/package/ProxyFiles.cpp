@@ -3,6 +3,7 @@
 #include "PathMapping.h"
 #include "PictureIntake.h"
 #include "Queries.h"
+#include "Volumes.h"
 
 #include <QFileInfo>
 
@@ -27,7 +28,7 @@ Photo photoOf(Connection& connection, qint64 version)
     const QString& package = connection.packagePath();
     Sql::Query row(connection,
                    "SELECT p.fullSizePreviewPath, m.imagePath, m.fileIsReference, m.isTrulyRaw,"
-                   " v.hasEnabledAdjustments, v.rotation FROM RKVersion v"
+                   " v.hasEnabledAdjustments, v.rotation, m.fileVolumeUuid FROM RKVersion v"
                    " JOIN RKMaster m ON m.uuid = v.masterUuid"
                    " JOIN prox.RKImageProxyState p ON p.versionId = v.modelId"
                    " WHERE v.modelId = ?",
@@ -37,8 +38,12 @@ Photo photoOf(Connection& connection, qint64 version)
         const QString preview = Sql::text(row.column(0));
         photo.preview =
             preview.isNull() ? QString() : PathMapping::inside(package, "Previews"_L1, preview);
-        photo.original =
-            PathMapping::master(package, Sql::text(row.column(1)), row.column(2).getInt64() != 0);
+        const bool isReference = row.column(2).getInt64() != 0;
+        photo.original = PathMapping::master(
+            package,
+            {Sql::text(row.column(1)),
+             isReference,
+             isReference ? Volumes::of(connection, Sql::text(row.column(6))).folder : QString()});
         photo.isRaw = row.column(3).getInt64() != 0;
         photo.isEdited = row.column(4).getInt64() != 0;
         photo.rotation = row.column(5).getInt64();
