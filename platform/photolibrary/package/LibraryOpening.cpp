@@ -73,7 +73,10 @@ Result<void> checkForWriting(Connection& connection,
     }
     const QStringList problems = IntegrityCheck::ofDatabases(connection);
     if (!problems.isEmpty()) {
-        return notSound(package, problems, u"Let iPhoto repair it, or restore it from a backup."_s);
+        return notSound(package,
+                        problems,
+                        u"\"corvane-cli verify --repair\" mends what follows from the rest. Or let "
+                        "iPhoto repair it, or restore it from a backup."_s);
     }
     const QStringList ofFiles =
         clean ? QStringList() : IntegrityCheck::ofFiles(connection, Recovery::named(turns));
