@@ -107,7 +107,7 @@ int BackupCommand::restore(const CommandServices& services) const
     if (!done.kept.isEmpty()) {
         console.print(CommandLineTexts::filesKept(done.kept.size()));
         for (const QString& file : done.kept) {
-            console.print(u"  Masters/"_s + TextLayout::escaped(file));
+            console.print(u"  "_s + TextLayout::escaped(file));
         }
     }
     console.print(CommandLineTexts::verifyAfterRestore(library));

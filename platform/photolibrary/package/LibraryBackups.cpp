@@ -201,7 +201,11 @@ QStringList unknownOriginals(const QString& package)
     if (!files.ok()) {
         systemLog(files.error().message);
     }
-    return files.ok() ? files.value() : QStringList();
+    QStringList originals = files.ok() ? files.value() : QStringList();
+    for (QString& path : originals) {
+        path.prepend("Masters/"_L1);
+    }
+    return originals;
 }
 
 /// With the writer's lock: stages, copies what is there, swaps.

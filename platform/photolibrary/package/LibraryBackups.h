@@ -27,8 +27,9 @@ namespace LibraryBackups
 /// What a restore did.
 struct Restored {
     LibraryBackup from;
-    QString before;   ///< folder of the copy that was made of the state before
-    QStringList kept; ///< files below Masters that the restored databases do not know, sorted
+    QString before; ///< folder of the copy that was made of the state before
+    QStringList
+        kept; ///< originals that the restored databases do not know; package-relative, sorted
 };
 
 /// Makes one. Errors: NotFound, Unsupported, InUse, NotWritable, OutOfSpace, Unreadable, Damaged.
