@@ -56,6 +56,7 @@ int openAt(const char* call, int folder, const char* name, int flags, mode_t mod
 mode_t modeOf(int flags, va_list arguments)
 {
     const bool isGiven = (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the caller has started it
     return isGiven ? static_cast<mode_t>(va_arg(arguments, int)) : 0;
 }
 
@@ -178,6 +179,8 @@ FILE* openStream(const char* call, const char* name, const char* mode)
         return openAt(#NAME, folder, name, flags, mode);                                           \
     }
 
+// The headers name the parameters otherwise.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" {
 
 CORVANE_OPEN(open)
@@ -316,3 +319,4 @@ int posix_fallocate64(int file, off64_t offset, off64_t size)
     return allocating("posix_fallocate64", file, 0, offset, size) == 0 ? 0 : errno;
 }
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)

@@ -120,6 +120,8 @@ int changing(const char* call,
 
 } // namespace
 
+// The headers name the parameters otherwise.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" {
 
 int rename(const char* from, const char* to) noexcept
@@ -255,3 +257,4 @@ int fsetxattr(int file, const char* name, const void* value, size_t size, int fl
                     flags);
 }
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)

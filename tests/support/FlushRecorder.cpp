@@ -70,6 +70,8 @@ void FlushRecorder::failWhere(std::function<bool(const QString&)> picks)
     record().fails = std::move(picks);
 }
 
+// The header names the parameters otherwise.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" int fsync(int descriptor)
 {
     return flush(SYS_fsync, descriptor);
@@ -79,3 +81,5 @@ extern "C" int fdatasync(int descriptor)
 {
     return flush(SYS_fdatasync, descriptor);
 }
+
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
