@@ -295,9 +295,11 @@ def main():
     options.corvane_cli = str(Path(options.corvane_cli).resolve())
     options.shim = str(Path(options.shim).resolve())
     started = time.monotonic()
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # the folder goes also then
     with tempfile.TemporaryDirectory(prefix="corvane-ring-", dir="/tmp") as folder:
         results = multiprocessing.Queue()
-        workers = [multiprocessing.Process(target=walk_share, args=(share, options, f"{folder}/{share}", results))
+        workers = [multiprocessing.Process(target=walk_share, daemon=True,
+                                           args=(share, options, f"{folder}/{share}", results))
                    for share in range(options.jobs)]
         for worker in workers:
             worker.start()
