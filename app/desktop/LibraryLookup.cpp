@@ -1,5 +1,7 @@
 #include "LibraryLookup.h"
 
+#include "AlternateSignalStack.h"
+
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -42,6 +44,7 @@ void LibraryLookup::look(std::function<QStringList()> task)
     m_found.append(QStringList());
     try {
         std::thread([place, task = std::move(task), mailbox = m_mailbox] {
+            const AlternateSignalStack signalStack;
             const QStringList libraries = task();
             const std::lock_guard guard(mailbox->mutex);
             if (LibraryLookup* const reader = mailbox->reader) {
