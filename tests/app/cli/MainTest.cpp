@@ -201,7 +201,6 @@ TEST_F(MainTest, aCrashInTheMidstOfAScanLeavesALogAndASoundLibrary)
     EXPECT_TRUE(content.endsWith("\nEnd of the log\n"));
     EXPECT_FALSE(content.contains(library().toUtf8()));
 
-    expectAcceptedLibrary();
     start({u"info"_s, library()});
     EXPECT_EQ(finish(), 0);
     EXPECT_TRUE(m_process.readAllStandardOutput().endsWith("Problems:          none\n"));
@@ -212,6 +211,7 @@ TEST_F(MainTest, aCrashInTheMidstOfAScanLeavesALogAndASoundLibrary)
     EXPECT_EQ(finish(), 0);
     EXPECT_TRUE(m_process.readAllStandardOutput().endsWith("Problems:          none\n"));
     EXPECT_EQ(logs.entryList(QDir::Files), names);
+    // What lagged behind the databases has caught up.
     expectAcceptedLibrary();
 }
 

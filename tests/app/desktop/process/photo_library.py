@@ -17,6 +17,10 @@ class PhotoLibrary:
     def photos(self):
         return json.loads(self._run("list", "--json", str(self.path)))["photos"]
 
+    def open_to_write(self):
+        """As any command does that writes; nothing lies in the trash."""
+        self._run("trash", str(self.path), "--restore")
+
     def originals(self):
         """RAW photos out of the trash."""
         return [photo for photo in self.photos() if photo["raw"]]
