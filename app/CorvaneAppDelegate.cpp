@@ -303,7 +303,11 @@ void CorvaneAppDelegate::techSupport(QObject* /*sender*/)
 
 void CorvaneAppDelegate::openPage(const QString& key)
 {
-    m_services.workspace.open(QUrl(m_services.bundle.infoDictionary().value(key).toString()));
+    const QString address = m_services.bundle.infoDictionary().value(key).toString();
+    if (!m_services.workspace.open(QUrl(address))) {
+        doAlertSheet({tr("The page could not be opened"),
+                      tr("No program that opens pages was found. The address is %1").arg(address)});
+    }
 }
 
 // Settings

@@ -299,6 +299,17 @@ TEST_F(CorvaneAppDelegateScanTest, thePagesAreThoseOfTheBundle)
     EXPECT_EQ(m_workspace.opened(),
               (QList<QUrl>{QUrl(u"https://corvane.example/iphoto"_s),
                            QUrl(u"https://corvane.example/iphoto/support"_s)}));
+    EXPECT_TRUE(m_presenter.sheets().isEmpty());
+}
+
+TEST_F(CorvaneAppDelegateScanTest, aPageThatCannotBeOpenedIsToldInASheet)
+{
+    CorvaneAppDelegate& controller = wake();
+    m_workspace.setCanOpen(false);
+    controller.moreInfoButton(nullptr);
+    ASSERT_EQ(m_presenter.sheets().size(), 1);
+    EXPECT_TRUE(
+        m_presenter.sheets().first().informativeText.contains(u"https://corvane.example/iphoto"_s));
 }
 
 } // namespace
