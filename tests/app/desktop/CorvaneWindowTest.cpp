@@ -1,7 +1,10 @@
 #include "DesktopFixture.h"
 #include "FixedSizeSheet.h"
+#include "Mnemonics.h"
+#include "WholeTexts.h"
 
 #include <QLabel>
+#include <QMessageBox>
 #include <QTextDocument>
 
 using namespace Qt::StringLiterals;
@@ -37,11 +40,29 @@ TEST_F(CorvaneWindowTest, isNamedAsTheProgram)
     EXPECT_EQ(showWindow().windowTitle(), u"Corvane For iPhoto"_s);
 }
 
-TEST_F(CorvaneWindowTest, fitsIntoASmallScreen)
+TEST_F(CorvaneWindowTest, nothingIsCutOffOnASmallScreen)
 {
     CorvaneWindow& window = showWindow();
-    EXPECT_LE(window.minimumSizeHint().width(), 900);
-    EXPECT_LE(window.height(), 600);
+    EXPECT_LE(window.height(), 600) << "as it comes up";
+    m_controller->statusLabel().setStringValue(u"Propagating metadata"_s);
+    m_controller->countLabel().setStringValue(u"IMG_"_s + QString(200, u'1') + u".CR2"_s);
+    m_controller->setTimeRemaining(u"100:02:10"_s);
+    window.resize(900, 600);
+    settle();
+    EXPECT_EQ(window.size(), QSize(900, 600));
+    expectNothingIsCutOff(window);
+}
+
+TEST_F(CorvaneWindowTest, nothingIsCutOffInTheFixedSizeSheet)
+{
+    showWindow();
+    click(u"outputSize4"_s);
+    settle();
+    FixedSizeSheet& sheet = m_window->fixedSizeSheet();
+    ASSERT_TRUE(sheet.isVisible());
+    EXPECT_LE(sheet.width(), 900);
+    EXPECT_LE(sheet.height(), 600);
+    expectNothingIsCutOff(sheet);
 }
 
 TEST_F(CorvaneWindowTest, everyControlHasANameForThoseWhoDoNotSeeIt)
@@ -69,17 +90,13 @@ TEST_F(CorvaneWindowTest, everyControlHasANameForThoseWhoDoNotSeeIt)
 
 TEST_F(CorvaneWindowTest, noTwoControlsShareAMnemonic)
 {
-    QStringList keys;
-    const QList<QWidget*> widgets = showWindow().findChildren<QWidget*>();
-    for (const QWidget* const widget : widgets) {
-        const QString text = widget->property("text").toString();
-        if (widget->window() == m_window.get() && !Qt::mightBeRichText(text) &&
-            text.contains(u'&')) {
-            keys += text.mid(text.indexOf(u'&') + 1, 1).toLower();
-        }
-    }
-    EXPECT_EQ(keys.size(), 13);
-    EXPECT_EQ(keys.removeDuplicates(), 0);
+    QStringList letters = mnemonicsOf(showWindow());
+    EXPECT_EQ(letters.size(), 13);
+    EXPECT_EQ(letters.removeDuplicates(), 0);
+    click(u"outputSize4"_s);
+    QStringList ofTheSheet = mnemonicsOf(m_window->fixedSizeSheet());
+    EXPECT_EQ(ofTheSheet.size(), 3) << "two locks and the closing button";
+    EXPECT_EQ(ofTheSheet.removeDuplicates(), 0);
 }
 
 TEST_F(CorvaneWindowTest, labelsSetFromAWorkerAreShown)
@@ -168,6 +185,19 @@ TEST_F(CorvaneWindowTest, thePagesAreOpenedByTheirButtons)
     EXPECT_EQ(m_workspace.opened(),
               (QList<QUrl>{QUrl(u"https://corvane.example/iphoto"_s),
                            QUrl(u"https://corvane.example/iphoto/support"_s)}));
+    EXPECT_EQ(m_window->findChild<QMessageBox*>(), nullptr);
+}
+
+TEST_F(CorvaneWindowTest, aPageThatCannotBeOpenedIsToldWithItsAddress)
+{
+    showWindow();
+    m_workspace.setCanOpen(false);
+    click(u"techSupport"_s);
+    const auto* const alert = m_window->findChild<QMessageBox*>();
+    ASSERT_NE(alert, nullptr);
+    EXPECT_TRUE(alert->isVisible());
+    EXPECT_EQ(alert->text(), u"The page could not be opened"_s);
+    EXPECT_TRUE(alert->informativeText().contains(u"https://corvane.example/iphoto/support"_s));
 }
 
 TEST_F(CorvaneWindowTest, activationRefreshesTheCountOfSelectedPhotos)

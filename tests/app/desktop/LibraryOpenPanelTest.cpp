@@ -1,6 +1,7 @@
 #include "LibraryOpenPanel.h"
 
 #include "LibraryFinder.h"
+#include "Mnemonics.h"
 #include "WhenModal.h"
 
 #include <QDialogButtonBox>
@@ -108,6 +109,14 @@ TEST_F(LibraryOpenPanelTest, saysWhatItWants)
     EXPECT_EQ(open().text(), u"&Open"_s);
     EXPECT_EQ(m_panel->directory(), QDir(m_folder.path()));
     EXPECT_FALSE(open().isEnabled()) << "nothing is selected";
+}
+
+TEST_F(LibraryOpenPanelTest, noTwoControlsShareAMnemonic)
+{
+    show(m_libraries);
+    QStringList letters = mnemonicsOf(*m_panel);
+    EXPECT_TRUE(letters.contains(u"o"_s)) << "the button that opens";
+    EXPECT_EQ(letters.removeDuplicates(), 0) << letters.join(u' ').toStdString();
 }
 
 TEST_F(LibraryOpenPanelTest, aLibraryIsKnownByNameOrContent)

@@ -131,6 +131,21 @@ class DesktopProcessTest(DesktopTestCase):
         self.assertEqual(self.program.exit_status(), 0)
         self.expect_stopped_in_order()
 
+    def test_aScanThatLosesItsLibraryIsAbortedAndLetsTheMachineSleepAgain(self):
+        self.start(photos=8, megapixels=1.5)
+        self.start_scan_and_wait_for_a_copy()
+        elsewhere = self.home.path / "Elsewhere"
+        self.library.path.rename(elsewhere)
+        alert = self.program.dialog_with("Conversion Aborted")
+        wait_until(lambda: not self.services.held_inhibitors(), "the machine may sleep")
+        self.assertEqual(len(self.services.inhibitors), 3)
+        self.assertEqual(self.services.notifications, [])
+        self.program.click(alert.find("push button", name="OK"))
+        self.program.send_signal(signal.SIGTERM)
+        self.assertEqual(self.program.exit_status(), 128 + signal.SIGTERM)
+        self.library.path = elsewhere
+        self.assertEqual(len(self.library.originals()), len(self.originals))
+
     def test_aSignalDuringAScanEndsTheProgramInOrder(self):
         self.start(photos=8, megapixels=1.5)
         self.start_scan_and_wait_for_a_copy()
