@@ -1,0 +1,216 @@
+#include "Photographer.h"
+
+#include "FixedSizeSheet.h"
+#include "LibraryActions.h"
+#include "PhotoGrid.h"
+#include "PhotoLibrary.h"
+#include "PhotoViewer.h"
+#include "Texts.h"
+#include "WhenModal.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QDockWidget>
+#include <QMessageBox>
+#include <QTest>
+#include <QTextStream>
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr int kPatience = 60000; ///< milliseconds
+constexpr int kSettling = 800;   ///< for thumbnails to come in
+constexpr QSize kUsual(1000, 640);
+constexpr QSize kSmall(900, 600);
+
+} // namespace
+
+Photographer::Photographer(DesktopProgram& program, QString library, QString folder, QString suffix)
+    : m_program(program)
+    , m_library(std::move(library))
+    , m_folder(std::move(folder))
+    , m_suffix(std::move(suffix))
+{
+    m_program.libraryWindow().resize(kUsual);
+}
+
+bool Photographer::takeMainWindows()
+{
+    m_program.start(m_library);
+    m_good = open() && m_good;
+    takeLibraryWindow();
+    takeCorvaneWindow();
+    return m_good;
+}
+
+bool Photographer::takeEverything()
+{
+    m_program.start({});
+    takeWelcomePage();
+    takeReadOnlyLibrary();
+    m_good = open() && m_good;
+    takeLibraryWindow();
+    takeSmallLibraryWindow();
+    takeViewer();
+    takeInspector();
+    takeCorvaneWindow();
+    takeCorvaneWindowAtWork();
+    takeFixedSizeSheet();
+    takeScan();
+    takeDialogsOfTheLibraryWindow();
+    return m_good;
+}
+
+/// Opens the library for writing, unless it is.
+bool Photographer::open()
+{
+    m_program.libraryWindow().openLibrary(m_library);
+    return QTest::qWaitFor([this] { return !m_program.session().isBusy(); }, kPatience) &&
+           m_program.session().isOpen();
+}
+
+void Photographer::takeWelcomePage()
+{
+    m_program.libraryWindow().offer(
+        {m_library, u"/home/somebody/Pictures/Old/Travels & Family.photolibrary"_s});
+    QTest::qWait(kSettling);
+    take(m_program.libraryWindow(), u"welcome"_s);
+}
+
+void Photographer::takeReadOnlyLibrary()
+{
+    const auto other = PhotoLibrary::open(m_library, {.access = Access::Write});
+    m_good = other.ok() && open() && m_good;
+    QTest::qWait(kSettling);
+    take(m_program.libraryWindow(), u"read-only"_s);
+}
+
+void Photographer::takeLibraryWindow()
+{
+    m_program.libraryWindow().actions().selectRaw->trigger();
+    QTest::qWait(kSettling);
+    take(m_program.libraryWindow(), u"library"_s);
+}
+
+void Photographer::takeSmallLibraryWindow()
+{
+    m_program.libraryWindow().resize(kSmall);
+    QTest::qWait(kSettling);
+    take(m_program.libraryWindow(), u"library-small"_s);
+    m_program.libraryWindow().resize(kUsual);
+}
+
+void Photographer::takeViewer()
+{
+    m_program.libraryWindow().actions().showLarge->trigger();
+    QTest::qWait(kSettling);
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget* const window : windows) {
+        if (auto* const viewer = qobject_cast<PhotoViewer*>(window)) {
+            take(*viewer, u"viewer"_s);
+            viewer->close();
+            return;
+        }
+    }
+    m_good = false;
+}
+
+void Photographer::takeInspector()
+{
+    LibraryWindow& window = m_program.libraryWindow();
+    auto* const dock = window.findChild<QDockWidget*>(u"inspectorDock"_s);
+    dock->show();
+    QTest::qWait(kSettling);
+    take(window, u"inspector-of-several"_s);
+    window.findChild<PhotoGrid*>()->selectPhotos({m_program.session().contents().photos.at(0).id});
+    QTest::qWait(kSettling);
+    take(window, u"inspector"_s);
+    dock->hide();
+    window.actions().selectRaw->trigger();
+}
+
+void Photographer::takeCorvaneWindow()
+{
+    m_program.corvaneWindow().show();
+    QTest::qWait(kSettling);
+    take(m_program.corvaneWindow(), u"corvane"_s);
+}
+
+void Photographer::takeCorvaneWindowAtWork()
+{
+    CorvaneAppDelegate& controller = m_program.controller();
+    controller.statusLabel().setStringValue(Texts::propagatingMetadata());
+    controller.countLabel().setStringValue(u"A very long name of a file "_s.repeated(6) +
+                                           u".CR2"_s);
+    controller.setTimeRemaining(u"100:02:10"_s);
+    controller.progressIndicator().setMaxValue(100.0);
+    controller.progressIndicator().setDoubleValue(40.0);
+    m_program.corvaneWindow().resize(kSmall);
+    QTest::qWait(kSettling);
+    take(m_program.corvaneWindow(), u"corvane-at-work"_s);
+}
+
+void Photographer::takeFixedSizeSheet()
+{
+    m_program.controller().configureFixedSize(nullptr);
+    QTest::qWait(kSettling);
+    take(m_program.corvaneWindow().fixedSizeSheet(), u"fixed-size"_s);
+    m_program.controller().dismissFixedSizePanel(nullptr);
+}
+
+void Photographer::takeDialogsOfTheLibraryWindow()
+{
+    LibraryWindow& window = m_program.libraryWindow();
+    const LibraryActions& actions = window.actions();
+    takeDialog(u"open-panel"_s, [&actions] { actions.open->trigger(); });
+    takeDialog(u"about"_s, [&actions] { actions.about->trigger(); });
+    actions.showTrash->trigger();
+    QTest::qWait(kSettling);
+    take(window, u"trash"_s);
+    takeDialog(u"empty-trash"_s, [&actions] { actions.emptyTrash->trigger(); });
+}
+
+/// With the question of who closes a window meanwhile, and the alert at the end.
+void Photographer::takeScan()
+{
+    CorvaneWindow& window = m_program.corvaneWindow();
+    window.findChild<QAbstractButton*>(u"TrashEnabled"_s)->click();
+    window.findChild<QAbstractButton*>(u"selectionScanButton"_s)->click();
+    takeDialog(u"quit-question"_s, [&window] { window.close(); });
+    m_good = QTest::qWaitFor([this] { return !m_program.controller().isScanning(); }, kPatience) &&
+             m_good;
+    if (auto* const alert = window.findChild<QMessageBox*>(u"alert"_s)) {
+        QTest::qWait(kSettling);
+        take(*alert, u"alert"_s);
+        alert->close();
+    } else {
+        m_good = false;
+    }
+    m_good = QTest::qWaitFor([this] { return !m_program.session().isBusy(); }, kPatience) && m_good;
+}
+
+void Photographer::take(QWidget& window, const QString& name)
+{
+    const QString path = QDir(m_folder).filePath(name + m_suffix + u".png"_s);
+    m_good = window.grab().save(path) && m_good;
+    QTextStream(stdout) << path << '\n';
+}
+
+void Photographer::takeDialog(const QString& name, const std::function<void()>& action)
+{
+    bool taken = false;
+    whenModal([this, &name, &taken](QWidget& dialog) {
+        QTest::qWait(kSettling);
+        take(dialog, name);
+        taken = true;
+        dialog.close();
+    });
+    action();
+    m_good = taken && m_good;
+}
