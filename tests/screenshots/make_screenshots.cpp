@@ -1,5 +1,5 @@
 #include "DarkPalette.h"
-#include "Photographer.h"
+#include "WindowPhotographer.h"
 
 #include <QApplication>
 #include <QTemporaryDir>
@@ -30,7 +30,7 @@ int main(int argc, char** argv)
     QApplication::setQuitOnLastWindowClosed(false);
     const QTemporaryDir settings;
     DesktopProgram program(settings.filePath(u"settings.plist"_s));
-    Photographer photographer(program, arguments.at(1), arguments.at(2), suffix);
+    WindowPhotographer photographer(program, arguments.at(1), arguments.at(2), suffix);
     const bool good = arguments.contains(u"all"_s) ? photographer.takeEverything()
                                                    : photographer.takeMainWindows();
     return good ? 0 : 1;

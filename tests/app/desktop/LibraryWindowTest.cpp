@@ -81,7 +81,7 @@ TEST_F(LibraryWindowTest, aLibraryThatWasNotClosedIsOpenedForWritingWhenTheBanne
     QTest::mouseClick(&button, Qt::LeftButton);
     ASSERT_TRUE(waitUntil([this] { return !m_session.isBusy(); }));
     EXPECT_TRUE(m_session.contents().isWritable());
-    EXPECT_FALSE(why().isVisible());
+    EXPECT_FALSE(button.isVisible()) << "it has been done";
 }
 
 TEST_F(LibraryWindowTest, aLibraryThatMayNotBeWrittenToIsSeenAndSaysWhy)

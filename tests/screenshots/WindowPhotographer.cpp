@@ -1,4 +1,4 @@
-#include "Photographer.h"
+#include "WindowPhotographer.h"
 
 #include "FixedSizeSheet.h"
 #include "LibraryActions.h"
@@ -31,7 +31,10 @@ constexpr QSize kSmall(900, 600);
 
 } // namespace
 
-Photographer::Photographer(DesktopProgram& program, QString library, QString folder, QString suffix)
+WindowPhotographer::WindowPhotographer(DesktopProgram& program,
+                                       QString library,
+                                       QString folder,
+                                       QString suffix)
     : m_program(program)
     , m_library(std::move(library))
     , m_folder(std::move(folder))
@@ -40,7 +43,7 @@ Photographer::Photographer(DesktopProgram& program, QString library, QString fol
     m_program.libraryWindow().resize(kUsual);
 }
 
-bool Photographer::takeMainWindows()
+bool WindowPhotographer::takeMainWindows()
 {
     m_program.start(m_library);
     m_good = open() && m_good;
@@ -49,7 +52,7 @@ bool Photographer::takeMainWindows()
     return m_good;
 }
 
-bool Photographer::takeEverything()
+bool WindowPhotographer::takeEverything()
 {
     m_program.start({});
     takeWelcomePage();
@@ -68,14 +71,14 @@ bool Photographer::takeEverything()
 }
 
 /// Opens the library for writing, unless it is.
-bool Photographer::open()
+bool WindowPhotographer::open()
 {
     m_program.libraryWindow().openLibrary(m_library);
     return QTest::qWaitFor([this] { return !m_program.session().isBusy(); }, kPatience) &&
            m_program.session().isOpen();
 }
 
-void Photographer::takeWelcomePage()
+void WindowPhotographer::takeWelcomePage()
 {
     m_program.libraryWindow().offer(
         {m_library, u"/home/somebody/Pictures/Old/Travels & Family.photolibrary"_s});
@@ -83,7 +86,7 @@ void Photographer::takeWelcomePage()
     take(m_program.libraryWindow(), u"welcome"_s);
 }
 
-void Photographer::takeReadOnlyLibrary()
+void WindowPhotographer::takeReadOnlyLibrary()
 {
     const auto other = PhotoLibrary::open(m_library, {.access = Access::Write});
     m_good = other.ok() && open() && m_good;
@@ -91,14 +94,14 @@ void Photographer::takeReadOnlyLibrary()
     take(m_program.libraryWindow(), u"read-only"_s);
 }
 
-void Photographer::takeLibraryWindow()
+void WindowPhotographer::takeLibraryWindow()
 {
     m_program.libraryWindow().actions().selectRaw->trigger();
     QTest::qWait(kSettling);
     take(m_program.libraryWindow(), u"library"_s);
 }
 
-void Photographer::takeSmallLibraryWindow()
+void WindowPhotographer::takeSmallLibraryWindow()
 {
     m_program.libraryWindow().resize(kSmall);
     QTest::qWait(kSettling);
@@ -106,7 +109,7 @@ void Photographer::takeSmallLibraryWindow()
     m_program.libraryWindow().resize(kUsual);
 }
 
-void Photographer::takeViewer()
+void WindowPhotographer::takeViewer()
 {
     m_program.libraryWindow().actions().showLarge->trigger();
     QTest::qWait(kSettling);
@@ -121,7 +124,7 @@ void Photographer::takeViewer()
     m_good = false;
 }
 
-void Photographer::takeInspector()
+void WindowPhotographer::takeInspector()
 {
     LibraryWindow& window = m_program.libraryWindow();
     auto* const dock = window.findChild<QDockWidget*>(u"inspectorDock"_s);
@@ -135,14 +138,14 @@ void Photographer::takeInspector()
     window.actions().selectRaw->trigger();
 }
 
-void Photographer::takeCorvaneWindow()
+void WindowPhotographer::takeCorvaneWindow()
 {
     m_program.corvaneWindow().show();
     QTest::qWait(kSettling);
     take(m_program.corvaneWindow(), u"corvane"_s);
 }
 
-void Photographer::takeCorvaneWindowAtWork()
+void WindowPhotographer::takeCorvaneWindowAtWork()
 {
     CorvaneAppDelegate& controller = m_program.controller();
     controller.statusLabel().setStringValue(Texts::propagatingMetadata());
@@ -156,7 +159,7 @@ void Photographer::takeCorvaneWindowAtWork()
     take(m_program.corvaneWindow(), u"corvane-at-work"_s);
 }
 
-void Photographer::takeFixedSizeSheet()
+void WindowPhotographer::takeFixedSizeSheet()
 {
     m_program.controller().configureFixedSize(nullptr);
     QTest::qWait(kSettling);
@@ -164,7 +167,7 @@ void Photographer::takeFixedSizeSheet()
     m_program.controller().dismissFixedSizePanel(nullptr);
 }
 
-void Photographer::takeDialogsOfTheLibraryWindow()
+void WindowPhotographer::takeDialogsOfTheLibraryWindow()
 {
     LibraryWindow& window = m_program.libraryWindow();
     const LibraryActions& actions = window.actions();
@@ -177,7 +180,7 @@ void Photographer::takeDialogsOfTheLibraryWindow()
 }
 
 /// With the question of who closes a window meanwhile, and the alert at the end.
-void Photographer::takeScan()
+void WindowPhotographer::takeScan()
 {
     CorvaneWindow& window = m_program.corvaneWindow();
     window.findChild<QAbstractButton*>(u"TrashEnabled"_s)->click();
@@ -195,14 +198,14 @@ void Photographer::takeScan()
     m_good = QTest::qWaitFor([this] { return !m_program.session().isBusy(); }, kPatience) && m_good;
 }
 
-void Photographer::take(QWidget& window, const QString& name)
+void WindowPhotographer::take(QWidget& window, const QString& name)
 {
     const QString path = QDir(m_folder).filePath(name + m_suffix + u".png"_s);
     m_good = window.grab().save(path) && m_good;
     QTextStream(stdout) << path << '\n';
 }
 
-void Photographer::takeDialog(const QString& name, const std::function<void()>& action)
+void WindowPhotographer::takeDialog(const QString& name, const std::function<void()>& action)
 {
     bool taken = false;
     whenModal([this, &name, &taken](QWidget& dialog) {

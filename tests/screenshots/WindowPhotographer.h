@@ -9,11 +9,11 @@
 
 /// Takes pictures of the program's windows over a library of which it may do what it likes. Main
 /// thread.
-class Photographer final
+class WindowPhotographer final
 {
 public:
     /// Pictures go into the folder; their names end with `suffix`.
-    Photographer(DesktopProgram& program, QString library, QString folder, QString suffix);
+    WindowPhotographer(DesktopProgram& program, QString library, QString folder, QString suffix);
 
     /// Of the windows that README and guide show. NO when one could not be taken.
     [[nodiscard]] bool takeMainWindows();
