@@ -88,7 +88,8 @@ void WindowPhotographer::takeWelcomePage()
 
 void WindowPhotographer::takeReadOnlyLibrary()
 {
-    const auto other = PhotoLibrary::open(m_library, {.access = Access::Write});
+    const auto other =
+        PhotoLibrary::open(m_library, {.access = Access::Write, .afterCrash = false});
     m_good = other.ok() && open() && m_good;
     QTest::qWait(kSettling);
     take(m_program.libraryWindow(), u"read-only"_s);
