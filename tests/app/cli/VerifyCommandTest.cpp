@@ -36,8 +36,8 @@ TEST_F(VerifyCommandTest, whatDiffersIsToldAndMendedOnRequest)
     EXPECT_EQ(m_out,
               "iLifeShared/AlbumData2.xml: The brief catalogue AlbumData2.xml is missing.\n"
               "1 thing differs. 1 can be mended without a choice, after a backup:\n"
-              "corvane-cli verify --repair " +
-                  library().toUtf8() + "\n");
+              "corvane-cli verify --repair '" +
+                  library().toUtf8() + "'\n");
     EXPECT_FALSE(QFile::exists(brief()));
     EXPECT_EQ(run({u"verify"_s, library(), u"--json"_s}), 1);
     const QJsonObject problem = document().value(u"problems"_s).toArray().first().toObject();

@@ -279,14 +279,14 @@ TEST_F(DesktopProgramTest, aScanPressedWhileTheLibraryIsCheckedRunsWhenThatIsDon
 {
     QObject::connect(&m_program->session(), &LibrarySession::shown, m_program.get(), [this] {
         ASSERT_TRUE(m_program->session().contents().checking);
-        m_program->session().setSelection({m_program->session().contents().photos.at(0).id});
+        actions().selectRaw->trigger();
         click("selectionScanButton");
     });
     m_program->start(library());
     ASSERT_TRUE(waitUntil([this] { return alerts().contains(u"All Done"_s); }));
     ASSERT_TRUE(waitUntil([this] { return isIdle(); }));
     EXPECT_EQ(alerts(), QStringList{u"All Done"_s});
-    EXPECT_EQ(copiesIn(afterwards()).size(), 1);
+    EXPECT_EQ(copiesIn(afterwards()).size(), 2);
 }
 
 TEST_F(DesktopProgramTest, aScanPressedBeforeTheLibraryIsThereLeavesTheControlsUsable)
