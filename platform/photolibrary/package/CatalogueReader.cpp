@@ -131,6 +131,7 @@ private:
     void readMembers();
     void readBuiltInAlbums();
     void sortFolders();
+    [[nodiscard]] QList<qint64> photosOfBuiltIn(const CatalogueAlbum& album) const;
 
     void sortByDate(QList<qint64>& photos) const
     {
@@ -231,6 +232,24 @@ void ModelReader::readMembers()
     }
 }
 
+/// What a built-in album shows, of which all but the photos is known.
+QList<qint64> ModelReader::photosOfBuiltIn(const CatalogueAlbum& album) const
+{
+    if (album.kind == CatalogueAlbum::Kind::Regular) {
+        return m_members.value(album.id);
+    }
+    if (album.guid == "lastNMonthsAlbum"_L1) {
+        return carriedOver(album.guid).value_or(OldCatalogue::Album()).photos;
+    }
+    QList<qint64> photos;
+    for (const CataloguePhoto& photo : m_model.photos) {
+        if (album.kind == CatalogueAlbum::Kind::All || photo.flagged) {
+            photos.append(photo.id);
+        }
+    }
+    return photos;
+}
+
 void ModelReader::readBuiltInAlbums()
 {
     using Kind = CatalogueAlbum::Kind;
@@ -256,17 +275,7 @@ void ModelReader::readBuiltInAlbums()
         album.guid = item.guid;
         album.id = row.column(0).getInt64();
         album.name = Sql::text(row.column(1));
-        if (item.kind == Kind::Regular) {
-            album.photos = m_members.value(album.id);
-        } else if (item.guid == "lastNMonthsAlbum"_L1) {
-            album.photos = carriedOver(item.guid).value_or(OldCatalogue::Album()).photos;
-        } else {
-            for (const CataloguePhoto& photo : m_model.photos) {
-                if (item.kind == Kind::All || photo.flagged) {
-                    album.photos.append(photo.id);
-                }
-            }
-        }
+        album.photos = photosOfBuiltIn(album);
         m_model.builtInAlbums.append(album);
     }
 }

@@ -1,8 +1,9 @@
 #include "SchemaTables.h"
 
-const char* SchemaTables::library()
+namespace
 {
-    return R"(
+
+constexpr const char* kLibrary = R"(
 RKAdminData propertyArea:v propertyName:v propertyValue:v blobPropertyValue:b storedDataType:i
   persistAfterRebuild:i / propertyArea persistAfterRebuild !propertyName,propertyArea
 RKAlbum+ uuid:v albumType:i albumSubclass:i serviceName:v serviceAccountName:v serviceFullName:v
@@ -77,4 +78,10 @@ RKVersionGroup uuid:v relationshipType:i / uuid relationshipType
 RKVolume uuid:v name:v diskUuid:v label:v isOffline:i createDate:t modDate:t / uuid name
   diskUuid createDate modDate
 )";
+
+} // namespace
+
+const char* SchemaTables::library()
+{
+    return kLibrary;
 }
