@@ -45,7 +45,7 @@ QSize CommentsView::minimumSizeHint() const
 void CommentsView::keyPressEvent(QKeyEvent* event)
 {
     const bool isBack = event->key() == Qt::Key_Backtab;
-    if (m_controller && (isBack || event->key() == Qt::Key_Tab) &&
+    if (m_controller != nullptr && (isBack || event->key() == Qt::Key_Tab) &&
         m_controller->textViewDoCommandBySelector(isBack ? u"insertBacktab:"_s : u"insertTab:"_s)) {
         event->accept();
         return;

@@ -81,8 +81,8 @@ void stepOut(ucontext_t&, std::uintptr_t) {}
 struct CrashStack::Walk {
     CrashStack& stack;
     Listener& listener;
-    std::uintptr_t begin; ///< told already; the calls above it are those of the handler
-    bool hasBegun;
+    std::uintptr_t begin{0}; ///< told already; the calls above it are those of the handler
+    bool hasBegun{false};
     std::size_t visited{0};
 
     static _Unwind_Reason_Code visit(_Unwind_Context* frame, void* argument)

@@ -27,6 +27,8 @@ public:
     class Listener
     {
     public:
+        virtual ~Listener() = default;
+
         /// `index` counts from 0, the interrupted instruction itself. Of the other addresses each
         /// lies within the instruction that made the call, so that tools name the line of the call
         /// and not the one after it.
@@ -38,7 +40,6 @@ public:
         Listener() = default;
         Listener(const Listener&) = default;
         Listener& operator=(const Listener&) = default;
-        ~Listener() = default;
     };
 
     /// What the unwinder does but once. To be called before there is any crash.

@@ -57,7 +57,7 @@ struct LoadedModules::Mapping {
 
     [[nodiscard]] bool has(char permission) const
     {
-        return permissions.find(permission) != permissions.npos;
+        return permissions.find(permission) != std::string_view::npos;
     }
 };
 
@@ -170,10 +170,10 @@ std::string_view LoadedModules::keep(std::string_view path) noexcept
         m_isCut = true;
         return {};
     }
-    const auto place = m_paths.begin() + static_cast<std::ptrdiff_t>(m_pathsUsed);
-    std::ranges::copy(path, place);
+    const std::span<char> kept = std::span(m_paths).subspan(m_pathsUsed, path.size());
+    std::ranges::copy(path, kept.begin());
     m_pathsUsed += path.size();
-    return {&*place, path.size()};
+    return {kept.data(), kept.size()};
 }
 
 std::span<const LoadedModule> LoadedModules::all() const noexcept

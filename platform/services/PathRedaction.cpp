@@ -105,9 +105,9 @@ Quotation closed(std::string_view text, const Quotes& quotes, std::string_view o
     std::size_t best = opening.size();
     for (const std::string_view closing : quotes.closings) {
         std::size_t at = text.rfind(closing);
-        while (at != text.npos && at >= best) {
+        while (at != std::string_view::npos && at >= best) {
             const std::size_t end = at + closing.size();
-            if (end == text.size() || kAfterQuotation.find(text[end]) != text.npos) {
+            if (end == text.size() || kAfterQuotation.find(text[end]) != std::string_view::npos) {
                 found.closing = closing;
                 found.end = end;
                 best = at;
@@ -206,7 +206,7 @@ std::size_t PathRedaction::copyWithoutPaths(std::string_view text, std::span<cha
         }
         line.append(text.substr(at, 1));
         ++at;
-        if (kBeforeWord.find(text[at - 1]) != text.npos) {
+        if (kBeforeWord.find(text[at - 1]) != std::string_view::npos) {
             wordBegin = at;
             wordMark = line.mark();
             isAfterQuotation = false;
