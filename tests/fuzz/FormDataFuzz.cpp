@@ -1,3 +1,4 @@
+#include "FuzzTarget.h"
 #include "GenerateFormData.h"
 
 #include <cstdint>
@@ -26,7 +27,7 @@ QByteArray takeLine(QByteArray& rest)
 {
     const qsizetype end = rest.indexOf("\r\n");
     require(end >= 0);
-    const QByteArray line = rest.left(end);
+    QByteArray line = rest.left(end);
     rest.remove(0, end + 2);
     return line;
 }

@@ -1,3 +1,4 @@
+#include "FuzzTarget.h"
 #include "ImageProperties.h"
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+#include "FuzzTarget.h"
 #include "JpegProof.h"
 
 #include <cstdint>

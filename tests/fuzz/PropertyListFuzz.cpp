@@ -1,3 +1,4 @@
+#include "FuzzTarget.h"
 #include "PropertyList.h"
 
 #include <cstdint>

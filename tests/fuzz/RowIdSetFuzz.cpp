@@ -1,3 +1,4 @@
+#include "FuzzTarget.h"
 #include "RowIdSet.h"
 
 #include <cstdint>

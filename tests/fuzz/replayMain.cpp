@@ -1,6 +1,8 @@
 // Without a fuzzing engine a fuzz target replays the seeds that make_seeds wrote and any folder
 // given to it; every crash ever found lies in corpus/TARGET as such a file.
 
+#include "FuzzTarget.h"
+
 #include <QByteArray>
 #include <QDirIterator>
 #include <QFile>
@@ -8,8 +10,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace
 {
