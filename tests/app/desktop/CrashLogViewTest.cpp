@@ -103,7 +103,7 @@ TEST_F(CrashLogViewTest, aLineOfUnreasonableLengthIsShownInPieces)
 
 TEST_F(CrashLogViewTest, fiftyMegabytesHoldNothingUp)
 {
-    write(QByteArray(50 * 1024 * 1024, 'x'));
+    write(QByteArray(qsizetype{50} * 1024 * 1024, 'x'));
     QElapsedTimer clock;
     clock.start();
     m_view = std::make_unique<CrashLogView>(m_path);

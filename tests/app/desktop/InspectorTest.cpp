@@ -46,7 +46,10 @@ protected:
         return photo;
     }
 
-    bool says(const QString& text) const { return m_inspector.toPlainText().contains(text); }
+    [[nodiscard]] bool says(const QString& text) const
+    {
+        return m_inspector.toPlainText().contains(text);
+    }
 
     QLocale m_before; // numbers are written as the system's locale wants them
     Inspector m_inspector;

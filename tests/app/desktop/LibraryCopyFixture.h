@@ -18,20 +18,20 @@ protected:
     static void SetUpTestSuite()
     {
         static QTemporaryDir folder;
-        if (s_sample.isEmpty()) {
+        if (sample().isEmpty()) {
             SampleOptions options;
             options.photos = 2;
             options.megapixels = 0.2;
             const Result<QString> written = SampleLibrary::write(folder.path(), options, {});
             ASSERT_TRUE(written.ok()) << written.error().message.toStdString();
-            s_sample = written.value();
+            sample() = written.value();
         }
     }
 
     void SetUp() override
     {
         ASSERT_TRUE(m_folder.isValid());
-        copyLibrary(s_sample, library());
+        copyLibrary(sample(), library());
     }
 
     static void copyLibrary(const QString& from, const QString& to)
@@ -56,5 +56,10 @@ protected:
     QTemporaryDir m_folder;
 
 private:
-    inline static QString s_sample;
+    /// The package that all tests copy; empty until it is written.
+    [[nodiscard]] static QString& sample()
+    {
+        static QString path;
+        return path;
+    }
 };

@@ -55,7 +55,7 @@ protected:
     {
         const PhotoFacts before = m_photo;
         change(m_photo);
-        const QImage image = painted();
+        QImage image = painted();
         m_photo = before;
         return image;
     }

@@ -131,7 +131,7 @@ TEST_F(PhotoGridTest, scrollingToTheEndTouchesNoPictureInBetween)
 
 TEST_F(PhotoGridTest, aPictureIsShownWhenItIsThere)
 {
-    const PictureFolder folder;
+    PictureFolder folder;
     QList<PhotoFacts> one = photos(1);
     one.first().thumbnailPath =
         folder.jpeg(u"Thumbnails/1.jpg"_s, QSize(120, 90), QColor(200, 30, 30));
@@ -270,7 +270,7 @@ TEST_F(PhotoGridTest, photosThatComeOrGoAboveTheViewLeaveInSightWhatWasThere)
     const int id = 30 * line + 1;
     ASSERT_EQ(m_filter.photo(m_filter.index(m_grid.visibleRows().first, 0)).id, id);
     m_grid.keepPlace([&] {
-        many.remove(0, 10 * line);
+        many.remove(0, qsizetype{10} * line);
         m_model.setPhotos(many);
     });
     const auto rectOf = [this](qint64 photo) {

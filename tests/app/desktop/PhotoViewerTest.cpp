@@ -48,14 +48,14 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&m_viewer));
     }
 
-    QLabel& picture() const { return *m_viewer.findChild<QLabel*>(u"picture"_s); }
+    [[nodiscard]] QLabel& picture() const { return *m_viewer.findChild<QLabel*>(u"picture"_s); }
 
-    bool shows(QSize size) const
+    [[nodiscard]] bool shows(QSize size) const
     {
         return QTest::qWaitFor([&] { return picture().pixmap().size() == size; });
     }
 
-    bool says(const QString& text) const
+    [[nodiscard]] bool says(const QString& text) const
     {
         return QTest::qWaitFor([&] { return picture().text().contains(text); });
     }

@@ -20,7 +20,7 @@ public:
     [[nodiscard]] QString path(const QString& name) const { return m_folder.filePath(name); }
 
     /// A JPEG file of one colour; `orientation`: what its EXIF tag says, 1..8.
-    QString jpeg(const QString& name, QSize size, const QColor& color, int orientation = 1) const
+    QString jpeg(const QString& name, QSize size, const QColor& color, int orientation = 1)
     {
         QImage image(size, QImage::Format_RGB32);
         image.fill(color);
@@ -33,7 +33,7 @@ public:
     }
 
     /// The file's folders are made with it.
-    QString bytes(const QString& name, const QByteArray& content) const
+    QString bytes(const QString& name, const QByteArray& content)
     {
         QFile file(placeFor(name));
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));

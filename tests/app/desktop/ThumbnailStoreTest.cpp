@@ -19,7 +19,7 @@ namespace
 class ThumbnailStoreTest : public testing::Test
 {
 protected:
-    QStringList pictures(int count, QSize size = QSize(64, 48)) const
+    QStringList pictures(int count, QSize size = QSize(64, 48))
     {
         QStringList paths;
         for (int i = 0; i < count; ++i) {
@@ -208,7 +208,7 @@ TEST_F(ThumbnailStoreTest, destructionWaitsForRunningDecodesOnly)
 TEST_F(ThumbnailStoreTest, severalThreadsMayAskAtOnce)
 {
     const QStringList paths = pictures(50);
-    ThumbnailStore store(64 * 1024);
+    ThumbnailStore store(qint64{64} * 1024);
     store.setEdge(32);
     const auto use = [&store, &paths](int seed) {
         for (int i = 0; i < 200; ++i) {
