@@ -98,6 +98,9 @@ bool hasSamePixels(const Bitmap& first, const Bitmap& second)
 
 class JpegConversionStepsTest : public ScanFixture
 {
+public:
+    ~JpegConversionStepsTest() override { ConversionSteps::calls = {}; }
+
 protected:
     JpegConversionStepsTest()
     {
@@ -105,8 +108,6 @@ protected:
         ImageBuilder::write(m_source, plainJpeg(ImageBuilder::scene(kSceneSize)));
         m_library.addPhotoFile(m_source, kSceneSize.width(), kSceneSize.height());
     }
-
-    ~JpegConversionStepsTest() override { ConversionSteps::calls = {}; }
 
     JpegConversionStepsTest(const JpegConversionStepsTest&) = delete;
     JpegConversionStepsTest& operator=(const JpegConversionStepsTest&) = delete;

@@ -22,7 +22,7 @@ protected:
     std::optional<QString> scan()
     {
         m_controller->selectionScan(nullptr);
-        const std::optional<QString> library = m_controller->theLibrary();
+        std::optional<QString> library = m_controller->theLibrary();
         waitForScans();
         EXPECT_EQ(m_controller->theLibrary(), library);
         return library;

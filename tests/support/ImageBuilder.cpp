@@ -159,8 +159,8 @@ QByteArray mosaic(const Bitmap& linear)
     for (int y = 0; y < linear.pixelsHigh(); ++y) {
         const auto row = linear.row(y);
         for (int x = 0; x < linear.pixelsWide(); ++x) {
-            const int channel = y % 2 + x % 2;
-            Directory::append(data, row[static_cast<std::size_t>(3 * x + channel)]);
+            const auto channel = static_cast<std::size_t>(y % 2 + x % 2);
+            Directory::append(data, row[3 * static_cast<std::size_t>(x) + channel]);
         }
     }
     return data;
@@ -220,7 +220,7 @@ Bitmap ImageBuilder::night(QSize size, int stars, quint32 seed)
         const auto light = static_cast<quint16>(random() % 60000 + kNoise);
         for (int pixel = 0; pixel < 4; ++pixel) {
             const auto row = bitmap.row(y + pixel / 2);
-            std::fill_n(&row[static_cast<std::size_t>(3 * (x + pixel % 2))], 3, light);
+            std::fill_n(&row[3 * static_cast<std::size_t>(x + pixel % 2)], 3, light);
         }
     }
     return bitmap;

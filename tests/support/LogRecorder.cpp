@@ -17,6 +17,7 @@ namespace
 {
 
 // A message handler is a plain function: it finds the recorder that lives here.
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables)
 std::atomic<LogRecorder::Content*> currentContent{nullptr};
 
 void record(QtMsgType /*type*/, const QMessageLogContext& context, const QString& message)

@@ -81,7 +81,7 @@ protected:
         qsizetype converted = 0;
         const QJsonArray entries = report().value(u"photos"_s).toArray();
         EXPECT_EQ(entries.size(), 43);
-        for (const QJsonValue& entry : entries) {
+        for (const auto& entry : entries) {
             converted += entry.toObject().value(u"outcome"_s).toString() == u"converted"_s ? 1 : 0;
         }
         EXPECT_LT(converted, 43);

@@ -26,7 +26,7 @@ protected:
     [[nodiscard]] QStringList outcomes() const
     {
         QStringList words;
-        for (const QJsonValue& photo : report().value(u"photos"_s).toArray()) {
+        for (const auto& photo : report().value(u"photos"_s).toArray()) {
             words += photo.toObject().value(u"outcome"_s).toString();
         }
         return words;

@@ -104,14 +104,15 @@ namespace
 /// A person at a terminal, whose answers are typed before they are asked for.
 class AnsweringPresenterTest : public TerminalPresenterTest
 {
-protected:
-    AnsweringPresenterTest() { EXPECT_EQ(::pipe(m_ends.data()), 0); }
-
+public:
     ~AnsweringPresenterTest() override
     {
         ::close(m_ends[0]);
         endInput();
     }
+
+protected:
+    AnsweringPresenterTest() { EXPECT_EQ(::pipe(m_ends.data()), 0); }
 
     void type(const QByteArray& text)
     {

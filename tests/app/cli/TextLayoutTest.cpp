@@ -70,6 +70,6 @@ TEST(TextLayoutTest, columnsLineUpByWhatIsSeenAndNoLineEndsInSpaces)
 
 TEST(TextLayoutTest, aMegabyteIsTwoToTheTwentyBytes)
 {
-    EXPECT_EQ(TextLayout::megabytes(1024 * 1024 * 3 / 2), u"1.50 MB"_s);
-    EXPECT_EQ(TextLayout::megabytes(-1024 * 1024), u"-1.00 MB"_s);
+    EXPECT_EQ(TextLayout::megabytes(qint64{1024} * 1024 * 3 / 2), u"1.50 MB"_s);
+    EXPECT_EQ(TextLayout::megabytes(qint64{-1024} * 1024), u"-1.00 MB"_s);
 }

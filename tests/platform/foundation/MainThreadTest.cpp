@@ -91,8 +91,8 @@ TEST(MainThread, aCallMadeOnTheMainThreadItselfRunsAtOnceAndRaises)
     bool ran = false;
     callOnMainThread([&ran] { ran = true; });
     EXPECT_TRUE(ran);
-    EXPECT_THROW(callOnMainThread([] { throw std::runtime_error("no answer"); }),
-                 std::runtime_error);
+    const auto raise = [] { throw std::runtime_error("no answer"); };
+    EXPECT_THROW(callOnMainThread(raise), std::runtime_error);
 }
 
 } // namespace

@@ -57,7 +57,7 @@ Bitmap turned(const Bitmap& bitmap)
         for (int x = 0; x < result.pixelsWide(); ++x) {
             const auto from = bitmap.row(bitmap.pixelsHigh() - 1 - x);
             std::copy_n(
-                &from[static_cast<std::size_t>(3 * y)], 3, &into[static_cast<std::size_t>(3 * x)]);
+                &from[3 * static_cast<std::size_t>(y)], 3, &into[3 * static_cast<std::size_t>(x)]);
         }
     }
     return result;

@@ -225,6 +225,7 @@ TEST(ImageProperties, severalThreadsReadAndWriteAtOnce)
     const QByteArray jpeg = jpegWith(everything());
     std::vector<int> good(4, 0);
     std::vector<std::thread> threads;
+    threads.reserve(good.size());
     for (int& count : good) {
         threads.emplace_back([&count, &jpeg] {
             for (int turn = 0; turn < 25; ++turn) {

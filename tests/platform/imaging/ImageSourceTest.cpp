@@ -33,7 +33,7 @@ class ImageSourceTest : public testing::Test
 protected:
     [[nodiscard]] QString file(const QString& name, const QByteArray& bytes) const
     {
-        const QString path = m_folder.filePath(name);
+        QString path = m_folder.filePath(name);
         ImageBuilder::write(path, bytes);
         return path;
     }
@@ -122,7 +122,7 @@ TEST_F(ImageSourceTest, rawIsCroppedAsTheCameraStates)
     ASSERT_EQ(cropped.value().size(), crop);
     for (int y = 0; y < crop.height(); ++y) {
         const auto expected =
-            whole.value().row(y + 4).subspan(2 * 3, std::size_t(crop.width()) * 3);
+            whole.value().row(y + 4).subspan(std::size_t{2} * 3, std::size_t(crop.width()) * 3);
         ASSERT_TRUE(std::ranges::equal(cropped.value().row(y), expected)) << y;
     }
 }

@@ -481,27 +481,36 @@ TEST(MetadataSegments, segmentsStandInTheOrderOfExifIptcAndXmp)
     EXPECT_TRUE(segments.at(2).payload.startsWith("http://ns.adobe.com/xap/1.0/"));
 }
 
+namespace
+{
+
+void expectWhatHoldsCarried(const QString& path)
+{
+    const Result<ImageProperties> read = ImageProperties::read(path);
+    if (!read.ok()) {
+        EXPECT_TRUE(path.endsWith(u".xml"_s)) << path.toStdString();
+        return;
+    }
+    const ImageProperties carried = asCarried(read.value(), kCopy, noise(4000));
+    for (const char* const key : kShotTags) {
+        if (hasExif(read.value(), key)) {
+            EXPECT_EQ(exifText(carried, key), exifText(read.value(), key))
+                << path.toStdString() << ' ' << key;
+        }
+    }
+    for (const char* const key : kStructureTags) {
+        EXPECT_FALSE(hasExif(carried, key)) << path.toStdString() << ' ' << key;
+    }
+}
+
+} // namespace
+
 TEST(MetadataSegments, theFilesOfCamerasLoseNothingThatHolds)
 {
     for (const QString& folder : {u"raw"_s, u"masters"_s, u"other"_s}) {
         QDirIterator files(QStringLiteral(CORVANE_SHARED_DATA "/") + folder, QDir::Files);
         while (files.hasNext()) {
-            const QString path = files.next();
-            const Result<ImageProperties> read = ImageProperties::read(path);
-            if (!read.ok()) {
-                EXPECT_TRUE(path.endsWith(u".xml"_s)) << path.toStdString();
-                continue;
-            }
-            const ImageProperties carried = asCarried(read.value(), kCopy, noise(4000));
-            for (const char* const key : kShotTags) {
-                if (hasExif(read.value(), key)) {
-                    EXPECT_EQ(exifText(carried, key), exifText(read.value(), key))
-                        << path.toStdString() << ' ' << key;
-                }
-            }
-            for (const char* const key : kStructureTags) {
-                EXPECT_FALSE(hasExif(carried, key)) << path.toStdString() << ' ' << key;
-            }
+            expectWhatHoldsCarried(files.next());
         }
     }
 }

@@ -24,8 +24,8 @@ constexpr std::array kModes{Qt::SmoothTransformation, Qt::FastTransformation};
 void fill(Bitmap& bitmap, const QRect& area, quint16 value)
 {
     for (int y = area.top(); y <= area.bottom(); ++y) {
-        std::ranges::fill(bitmap.row(y).subspan(static_cast<std::size_t>(3 * area.left()),
-                                                static_cast<std::size_t>(3 * area.width())),
+        std::ranges::fill(bitmap.row(y).subspan(3 * static_cast<std::size_t>(area.left()),
+                                                3 * static_cast<std::size_t>(area.width())),
                           value);
     }
 }
@@ -34,8 +34,8 @@ void fillWithNoise(Bitmap& bitmap, const QRect& area)
 {
     std::mt19937 random(5);
     for (int y = area.top(); y <= area.bottom(); ++y) {
-        for (quint16& value : bitmap.row(y).subspan(static_cast<std::size_t>(3 * area.left()),
-                                                    static_cast<std::size_t>(3 * area.width()))) {
+        for (quint16& value : bitmap.row(y).subspan(3 * static_cast<std::size_t>(area.left()),
+                                                    3 * static_cast<std::size_t>(area.width()))) {
             value = static_cast<quint16>(random() & 0xFFFFU);
         }
     }

@@ -28,7 +28,7 @@ void draw(Bitmap& bitmap, const Leaf& leaf)
             const int across = x - leaf.x;
             const int down = y - leaf.y;
             if (across * across + down * down <= leaf.radius * leaf.radius) {
-                std::ranges::copy(leaf.colour, &row[static_cast<std::size_t>(3 * x)]);
+                std::ranges::copy(leaf.colour, &row[3 * static_cast<std::size_t>(x)]);
             }
         }
     }

@@ -16,7 +16,7 @@ Bitmap ramp(QSize size)
         const auto row = bitmap.row(y);
         for (int x = 0; x < size.width(); ++x) {
             const double value = (x + 0.5) / size.width() + (y + 0.5) / size.height();
-            std::fill_n(&row[static_cast<std::size_t>(3 * x)],
+            std::fill_n(&row[3 * static_cast<std::size_t>(x)],
                         3,
                         static_cast<quint16>(value * 65535.0 / 2.0));
         }

@@ -32,9 +32,15 @@ protected:
         return descriptor >= 0 && close(descriptor) == 0;
     }
 
-    QString folder() const { return m_folder.path() + "/state/Logs/DiagnosticReports"_L1; }
+    [[nodiscard]] QString folder() const
+    {
+        return m_folder.path() + "/state/Logs/DiagnosticReports"_L1;
+    }
 
-    QStringList files() const { return QDir(folder()).entryList(QDir::Files | QDir::Hidden); }
+    [[nodiscard]] QStringList files() const
+    {
+        return QDir(folder()).entryList(QDir::Files | QDir::Hidden);
+    }
 
     QTemporaryDir m_folder;
     CrashLogFile m_file;

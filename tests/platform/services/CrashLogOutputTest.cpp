@@ -14,10 +14,11 @@ namespace
 
 class CrashLogOutputTest : public testing::Test
 {
-protected:
+public:
     ~CrashLogOutputTest() override { close(m_file); }
 
-    std::string written() const
+protected:
+    [[nodiscard]] std::string written() const
     {
         std::string text(static_cast<std::size_t>(lseek(m_file, 0, SEEK_END)), '\0');
         EXPECT_EQ(pread(m_file, text.data(), text.size(), 0), static_cast<ssize_t>(text.size()));

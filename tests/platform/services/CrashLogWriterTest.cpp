@@ -34,6 +34,13 @@ constexpr bool kIsSanitized = false;
 /// A crash is a process of its own: crashing_program, with a home and a state folder of its own.
 class CrashLogWriterTest : public testing::Test
 {
+public:
+    ~CrashLogWriterTest() override
+    {
+        m_process.kill();
+        m_process.waitForFinished();
+    }
+
 protected:
     CrashLogWriterTest()
     {
@@ -51,12 +58,6 @@ protected:
         m_process.setProcessEnvironment(environment);
         m_process.setWorkingDirectory(m_folder.path());
         m_process.setProgram(QStringLiteral(CORVANE_CRASHING_PROGRAM));
-    }
-
-    ~CrashLogWriterTest() override
-    {
-        m_process.kill();
-        m_process.waitForFinished();
     }
 
     void setEnvironment(const QString& name, const QString& value)
@@ -95,15 +96,18 @@ protected:
         return finish();
     }
 
-    QString logFolder() const
+    [[nodiscard]] QString logFolder() const
     {
         return m_folder.filePath(u"state/corvane/Logs/DiagnosticReports"_s);
     }
 
-    QStringList logs() const { return QDir(logFolder()).entryList(QDir::Files | QDir::Hidden); }
+    [[nodiscard]] QStringList logs() const
+    {
+        return QDir(logFolder()).entryList(QDir::Files | QDir::Hidden);
+    }
 
     /// The content of the only log.
-    QString log() const
+    [[nodiscard]] QString log() const
     {
         EXPECT_EQ(logs().size(), 1);
         QFile file(logFolder() + u'/' + logs().value(0));
@@ -112,7 +116,7 @@ protected:
     }
 
     /// What follows "LABEL: " on its line.
-    QString value(const QString& label) const
+    [[nodiscard]] QString value(const QString& label) const
     {
         const QRegularExpression line(u"^%1: +(.*)$"_s.arg(label),
                                       QRegularExpression::MultilineOption);
@@ -120,7 +124,7 @@ protected:
     }
 
     /// The lines under a headline, up to the next empty one.
-    QStringList section(const QString& headline) const
+    [[nodiscard]] QStringList section(const QString& headline) const
     {
         const QString begin = u'\n' + headline + u'\n';
         const qsizetype at = log().indexOf(begin);
@@ -128,12 +132,15 @@ protected:
                       : log().mid(at + begin.size()).section(u"\n\n"_s, 0, 0).split(u'\n');
     }
 
-    QStringList stack() const { return section(u"Stack, the newest call first:"_s); }
+    [[nodiscard]] QStringList stack() const { return section(u"Stack, the newest call first:"_s); }
 
-    QStringList modules() const { return section(u"Modules, their addresses and build ids:"_s); }
+    [[nodiscard]] QStringList modules() const
+    {
+        return section(u"Modules, their addresses and build ids:"_s);
+    }
 
     /// The place of the first line of the stack that names the function; -1 when none does.
-    qsizetype callOf(const QString& function) const
+    [[nodiscard]] qsizetype callOf(const QString& function) const
     {
         const QStringList lines = stack();
         for (qsizetype index = 0; index < lines.size(); ++index) {

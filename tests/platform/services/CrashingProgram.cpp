@@ -33,12 +33,16 @@ namespace
 
 enum class Unwinder { Works, Crashes, Aborts, Hangs, WaitsForOther };
 
+// Signal handlers, and those who call the unwinder, are given nothing that could lead them to
+// these. NOLINTBEGIN(cppcoreguidelines-avoid-non-const-global-variables)
 volatile Unwinder unwinder = Unwinder::Works;
 /// Zero, but no compiler knows.
 volatile std::uintptr_t nothing = 0;
 
 std::atomic<bool> isFirstInHandler{false};
 std::atomic<pid_t> otherThread{0}; ///< known once it does nothing any more but crash
+
+// NOLINTEND(cppcoreguidelines-avoid-non-const-global-variables)
 
 /// 'R' while it runs, 'S' once it waits for something.
 char stateOfOther()

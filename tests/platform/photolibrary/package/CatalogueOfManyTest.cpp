@@ -96,7 +96,7 @@ protected:
         m_photos.resize(kPhotos);
         constexpr int kStride = 7919; // a prime: every place comes once
         for (int i = 0; i < kPhotos; ++i) {
-            addPhotoAt(i * kStride % kPhotos, kFirstId + 2 * i);
+            addPhotoAt(i * kStride % kPhotos, kFirstId + qint64{2} * i);
         }
         for (const QString& event : std::as_const(m_events)) {
             EventRows::updateStatistics(to, event);
@@ -125,7 +125,7 @@ protected:
 
     [[nodiscard]] QList<ManyPhoto> photosOf(int event) const
     {
-        return m_photos.mid(event * kPhotosOfAnEvent, kPhotosOfAnEvent);
+        return m_photos.mid(qsizetype{event} * kPhotosOfAnEvent, kPhotosOfAnEvent);
     }
 
     [[nodiscard]] const QString& eventAt(int index) const { return m_events.at(index); }

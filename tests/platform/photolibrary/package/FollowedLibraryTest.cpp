@@ -93,7 +93,7 @@ TEST(FollowedLibrary, lostSidecarsAreMadeAsTheApplicationMadeThem)
     const QMap<QString, QByteArray> before = library.files();
     int compared = 0;
     for (auto file = before.begin(); file != before.end(); ++file) {
-        const QString name = file.key();
+        const QString& name = file.key();
         const bool isSidecar = name.contains(".ap"_L1) || name.endsWith("Keywords.plist"_L1);
         if (!isSidecar || name.contains(".apdetected"_L1) || name.contains(".apfacename"_L1)) {
             continue;

@@ -158,6 +158,24 @@ QString LibraryFixture::addPartner(const Photo& photo, const QString& fileName)
     return partner.master;
 }
 
+namespace
+{
+
+/// The columns of a row but those that every change sets to the present.
+QString textOf(SQLite::Statement& row)
+{
+    QString text;
+    for (int i = 0; i < row.getColumnCount(); ++i) {
+        const std::string name = row.getColumn(i).getName();
+        if (name != "exportMetadataChangeDate" && name != "recentUserChangeDate") {
+            text += '|'_L1 + Sql::text(row.getColumn(i));
+        }
+    }
+    return text;
+}
+
+} // namespace
+
 QStringList LibraryFixture::snapshot()
 {
     QStringList lines;
@@ -178,14 +196,7 @@ QStringList LibraryFixture::snapshot()
           "SELECT indexName,value,hex(ridIndex) FROM RKFolder_RidIndexes ORDER BY 1,2"}) {
         SQLite::Statement rows(connection().database(), sql);
         while (rows.executeStep()) {
-            QString line = QString::fromLatin1(sql);
-            for (int i = 0; i < rows.getColumnCount(); ++i) {
-                const std::string name = rows.getColumn(i).getName();
-                if (name != "exportMetadataChangeDate" && name != "recentUserChangeDate") {
-                    line += '|'_L1 + Sql::text(rows.getColumn(i));
-                }
-            }
-            lines.append(line);
+            lines.append(QString::fromLatin1(sql) + textOf(rows));
         }
     }
     return lines;

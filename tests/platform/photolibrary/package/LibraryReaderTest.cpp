@@ -60,7 +60,7 @@ void expectSame(const PhotoFacts& photo, const QJsonObject& expected, const QStr
     EXPECT_EQ(photo.thumbnailPath, package + u'/' + text("thumbnailPath"_L1));
     QStringList keywords;
     const QJsonArray names = expected.value("keywords"_L1).toArray();
-    for (const QJsonValue& name : names) {
+    for (const auto& name : names) {
         keywords.append(name.toString());
     }
     keywords.sort(Qt::CaseInsensitive);
@@ -154,7 +154,7 @@ TEST(RealLibraryReader, everyPhotoReadsAsItIsKnownToBe)
     }
     QHash<qint64, QJsonObject> expected;
     const QJsonArray all = expectedPhotos();
-    for (const QJsonValue& photo : all) {
+    for (const auto& photo : all) {
         expected.insert(photo.toObject().value("id"_L1).toInteger(), photo.toObject());
     }
     const QList<PhotoFacts> photos = LibraryReader::photos(library.connection());

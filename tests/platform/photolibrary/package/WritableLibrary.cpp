@@ -67,7 +67,7 @@ QString WritableLibrary::makePicture(const QString& name) const
 
 QString WritableLibrary::makeFile(const QString& name, const QByteArray& bytes) const
 {
-    const QString path = m_folder.path() + u'/' + name;
+    QString path = m_folder.path() + u'/' + name;
     QFile file(path);
     EXPECT_FALSE(bytes.isEmpty());
     EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
