@@ -101,6 +101,9 @@ class JpegConversionStepsTest : public ScanFixture
 public:
     ~JpegConversionStepsTest() override { ConversionSteps::calls = {}; }
 
+    JpegConversionStepsTest(const JpegConversionStepsTest&) = delete;
+    JpegConversionStepsTest& operator=(const JpegConversionStepsTest&) = delete;
+
 protected:
     JpegConversionStepsTest()
     {
@@ -108,9 +111,6 @@ protected:
         ImageBuilder::write(m_source, plainJpeg(ImageBuilder::scene(kSceneSize)));
         m_library.addPhotoFile(m_source, kSceneSize.width(), kSceneSize.height());
     }
-
-    JpegConversionStepsTest(const JpegConversionStepsTest&) = delete;
-    JpegConversionStepsTest& operator=(const JpegConversionStepsTest&) = delete;
 
     [[nodiscard]] static ConversionSteps::Calls& calls() { return ConversionSteps::calls; }
 

@@ -24,6 +24,12 @@
 /// A scan over doubles of everything it is given, with pictures on disk.
 class ScanFixture : public testing::Test
 {
+public:
+    ~ScanFixture() override { qunsetenv("TMPDIR"); }
+
+    ScanFixture(const ScanFixture&) = delete;
+    ScanFixture& operator=(const ScanFixture&) = delete;
+
 protected:
     /// `shared`: where the library's calls, too, are written, among those of the controller; or
     /// nothing, and calls() of the library are its own alone.
@@ -39,11 +45,6 @@ protected:
             {QStringLiteral("Corvane Original"), QStringLiteral("Corvane Processed")});
     }
 
-    ~ScanFixture() override { qunsetenv("TMPDIR"); }
-
-    ScanFixture(const ScanFixture&) = delete;
-    ScanFixture& operator=(const ScanFixture&) = delete;
-
     /// Writes a picture of 96 x 64 pixels that is nowhere flat and answers its path.
     [[nodiscard]] QString makePicture(const QString& name) const
     {
@@ -53,7 +54,7 @@ protected:
                 picture.setPixel(x, y, qRgb(2 * x, 3 * y, 255 - 2 * x));
             }
         }
-        const QString path = m_folder.filePath(name);
+        QString path = m_folder.filePath(name);
         EXPECT_TRUE(picture.save(path, nullptr, 95));
         return path;
     }

@@ -23,7 +23,7 @@ protected:
     /// Makes a file of some bytes, and its folders, which everyone may look into.
     [[nodiscard]] QString makeFile(const QString& relativePath) const
     {
-        const QString path = m_folder.filePath(relativePath);
+        QString path = m_folder.filePath(relativePath);
         EXPECT_TRUE(QDir().mkpath(QFileInfo(path).path()));
         UnreadableFile::openFolder(m_folder.path());
         QFile file(path);

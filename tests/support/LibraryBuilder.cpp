@@ -195,7 +195,7 @@ QString LibraryBuilder::makeEdited(qint64 photo)
     const QString guid = Sql::firstText(
         *connectionTo(m_package), "SELECT uuid FROM RKVersion WHERE modelId=?", photo);
     const QString path = QFileInfo(imagePath(photo)).path() + u'/' + guid + "/Edited title.jpg"_L1;
-    const QString preview = m_package + "/Previews/"_L1 + path;
+    QString preview = m_package + "/Previews/"_L1 + path;
     need(QDir().mkpath(QFileInfo(preview).path()), "the folder of a preview");
     ImageBuilder::write(preview, jpeg());
     edit([&](Writer& writer) {

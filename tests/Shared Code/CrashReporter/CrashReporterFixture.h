@@ -101,7 +101,7 @@ protected:
 
     static QString makeLogIn(const QString& library, const QString& name, double modified)
     {
-        const QString path = logsIn(library) + u'/' + name;
+        QString path = logsIn(library) + u'/' + name;
         EXPECT_TRUE(QDir().mkpath(QFileInfo(path).path()));
         EXPECT_TRUE(write(path, "the content of the log\n"));
         setModified(path, modified);

@@ -29,7 +29,7 @@ protected:
     /// What the report says of the photo.
     [[nodiscard]] QJsonObject entry(qint64 id) const
     {
-        for (const QJsonValue& photo : report().value(u"photos"_s).toArray()) {
+        for (const auto& photo : report().value(u"photos"_s).toArray()) {
             if (photo.toObject().value(u"id"_s).toInteger() == id) {
                 return photo.toObject();
             }

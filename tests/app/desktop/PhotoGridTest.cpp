@@ -68,21 +68,24 @@ protected:
         return ids;
     }
 
-    int selectedCount() const { return static_cast<int>(m_grid.selectedPhotos().size()); }
+    [[nodiscard]] int selectedCount() const
+    {
+        return static_cast<int>(m_grid.selectedPhotos().size());
+    }
 
-    int columnOf(int row) const
+    [[nodiscard]] int columnOf(int row) const
     {
         return m_grid.visualRect(m_filter.index(row, 0)).left() / m_grid.gridSize().width();
     }
 
-    int lineOf(int row) const
+    [[nodiscard]] int lineOf(int row) const
     {
         return (m_grid.visualRect(m_filter.index(row, 0)).top() -
                 m_grid.visualRect(m_filter.index(0, 0)).top()) /
                m_grid.gridSize().height();
     }
 
-    int columns() const
+    [[nodiscard]] int columns() const
     {
         int row = 0;
         while (lineOf(row) == 0) {
