@@ -17,11 +17,16 @@ public:
 
     /// Of the windows that README and guide show. NO when one could not be taken.
     [[nodiscard]] bool takeMainWindows();
-    /// Of every window, sheet and question. NO when one could not be taken.
+    /// Has a program that is made with this settings file afterwards offer a crash log: the
+    /// program's state folder then holds one. NO when it could not be written.
+    [[nodiscard]] static bool leaveCrashLog(const QString& settingsFile);
+    /// Of every window, sheet and question, also that of a crash log that was left. NO when one
+    /// could not be taken.
     [[nodiscard]] bool takeEverything();
 
 private:
     [[nodiscard]] bool open();
+    void takeCrashWindow();
     void takeWelcomePage();
     void takeReadOnlyLibrary();
     void takeLibraryWindow();

@@ -29,9 +29,13 @@ int main(int argc, char** argv)
     }
     QApplication::setQuitOnLastWindowClosed(false);
     const QTemporaryDir settings;
-    DesktopProgram program(settings.filePath(u"settings.plist"_s));
+    const QString settingsFile = settings.filePath(u"settings.plist"_s);
+    const bool everything = arguments.contains(u"all"_s);
+    if (everything && !WindowPhotographer::leaveCrashLog(settingsFile)) {
+        return 1;
+    }
+    DesktopProgram program(settingsFile);
     WindowPhotographer photographer(program, arguments.at(1), arguments.at(2), suffix);
-    const bool good = arguments.contains(u"all"_s) ? photographer.takeEverything()
-                                                   : photographer.takeMainWindows();
+    const bool good = everything ? photographer.takeEverything() : photographer.takeMainWindows();
     return good ? 0 : 1;
 }
