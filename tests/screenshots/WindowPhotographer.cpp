@@ -6,6 +6,7 @@
 #include "PhotoGrid.h"
 #include "PhotoLibrary.h"
 #include "PhotoViewer.h"
+#include "PropertyList.h"
 #include "Texts.h"
 #include "UserDefaults.h"
 #include "WhenModal.h"
@@ -125,8 +126,10 @@ bool WindowPhotographer::leaveCrashLog(const QString& settingsFile)
                 "  libQt6Core.so.6.4.2 + 0x1c2f3b [6976b895aa51ea4619aaa4d7f19f2b055ad05f7d]\n";
     }
     // Nobody answers at that address: what is said of a machine without a network is seen too.
-    UserDefaults(settingsFile)
-        .setValue(u"ZTBCrashReporterCrashSubmissionURL"_s, u"https://crash-reports.invalid/"_s);
+    UserDefaults defaults(settingsFile);
+    defaults.setValue(u"ZTBCrashReporterCrashSubmissionURL"_s, u"https://localhost:9/"_s);
+    defaults.setValue(u"ZTBCrashReporterLastCrashReportDate"_s,
+                      QVariant::fromValue(PropertyList::Date{0.0}));
     return log.write(text) == text.size();
 }
 
@@ -293,5 +296,5 @@ void WindowPhotographer::takeDialog(const QString& name, const std::function<voi
         dialog.close();
     });
     action();
-    m_good = taken && m_good;
+    m_good = QTest::qWaitFor([&taken] { return taken; }, kPatience) && m_good;
 }
