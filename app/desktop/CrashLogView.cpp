@@ -11,11 +11,13 @@
 #include <QPushButton>
 #include <QTextCursor>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
-CrashLogView::CrashLogView(const QString& path, QWidget* parent)
+CrashLogView::CrashLogView(QString path, QWidget* parent)
     : QWidget(parent)
-    , m_path(path)
+    , m_path(std::move(path))
     , m_text(new QPlainTextEdit(this))
     , m_note(SmallText::label({}, this))
     , m_more(new QPushButton(tr("Show &More"), this))

@@ -20,7 +20,7 @@ public:
     static constexpr qint64 kBytesAtATime = 128 * qint64{1024};
     static constexpr qsizetype kLongestLine = 4096;
 
-    explicit CrashLogView(const QString& path, QWidget* parent = nullptr);
+    explicit CrashLogView(QString path, QWidget* parent = nullptr);
 
 private:
     void showMore();
