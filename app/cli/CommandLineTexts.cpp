@@ -1,26 +1,11 @@
 #include "CommandLineTexts.h"
 
 #include "TextLayout.h"
-
-#include <QCoreApplication>
+#include "Translation.h"
 
 using namespace Qt::StringLiterals;
-
-namespace
-{
-
-QString translated(const char* english)
-{
-    return QCoreApplication::translate("CommandLine", english);
-}
-
-/// One text for a single thing, another one for none or many; "%1" stands for the number.
-QString counted(qint64 count, const char* one, const char* many)
-{
-    return translated(count == 1 ? one : many).arg(count);
-}
-
-} // namespace
+using Translation::counted;
+using Translation::translated;
 
 QString CommandLineTexts::noCommand()
 {

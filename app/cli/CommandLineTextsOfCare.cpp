@@ -1,27 +1,12 @@
 #include "CommandLineTexts.h"
 #include "TextLayout.h"
-
-#include <QCoreApplication>
+#include "Translation.h"
 
 using namespace Qt::StringLiterals;
+using Translation::counted;
+using Translation::translated;
 
 // What the commands say that look after a library: verify and backup.
-
-namespace
-{
-
-QString translated(const char* english)
-{
-    return QCoreApplication::translate("CommandLine", english);
-}
-
-/// One text for a single thing, another one for none or many; "%1" stands for the number.
-QString counted(qint64 count, const char* one, const char* many)
-{
-    return translated(count == 1 ? one : many).arg(count);
-}
-
-} // namespace
 
 QString CommandLineTexts::finding(const QString& where, const QString& what)
 {
