@@ -1,11 +1,10 @@
 #include "JpegConversion.h"
 
 #include "CorvaneDelegate.h"
-#include "ImageSource.h"
 #include "JpegDestination.h"
 #include "JpegProof.h"
-#include "Resampler.h"
 #include "Scripting.h"
+#include "SourcePicture.h"
 #include "SystemLog.h"
 #include "TargetSize.h"
 #include "Texts.h"
@@ -68,16 +67,15 @@ QString memoryTooShort(const QString& path)
     return Texts::translated("There is not enough memory to convert %1").arg(path);
 }
 
-Result<Bitmap> resized(Bitmap bitmap, const QString& source, const OutputSize& wanted)
+Result<QSize> wantedSize(QSize size, const QString& source, const OutputSize& wanted)
 {
-    const std::optional<QSize> target = targetSize(bitmap.size(), wanted);
+    const std::optional<QSize> target = targetSize(size, wanted);
     if (!target) {
         return Error{ErrorCode::Unsupported,
-                     isTargetTooLarge(bitmap.size(), wanted) ? outputTooLarge(source)
-                                                             : Texts::noPixelsLeft(source)};
+                     isTargetTooLarge(size, wanted) ? outputTooLarge(source)
+                                                    : Texts::noPixelsLeft(source)};
     }
-    return *target == bitmap.size() ? Result<Bitmap>(std::move(bitmap))
-                                    : Resampler::scale(bitmap, *target);
+    return *target;
 }
 
 /// The library's own rendering of an unedited photo, turned so that it lies as the master's rows.
@@ -96,10 +94,13 @@ QImage libraryPreview(const PhotoEvidence& evidence)
                             : upright.transformed(QTransform().rotate(-evidence.rotation));
 }
 
-QList<QImage> referencesOf(const QString& source, const PhotoEvidence& evidence)
+/// What else shows the photo: the preview `embedded` in its file, and the library's.
+QList<QImage> referencesOf(const QString& source,
+                           const std::optional<QImage>& embedded,
+                           const PhotoEvidence& evidence)
 {
     QList<QImage> references;
-    if (const std::optional<QImage> embedded = ImageSource::embeddedPreview(source)) {
+    if (embedded) {
         references.append(*embedded);
     }
     const bool isMaster = !isSameFile(source, evidence.previewPath);
@@ -119,16 +120,21 @@ converted(const QString& source, Photo& photo, const CorvaneDelegate& delegate)
     if (!isFileOf(evidence, source)) {
         return Error{ErrorCode::Damaged, Texts::pictureOfAnotherPhoto(source)};
     }
-    Result<Bitmap> decoded = ImageSource::decode(source);
-    if (!decoded.ok()) {
-        return decoded.error();
+    Result<SourcePicture> opened = SourcePicture::open(source);
+    if (!opened.ok()) {
+        return opened.error();
     }
+    SourcePicture picture = std::move(opened).value();
     const Result<ImageProperties> properties = propertiesForCopy(source, photo);
     if (!properties.ok()) {
         return properties.error();
     }
-    const Result<Bitmap> bitmap =
-        resized(std::move(decoded).value(), source, OutputSize::of(delegate));
+    const Result<QSize> size = wantedSize(picture.size(), source, OutputSize::of(delegate));
+    if (!size.ok()) {
+        return size.error();
+    }
+    const QList<QImage> references = referencesOf(source, picture.preview(), evidence);
+    const Result<Bitmap> bitmap = std::move(picture).rendered(size.value(), references);
     if (!bitmap.ok()) {
         return bitmap.error();
     }
@@ -138,8 +144,7 @@ converted(const QString& source, Photo& photo, const CorvaneDelegate& delegate)
         systemLog(u"***Could not create data from image destination ***"_s);
         return jpeg.error();
     }
-    const Result<void> proof =
-        JpegProof::prove(jpeg.value(), bitmap.value(), referencesOf(source, evidence));
+    const Result<void> proof = JpegProof::prove(jpeg.value(), bitmap.value(), references);
     if (!proof.ok()) {
         return proof.error();
     }

@@ -3,6 +3,7 @@
 #include "ColorProfile.h"
 #include "JpegEncoder.h"
 #include "MetadataSegments.h"
+#include "ReducedPicture.h"
 #include "Resampler.h"
 
 namespace
@@ -23,7 +24,7 @@ QByteArray thumbnailOf(const Bitmap& bitmap)
     if (size.width() > kThumbnailSide || size.height() > kThumbnailSide) {
         size = size.scaled(bounds, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
     }
-    const Result<Bitmap> small = Resampler::scale(bitmap, size);
+    const Result<Bitmap> small = Resampler::scale(ReducedPicture::of(bitmap), size);
     if (!small.ok()) {
         return {};
     }

@@ -1,6 +1,7 @@
 #include "JpegProof.h"
 
 #include "JpegDecoder.h"
+#include "ReducedPicture.h"
 #include "SceneComparison.h"
 #include "SrgbTransfer.h"
 
@@ -22,9 +23,6 @@ constexpr int kBandRows = 16;
 /// Deviation of lightness (0..1): what a picture has, and what a flat one has at most.
 constexpr double kVaried = 0.02;
 constexpr double kFlat = 0.004;
-
-/// From this likeness on a reference shows the same scene.
-constexpr double kSameScene = 0.85;
 
 /// How many times the light of one rendering of a scene may be that of another: four stops. A
 /// linear rendering of a photo taken with a highlight programme is two to three stops darker than
@@ -53,31 +51,36 @@ Error damaged(const QString& what)
             QStringLiteral("The finished JPEG did not pass its proof: %1.").arg(what)};
 }
 
-/// The lightness that JPEG codes (ITU-R BT.601) of differences of R, G, B.
-double lightness(double red, double green, double blue)
-{
-    return 0.299 * red + 0.587 * green + 0.114 * blue;
-}
-
 Differences compareRows(const Bitmap& first, const Bitmap& second, int from, int end)
 {
+    // The lightness that JPEG codes (ITU-R BT.601), in thousandths.
+    constexpr int kRed = 299;
+    constexpr int kGreen = 587;
+    constexpr int kBlue = 114;
     const SrgbTransfer& tables = SrgbTransfer::tables();
     const bool linear = second.transfer() == Transfer::Linear;
-    const auto level = [&](quint16 value) {
-        return roundedByte(linear ? tables.encoded(value) : value);
+    const auto level = [&](quint16 value) -> int {
+        return linear ? tables.encodedByte(value) : roundedByte(value);
     };
-    Differences sums;
+    std::array<qint64, 3> channels{};
+    qint64 lightness = 0;
     for (int y = from; y < end; ++y) {
         const auto one = first.row(y);
         const auto two = second.row(y);
         for (std::size_t i = 0; i < one.size(); i += 3) {
-            std::array<double, 3> step{};
-            for (std::size_t channel = 0; channel < 3; ++channel) {
-                step.at(channel) = roundedByte(one[i + channel]) - level(two[i + channel]);
-                sums.channels.at(channel) += step.at(channel);
-            }
-            sums.lightness += std::abs(lightness(step[0], step[1], step[2]));
+            const int red = roundedByte(one[i]) - level(two[i]);
+            const int green = roundedByte(one[i + 1]) - level(two[i + 1]);
+            const int blue = roundedByte(one[i + 2]) - level(two[i + 2]);
+            channels[0] += red;
+            channels[1] += green;
+            channels[2] += blue;
+            lightness += std::abs(kRed * red + kGreen * green + kBlue * blue);
         }
+    }
+    Differences sums;
+    sums.lightness = static_cast<double>(lightness) / (kRed + kGreen + kBlue);
+    for (std::size_t i = 0; i < channels.size(); ++i) {
+        sums.channels.at(i) = static_cast<double>(channels.at(i));
     }
     sums.pixels = static_cast<double>(end - from) * first.pixelsWide();
     return sums;
@@ -124,7 +127,8 @@ std::optional<Error> contradiction(const SceneComparison::Views& picture, const 
 {
     const auto shown = SceneComparison::Views::of(reference);
     if (!SceneComparison::isStructured(shown.lightness) ||
-        SceneComparison::likeness(picture.lightness, shown.lightness) < kSameScene) {
+        SceneComparison::likeness(picture.lightness, shown.lightness) <
+            SceneComparison::kSameScene) {
         return std::nullopt;
     }
     // Also where the picture is too dark to show any structure but the reference's.
@@ -142,7 +146,7 @@ std::optional<Error> contradiction(const Bitmap& decoded, const QList<QImage>& r
     if (references.isEmpty()) {
         return std::nullopt;
     }
-    const auto picture = SceneComparison::Views::of(decoded);
+    const auto picture = SceneComparison::Views::of(ReducedPicture::of(decoded));
     for (const QImage& reference : references) {
         if (auto failure = contradiction(picture, reference)) {
             return failure;
@@ -167,8 +171,10 @@ JpegProof::prove(const QByteArray& jpeg, const Bitmap& encoded, const QList<QIma
                            .arg(encoded.pixelsWide())
                            .arg(encoded.pixelsHigh()));
     }
-    const SmallPicture small = SmallPicture::of(decoded.value());
-    if (small.deviation() < kFlat && SmallPicture::of(encoded).deviation() >= kVaried) {
+    const auto deviation = [](const Bitmap& bitmap) {
+        return SmallPicture::of(ReducedPicture::of(bitmap)).deviation();
+    };
+    if (deviation(decoded.value()) < kFlat && deviation(encoded) >= kVaried) {
         return damaged(QStringLiteral("it shows nothing where the source shows something"));
     }
     const double bound = JpegDecoder::quantisationError(jpeg) + kOtherErrors;

@@ -2,7 +2,7 @@
 
 #include "BitmapImage.h"
 #include "JpegDecoder.h"
-#include "RawDecoder.h"
+#include "RawPhoto.h"
 #include "SceneComparison.h"
 #include "TiffStructure.h"
 
@@ -54,7 +54,7 @@ qint64 pixelsOf(const std::optional<QImage>& image)
 
 std::optional<QImage> PreviewFinder::largest(const QByteArray& bytes)
 {
-    std::optional<QImage> best = RawDecoder::preview(bytes);
+    std::optional<QImage> best = RawPhoto::preview(bytes);
     if (best && !SceneComparison::isStructured(SmallPicture::of(*best))) {
         best.reset();
     }

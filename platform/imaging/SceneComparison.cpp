@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+using SceneComparison::Overlay;
+
 namespace
 {
 
@@ -61,14 +63,6 @@ double shapeOf(const SmallPicture& picture)
     return static_cast<double>(picture.original().width()) / picture.original().height();
 }
 
-/// How one picture is laid over another: `turns` quarter turns clockwise of the second, and the
-/// part of each that is compared.
-struct Overlay {
-    int turns{0};
-    QRectF first{0.0, 0.0, 1.0, 1.0};
-    QRectF second{0.0, 0.0, 1.0, 1.0};
-};
-
 SmallPicture turnedBy(SmallPicture picture, int turns)
 {
     for (int quarter = 0; quarter < turns; ++quarter) {
@@ -109,26 +103,8 @@ std::vector<Overlay> overlays(double firstShape, double secondShape)
     return all;
 }
 
-/// The overlay in which the pictures are most alike.
-struct Fit {
-    Overlay overlay;
-    double likeness{-1.0};
-};
-
-Fit bestFit(const SmallPicture& first, const SmallPicture& second)
-{
-    Fit best;
-    for (const Overlay& overlay : overlays(shapeOf(first), shapeOf(second))) {
-        const double likeness = correlationOf(laidOver(first, second, overlay));
-        if (likeness > best.likeness) {
-            best = {.overlay = overlay, .likeness = likeness};
-        }
-    }
-    return best;
-}
-
-/// Whether the colour depends on lightness alone, as in black and white pictures and toned ones.
-bool isToned(const SmallPicture& lightness, const SmallPicture& color)
+/// Whether one view of the colour depends on lightness alone.
+bool isTonedIn(const SmallPicture& lightness, const SmallPicture& color)
 {
     constexpr std::size_t kSteps = 16;
     constexpr double kColored = 0.015;
@@ -347,9 +323,28 @@ bool SceneComparison::isStructured(const SmallPicture& picture)
            picture.deviation() >= kFlat && picture.neighbourCorrelation() >= kSceneNeighbours;
 }
 
+SceneComparison::Match SceneComparison::bestMatch(const SmallPicture& first,
+                                                  const SmallPicture& second)
+{
+    Match best;
+    for (const Overlay& overlay : overlays(shapeOf(first), shapeOf(second))) {
+        const double likeness = correlationOf(laidOver(first, second, overlay));
+        if (likeness > best.likeness) {
+            best = {.overlay = overlay, .likeness = likeness};
+        }
+    }
+    return best;
+}
+
 double SceneComparison::likeness(const SmallPicture& first, const SmallPicture& second)
 {
-    return bestFit(first, second).likeness;
+    return bestMatch(first, second).likeness;
+}
+
+bool SceneComparison::isToned(const Views& shown)
+{
+    return isTonedIn(shown.lightness, shown.redBlue) &&
+           isTonedIn(shown.lightness, shown.greenMagenta);
 }
 
 SceneComparison::Views SceneComparison::Views::of(const Bitmap& bitmap)
@@ -368,11 +363,11 @@ SceneComparison::Views SceneComparison::Views::of(const QImage& image)
 
 bool SceneComparison::hasOtherColors(const Views& picture, const Views& shown)
 {
-    const Overlay overlay = bestFit(picture.lightness, shown.lightness).overlay;
+    const Overlay overlay = bestMatch(picture.lightness, shown.lightness).overlay;
     const SmallPicture lightness = laidOver(picture.lightness, shown.lightness, overlay).second;
     const auto redBlue = laidOver(picture.redBlue, shown.redBlue, overlay);
     const auto greenMagenta = laidOver(picture.greenMagenta, shown.greenMagenta, overlay);
-    if (isToned(lightness, redBlue.second) && isToned(lightness, greenMagenta.second)) {
+    if (isTonedIn(lightness, redBlue.second) && isTonedIn(lightness, greenMagenta.second)) {
         return false;
     }
     return isContrary(redBlue) || isContrary(greenMagenta);
@@ -380,15 +375,19 @@ bool SceneComparison::hasOtherColors(const Views& picture, const Views& shown)
 
 bool SceneComparison::isNoise(const Bitmap& bitmap)
 {
-    const SmallPicture small = SmallPicture::of(bitmap);
+    return isNoise(SmallPicture::of(bitmap), bitmap.size(), bitmap);
+}
+
+bool SceneComparison::isNoise(const SmallPicture& small, QSize size, const Bitmap& rows)
+{
     if (small.width() < kSmallestSide || small.height() < kSmallestSide) {
         return false;
     }
     if (small.neighbourCorrelation() >= kNoiseNeighbours) {
         return false;
     }
-    const double step = meanStep(bitmap);
-    const bool isRemnant = qint64{bitmap.pixelsWide()} * bitmap.pixelsHigh() < kSmallestPhoto &&
+    const double step = meanStep(rows);
+    const bool isRemnant = qint64{size.width()} * size.height() < kSmallestPhoto &&
                            small.mean() < kBlackMean && step >= kBlackStep;
     return isRemnant || (step >= kNoiseStep && small.mean() >= kDarkestNoise);
 }
@@ -396,12 +395,18 @@ bool SceneComparison::isNoise(const Bitmap& bitmap)
 std::optional<QString> SceneComparison::complaint(const Bitmap& decoded,
                                                   const std::optional<QImage>& preview)
 {
-    const SmallPicture small = SmallPicture::of(decoded);
+    return complaint(SmallPicture::of(decoded), preview, [&] { return isNoise(decoded); });
+}
+
+std::optional<QString> SceneComparison::complaint(const SmallPicture& small,
+                                                  const std::optional<QImage>& preview,
+                                                  const std::function<bool()>& isNoise)
+{
     const SmallPicture shown = SmallPicture::of(preview.value_or(QImage()));
     if (!isStructured(shown)) {
-        return isNoise(decoded) ? std::optional(QStringLiteral(
-                                      "it decodes to noise, its picture data is corrupt"))
-                                : std::nullopt;
+        return isNoise() ? std::optional(
+                               QStringLiteral("it decodes to noise, its picture data is corrupt"))
+                         : std::nullopt;
     }
     if (lacksParts(small, shown)) {
         return QStringLiteral("a part of it decodes to nothing that its preview shows");

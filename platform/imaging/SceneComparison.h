@@ -4,8 +4,10 @@
 #include "SmallPicture.h"
 
 #include <QImage>
+#include <QRectF>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 /// Tells whether pictures show the same scene, and garbage from pictures. Any thread.
@@ -15,8 +17,29 @@ namespace SceneComparison
 /// Whether the picture is large and varied enough to show a scene: neither flat nor noise.
 [[nodiscard]] bool isStructured(const SmallPicture& picture);
 
-/// Rank correlation of lightness, -1..1: of the four turns and of the ways to fit one picture's
-/// shape into the other's (previews have black bars, or leave the sides out) the best.
+/// From this likeness on two pictures show the same scene. Measured on 300 pairs: the same scene
+/// 0.92 and more however it was rendered, different ones 0.73 and less.
+inline constexpr double kSameScene = 0.85;
+
+/// How one picture is laid over another: `turns` quarter turns clockwise of the second, and then
+/// the part of each that is compared, in fractions of the sides.
+struct Overlay {
+    int turns{0};
+    QRectF first{0.0, 0.0, 1.0, 1.0};
+    QRectF second{0.0, 0.0, 1.0, 1.0};
+};
+
+/// An overlay, and the rank correlation of lightness in it, -1..1.
+struct Match {
+    Overlay overlay;
+    double likeness{-1.0};
+};
+
+/// Of the four turns and of the ways to fit one picture's shape into the other's (previews have
+/// black bars, or leave the sides out) the one in which the pictures are most alike.
+[[nodiscard]] Match bestMatch(const SmallPicture& first, const SmallPicture& second);
+
+/// The likeness of the best match.
 [[nodiscard]] double likeness(const SmallPicture& first, const SmallPicture& second);
 
 /// What a picture's colours are compared by.
@@ -29,6 +52,9 @@ struct Views {
     [[nodiscard]] static Views of(const QImage& image);
 };
 
+/// Whether the colour depends on lightness alone, as in black and white pictures and toned ones.
+[[nodiscard]] bool isToned(const Views& shown);
+
 /// Whether a picture that shows the same scene as `shown` has its colours wrong: far off on the
 /// whole, or exchanged. False where `shown` is in black and white, or toned in one colour.
 [[nodiscard]] bool hasOtherColors(const Views& picture, const Views& shown);
@@ -37,10 +63,18 @@ struct Views {
 /// of a dark frame and the stars of a night sky are none.
 [[nodiscard]] bool isNoise(const Bitmap& bitmap);
 
+/// The same of a picture of `size`, judged by what it is averaged down and by some of its rows.
+[[nodiscard]] bool isNoise(const SmallPicture& small, QSize size, const Bitmap& rows);
+
 /// A clause that says what is wrong with a decoded picture, judged by the file's own preview where
 /// that shows a scene, else by itself; nothing where it may be right.
 [[nodiscard]] std::optional<QString> complaint(const Bitmap& decoded,
                                                const std::optional<QImage>& preview);
+
+/// The same of a picture that is at hand averaged down; `isNoise` tells whether it is noise.
+[[nodiscard]] std::optional<QString> complaint(const SmallPicture& decoded,
+                                               const std::optional<QImage>& preview,
+                                               const std::function<bool()>& isNoise);
 
 /// The same by a thumbnail that was made of the very picture, as HEIF files have one: also a clause
 /// where only places differ. Nothing where the thumbnail shows no scene, or another.

@@ -7,18 +7,18 @@ namespace
 
 constexpr double kFull = 65535.0;
 
+} // namespace
+
 // IEC 61966-2-1, 5.2 and 5.3.
-double encodedFrom(double linear)
+double SrgbTransfer::encodedFrom(double linear)
 {
     return linear <= 0.0031308 ? linear * 12.92 : 1.055 * std::pow(linear, 1.0 / 2.4) - 0.055;
 }
 
-double linearFrom(double encoded)
+double SrgbTransfer::linearFrom(double encoded)
 {
     return encoded <= 0.04045 ? encoded / 12.92 : std::pow((encoded + 0.055) / 1.055, 2.4);
 }
-
-} // namespace
 
 SrgbTransfer::SrgbTransfer()
 {

@@ -22,6 +22,10 @@ public:
     /// Linear light to the encoded value 0..255, rounded once.
     [[nodiscard]] quint8 encodedByte(quint16 linear) const { return m_encodedByte[linear]; }
 
+    /// The functions themselves, of 0..1.
+    [[nodiscard]] static double encodedFrom(double linear);
+    [[nodiscard]] static double linearFrom(double encoded);
+
     /// The picture with the wanted transfer; pixels that have it already are passed on.
     [[nodiscard]] static Bitmap converted(Bitmap bitmap, Transfer wanted);
 

@@ -124,25 +124,30 @@ Directory rawDirectory(const Bitmap& linear, const ImageBuilder::RawFile& detail
     raw.longs(0x00FE, {0});
     raw.longs(0x0100, {width});
     raw.longs(0x0101, {height});
-    raw.shorts(0x0102, {16});
+    constexpr quint16 kFilters = 32803;
+    constexpr quint16 kLinearRaw = 34892;
+    const quint32 samples = details.demosaiced ? 3 : 1;
+    raw.shorts(0x0102, std::vector<quint16>(samples, 16));
     raw.shorts(0x0103, {1});
-    raw.shorts(0x0106, {32803});
+    raw.shorts(0x0106, {details.demosaiced ? kLinearRaw : kFilters});
     raw.bytes(0x010F, 2, QByteArrayLiteral("Corvane\0"));
     raw.bytes(0x0110, 2, QByteArrayLiteral("Test Camera\0"));
     raw.longs(0x0111, {data});
     raw.shorts(0x0112, {static_cast<quint16>(details.orientation)});
-    raw.shorts(0x0115, {1});
+    raw.shorts(0x0115, {static_cast<quint16>(samples)});
     raw.longs(0x0116, {height});
-    raw.longs(0x0117, {width * height * 2});
-    raw.shorts(0x828D, {2, 2});
-    raw.bytes(0x828E, 1, QByteArray("\0\1\1\2", 4));
+    raw.longs(0x0117, {width * height * samples * 2});
+    if (!details.demosaiced) {
+        raw.shorts(0x828D, {2, 2});
+        raw.bytes(0x828E, 1, QByteArray("\0\1\1\2", 4));
+    }
     raw.bytes(0xC612, 1, QByteArray("\1\4\0\0", 4));
     raw.bytes(0xC614, 2, QByteArrayLiteral("Corvane Test Camera\0"));
     raw.longs(0xC61D, {65535});
     // XYZ to linear sRGB (IEC 61966-2-1): the camera's colours are those of sRGB.
     raw.fractions(
         0xC621, 10, {3.2406, -1.5372, -0.4986, -0.9689, 1.8758, 0.0415, 0.0557, -0.2040, 1.0570});
-    raw.fractions(0xC628, 5, {1.0, 1.0, 1.0});
+    raw.fractions(0xC628, 5, {details.neutral.begin(), details.neutral.end()});
     raw.shorts(0xC65A, {21});
     if (details.crop) {
         raw.longs(0xC61F, {2, 4});
@@ -153,11 +158,17 @@ Directory rawDirectory(const Bitmap& linear, const ImageBuilder::RawFile& detail
     return raw;
 }
 
-QByteArray mosaic(const Bitmap& linear)
+QByteArray sensorData(const Bitmap& linear, bool demosaiced)
 {
     QByteArray data;
     for (int y = 0; y < linear.pixelsHigh(); ++y) {
         const auto row = linear.row(y);
+        if (demosaiced) {
+            for (const quint16 value : row) {
+                Directory::append(data, value);
+            }
+            continue;
+        }
         for (int x = 0; x < linear.pixelsWide(); ++x) {
             const auto channel = static_cast<std::size_t>(y % 2 + x % 2);
             Directory::append(data, row[3 * static_cast<std::size_t>(x) + channel]);
@@ -246,7 +257,7 @@ QByteArray ImageBuilder::dng(const Bitmap& linear, const RawFile& details)
     file += previewDirectory.written(second, 0);
     file += details.preview;
     file += QByteArray(static_cast<qsizetype>(dataStart) - file.size(), '\0');
-    return file + mosaic(linear);
+    return file + sensorData(linear, details.demosaiced);
 }
 
 double ImageBuilder::difference(const Bitmap& first, const Bitmap& second)

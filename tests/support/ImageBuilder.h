@@ -6,6 +6,7 @@
 #include <QSize>
 #include <QString>
 
+#include <array>
 #include <optional>
 
 /// Pictures and picture files that tests make for themselves. Always the same for the same
@@ -30,6 +31,8 @@ struct RawFile {
     std::optional<QSize> crop; ///< DefaultCropSize, 2 pixels from the left and 4 from the top
     QByteArray preview;        ///< a JPEG file, in a directory of its own; none if empty
     int orientation{1};
+    std::array<double, 3> neutral{1.0, 1.0, 1.0}; ///< what the sensor measures of grey
+    bool demosaiced{false};                       ///< all three colours in each pixel
 };
 
 /// An uncompressed 16-bit DNG file (little-endian, RGGB) whose camera sees linear sRGB.

@@ -1,0 +1,195 @@
+#include "BayerKernels.h"
+
+#include <cmath>
+
+// Compilers make a version of each function for the wider registers of newer processors as well;
+// both give the same values, since neither may fuse multiplications and additions.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__SANITIZE_ADDRESS__) &&                  \
+    !defined(__SANITIZE_THREAD__) && !defined(__clang__)
+#define CORVANE_VECTORS __attribute__((target_clones("avx2", "default")))
+#else
+#define CORVANE_VECTORS
+#endif
+
+namespace
+{
+
+constexpr float kWhite = 65535.0F;
+
+/// Squared gradients below this are the sensor's noise, or none.
+constexpr float kNoGradient = 4.0e5F;
+constexpr float kNoCornerGradient = 64.0F;
+
+inline float least(float one, float other)
+{
+    return one < other ? one : other;
+}
+
+inline float most(float one, float other)
+{
+    return one > other ? one : other;
+}
+
+inline float clipped(float light)
+{
+    return least(most(light, 0.0F), kWhite);
+}
+
+inline quint16 stored(float light)
+{
+    return static_cast<quint16>(static_cast<int>(clipped(light) + 0.5F));
+}
+
+} // namespace
+
+CORVANE_VECTORS
+void BayerKernels::prepare(const quint16* __restrict values,
+                           int count,
+                           Light first,
+                           Light second,
+                           float* __restrict even,
+                           float* __restrict odd)
+{
+    for (int i = 0; i < count; ++i) {
+        even[i] = least(most((static_cast<float>(values[2 * i]) - first.black) * first.scale, 0.0F),
+                        first.white);
+        odd[i] =
+            least(most((static_cast<float>(values[2 * i + 1]) - second.black) * second.scale, 0.0F),
+                  second.white);
+    }
+}
+
+CORVANE_VECTORS
+void BayerKernels::greensAtSites(const SiteRows& rows,
+                                 int count,
+                                 float* __restrict green,
+                                 float* __restrict difference)
+{
+    const float* const site = rows.site;
+    const float* const left = rows.left;
+    const float* const right = rows.right;
+    const float* const above = rows.above;
+    const float* const below = rows.below;
+    const float* const twoAbove = rows.twoAbove;
+    const float* const twoBelow = rows.twoBelow;
+    for (int i = 0; i < count; ++i) {
+        const float twice = 2.0F * site[i];
+        const float bendAcross = twice - site[i - 1] - site[i + 1];
+        const float bendDown = twice - twoAbove[i] - twoBelow[i];
+        const float across = 0.5F * (left[i] + right[i]) + 0.25F * bendAcross;
+        const float down = 0.5F * (above[i] + below[i]) + 0.25F * bendDown;
+        const float insideAcross =
+            least(most(across, least(left[i], right[i])), most(left[i], right[i]));
+        const float insideDown =
+            least(most(down, least(above[i], below[i])), most(above[i], below[i]));
+        const float slopeAcross = std::fabs(left[i] - right[i]) + std::fabs(bendAcross);
+        const float slopeDown = std::fabs(above[i] - below[i]) + std::fabs(bendDown);
+        const float weightAcross = slopeDown * slopeDown + kNoGradient;
+        const float weightDown = slopeAcross * slopeAcross + kNoGradient;
+        const float value =
+            (insideAcross * weightAcross + insideDown * weightDown) / (weightAcross + weightDown);
+        green[i] = value;
+        difference[i] = site[i] - value;
+    }
+}
+
+CORVANE_VECTORS
+void BayerKernels::pixelsAtSites(const float* __restrict site,
+                                 const float* __restrict green,
+                                 const Corners& corners,
+                                 bool siteIsRed,
+                                 int count,
+                                 const Matrix& matrix,
+                                 const Planes& into)
+{
+    const float* const greenAbove = corners.greenAbove;
+    const float* const greenBelow = corners.greenBelow;
+    const float* const above = corners.above;
+    const float* const below = corners.below;
+    // The columns of the matrix in the order of site, green and the other colour.
+    const std::size_t own = siteIsRed ? 0 : 2;
+    const std::size_t other = 2 - own;
+    const float redOwn = matrix[own];
+    const float redGreen = matrix[1];
+    const float redOther = matrix[other];
+    const float greenOwn = matrix[3 + own];
+    const float greenGreen = matrix[4];
+    const float greenOther = matrix[3 + other];
+    const float blueOwn = matrix[6 + own];
+    const float blueGreen = matrix[7];
+    const float blueOther = matrix[6 + other];
+    quint16* __restrict const redInto = into.red;
+    quint16* __restrict const greenInto = into.green;
+    quint16* __restrict const blueInto = into.blue;
+    for (int i = 0; i < count; ++i) {
+        const float here = green[i];
+        const float falling = std::fabs(above[i] - below[i + 1]) + std::fabs(greenAbove[i] - here) +
+                              std::fabs(greenBelow[i + 1] - here) + kNoCornerGradient;
+        const float rising = std::fabs(above[i + 1] - below[i]) +
+                             std::fabs(greenAbove[i + 1] - here) + std::fabs(greenBelow[i] - here) +
+                             kNoCornerGradient;
+        const float more =
+            ((above[i] + below[i + 1]) * rising + (above[i + 1] + below[i]) * falling) /
+            (falling + rising);
+        const float otherLight = clipped(here + 0.5F * more);
+        redInto[i] = stored(redOwn * site[i] + redGreen * here + redOther * otherLight);
+        greenInto[i] = stored(greenOwn * site[i] + greenGreen * here + greenOther * otherLight);
+        blueInto[i] = stored(blueOwn * site[i] + blueGreen * here + blueOther * otherLight);
+    }
+}
+
+CORVANE_VECTORS
+void BayerKernels::pixelsAtGreens(const float* __restrict green,
+                                  const float* __restrict left,
+                                  const float* __restrict above,
+                                  const float* __restrict below,
+                                  bool siteIsRed,
+                                  int count,
+                                  const Matrix& matrix,
+                                  const Planes& into)
+{
+    const std::size_t own = siteIsRed ? 0 : 2;
+    const std::size_t other = 2 - own;
+    const float redOwn = matrix[own];
+    const float redGreen = matrix[1];
+    const float redOther = matrix[other];
+    const float greenOwn = matrix[3 + own];
+    const float greenGreen = matrix[4];
+    const float greenOther = matrix[3 + other];
+    const float blueOwn = matrix[6 + own];
+    const float blueGreen = matrix[7];
+    const float blueOther = matrix[6 + other];
+    quint16* __restrict const redInto = into.red;
+    quint16* __restrict const greenInto = into.green;
+    quint16* __restrict const blueInto = into.blue;
+    for (int i = 0; i < count; ++i) {
+        const float here = green[i];
+        const float ownLight = clipped(here + 0.5F * (left[i] + left[i + 1]));
+        const float otherLight = clipped(here + 0.5F * (above[i] + below[i]));
+        redInto[i] = stored(redOwn * ownLight + redGreen * here + redOther * otherLight);
+        greenInto[i] = stored(greenOwn * ownLight + greenGreen * here + greenOther * otherLight);
+        blueInto[i] = stored(blueOwn * ownLight + blueGreen * here + blueOther * otherLight);
+    }
+}
+
+CORVANE_VECTORS
+void BayerKernels::pixelsOfCells(const Cells& cells,
+                                 int count,
+                                 const Matrix& matrix,
+                                 const Planes& into)
+{
+    const float* const red = cells.red;
+    const float* const firstGreen = cells.firstGreen;
+    const float* const secondGreen = cells.secondGreen;
+    const float* const blue = cells.blue;
+    const Matrix m = matrix;
+    quint16* __restrict const redInto = into.red;
+    quint16* __restrict const greenInto = into.green;
+    quint16* __restrict const blueInto = into.blue;
+    for (int i = 0; i < count; ++i) {
+        const float green = 0.5F * (firstGreen[i] + secondGreen[i]);
+        redInto[i] = stored(m[0] * red[i] + m[1] * green + m[2] * blue[i]);
+        greenInto[i] = stored(m[3] * red[i] + m[4] * green + m[5] * blue[i]);
+        blueInto[i] = stored(m[6] * red[i] + m[7] * green + m[8] * blue[i]);
+    }
+}

@@ -1,0 +1,104 @@
+#include "ColorSamples.h"
+
+#include <QPointF>
+#include <QRectF>
+
+#include <algorithm>
+#include <cmath>
+
+namespace
+{
+
+/// Places a side of the grid.
+constexpr int kGrid = 40;
+
+/// From here on a sensor's channel counts as clipped, and below here as not.
+constexpr float kClipped = 0.98F;
+constexpr float kSafe = 0.9F;
+
+/// The change of lightness between neighbours that halves a place's weight, in L*.
+constexpr float kEdge = 12.0F;
+
+using Light = std::array<float, 3>;
+
+/// Light at a place (0..1 of the sides), between the pixels' middles.
+Light lightAt(const Bitmap& bitmap, QPointF place)
+{
+    const auto pixel = [](double part, int side) {
+        return std::clamp(part * side - 0.5, 0.0, side - 1.0);
+    };
+    const double x = pixel(place.x(), bitmap.pixelsWide());
+    const double y = pixel(place.y(), bitmap.pixelsHigh());
+    const auto left = static_cast<std::size_t>(x);
+    const auto right = std::min(left + 1, static_cast<std::size_t>(bitmap.pixelsWide()) - 1);
+    const int top = static_cast<int>(y);
+    const auto upper = bitmap.row(top);
+    const auto lower = bitmap.row(std::min(top + 1, bitmap.pixelsHigh() - 1));
+    Light light{};
+    for (std::size_t channel = 0; channel < light.size(); ++channel) {
+        const auto across = [&](std::span<const quint16> row) {
+            return std::lerp(static_cast<double>(row[3 * left + channel]),
+                             static_cast<double>(row[3 * right + channel]),
+                             x - static_cast<double>(left));
+        };
+        light.at(channel) =
+            static_cast<float>(std::lerp(across(upper), across(lower), y - top) / 65535.0);
+    }
+    return light;
+}
+
+/// Where a place of the turned picture lies in the picture itself.
+QPointF unturned(QPointF place, int turns)
+{
+    for (int quarter = 0; quarter < turns; ++quarter) {
+        place = {place.y(), 1.0 - place.x()};
+    }
+    return place;
+}
+
+QPointF placeIn(const QRectF& area, double x, double y)
+{
+    return {area.left() + x * area.width(), area.top() + y * area.height()};
+}
+
+bool isClippedInPart(const Light& light)
+{
+    const auto [least, most] = std::ranges::minmax(light);
+    return most >= kClipped && least < kSafe;
+}
+
+/// The change of lightness from pixel to pixel about a place.
+float edgeAt(const Bitmap& shown, QPointF place)
+{
+    const QPointF across(1.0 / shown.pixelsWide(), 0.0);
+    const QPointF down(0.0, 1.0 / shown.pixelsHigh());
+    const auto lightness = [&](QPointF at) { return CieLab::of(lightAt(shown, at)).lightness; };
+    return std::max(std::abs(lightness(place + across) - lightness(place - across)),
+                    std::abs(lightness(place + down) - lightness(place - down))) /
+           2.0F;
+}
+
+} // namespace
+
+std::vector<ColorSample>
+ColorSamples::of(const Bitmap& photo, const Bitmap& shown, const SceneComparison::Overlay& overlay)
+{
+    std::vector<ColorSample> samples;
+    samples.reserve(std::size_t{kGrid} * kGrid);
+    for (int row = 0; row < kGrid; ++row) {
+        for (int column = 0; column < kGrid; ++column) {
+            const double x = (column + 0.5) / kGrid;
+            const double y = (row + 0.5) / kGrid;
+            const Light light = lightAt(photo, placeIn(overlay.first, x, y));
+            if (isClippedInPart(light)) {
+                continue;
+            }
+            const QPointF place = unturned(placeIn(overlay.second, x, y), overlay.turns);
+            const float edge = edgeAt(shown, place) / kEdge;
+            samples.push_back({.light = light,
+                               .shown = CieLab::of(lightAt(shown, place)),
+                               .weight = 1.0F / (1.0F + edge * edge)});
+        }
+    }
+    return samples;
+}

@@ -1,0 +1,379 @@
+#include "RawFile.h"
+
+#include "PictureLimits.h"
+#include "TiffStructure.h"
+
+#if defined(_OPENMP)
+#include <omp.h>
+#endif
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+namespace
+{
+
+/// PPG: the best of LibRaw's interpolations that gives the same pixels with any number of threads.
+constexpr int kInterpolation = 2;
+
+/// LibRaw's mark of a crop whose place in the sensor is not stated.
+constexpr int kNoOrigin = 0xFFFF;
+
+/// Cameras crop to other shapes and zoom by cropping: to a third of a side and, in a wide shape, to
+/// less than that of the other. What would leave less than this part of a side is damage.
+constexpr int kDeepestCrop = 8;
+
+// DNG 1.4, chapter 4: where the picture meant for display lies in the active area.
+constexpr quint16 kDefaultCropOrigin = 0xC61F;
+constexpr quint16 kDefaultCropSize = 0xC620;
+
+/// Warnings that mean that LibRaw was built without the decoder that the data need.
+constexpr unsigned kLacksDecoder = LIBRAW_WARN_NO_JPEGLIB | LIBRAW_WARN_NO_JASPER;
+
+Error errorOf(int status)
+{
+    switch (status) {
+    case LIBRAW_FILE_UNSUPPORTED:
+    case LIBRAW_REQUEST_FOR_NONEXISTENT_IMAGE:
+    case LIBRAW_NOT_IMPLEMENTED:
+        return {ErrorCode::Unsupported,
+                QStringLiteral("it is no RAW photo of a kind that can be decoded")};
+    case LIBRAW_UNSUFFICIENT_MEMORY:
+    case LIBRAW_MEMPOOL_OVERFLOW:
+        return {ErrorCode::OutOfSpace, QStringLiteral("there is not enough memory to decode it")};
+    case LIBRAW_TOO_BIG:
+        return {ErrorCode::Unsupported, QStringLiteral("it says that its picture is too large")};
+    case LIBRAW_IO_ERROR:
+        return {ErrorCode::Damaged, QStringLiteral("it ends before its picture does")};
+    default:
+        return {ErrorCode::Damaged,
+                QStringLiteral("its picture data are corrupt (%1)")
+                    .arg(QString::fromLatin1(libraw_strerror(status)))};
+    }
+}
+
+void setParameters(libraw_output_params_t& parameters)
+{
+    parameters.use_camera_wb = 1;
+    parameters.no_auto_bright = 1;
+    parameters.output_bps = 16;
+    parameters.gamm[0] = 1.0;
+    parameters.gamm[1] = 1.0;
+    parameters.output_color = 1; // sRGB primaries
+    parameters.user_flip = 0;
+    parameters.user_qual = kInterpolation;
+    parameters.adjust_maximum_thr = 0.0F;
+    parameters.highlight = 0; // clipped
+}
+
+/// LibRaw decodes the strips of compressed Fujifilm files in threads that share its input; one
+/// thread keeps the order of its reads, and of its complaints, the same each time.
+class FujiOnOneThread final
+{
+public:
+    explicit FujiOnOneThread([[maybe_unused]] bool fuji)
+    {
+#if defined(_OPENMP)
+        m_threads = omp_get_max_threads();
+        if (fuji) {
+            omp_set_num_threads(1);
+        }
+#endif
+    }
+
+    ~FujiOnOneThread()
+    {
+#if defined(_OPENMP)
+        omp_set_num_threads(m_threads);
+#endif
+    }
+
+    FujiOnOneThread(const FujiOnOneThread&) = delete;
+    FujiOnOneThread& operator=(const FujiOnOneThread&) = delete;
+
+private:
+    [[maybe_unused]] int m_threads{1};
+};
+
+/// The crop that a DNG file's own tags state, in coordinates of the visible area; empty where none
+/// is stated.
+QRect cropOfDng(const QByteArray& bytes)
+{
+    const auto tiff = TiffStructure::parse(bytes);
+    const TiffDirectory* const raw = tiff ? tiff->rawDirectory() : nullptr;
+    if (raw == nullptr) {
+        return {};
+    }
+    const auto origin = raw->values(kDefaultCropOrigin);
+    const auto size = raw->values(kDefaultCropSize);
+    if (origin.size() != 2 || size.size() != 2) {
+        return {};
+    }
+    const auto whole = [](double value) {
+        return static_cast<int>(std::clamp(value, 0.0, double(PictureLimits::kMaximumSide)));
+    };
+    return {whole(origin[0]), whole(origin[1]), whole(size[0]), whole(size[1])};
+}
+
+/// From the codes of LibRaw's filters to the colours that they stand for.
+std::optional<BayerMosaic::Color> colorOf(char letter)
+{
+    switch (letter) {
+    case 'R':
+        return BayerMosaic::Red;
+    case 'G':
+        return BayerMosaic::Green;
+    case 'B':
+        return BayerMosaic::Blue;
+    default:
+        return std::nullopt;
+    }
+}
+
+/// The value from which on green counts as clipped: the sensor's limit, or, where many values
+/// gather at a lower one, that; else clipped places would have the colour of the other channels.
+float whiteOf(const BayerMosaic& mosaic, float limit)
+{
+    constexpr float kLowest = 0.6F;
+    constexpr float kSpread = 0.99F;
+    constexpr qint64 kFewest = 64;
+    constexpr qint64 kPart = 20000;
+    const int start = mosaic.colors[0] == BayerMosaic::Green ? 0 : 1;
+    quint16 highest = 0;
+    const auto eachRow = [&](const auto& work) {
+        for (int y = 0; y < mosaic.visible.height(); ++y) {
+            const quint16* const row = mosaic.values + y * mosaic.stride;
+            work(row, (start + y) % 2);
+        }
+    };
+    eachRow([&](const quint16* row, int first) {
+        for (int x = first; x < mosaic.visible.width(); x += 2) {
+            highest = std::max(highest, row[x]);
+        }
+    });
+    const auto gathered = static_cast<quint16>(static_cast<float>(highest) * kSpread);
+    qint64 count = 0;
+    eachRow([&](const quint16* row, int first) {
+        for (int x = first; x < mosaic.visible.width(); x += 2) {
+            count += row[x] >= gathered ? 1 : 0;
+        }
+    });
+    const qint64 pixels = qint64{mosaic.visible.width()} * mosaic.visible.height();
+    const bool isGathered = count >= std::max(kFewest, pixels / kPart);
+    const auto white = static_cast<float>(gathered);
+    return isGathered && white < limit && white > limit * kLowest ? white : limit;
+}
+
+} // namespace
+
+RawFile::RawFile(const QByteArray& bytes)
+    : m_bytes(bytes)
+{
+    set_dataerror_handler(&RawFile::onDataError, this);
+    // LibRaw reads the buffer and never writes it, whatever its signature says.
+    m_openStatus = open_buffer(const_cast<char*>(bytes.constData()), // NOLINT
+                               static_cast<std::size_t>(bytes.size()));
+}
+
+void RawFile::onDataError(void* object, const char* /*file*/, int /*offset*/)
+{
+    static_cast<RawFile*>(object)->m_dataErrors = true;
+}
+
+std::optional<Error> RawFile::unpackSensor()
+{
+    if (m_openStatus != LIBRAW_SUCCESS) {
+        return errorOf(m_openStatus);
+    }
+    const auto& sizes = imgdata.sizes;
+    if (!PictureLimits::holds(sizes.raw_width, sizes.raw_height) ||
+        !PictureLimits::holds(sizes.width, sizes.height)) {
+        return errorOf(LIBRAW_TOO_BIG);
+    }
+    setParameters(imgdata.params);
+    const std::string_view make(&imgdata.idata.make[0]);
+    const FujiOnOneThread oneThread(make.starts_with("Fuji"));
+    const int status = unpack();
+    if (status != LIBRAW_SUCCESS) {
+        return errorOf(status);
+    }
+    if (m_dataErrors) {
+        return Error{ErrorCode::Damaged, QStringLiteral("its picture data are corrupt")};
+    }
+    if ((imgdata.process_warnings & kLacksDecoder) != 0) {
+        return errorOf(LIBRAW_FILE_UNSUPPORTED);
+    }
+    return std::nullopt;
+}
+
+Result<Bitmap> RawFile::processed()
+{
+    const QSize visible(imgdata.sizes.width, imgdata.sizes.height);
+    const std::string_view make(&imgdata.idata.make[0]);
+    const FujiOnOneThread oneThread(make.starts_with("Fuji"));
+    const int status = dcraw_process();
+    if (status != LIBRAW_SUCCESS) {
+        return errorOf(status);
+    }
+    if (m_dataErrors) {
+        return Error{ErrorCode::Damaged, QStringLiteral("its picture data are corrupt")};
+    }
+    if ((imgdata.process_warnings & kLacksDecoder) != 0 || imgdata.image == nullptr) {
+        return errorOf(LIBRAW_FILE_UNSUPPORTED);
+    }
+    return copyArea(keptArea(visible));
+}
+
+std::optional<BayerMosaic> RawFile::mosaic()
+{
+    const auto& data = imgdata.rawdata;
+    const auto& sizes = imgdata.sizes;
+    const auto& names = imgdata.idata;
+    constexpr unsigned kEachRow = 0x01010101U;
+    const unsigned filters = names.filters;
+    const bool isPlain = data.raw_image != nullptr && filters > 1000 &&
+                         filters == (filters & 0xFFU) * kEachRow && names.colors == 3 &&
+                         names.is_foveon == 0 && sizes.pixel_aspect == 1.0 &&
+                         libraw_internal_data.internal_output_params.fuji_width == 0 &&
+                         !is_phaseone_compressed() && imgdata.color.phase_one_data.format == 0;
+    const auto gains = multipliers();
+    if (!isPlain || !gains) {
+        return std::nullopt;
+    }
+    adjust_bl();
+    const auto& color = imgdata.color;
+    if (color.cblack[4] != 0 || color.cblack[5] != 0) {
+        return std::nullopt; // black that differs from place to place
+    }
+    BayerMosaic mosaic;
+    mosaic.stride = sizes.raw_pitch / 2;
+    mosaic.values = data.raw_image + sizes.top_margin * mosaic.stride + sizes.left_margin;
+    mosaic.visible = QSize(sizes.width, sizes.height);
+    mosaic.kept = keptArea(mosaic.visible);
+    std::array<std::size_t, 4> filterAt{};
+    for (int place = 0; place < 4; ++place) {
+        const auto filter = static_cast<std::size_t>(FC(place / 2, place % 2));
+        const auto colorAt = colorOf(names.cdesc[filter]);
+        if (!colorAt) {
+            return std::nullopt;
+        }
+        filterAt.at(static_cast<std::size_t>(place)) = filter;
+        mosaic.colors.at(static_cast<std::size_t>(place)) = *colorAt;
+    }
+    if (!mosaic.isValid()) {
+        return std::nullopt;
+    }
+    const auto limit = static_cast<float>(color.maximum);
+    const float white = whiteOf(mosaic, limit);
+    const float least = *std::ranges::min_element(*gains);
+    for (std::size_t place = 0; place < 4; ++place) {
+        const auto black = static_cast<float>(color.cblack[filterAt.at(place)]);
+        if (black >= white) {
+            return std::nullopt;
+        }
+        mosaic.black.at(place) = black;
+        mosaic.scale.at(place) = gains->at(filterAt.at(place)) / least * 65535.0F / (limit - black);
+        if (mosaic.colors.at(place) == BayerMosaic::Green) {
+            mosaic.white = std::min(mosaic.white, (white - black) * mosaic.scale.at(place));
+        }
+    }
+    return mosaic;
+}
+
+/// Gains of the filters' colours, all positive; nothing where LibRaw would derive them from the
+/// picture in another way.
+std::optional<std::array<float, 4>> RawFile::multipliers() const
+{
+    const auto& color = imgdata.color;
+    const bool hasWhitePatch = color.white[0][0] != 0;
+    if (hasWhitePatch || color.as_shot_wb_applied != 0) {
+        return std::nullopt;
+    }
+    const bool isKnown = color.cam_mul[0] > 0.0F && color.cam_mul[2] > 0.0F;
+    const auto& from = isKnown ? color.cam_mul : color.pre_mul;
+    std::array<float, 4> gains{from[0], from[1] > 0.0F ? from[1] : 1.0F, from[2], from[3]};
+    if (!(gains[3] > 0.0F)) {
+        gains[3] = gains[1];
+    }
+    const bool allPositive = std::ranges::all_of(gains, [](float gain) { return gain > 0.0F; });
+    return allPositive ? std::optional(gains) : std::nullopt;
+}
+
+SensorColors RawFile::colors() const
+{
+    // What LibRaw has for cameras whose files do not say it.
+    constexpr float kUnknown = -900.0F;
+    constexpr float kMostStops = 3.0F;
+    const auto& color = imgdata.color;
+    SensorColors colors;
+    if (imgdata.idata.colors == 3) {
+        for (std::size_t i = 0; i < colors.toSrgb.size(); ++i) {
+            colors.toSrgb.at(i) = static_cast<double>(color.rgb_cam[i / 3][i % 3]);
+        }
+    }
+    const float stops = color.dng_levels.baseline_exposure;
+    if (stops > kUnknown) {
+        colors.stops = static_cast<double>(std::clamp(stops, -kMostStops, kMostStops));
+    }
+    return colors;
+}
+
+const libraw_thumbnail_t* RawFile::unpackPreview()
+{
+    return m_openStatus == LIBRAW_SUCCESS && unpack_thumb() == LIBRAW_SUCCESS ? &imgdata.thumbnail
+                                                                              : nullptr;
+}
+
+// The crop in coordinates of the visible area; empty where none is stated.
+QRect RawFile::statedCrop() const
+{
+    if (imgdata.idata.dng_version != 0) {
+        // A maker note within speaks of the sensor, not of the pixels that were made of it: DNG
+        // files come reduced and enlarged.
+        return cropOfDng(m_bytes);
+    }
+    const auto& sizes = imgdata.sizes;
+    const auto& inset = sizes.raw_inset_crop;
+    const bool isStated = inset.cwidth > 0 && inset.cheight > 0 && inset.cleft != kNoOrigin &&
+                          inset.ctop != kNoOrigin;
+    return isStated ? QRect(inset.cleft - sizes.left_margin,
+                            inset.ctop - sizes.top_margin,
+                            inset.cwidth,
+                            inset.cheight)
+                    : QRect();
+}
+
+// The part of the picture that is kept; `visible` is the size before processing.
+QRect RawFile::keptArea(QSize visible) const
+{
+    const auto& sizes = imgdata.sizes;
+    const QRect all(0, 0, sizes.width, sizes.height);
+    // Turned or stretched pictures no longer lie as the crop's coordinates say.
+    if (visible != all.size()) {
+        return all;
+    }
+    const QRect crop = statedCrop();
+    const bool plausible = all.contains(crop) && crop.width() * kDeepestCrop >= all.width() &&
+                           crop.height() * kDeepestCrop >= all.height();
+    return plausible ? crop : all;
+}
+
+Bitmap RawFile::copyArea(const QRect& area) const
+{
+    const auto stride = static_cast<std::size_t>(imgdata.sizes.width);
+    Bitmap bitmap(area.width(), area.height(), Transfer::Linear);
+    const bool grey = imgdata.idata.colors == 1;
+    for (int y = 0; y < area.height(); ++y) {
+        const auto start = static_cast<std::size_t>(area.top() + y) * stride +
+                           static_cast<std::size_t>(area.left());
+        const ushort(*pixel)[4] = imgdata.image + start; // NOLINT(*-avoid-c-arrays)
+        const auto row = bitmap.row(y);
+        for (std::size_t i = 0; i < row.size(); i += 3, ++pixel) {
+            row[i] = (*pixel)[0];
+            row[i + 1] = (*pixel)[grey ? 0 : 1];
+            row[i + 2] = (*pixel)[grey ? 0 : 2];
+        }
+    }
+    return bitmap;
+}

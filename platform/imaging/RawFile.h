@@ -1,0 +1,51 @@
+#pragma once
+
+#include "BayerMosaic.h"
+#include "Bitmap.h"
+#include "RenditionFit.h"
+#include "Result.h"
+
+#include <QByteArray>
+#include <QRect>
+
+#include <libraw/libraw.h>
+
+#include <optional>
+
+/// LibRaw over a file in memory, which must outlive it. Half a megabyte: not for a stack. Any one
+/// thread at a time.
+class RawFile final : private LibRaw
+{
+public:
+    explicit RawFile(const QByteArray& bytes);
+
+    /// Reads the sensor's data. Errors: Damaged (also for data that LibRaw complains of),
+    /// Unsupported, OutOfSpace; they name no file.
+    [[nodiscard]] std::optional<Error> unpackSensor();
+
+    /// The sensor's data where they lie in plain cells of red, green and blue, as the camera's
+    /// white balance or, unknown, daylight has them; nothing where they are any other. They live as
+    /// long as this.
+    [[nodiscard]] std::optional<BayerMosaic> mosaic();
+
+    /// The picture as LibRaw makes it of unpacked data of any kind: Transfer::Linear, camera white
+    /// balance. Errors as above.
+    [[nodiscard]] Result<Bitmap> processed();
+
+    [[nodiscard]] SensorColors colors() const;
+
+    /// The preview that LibRaw finds the largest, as stored in the file; nothing where there is
+    /// none. Lives as long as this.
+    [[nodiscard]] const libraw_thumbnail_t* unpackPreview();
+
+private:
+    static void onDataError(void* object, const char* file, int offset);
+    [[nodiscard]] QRect statedCrop() const;
+    [[nodiscard]] QRect keptArea(QSize visible) const;
+    [[nodiscard]] std::optional<std::array<float, 4>> multipliers() const;
+    [[nodiscard]] Bitmap copyArea(const QRect& area) const;
+
+    const QByteArray& m_bytes;
+    int m_openStatus{0};
+    bool m_dataErrors{false};
+};

@@ -1,0 +1,288 @@
+#include "RenditionFit.h"
+
+#include "ColorSamples.h"
+#include "LeastSquares.h"
+#include "ReducedPicture.h"
+#include "SceneComparison.h"
+#include "SrgbTransfer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <numeric>
+#include <optional>
+#include <span>
+#include <utility>
+
+namespace
+{
+
+// What is fitted, in this order; all are 0 where nothing is to be changed. The gains and the
+// saturation are logarithms within bounds.
+constexpr std::size_t kStops = 0;
+constexpr std::size_t kRedGain = 1;
+constexpr std::size_t kBlueGain = 2;
+constexpr std::size_t kSaturation = 3;
+constexpr std::size_t kSlopes = 4;
+constexpr std::size_t kNumbers = kSlopes + ToneCurve::kPieces;
+
+/// Factors that no camera's rendering goes beyond.
+const double kGainBound = std::log(2.5);
+const double kSaturationBound = std::log(1.5);
+constexpr double kStopsBound = 5.0;
+
+// How firmly the numbers are held where the picture says little, in L* of the whole picture for one
+// unit: the curve's slopes to their neighbours, the gains and the saturation to what they are.
+constexpr double kSlopeHold = 0.27;
+constexpr double kGainHold = 0.1;
+constexpr double kSaturationHold = 0.33;
+constexpr double kStopsHold = 0.02;
+
+/// The distance of colours (that of CIE94) at which most places show that no rendition of the photo
+/// is what the picture shows. Measured: true previews 1 to 4.
+constexpr double kFarOff = 12.0;
+
+/// Fewer places prove nothing.
+constexpr std::size_t kFewestSamples = 200;
+
+/// The share of chroma by which differences of colour count less
+/// (CIE94, CIE 116:1995, which leaves hue apart).
+constexpr double kChromaShare = 0.045;
+
+/// Luminance of linear sRGB (IEC 61966-2-1, 5.2).
+constexpr std::array<double, 3> kLuminance{0.2126, 0.7152, 0.0722};
+
+double bounded(double number, double bound)
+{
+    return bound * std::tanh(number / bound);
+}
+
+/// The steps of light of a curve, for many places: light in, light out.
+class LightTable final
+{
+public:
+    explicit LightTable(const std::function<double(double)>& toneOfEncoded, double gain)
+    {
+        for (std::size_t i = 0; i < m_values.size(); ++i) {
+            const double root = static_cast<double>(i) / kSteps;
+            m_values.at(i) = static_cast<float>(SrgbTransfer::linearFrom(std::clamp(
+                toneOfEncoded(SrgbTransfer::encodedFrom(std::min(root * root * gain, 1.0))),
+                0.0,
+                1.0)));
+        }
+    }
+
+    [[nodiscard]] float at(float light) const
+    {
+        const float place = std::sqrt(std::clamp(light, 0.0F, 1.0F)) * kSteps;
+        const auto below = std::min(static_cast<std::size_t>(place), kSteps - 1);
+        const float from = m_values[below];
+        return from + (m_values[below + 1] - from) * (place - static_cast<float>(below));
+    }
+
+private:
+    static constexpr std::size_t kSteps = 256;
+    std::array<float, kSteps + 1> m_values{};
+};
+
+ToneCurve::Slopes slopesOf(std::span<const double> numbers)
+{
+    ToneCurve::Slopes slopes = Rendition::kCommonSlopes;
+    for (std::size_t piece = 0; piece < slopes.size(); ++piece) {
+        slopes.at(piece) *= std::exp(std::clamp(numbers[kSlopes + piece], -4.0, 2.0));
+    }
+    return slopes;
+}
+
+double stopsOf(std::span<const double> numbers)
+{
+    return Rendition::kCommonStops + bounded(numbers[kStops], kStopsBound);
+}
+
+/// Gains in the sensor's own colours, so that its primaries stay what they are, and then a
+/// saturation that keeps luminance.
+ColorMatrix matrixOf(std::span<const double> numbers, const ColorMatrix& toSrgb)
+{
+    const double red = std::exp(bounded(numbers[kRedGain], kGainBound));
+    const double blue = std::exp(bounded(numbers[kBlueGain], kGainBound));
+    const double saturation = std::exp(bounded(numbers[kSaturation], kSaturationBound));
+    ColorMatrix mixing{};
+    for (std::size_t i = 0; i < mixing.size(); ++i) {
+        mixing.at(i) = (1.0 - saturation) * kLuminance.at(i % 3) + (i % 4 == 0 ? saturation : 0.0);
+    }
+    const ColorMatrix gains{red, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, blue};
+    return multiplied(mixing, multiplied(toSrgb, multiplied(gains, inverted(toSrgb))));
+}
+
+Rendition renditionOf(std::span<const double> numbers, const SensorColors& colors)
+{
+    return {matrixOf(numbers, colors.toSrgb), stopsOf(numbers), ToneCurve(slopesOf(numbers))};
+}
+
+/// The fit to one set of samples.
+class Fit final
+{
+public:
+    Fit(std::vector<ColorSample> samples, const SensorColors& colors)
+        : m_samples(std::move(samples))
+        , m_colors(colors)
+    {
+    }
+
+    /// Nothing where most places stay far off.
+    [[nodiscard]] std::optional<Rendition> result()
+    {
+        constexpr int kSteps = 8;
+        constexpr int kMoreSteps = 4;
+        std::vector<double> numbers(kNumbers, 0.0);
+        numbers[kStops] = startingStops();
+        const auto residuals = [this](std::span<const double> at, std::span<double> into) {
+            write(at, into);
+        };
+        numbers = LeastSquares::minimised(std::move(numbers), rows(), residuals, kSteps);
+        if (weighAnew(numbers) > kFarOff) {
+            return std::nullopt;
+        }
+        return renditionOf(
+            LeastSquares::minimised(std::move(numbers), rows(), residuals, kMoreSteps), m_colors);
+    }
+
+private:
+    [[nodiscard]] std::size_t rows() const { return 3 * m_samples.size() + kHolds; }
+
+    /// What brings the middle of the photo's light to the middle of what is shown.
+    [[nodiscard]] double startingStops() const
+    {
+        std::vector<double> stops;
+        for (const ColorSample& sample : m_samples) {
+            const double luminance =
+                std::inner_product(kLuminance.begin(), kLuminance.end(), sample.light.begin(), 0.0);
+            const double lightness = (static_cast<double>(sample.shown.lightness) + 16.0) / 116.0;
+            stops.push_back(
+                std::log2((lightness * lightness * lightness + 1e-4) / (luminance + 1e-4)));
+        }
+        std::ranges::nth_element(stops, stops.begin() + std::ssize(stops) / 2);
+        // The common curve lightens the middle by about a stop itself.
+        return std::clamp(stops[stops.size() / 2] - 1.0, -kStopsBound, kStopsBound);
+    }
+
+    /// Differences of L*, a* and b* from what is shown, and what holds the numbers.
+    void write(std::span<const double> numbers, std::span<double> into) const
+    {
+        // The table's matrix is scaled so that clipped light stays white; so is this one.
+        const Rendition::Parts parts =
+            Rendition::scaled(matrixOf(numbers, m_colors.toSrgb), stopsOf(numbers));
+        const ToneCurve curve(slopesOf(numbers));
+        const LightTable table([&](double x) { return curve.at(x); }, parts.gain);
+        std::array<float, 9> m{};
+        std::ranges::transform(
+            parts.matrix, m.begin(), [](double value) { return static_cast<float>(value); });
+        const double share = 1.0 / std::sqrt(static_cast<double>(m_samples.size()));
+        double* next = into.data();
+        for (const ColorSample& sample : m_samples) {
+            const auto& in = sample.light;
+            const std::array<float, 3> out{table.at(m[0] * in[0] + m[1] * in[1] + m[2] * in[2]),
+                                           table.at(m[3] * in[0] + m[4] * in[1] + m[5] * in[2]),
+                                           table.at(m[6] * in[0] + m[7] * in[1] + m[8] * in[2])};
+            const CieLab lab = CieLab::of(out);
+            const double weight = static_cast<double>(sample.weight) * share;
+            const double colorWeight = weight * colorShare(sample.shown);
+            *next++ = weight * static_cast<double>(lab.lightness - sample.shown.lightness);
+            *next++ = colorWeight * static_cast<double>(lab.redGreen - sample.shown.redGreen);
+            *next++ = colorWeight * static_cast<double>(lab.yellowBlue - sample.shown.yellowBlue);
+        }
+        writeHolds(numbers, next);
+    }
+
+    static void writeHolds(std::span<const double> numbers, double* next)
+    {
+        *next++ = kStopsHold * numbers[kStops];
+        *next++ = kGainHold * numbers[kRedGain];
+        *next++ = kGainHold * numbers[kBlueGain];
+        *next++ = kSaturationHold * numbers[kSaturation];
+        *next++ = kStopsHold * numbers[kSlopes];
+        for (std::size_t piece = kSlopes + 1; piece < kNumbers; ++piece) {
+            *next++ = kSlopeHold * (numbers[piece] - numbers[piece - 1]);
+        }
+    }
+
+    static double colorShare(const CieLab& shown)
+    {
+        return 1.0 / (1.0 + kChromaShare *
+                                static_cast<double>(std::hypot(shown.redGreen, shown.yellowBlue)));
+    }
+
+    /// Places that are far off after the first fit show something else: their weights shrink
+    /// (Cauchy's, P. J. Huber, "Robust Statistics", 1981). Gives how far off most are.
+    double weighAnew(std::span<const double> numbers)
+    {
+        constexpr double kUsualFactor = 3.0;
+        std::vector<double> left(rows());
+        write(numbers, left);
+        const double scale = std::sqrt(static_cast<double>(m_samples.size()));
+        std::vector<double> distances;
+        for (std::size_t i = 0; i < m_samples.size(); ++i) {
+            const double weight = static_cast<double>(m_samples[i].weight);
+            distances.push_back(std::hypot(left[3 * i], left[3 * i + 1], left[3 * i + 2]) * scale /
+                                weight);
+        }
+        std::vector<double> sorted = distances;
+        std::ranges::nth_element(sorted, sorted.begin() + std::ssize(sorted) / 2);
+        const double median = sorted[sorted.size() / 2];
+        const double usual = std::max(1.0, median) * kUsualFactor;
+        for (std::size_t i = 0; i < m_samples.size(); ++i) {
+            const double part = distances[i] / usual;
+            // The residuals are squared, the weights with them.
+            m_samples[i].weight *= static_cast<float>(1.0 / std::sqrt(1.0 + part * part));
+        }
+        return median;
+    }
+
+    static constexpr std::size_t kHolds = kNumbers;
+
+    std::vector<ColorSample> m_samples;
+    const SensorColors& m_colors;
+};
+
+/// The fit to a reference; nothing where that shows no scene in colour, or another.
+std::optional<Rendition>
+fitted(const Bitmap& light, const SensorColors& colors, const QImage& reference)
+{
+    const Bitmap shown = ReducedPicture::of(reference);
+    if (shown.isNull()) {
+        return std::nullopt;
+    }
+    const auto views = SceneComparison::Views::of(shown);
+    if (!SceneComparison::isStructured(views.lightness) || SceneComparison::isToned(views)) {
+        return std::nullopt;
+    }
+    const auto own = SceneComparison::Views::of(light);
+    const auto match = SceneComparison::bestMatch(own.lightness, views.lightness);
+    if (match.likeness < SceneComparison::kSameScene ||
+        SceneComparison::hasOtherColors(own, views)) {
+        return std::nullopt;
+    }
+    // A small preview has averaged what the photo still has apart.
+    const Bitmap alike =
+        ReducedPicture::of(light, std::max(shown.pixelsWide(), shown.pixelsHigh()));
+    std::vector<ColorSample> samples = ColorSamples::of(alike, shown, match.overlay);
+    return samples.size() < kFewestSamples ? std::nullopt
+                                           : Fit(std::move(samples), colors).result();
+}
+
+} // namespace
+
+Rendition
+RenditionFit::of(const Bitmap& light, const SensorColors& colors, const QList<QImage>& references)
+{
+    QList<QImage> largestFirst = references;
+    std::ranges::stable_sort(largestFirst, std::greater(), [](const QImage& image) {
+        return qint64{image.width()} * image.height();
+    });
+    for (const QImage& reference : largestFirst) {
+        if (auto rendition = fitted(light, colors, reference)) {
+            return std::move(*rendition);
+        }
+    }
+    return Rendition::neutral(colors.stops);
+}

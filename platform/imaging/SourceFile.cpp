@@ -1,0 +1,64 @@
+#include "SourceFile.h"
+
+#include "HeifDecoder.h"
+#include "PreviewFinder.h"
+
+#include <QFile>
+
+#include <new>
+
+namespace
+{
+
+/// Files above this are refused: they are read as a whole, and no camera writes such pictures.
+constexpr qint64 kMaximumBytes = 2LL * 1024 * 1024 * 1024 - 1;
+
+Result<QByteArray> readBytes(const QString& path)
+{
+    QFile file(path);
+    if (!file.exists()) {
+        return SourceFile::errorOf(path, ErrorCode::NotFound, QStringLiteral("it does not exist"));
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        return SourceFile::errorOf(path, ErrorCode::Unreadable, file.errorString());
+    }
+    if (file.size() > kMaximumBytes) {
+        return SourceFile::errorOf(path, ErrorCode::Unsupported, QStringLiteral("it is too large"));
+    }
+    const qint64 size = file.size();
+    try {
+        QByteArray bytes = file.readAll();
+        if (file.error() != QFileDevice::NoError || bytes.size() < size) {
+            return SourceFile::errorOf(path, ErrorCode::Unreadable, file.errorString());
+        }
+        return bytes;
+    } catch (const std::bad_alloc&) {
+        return SourceFile::errorOf(
+            path, ErrorCode::OutOfSpace, QStringLiteral("there is not enough memory to read it"));
+    }
+}
+
+} // namespace
+
+Result<SourceFile> SourceFile::read(const QString& path)
+{
+    Result<QByteArray> bytes = readBytes(path);
+    if (!bytes.ok()) {
+        return bytes.error();
+    }
+    const FileType type = FileTypes::detect(bytes.value(), path);
+    return SourceFile{.bytes = std::move(bytes).value(), .type = type};
+}
+
+Error SourceFile::errorOf(const QString& path, ErrorCode code, const QString& reason)
+{
+    return {code, QStringLiteral("The file \"%1\" cannot be used: %2.").arg(path, reason)};
+}
+
+std::optional<QImage> SourceFile::preview() const
+{
+    if (type == FileType::Heif) {
+        return HeifDecoder::thumbnail(bytes);
+    }
+    return type == FileType::Raw ? PreviewFinder::largest(bytes) : std::nullopt;
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "FileType.h"
+#include "Result.h"
+
+#include <QByteArray>
+#include <QImage>
+#include <QString>
+
+#include <optional>
+
+/// The bytes of a picture file and what kind they are. Any thread.
+struct SourceFile {
+    QByteArray bytes;
+    FileType type{FileType::Unknown};
+
+    /// Errors: NotFound, Unreadable, Unsupported (too large), OutOfSpace.
+    [[nodiscard]] static Result<SourceFile> read(const QString& path);
+
+    /// An error that names the file; `reason` is a clause.
+    [[nodiscard]] static Error errorOf(const QString& path, ErrorCode code, const QString& reason);
+
+    /// What the file shows of its picture beside it: a RAW file's largest preview, as stored; a
+    /// HEIF file's thumbnail, as it is to be shown.
+    [[nodiscard]] std::optional<QImage> preview() const;
+};

@@ -1,0 +1,112 @@
+#include "SourcePicture.h"
+
+#include "FileStructure.h"
+#include "HeifDecoder.h"
+#include "JpegDecoder.h"
+#include "QtImageDecoder.h"
+#include "RenditionFit.h"
+#include "Resampler.h"
+#include "SceneComparison.h"
+#include "SourceFile.h"
+
+#include <new>
+#include <utility>
+
+namespace
+{
+
+Result<Bitmap> decodeAs(const SourceFile& file)
+{
+    switch (file.type) {
+    case FileType::Jpeg:
+        return JpegDecoder::decode(file.bytes);
+    case FileType::Heif:
+        return HeifDecoder::decode(file.bytes);
+    case FileType::Picture:
+        return QtImageDecoder::decode(file.bytes);
+    case FileType::Raw:
+    case FileType::Unknown:
+        break;
+    }
+    return Error{ErrorCode::Unsupported,
+                 QStringLiteral("it is no picture of a kind that can be decoded")};
+}
+
+template <typename Content>
+Result<Content> content(const SourceFile& file)
+{
+    if (file.type == FileType::Raw) {
+        Result<RawPhoto> photo = RawPhoto::open(file.bytes);
+        return photo.ok() ? Result<Content>(std::move(photo).value()) : photo.error();
+    }
+    Result<Bitmap> bitmap = decodeAs(file);
+    return bitmap.ok() ? Result<Content>(std::move(bitmap).value()) : bitmap.error();
+}
+
+Result<Bitmap> inSize(Bitmap bitmap, QSize size)
+{
+    return bitmap.size() == size ? Result<Bitmap>(std::move(bitmap))
+                                 : Resampler::scale(bitmap, size);
+}
+
+} // namespace
+
+SourcePicture::SourcePicture(Content content, std::optional<QImage> preview)
+    : m_content(std::move(content))
+    , m_preview(std::move(preview))
+{
+}
+
+Result<SourcePicture> SourcePicture::open(const QString& path)
+{
+    const Result<SourceFile> file = SourceFile::read(path);
+    if (!file.ok()) {
+        return file.error();
+    }
+    if (const auto complaint = FileStructure::complaint(file.value().bytes, file.value().type)) {
+        return SourceFile::errorOf(path, ErrorCode::Damaged, *complaint);
+    }
+    Result<Content> decoded = content<Content>(file.value());
+    if (!decoded.ok()) {
+        return SourceFile::errorOf(path, decoded.error().code, decoded.error().message);
+    }
+    SourcePicture picture(std::move(decoded).value(), file.value().preview());
+    if (const auto complaint = picture.complaint()) {
+        return SourceFile::errorOf(path, ErrorCode::Damaged, *complaint);
+    }
+    return picture;
+}
+
+// A RAW file is also judged without a preview, since its sensor's data could be any values.
+std::optional<QString> SourcePicture::complaint() const
+{
+    if (const auto* const raw = std::get_if<RawPhoto>(&m_content)) {
+        const SmallPicture small = SmallPicture::of(raw->reduced());
+        return SceneComparison::complaint(small, m_preview, [&] {
+            return SceneComparison::isNoise(small, raw->size(), raw->someRows());
+        });
+    }
+    return m_preview ? SceneComparison::thumbnailComplaint(std::get<Bitmap>(m_content), *m_preview)
+                     : std::nullopt;
+}
+
+QSize SourcePicture::size() const
+{
+    const auto* const raw = std::get_if<RawPhoto>(&m_content);
+    return raw != nullptr ? raw->size() : std::get<Bitmap>(m_content).size();
+}
+
+Bitmap SourcePicture::decoded() &&
+{
+    const auto* const raw = std::get_if<RawPhoto>(&m_content);
+    return raw != nullptr ? raw->linear() : std::get<Bitmap>(std::move(m_content));
+}
+
+Result<Bitmap> SourcePicture::rendered(QSize size, const QList<QImage>& references) &&
+{
+    const auto* const raw = std::get_if<RawPhoto>(&m_content);
+    if (raw == nullptr) {
+        return inSize(std::get<Bitmap>(std::move(m_content)), size);
+    }
+    return raw->rendered(RenditionFit::of(raw->reduced(), raw->colors(), references), size);
+}

@@ -1,0 +1,193 @@
+#include "BayerRenderer.h"
+
+#include "BayerSamples.h"
+#include "ImageBuilder.h"
+#include "QtPrinters.h"
+#include "ReducedPicture.h"
+#include "SceneSamples.h"
+#include "SrgbTransfer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace
+{
+
+constexpr ToneCurve::Slopes kStraight{1.0, 1.0, 1.0, 1.0, 1.0, 1.0};
+
+bool isSame(const Bitmap& one, const Bitmap& other)
+{
+    bool same = one.size() == other.size() && one.transfer() == other.transfer();
+    for (int y = 0; same && y < one.pixelsHigh(); ++y) {
+        same = std::ranges::equal(one.row(y), other.row(y));
+    }
+    return same;
+}
+
+Bitmap leaves(QSize size)
+{
+    return SrgbTransfer::converted(SceneSamples::leaves(size), Transfer::Linear);
+}
+
+} // namespace
+
+TEST(BayerRendererTest, aFlatSensorGivesOneColourInEveryPhase)
+{
+    const Bitmap flat = BayerSamples::flat({41, 29}, {9000, 20000, 30000});
+    for (const BayerSamples::Phase phase : BayerSamples::kPhases) {
+        const BayerSamples sensor(flat, phase);
+        const Bitmap linear = BayerRenderer(sensor.mosaic(), kIdentityMatrix).linear();
+        EXPECT_TRUE(isSame(linear, flat));
+    }
+}
+
+TEST(BayerRendererTest, everyPhaseGivesThePictureThatTheSensorSaw)
+{
+    for (const QSize size : {QSize(160, 120), QSize(161, 120), QSize(160, 121), QSize(161, 121)}) {
+        const Bitmap scene = ImageBuilder::scene(size, Transfer::Linear);
+        for (const BayerSamples::Phase phase : BayerSamples::kPhases) {
+            const BayerSamples sensor(scene, phase);
+            const Bitmap linear = BayerRenderer(sensor.mosaic(), kIdentityMatrix).linear();
+            EXPECT_EQ(linear.size(), size);
+            EXPECT_LT(ImageBuilder::difference(linear, scene), 0.008);
+        }
+    }
+}
+
+TEST(BayerRendererTest, whatAFilterMeasuredIsWhatItsPixelHas)
+{
+    const Bitmap scene = leaves({64, 48});
+    const BayerSamples sensor(scene, BayerSamples::kPhases[0]);
+    const Bitmap linear = BayerRenderer(sensor.mosaic(), kIdentityMatrix).linear();
+    for (int y = 0; y < 48; ++y) {
+        for (int x = 0; x < 64; ++x) {
+            const auto channel = static_cast<std::size_t>(3 * x + y % 2 + x % 2);
+            EXPECT_EQ(linear.row(y)[channel], scene.row(y)[channel]);
+        }
+    }
+}
+
+TEST(BayerRendererTest, straightEdgesHaveNoZipper)
+{
+    for (const bool upright : {true, false}) {
+        Bitmap edge(60, 60, Transfer::Linear);
+        for (int y = 0; y < 60; ++y) {
+            for (int x = 0; x < 60; ++x) {
+                std::fill_n(&edge.row(y)[static_cast<std::size_t>(3 * x)],
+                            3,
+                            (upright ? x : y) < 31 ? quint16{3000} : quint16{40000});
+            }
+        }
+        const BayerSamples sensor(edge, BayerSamples::kPhases[0]);
+        const Bitmap linear = BayerRenderer(sensor.mosaic(), kIdentityMatrix).linear();
+        EXPECT_LT(ImageBuilder::difference(linear, edge), 0.002) << upright;
+    }
+}
+
+TEST(BayerRendererTest, blackAndGainOfEachFilterAreTakenOff)
+{
+    const Bitmap scene = leaves({80, 60});
+    BayerSamples sensor(scene, BayerSamples::kPhases[0]);
+    sensor.distort({100, 131, 90, 126}, {0.25F, 0.5F, 0.5F, 0.4F});
+    const Bitmap linear = BayerRenderer(sensor.mosaic(), kIdentityMatrix).linear();
+    const Bitmap plain =
+        BayerRenderer(BayerSamples(scene, BayerSamples::kPhases[0]).mosaic(), kIdentityMatrix)
+            .linear();
+    EXPECT_LT(ImageBuilder::difference(linear, plain), 1e-3);
+}
+
+TEST(BayerRendererTest, clippedLightIsWhiteWhateverTheGains)
+{
+    const Bitmap bright = BayerSamples::flat({40, 40}, {60000, 60000, 60000});
+    BayerSamples sensor(bright, BayerSamples::kPhases[0]);
+    BayerMosaic mosaic = sensor.mosaic();
+    mosaic.scale = {2.1F, 1.15F, 1.15F, 1.6F};
+    const ColorMatrix camera{1.6, -0.5, -0.1, -0.2, 1.5, -0.3, 0.0, -0.5, 1.5};
+    for (const float white : {65535.0F, 58000.0F}) {
+        mosaic.white = white;
+        const Bitmap linear = BayerRenderer(mosaic, camera).linear();
+        const auto row = linear.row(20);
+        EXPECT_NEAR(row[60], white, 20.0F);
+        EXPECT_NEAR(row[61], row[60], 20);
+        EXPECT_NEAR(row[62], row[60], 20);
+    }
+}
+
+TEST(BayerRendererTest, theSameBytesWithAnyNumberOfThreads)
+{
+    const Bitmap scene = leaves({321, 517});
+    const BayerSamples sensor(scene, BayerSamples::kPhases[2]);
+    BayerRenderer renderer(sensor.mosaic(), {1.2, -0.1, -0.1, -0.2, 1.4, -0.2, 0.0, -0.1, 1.1});
+    const Rendition rendition = Rendition::neutral(0.3);
+    renderer.setThreads(1);
+    const Bitmap rendered = renderer.rendered(rendition);
+    const Bitmap halved = renderer.halved();
+    const Bitmap reduced = renderer.reduced();
+    for (const int threads : {2, 3, 8}) {
+        renderer.setThreads(threads);
+        EXPECT_TRUE(isSame(renderer.rendered(rendition), rendered)) << threads;
+        EXPECT_TRUE(isSame(renderer.halved(), halved)) << threads;
+        EXPECT_TRUE(isSame(renderer.reduced(), reduced)) << threads;
+    }
+}
+
+TEST(BayerRendererTest, partsAndRowsAreThoseOfTheWhole)
+{
+    const Bitmap scene = leaves({120, 90});
+    const BayerSamples sensor(scene, BayerSamples::kPhases[0]);
+    BayerMosaic mosaic = sensor.mosaic();
+    const Bitmap whole = BayerRenderer(mosaic, kIdentityMatrix).linear();
+    for (const QRect part : {QRect(11, 8, 50, 41), QRect(10, 7, 51, 40), QRect(0, 1, 119, 89)}) {
+        mosaic.kept = part;
+        const BayerRenderer renderer(mosaic, kIdentityMatrix);
+        const Bitmap cut = renderer.linear();
+        ASSERT_EQ(cut.size(), part.size());
+        for (int y = 0; y < part.height(); ++y) {
+            EXPECT_TRUE(std::ranges::equal(
+                cut.row(y),
+                whole.row(part.top() + y)
+                    .subspan(static_cast<std::size_t>(3 * part.left()), cut.row(y).size())));
+        }
+        const Bitmap rows = renderer.linearRows(20, 30);
+        EXPECT_TRUE(std::ranges::equal(rows.row(3), cut.row(23)));
+    }
+}
+
+TEST(BayerRendererTest, theRenditionIsAppliedToLight)
+{
+    const Bitmap scene = ImageBuilder::scene({160, 120}, Transfer::Linear);
+    const BayerSamples sensor(scene, BayerSamples::kPhases[0]);
+    const BayerRenderer renderer(sensor.mosaic(), kIdentityMatrix);
+    const ColorMatrix matrix{1.1, -0.1, 0.0, -0.1, 1.2, -0.1, 0.1, -0.2, 1.1};
+    const Rendition rendition(matrix, 0.3, ToneCurve({0.6, 1.4, 1.5, 1.1, 0.7, 0.5}));
+    const Bitmap picture = renderer.rendered(rendition);
+    EXPECT_EQ(picture.transfer(), Transfer::Srgb);
+    EXPECT_LT(ImageBuilder::difference(picture, rendition.applied(renderer.linear())), 1e-4);
+    const Bitmap plain = renderer.rendered(Rendition(kIdentityMatrix, 0.0, ToneCurve(kStraight)));
+    EXPECT_LT(ImageBuilder::difference(plain, renderer.linear()), 1e-4);
+}
+
+TEST(BayerRendererTest, cellsMakeThePictureOfHalfTheSize)
+{
+    for (const QSize size : {QSize(200, 160), QSize(201, 161)}) {
+        const Bitmap scene = ImageBuilder::scene(size, Transfer::Linear);
+        for (const BayerSamples::Phase phase : BayerSamples::kPhases) {
+            const BayerSamples sensor(scene, phase);
+            const Bitmap half = BayerRenderer(sensor.mosaic(), kIdentityMatrix).halved();
+            EXPECT_EQ(half.size(), size / 2);
+            const Bitmap wanted = ImageBuilder::scene(size / 2, Transfer::Linear);
+            EXPECT_LT(ImageBuilder::difference(half, wanted), 0.02);
+        }
+    }
+}
+
+TEST(BayerRendererTest, theReducedPictureIsTheMeanOfTheCells)
+{
+    const Bitmap scene = leaves({1300, 900});
+    const BayerSamples sensor(scene, BayerSamples::kPhases[1]);
+    const BayerRenderer renderer(sensor.mosaic(), kIdentityMatrix);
+    const Bitmap wanted = ReducedPicture::of(renderer.halved());
+    EXPECT_EQ(renderer.reduced().size(), wanted.size());
+    EXPECT_LT(ImageBuilder::difference(renderer.reduced(), wanted), 1e-4);
+}

@@ -1,0 +1,169 @@
+#include "SourcePicture.h"
+
+#include "BitmapImage.h"
+#include "Correlation.h"
+#include "ImageBuilder.h"
+#include "JpegDestination.h"
+#include "QtPrinters.h"
+#include "SceneSamples.h"
+#include "SrgbTransfer.h"
+
+#include <QTemporaryDir>
+#include <QTransform>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr QSize kSize(320, 240);
+constexpr ToneCurve::Slopes kCurve{0.4, 1.2, 1.6, 1.3, 0.8, 0.5};
+
+QByteArray jpegOf(const Bitmap& bitmap)
+{
+    const auto jpeg = JpegDestination::encodePlain(bitmap, 0.95);
+    return jpeg.ok() ? jpeg.value() : QByteArray();
+}
+
+Bitmap leaves()
+{
+    return SrgbTransfer::converted(SceneSamples::leaves(kSize), Transfer::Linear);
+}
+
+/// The steps from each pixel's green to the next one's.
+std::vector<float> detailOf(const Bitmap& bitmap)
+{
+    std::vector<float> steps;
+    for (int y = 0; y < bitmap.pixelsHigh(); ++y) {
+        const auto row = bitmap.row(y);
+        for (std::size_t i = 4; i < row.size(); i += 3) {
+            steps.push_back(static_cast<float>(row[i] - row[i - 3]));
+        }
+    }
+    return steps;
+}
+
+bool isSame(const Bitmap& one, const Bitmap& other)
+{
+    bool same = one.size() == other.size();
+    for (int y = 0; same && y < one.pixelsHigh(); ++y) {
+        same = std::ranges::equal(one.row(y), other.row(y));
+    }
+    return same;
+}
+
+class SourcePictureTest : public testing::Test
+{
+protected:
+    /// A RAW photo of leaves with that preview in its file, rendered as it wants.
+    [[nodiscard]] Bitmap rendered(const QByteArray& preview, QSize size = kSize) const
+    {
+        return renderedOf(ImageBuilder::dng(leaves(), {.crop = {}, .preview = preview}), size);
+    }
+
+    [[nodiscard]] Bitmap renderedOf(const QByteArray& bytes, QSize size) const
+    {
+        const QString path = m_folder.filePath(u"photo.dng"_s);
+        ImageBuilder::write(path, bytes);
+        auto opened = SourcePicture::open(path);
+        EXPECT_TRUE(opened.ok());
+        if (!opened.ok()) {
+            return {};
+        }
+        SourcePicture picture = std::move(opened).value();
+        QList<QImage> references;
+        if (picture.preview()) {
+            references.append(*picture.preview());
+        }
+        auto bitmap = std::move(picture).rendered(size, references);
+        EXPECT_TRUE(bitmap.ok());
+        return bitmap.ok() ? std::move(bitmap).value() : Bitmap();
+    }
+
+    QTemporaryDir m_folder;
+};
+
+} // namespace
+
+TEST_F(SourcePictureTest, aRawPhotoLooksLikeItsPreviewInEverySize)
+{
+    const Rendition camera(kIdentityMatrix, 0.7, ToneCurve(kCurve));
+    const QByteArray preview = jpegOf(camera.applied(leaves()));
+    EXPECT_LT(ImageBuilder::difference(rendered(preview), camera.applied(leaves())), 0.03);
+    // Smaller ones need not be scaled from the whole in the same way.
+    const Bitmap half = rendered(preview, kSize / 2);
+    EXPECT_EQ(half.size(), kSize / 2);
+    const Bitmap wanted = BitmapImage::fromImage(
+        BitmapImage::toImage(camera.applied(leaves()))
+            .scaled(kSize / 2, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+    EXPECT_LT(ImageBuilder::difference(half, wanted), 0.04);
+}
+
+TEST_F(SourcePictureTest, aPreviewOfAnotherSceneChangesNothing)
+{
+    const Bitmap alone = rendered({});
+    EXPECT_TRUE(isSame(rendered(jpegOf(SceneSamples::leaves(kSize, 2))), alone));
+    EXPECT_TRUE(isSame(rendered(jpegOf(ImageBuilder::scene(kSize))), alone));
+    EXPECT_TRUE(isSame(rendered(jpegOf(ImageBuilder::flat(kSize, 30000))), alone));
+}
+
+TEST_F(SourcePictureTest, thePreviewGivesTonesAndNoDetail)
+{
+    const Bitmap alone = rendered({});
+    const Bitmap camera = Rendition(kIdentityMatrix, 0.7, ToneCurve(kCurve)).applied(leaves());
+    // Without any detail, and with some that the photo has not.
+    QImage coarse = BitmapImage::toImage(camera).scaled(
+        32, 24, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    QImage retouched = BitmapImage::toImage(camera);
+    for (int y = 40; y < 80; ++y) {
+        for (int x = 200; x < 260; ++x) {
+            retouched.setPixelColor(x, y, (x + y) % 8 < 4 ? Qt::yellow : Qt::blue);
+        }
+    }
+    for (const QImage& image : {coarse, retouched}) {
+        const Bitmap guided = rendered(jpegOf(BitmapImage::fromImage(image)));
+        ASSERT_FALSE(isSame(guided, alone)); // it was followed
+        EXPECT_GT(Correlation::ofValues(detailOf(guided), detailOf(alone)), 0.95);
+    }
+}
+
+TEST_F(SourcePictureTest, theSizeIsThatOfTheFileUntilItIsRendered)
+{
+    const QString path = m_folder.filePath(u"scene.jpg"_s);
+    ImageBuilder::write(path, jpegOf(ImageBuilder::scene(kSize)));
+    auto opened = SourcePicture::open(path);
+    ASSERT_TRUE(opened.ok());
+    EXPECT_EQ(opened.value().size(), kSize);
+    EXPECT_FALSE(opened.value().preview().has_value());
+    const auto small = std::move(opened).value().rendered({100, 10}, {});
+    ASSERT_TRUE(small.ok());
+    EXPECT_EQ(small.value().size(), QSize(100, 10));
+}
+
+TEST_F(SourcePictureTest, picturesThatAreNoRawPhotosAreTakenAsTheyAre)
+{
+    const QString path = m_folder.filePath(u"scene.jpg"_s);
+    ImageBuilder::write(path, jpegOf(ImageBuilder::scene(kSize)));
+    auto opened = SourcePicture::open(path);
+    auto again = SourcePicture::open(path);
+    ASSERT_TRUE(opened.ok() && again.ok());
+    const Bitmap decoded = std::move(again).value().decoded();
+    const QImage brighter = BitmapImage::toImage(
+        Rendition::neutral(1.0).applied(ImageBuilder::scene(kSize, Transfer::Linear)));
+    const auto picture = std::move(opened).value().rendered(kSize, {brighter});
+    ASSERT_TRUE(picture.ok());
+    EXPECT_TRUE(isSame(picture.value(), decoded));
+}
+
+TEST_F(SourcePictureTest, aSizeWithoutPixelsIsAnError)
+{
+    const QString path = m_folder.filePath(u"photo.dng"_s);
+    ImageBuilder::write(path, ImageBuilder::dng(leaves()));
+    auto opened = SourcePicture::open(path);
+    ASSERT_TRUE(opened.ok());
+    EXPECT_FALSE(std::move(opened).value().rendered({0, 10}, {}).ok());
+}
