@@ -18,11 +18,12 @@ struct BayerMosaic {
     // Of the four places of the visible area's first two rows and columns, row by row.
     std::array<Color, 4> colors{Red, Green, Green, Blue};
     std::array<float, 4> black{};           ///< what a value is without light
-    std::array<float, 4> scale{1, 1, 1, 1}; ///< light of a value above black: 65535 is white,
-                                            ///< which is the same colour in all channels
+    std::array<float, 4> scale{1, 1, 1, 1}; ///< light of a value above black: 65535 is the most
 
     /// Light from which on a value says no more than that there was more, 65535 at most.
     float white{65535.0F};
+    /// Gains of red, green and blue that make grey grey; the least is 1.
+    std::array<float, 3> balance{1, 1, 1};
 
     /// Whether the filters lie as said and there are enough pixels to tell colours by.
     [[nodiscard]] bool isValid() const

@@ -85,10 +85,8 @@ public:
         const auto parity = static_cast<std::size_t>(2 * (source & 1));
         const auto even = parity + static_cast<std::size_t>(left & 1);
         const auto odd = parity + static_cast<std::size_t>(1 - (left & 1));
-        const BayerKernels::Light first{
-            m_mosaic.black.at(even), m_mosaic.scale.at(even), m_mosaic.white};
-        const BayerKernels::Light second{
-            m_mosaic.black.at(odd), m_mosaic.scale.at(odd), m_mosaic.white};
+        const BayerKernels::Light first = lightOf(even);
+        const BayerKernels::Light second = lightOf(odd);
         const quint16* const values = m_mosaic.values + source * m_mosaic.stride;
         const int begin = std::clamp((1 - left) / 2, 0, m_pairs);
         const int end = std::clamp((m_mosaic.visible.width() - left) / 2, begin, m_pairs);
@@ -130,6 +128,14 @@ public:
     [[nodiscard]] int pairs() const { return m_pairs; }
 
 private:
+    [[nodiscard]] BayerKernels::Light lightOf(std::size_t filter) const
+    {
+        return {.black = m_mosaic.black.at(filter),
+                .scale =
+                    m_mosaic.scale.at(filter) * m_mosaic.balance.at(m_mosaic.colors.at(filter)),
+                .white = m_mosaic.white};
+    }
+
     void prepareReflected(const quint16* values,
                           int column,
                           BayerKernels::Light first,
@@ -268,6 +274,15 @@ BayerRenderer::BayerRenderer(const BayerMosaic& mosaic, const ColorMatrix& toSrg
     Q_ASSERT(mosaic.isValid());
 }
 
+BayerRenderer BayerRenderer::balanced(const std::array<double, 3>& gains) const
+{
+    BayerRenderer other = *this;
+    std::ranges::transform(gains, other.m_mosaic.balance.begin(), [](double gain) {
+        return static_cast<float>(gain);
+    });
+    return other;
+}
+
 ColorMatrix BayerRenderer::total(const ColorMatrix& matrix) const
 {
     return multiplied(matrix, m_toSrgb);
@@ -343,9 +358,10 @@ Bitmap BayerRenderer::reduced() const
     const int left = halfSize().width() % block / 2;
     const int top = halfSize().height() % block / 2;
     Bitmap picture(into.width(), into.height(), Transfer::Linear);
-    const ColorMatrix matrix = total(kIdentityMatrix);
+    BayerMosaic unbalanced = m_mosaic;
+    unbalanced.balance = {1.0F, 1.0F, 1.0F};
     const auto work = [&](int from, int end) {
-        BandOfRows rows(m_mosaic);
+        BandOfRows rows(unbalanced);
         std::vector<std::array<double, 3>> sums(static_cast<std::size_t>(into.width()));
         for (int y = from; y < end; ++y) {
             std::ranges::fill(sums, std::array<double, 3>{});
@@ -364,13 +380,9 @@ Bitmap BayerRenderer::reduced() const
                 }
             }
             quint16* value = picture.row(y).data();
-            for (const auto& [red, green, blue] : sums) {
-                for (std::size_t channel = 0; channel < 9; channel += 3) {
-                    const double light =
-                        (matrix.at(channel) * red + matrix.at(channel + 1) * green +
-                         matrix.at(channel + 2) * blue) /
-                        (block * block);
-                    *value++ = static_cast<quint16>(std::lround(std::clamp(light, 0.0, 65535.0)));
+            for (const auto& sum : sums) {
+                for (const double light : sum) {
+                    *value++ = static_cast<quint16>(std::lround(light / (block * block)));
                 }
             }
         }

@@ -4,6 +4,8 @@
 #include "Bitmap.h"
 #include "Rendition.h"
 
+#include <array>
+
 /// Makes pictures of sensor data in one pass over their rows, without a picture in between. Light
 /// above white is clipped before anything else, so that it stays white. Any thread, several at
 /// once; on all cores, and the pixels do not depend on their number.
@@ -22,6 +24,9 @@ public:
     /// All cores by default.
     void setThreads(int threads) { m_threads = threads; }
 
+    /// The same sensor with other gains of red, green and blue, the least of them 1.
+    [[nodiscard]] BayerRenderer balanced(const std::array<double, 3>& gains) const;
+
     [[nodiscard]] QSize size() const { return m_mosaic.kept.size(); }
 
     /// Each pixel of the four of a cell, so half as many a side, rounded down.
@@ -39,7 +44,8 @@ public:
     /// Transfer::Linear, at half size.
     [[nodiscard]] Bitmap halved(const ColorMatrix& matrix = kIdentityMatrix) const;
 
-    /// Transfer::Linear, cells averaged down to the size of ReducedPicture.
+    /// Transfer::Linear in the sensor's own colours, unbalanced, cells averaged down to the size of
+    /// ReducedPicture.
     [[nodiscard]] Bitmap reduced() const;
 
 private:

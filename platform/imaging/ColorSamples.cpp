@@ -61,8 +61,11 @@ QPointF placeIn(const QRectF& area, double x, double y)
     return {area.left() + x * area.width(), area.top() + y * area.height()};
 }
 
-bool isClippedInPart(const Light& light)
+bool isClippedInPart(Light light, const std::array<double, 3>& balance)
 {
+    std::ranges::transform(light, balance, light.begin(), [](float value, double gain) {
+        return value * static_cast<float>(gain);
+    });
     const auto [least, most] = std::ranges::minmax(light);
     return most >= kClipped && least < kSafe;
 }
@@ -80,8 +83,10 @@ float edgeAt(const Bitmap& shown, QPointF place)
 
 } // namespace
 
-std::vector<ColorSample>
-ColorSamples::of(const Bitmap& photo, const Bitmap& shown, const SceneComparison::Overlay& overlay)
+std::vector<ColorSample> ColorSamples::of(const Bitmap& photo,
+                                          const Bitmap& shown,
+                                          const SceneComparison::Overlay& overlay,
+                                          const std::array<double, 3>& balance)
 {
     std::vector<ColorSample> samples;
     samples.reserve(std::size_t{kGrid} * kGrid);
@@ -90,7 +95,7 @@ ColorSamples::of(const Bitmap& photo, const Bitmap& shown, const SceneComparison
             const double x = (column + 0.5) / kGrid;
             const double y = (row + 0.5) / kGrid;
             const Light light = lightAt(photo, placeIn(overlay.first, x, y));
-            if (isClippedInPart(light)) {
+            if (isClippedInPart(light, balance)) {
                 continue;
             }
             const QPointF place = unturned(placeIn(overlay.second, x, y), overlay.turns);

@@ -20,7 +20,10 @@ namespace ColorSamples
 /// A grid of places all over the part that both show; both are Transfer::Linear and `shown` lies
 /// over `photo` as `overlay` says. Without places where the sensor's channels are clipped in part.
 /// Edges, which are seldom in register, have little weight. Any thread.
-[[nodiscard]] std::vector<ColorSample>
-of(const Bitmap& photo, const Bitmap& shown, const SceneComparison::Overlay& overlay);
+/// `balance`: gains of the photo's channels before they are clipped.
+[[nodiscard]] std::vector<ColorSample> of(const Bitmap& photo,
+                                          const Bitmap& shown,
+                                          const SceneComparison::Overlay& overlay,
+                                          const std::array<double, 3>& balance = {1.0, 1.0, 1.0});
 
 } // namespace ColorSamples

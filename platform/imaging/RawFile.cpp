@@ -266,15 +266,19 @@ std::optional<BayerMosaic> RawFile::mosaic()
     }
     const auto limit = static_cast<float>(color.maximum);
     const float white = whiteOf(mosaic, limit);
-    const float least = *std::ranges::min_element(*gains);
+    const float least = std::min({(*gains)[0], (*gains)[1], (*gains)[2]});
     for (std::size_t place = 0; place < 4; ++place) {
         const auto black = static_cast<float>(color.cblack[filterAt.at(place)]);
         if (black >= white) {
             return std::nullopt;
         }
+        // The two greens may have gains of their own.
+        const std::size_t channel = mosaic.colors.at(place);
+        const float own = gains->at(filterAt.at(place)) / gains->at(channel);
         mosaic.black.at(place) = black;
-        mosaic.scale.at(place) = gains->at(filterAt.at(place)) / least * 65535.0F / (limit - black);
-        if (mosaic.colors.at(place) == BayerMosaic::Green) {
+        mosaic.scale.at(place) = own * 65535.0F / (limit - black);
+        mosaic.balance.at(channel) = gains->at(channel) / least;
+        if (channel == BayerMosaic::Green) {
             mosaic.white = std::min(mosaic.white, (white - black) * mosaic.scale.at(place));
         }
     }

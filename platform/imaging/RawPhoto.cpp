@@ -63,8 +63,10 @@ Result<RawPhoto> RawPhoto::open(const QByteArray& bytes)
         if (const auto failure = file->unpackSensor()) {
             return *failure;
         }
-        const SensorColors colors = file->colors();
+        SensorColors colors = file->colors();
         if (const auto mosaic = file->mosaic()) {
+            const auto& [red, green, blue] = mosaic->balance;
+            colors.sensor = {.balance = {red, green, blue}, .white = mosaic->white / 65535.0};
             return RawPhoto(std::move(file), BayerRenderer(*mosaic, colors.toSrgb), colors);
         }
         Result<Bitmap> linear = file->processed();
@@ -117,19 +119,21 @@ Bitmap RawPhoto::someRows() const
 
 Result<Bitmap> RawPhoto::rendered(const Rendition& rendition, QSize size) const
 {
-    if (m_renderer && size == this->size()) {
-        return m_renderer->rendered(rendition);
-    }
     if (!m_renderer) {
         Result<Bitmap> scaled =
             size == m_linear.size() ? Result<Bitmap>(m_linear) : Resampler::scale(m_linear, size);
         return scaled.ok() ? Result<Bitmap>(rendition.applied(std::move(scaled).value()))
                            : scaled.error();
     }
-    const bool isSmall =
-        2 * size.width() <= this->size().width() && 2 * size.height() <= this->size().height();
+    const BayerRenderer renderer =
+        rendition.balance() ? m_renderer->balanced(*rendition.balance()) : *m_renderer;
+    const QSize whole = renderer.size();
+    if (size == whole) {
+        return renderer.rendered(rendition);
+    }
+    const bool isSmall = 2 * size.width() <= whole.width() && 2 * size.height() <= whole.height();
     const Bitmap light =
-        isSmall ? m_renderer->halved(rendition.matrix()) : m_renderer->linear(rendition.matrix());
+        isSmall ? renderer.halved(rendition.matrix()) : renderer.linear(rendition.matrix());
     if (light.size() == size) {
         return rendition.toned(light);
     }

@@ -38,7 +38,7 @@ public:
     /// Some hundred rows of that, spread over the picture.
     [[nodiscard]] Bitmap someRows() const;
 
-    /// Transfer::Linear, averaged down (ReducedPicture).
+    /// Transfer::Linear, averaged down (ReducedPicture), in the colours that colors() tells.
     [[nodiscard]] const Bitmap& reduced() const { return m_reduced; }
 
     /// The picture, sRGB encoded. Where the size is at most half in both directions it is made of

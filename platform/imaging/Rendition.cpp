@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <span>
+#include <utility>
 
 namespace
 {
@@ -65,6 +66,20 @@ ColorMatrix inverted(const ColorMatrix& matrix)
     return inverse;
 }
 
+Bitmap transformed(Bitmap light, const ColorMatrix& matrix)
+{
+    if (matrix == kIdentityMatrix) {
+        return light;
+    }
+    FloatMatrix floats{};
+    std::ranges::transform(
+        matrix, floats.begin(), [](double value) { return static_cast<float>(value); });
+    for (int y = 0; y < light.pixelsHigh(); ++y) {
+        transformRow(light.row(y), floats);
+    }
+    return light;
+}
+
 Rendition::Parts Rendition::scaled(ColorMatrix matrix, double stops)
 {
     const double least = std::min({matrix[0] + matrix[1] + matrix[2],
@@ -100,26 +115,24 @@ Rendition Rendition::neutral(double stops)
     return {kIdentityMatrix, kCommonStops + stops, ToneCurve(kCommonSlopes)};
 }
 
+Rendition Rendition::with(const std::array<double, 3>& balance) const
+{
+    Rendition other = *this;
+    other.m_balance = balance;
+    return other;
+}
+
 Bitmap Rendition::applied(Bitmap linear) const
 {
-    if (m_matrix != kIdentityMatrix) {
-        FloatMatrix matrix{};
-        std::ranges::transform(
-            m_matrix, matrix.begin(), [](double value) { return static_cast<float>(value); });
-        for (int y = 0; y < linear.pixelsHigh(); ++y) {
-            transformRow(linear.row(y), matrix);
-        }
-    }
-    return toned(linear);
+    return toned(transformed(std::move(linear), m_matrix));
 }
 
 Bitmap Rendition::toned(const Bitmap& light) const
 {
     Bitmap picture(light.pixelsWide(), light.pixelsHigh(), Transfer::Srgb);
     for (int y = 0; y < light.pixelsHigh(); ++y) {
-        std::ranges::transform(light.row(y), picture.row(y).begin(), [this](quint16 value) {
-            return m_tones[value];
-        });
+        std::ranges::transform(
+            light.row(y), picture.row(y).begin(), [this](quint16 value) { return m_tones[value]; });
     }
     return picture;
 }

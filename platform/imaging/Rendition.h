@@ -4,6 +4,7 @@
 #include "ToneCurve.h"
 
 #include <array>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -17,6 +18,9 @@ inline constexpr ColorMatrix kIdentityMatrix{1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 
 
 /// The inverse; the identity where there is none.
 [[nodiscard]] ColorMatrix inverted(const ColorMatrix& matrix);
+
+/// The light of a picture, Transfer::Linear, after a matrix, clipped.
+[[nodiscard]] Bitmap transformed(Bitmap light, const ColorMatrix& matrix);
 
 /// How the light that a sensor saw becomes a picture: a matrix in linear light, then one tone curve
 /// for all channels. Immutable; any thread.
@@ -43,6 +47,13 @@ public:
     /// the curve.
     Rendition(const ColorMatrix& matrix, double stops, const ToneCurve& curve);
 
+    /// The same for the light of a sensor that gets these gains before anything else, in place of
+    /// the camera's.
+    [[nodiscard]] Rendition with(const std::array<double, 3>& balance) const;
+
+    /// The sensor's gains; nothing where they are the camera's.
+    [[nodiscard]] const std::optional<std::array<double, 3>>& balance() const { return m_balance; }
+
     /// What is used where nothing tells how the photo should look: colours as they are and the
     /// curve of a common camera, `stops` brighter than that.
     [[nodiscard]] static Rendition neutral(double stops = 0.0);
@@ -67,5 +78,6 @@ public:
 
 private:
     ColorMatrix m_matrix;
+    std::optional<std::array<double, 3>> m_balance;
     std::vector<quint16> m_tones;
 };

@@ -99,24 +99,54 @@ double stopsOf(std::span<const double> numbers)
     return Rendition::kCommonStops + bounded(numbers[kStops], kStopsBound);
 }
 
-/// Gains in the sensor's own colours, so that its primaries stay what they are, and then a
-/// saturation that keeps luminance.
-ColorMatrix matrixOf(std::span<const double> numbers, const ColorMatrix& toSrgb)
+/// A saturation that keeps luminance.
+ColorMatrix mixingOf(std::span<const double> numbers)
 {
-    const double red = std::exp(bounded(numbers[kRedGain], kGainBound));
-    const double blue = std::exp(bounded(numbers[kBlueGain], kGainBound));
     const double saturation = std::exp(bounded(numbers[kSaturation], kSaturationBound));
     ColorMatrix mixing{};
     for (std::size_t i = 0; i < mixing.size(); ++i) {
         mixing.at(i) = (1.0 - saturation) * kLuminance.at(i % 3) + (i % 4 == 0 ? saturation : 0.0);
     }
-    const ColorMatrix gains{red, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, blue};
-    return multiplied(mixing, multiplied(toSrgb, multiplied(gains, inverted(toSrgb))));
+    return mixing;
+}
+
+/// A rendition in parts.
+struct Parts {
+    std::array<double, 3> balance{1.0, 1.0, 1.0}; ///< of the light at hand, the least 1
+    ColorMatrix matrix{};                         ///< of linear sRGB
+    double stops{0.0};
+};
+
+/// The gains are those of the sensor's own colours, so that its primaries stay what they are.
+Parts partsOf(std::span<const double> numbers, const SensorColors& colors)
+{
+    const double red = std::exp(bounded(numbers[kRedGain], kGainBound));
+    const double blue = std::exp(bounded(numbers[kBlueGain], kGainBound));
+    const ColorMatrix mixing = mixingOf(numbers);
+    if (!colors.sensor) {
+        // Light that was clipped already.
+        const ColorMatrix gains{red, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, blue};
+        const ColorMatrix balanced =
+            multiplied(colors.toSrgb, multiplied(gains, inverted(colors.toSrgb)));
+        return {.matrix = multiplied(mixing, balanced), .stops = stopsOf(numbers)};
+    }
+    const auto& camera = colors.sensor->balance;
+    Parts parts{.balance = {camera[0] * red, camera[1], camera[2] * blue},
+                .matrix = mixing,
+                .stops = stopsOf(numbers)};
+    const double least = *std::ranges::min_element(parts.balance);
+    for (double& gain : parts.balance) {
+        gain /= least;
+    }
+    parts.stops += std::log2(least);
+    return parts;
 }
 
 Rendition renditionOf(std::span<const double> numbers, const SensorColors& colors)
 {
-    return {matrixOf(numbers, colors.toSrgb), stopsOf(numbers), ToneCurve(slopesOf(numbers))};
+    const Parts parts = partsOf(numbers, colors);
+    const Rendition rendition(parts.matrix, parts.stops, ToneCurve(slopesOf(numbers)));
+    return colors.sensor ? rendition.with(parts.balance) : rendition;
 }
 
 /// The fit to one set of samples.
@@ -169,18 +199,26 @@ private:
     /// Differences of L*, a* and b* from what is shown, and what holds the numbers.
     void write(std::span<const double> numbers, std::span<double> into) const
     {
-        // The table's matrix is scaled so that clipped light stays white; so is this one.
-        const Rendition::Parts parts =
-            Rendition::scaled(matrixOf(numbers, m_colors.toSrgb), stopsOf(numbers));
+        const Parts parts = partsOf(numbers, m_colors);
+        // Clipped light stays white, as in the rendition.
+        const Rendition::Parts scaled = Rendition::scaled(parts.matrix, parts.stops);
         const ToneCurve curve(slopesOf(numbers));
-        const LightTable table([&](double x) { return curve.at(x); }, parts.gain);
+        const LightTable table([&](double x) { return curve.at(x); }, scaled.gain);
+        const auto toFloats = [](const auto& from, auto& to) {
+            std::ranges::transform(
+                from, to.begin(), [](double value) { return static_cast<float>(value); });
+        };
         std::array<float, 9> m{};
-        std::ranges::transform(
-            parts.matrix, m.begin(), [](double value) { return static_cast<float>(value); });
+        toFloats(m_colors.sensor ? multiplied(scaled.matrix, m_colors.toSrgb) : scaled.matrix, m);
+        std::array<float, 3> balance{};
+        toFloats(parts.balance, balance);
+        const auto white = static_cast<float>(m_colors.sensor ? m_colors.sensor->white : 1.0);
         const double share = 1.0 / std::sqrt(static_cast<double>(m_samples.size()));
         double* next = into.data();
         for (const ColorSample& sample : m_samples) {
-            const auto& in = sample.light;
+            const std::array<float, 3> in{std::min(sample.light[0] * balance[0], white),
+                                          std::min(sample.light[1] * balance[1], white),
+                                          std::min(sample.light[2] * balance[2], white)};
             const std::array<float, 3> out{table.at(m[0] * in[0] + m[1] * in[1] + m[2] * in[2]),
                                            table.at(m[3] * in[0] + m[4] * in[1] + m[5] * in[2]),
                                            table.at(m[6] * in[0] + m[7] * in[1] + m[8] * in[2])};
@@ -256,7 +294,7 @@ fitted(const Bitmap& light, const SensorColors& colors, const QImage& reference)
     if (!SceneComparison::isStructured(views.lightness) || SceneComparison::isToned(views)) {
         return std::nullopt;
     }
-    const auto own = SceneComparison::Views::of(light);
+    const auto own = SceneComparison::Views::of(transformed(light, colors.lightToSrgb()));
     const auto match = SceneComparison::bestMatch(own.lightness, views.lightness);
     if (match.likeness < SceneComparison::kSameScene ||
         SceneComparison::hasOtherColors(own, views)) {
@@ -265,7 +303,11 @@ fitted(const Bitmap& light, const SensorColors& colors, const QImage& reference)
     // A small preview has averaged what the photo still has apart.
     const Bitmap alike =
         ReducedPicture::of(light, std::max(shown.pixelsWide(), shown.pixelsHigh()));
-    std::vector<ColorSample> samples = ColorSamples::of(alike, shown, match.overlay);
+    std::vector<ColorSample> samples = ColorSamples::of(
+        alike,
+        shown,
+        match.overlay,
+        colors.sensor ? colors.sensor->balance : std::array<double, 3>{1.0, 1.0, 1.0});
     return samples.size() < kFewestSamples ? std::nullopt
                                            : Fit(std::move(samples), colors).result();
 }

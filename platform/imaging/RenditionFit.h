@@ -6,12 +6,33 @@
 #include <QImage>
 #include <QList>
 
+#include <array>
+#include <optional>
+
 /// What is known of a sensor's colours.
 struct SensorColors {
+    /// What still has to be done to its light.
+    struct Sensor {
+        std::array<double, 3> balance{1.0, 1.0, 1.0}; ///< gains that make grey grey, the least 1
+        double white{1.0}; ///< from here on light is clipped in all channels, 0..1
+    };
+
     /// From the sensor's colours, white balanced, to linear sRGB.
     ColorMatrix toSrgb{kIdentityMatrix};
     /// By how much the maker's own software lightens its pictures (DNG's BaselineExposure).
     double stops{0.0};
+    /// Where the light at hand is still the sensor's, unbalanced, and not linear sRGB.
+    std::optional<Sensor> sensor{std::nullopt};
+
+    /// Of light at hand: linear sRGB, as it is without any fit.
+    [[nodiscard]] ColorMatrix lightToSrgb() const
+    {
+        if (!sensor) {
+            return kIdentityMatrix;
+        }
+        const auto& [red, green, blue] = sensor->balance;
+        return multiplied(toSrgb, {red, 0.0, 0.0, 0.0, green, 0.0, 0.0, 0.0, blue});
+    }
 };
 
 /// Finds how a photo has to be rendered to look like a picture that was made of it. Any thread;
@@ -19,7 +40,8 @@ struct SensorColors {
 namespace RenditionFit
 {
 
-/// `light`: the photo as it was decoded, Transfer::Linear, averaged down (ReducedPicture).
+/// `light`: the photo as it was decoded, Transfer::Linear, averaged down (ReducedPicture), in the
+/// colours that `colors` tells.
 /// `references`: pictures that may show it, turned in any way.
 ///
 /// The largest reference that shows the scene in colour is followed, in exposure, a tone curve, two

@@ -102,7 +102,7 @@ TEST(BayerRendererTest, clippedLightIsWhiteWhateverTheGains)
     const Bitmap bright = BayerSamples::flat({40, 40}, {60000, 60000, 60000});
     BayerSamples sensor(bright, BayerSamples::kPhases[0]);
     BayerMosaic mosaic = sensor.mosaic();
-    mosaic.scale = {2.1F, 1.15F, 1.15F, 1.6F};
+    mosaic.balance = {2.1F, 1.15F, 1.6F};
     const ColorMatrix camera{1.6, -0.5, -0.1, -0.2, 1.5, -0.3, 0.0, -0.5, 1.5};
     for (const float white : {65535.0F, 58000.0F}) {
         mosaic.white = white;
@@ -112,6 +112,20 @@ TEST(BayerRendererTest, clippedLightIsWhiteWhateverTheGains)
         EXPECT_NEAR(row[61], row[60], 20);
         EXPECT_NEAR(row[62], row[60], 20);
     }
+}
+
+TEST(BayerRendererTest, gainsAreTakenBeforeLightIsClipped)
+{
+    const Bitmap flat = BayerSamples::flat({40, 40}, {40000, 20000, 10000});
+    const BayerSamples sensor(flat, BayerSamples::kPhases[3]);
+    BayerMosaic mosaic = sensor.mosaic();
+    mosaic.balance = {2.0F, 1.0F, 3.0F};
+    const BayerRenderer renderer(mosaic, kIdentityMatrix);
+    EXPECT_TRUE(isSame(renderer.linear(), BayerSamples::flat({40, 40}, {65535, 20000, 30000})));
+    EXPECT_TRUE(isSame(renderer.balanced({1.5, 1.0, 2.0}).linear(),
+                       BayerSamples::flat({40, 40}, {60000, 20000, 20000})));
+    // What is fitted must not be clipped already.
+    EXPECT_TRUE(isSame(renderer.reduced(), BayerSamples::flat({20, 20}, {40000, 20000, 10000})));
 }
 
 TEST(BayerRendererTest, theSameBytesWithAnyNumberOfThreads)

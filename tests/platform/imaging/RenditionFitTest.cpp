@@ -99,6 +99,27 @@ TEST(RenditionFitTest, gainsAreFoundInTheColoursOfTheSensor)
     EXPECT_LT(distanceLeft(Rendition(matrix, 2.0, ToneCurve(kCurve)), colors), 1.2);
 }
 
+TEST(RenditionFitTest, theGainsOfASensorReplaceTheCameras)
+{
+    // The camera would double red, which would clip it; in truth it needs a fifth more.
+    const Bitmap grey = SrgbTransfer::converted(SceneSamples::leaves(kSize), Transfer::Linear);
+    Bitmap light = grey;
+    for (int y = 0; y < light.pixelsHigh(); ++y) {
+        const auto row = light.row(y);
+        for (std::size_t i = 0; i < row.size(); i += 3) {
+            row[i] = static_cast<quint16>(row[i] * 5 / 6);
+        }
+    }
+    const SensorColors colors{.sensor =
+                                  SensorColors::Sensor{.balance = {2.0, 1.0, 1.0}, .white = 1.0}};
+    const Rendition made(kIdentityMatrix, 0.5, ToneCurve(kCurve));
+    const Rendition found = RenditionFit::of(light, colors, {shownBy(made, grey)});
+    ASSERT_TRUE(found.balance().has_value());
+    EXPECT_NEAR((*found.balance())[0] / (*found.balance())[1], 1.2, 0.06);
+    EXPECT_NEAR((*found.balance())[2] / (*found.balance())[1], 1.0, 0.06);
+    EXPECT_LT(distance(found.applied(grey), made.applied(grey)), 1.5);
+}
+
 TEST(RenditionFitTest, saturationIsFound)
 {
     const ColorMatrix paler{0.7637, 0.2146, 0.0217, 0.0638, 0.9146, 0.0217, 0.0638, 0.2146, 0.7217};
