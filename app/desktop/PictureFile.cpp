@@ -1,14 +1,18 @@
 #include "PictureFile.h"
 
 #include "BitmapImage.h"
-#include "ImageSource.h"
+#include "ImageProperties.h"
 #include "PictureLimits.h"
+#include "SourcePicture.h"
 #include "Texts.h"
+#include "Upright.h"
 
 #include <QColorSpace>
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QImageReader>
+
+#include <utility>
 
 namespace
 {
@@ -65,13 +69,27 @@ Result<QImage> readWithQt(const QString& path, QSize within, PictureFile::Turn t
 }
 
 /// Types that Qt has no plugin for.
-Result<QImage> readWithOwnDecoders(const QString& path)
+Result<QImage> readWithOwnDecoders(const QString& path, QSize within, PictureFile::Turn turn)
 {
-    const Result<Bitmap> bitmap = ImageSource::decode(path);
+    Result<SourcePicture> picture = SourcePicture::open(path);
+    if (!picture.ok()) {
+        return picture.error();
+    }
+    const Result<ImageProperties> properties = ImageProperties::read(path);
+    const int orientation = turn == PictureFile::Turn::AsTagged && properties.ok()
+                                ? properties.value().facts().orientation
+                                : 1;
+    const QSize size = fitted(picture.value().size(),
+                              Upright::isTransposed(orientation) ? within.transposed() : within);
+    QList<QImage> references;
+    if (picture.value().preview()) {
+        references.append(*picture.value().preview());
+    }
+    const Result<Bitmap> bitmap = std::move(picture).value().rendered(size, references);
     if (!bitmap.ok()) {
         return bitmap.error();
     }
-    return BitmapImage::toImage(bitmap.value());
+    return BitmapImage::toImage(Upright::turned(bitmap.value(), orientation));
 }
 
 QImage forScreen(QImage image, QSize within)
@@ -100,7 +118,7 @@ Result<QImage> PictureFile::read(const QString& path, QSize within, Turn turn)
     }
     Result<QImage> image = readWithQt(path, within, turn);
     if (!image.ok() && image.error().code == ErrorCode::Unsupported) {
-        if (Result<QImage> other = readWithOwnDecoders(path); other.ok()) {
+        if (Result<QImage> other = readWithOwnDecoders(path, within, turn); other.ok()) {
             image = std::move(other);
         }
     }

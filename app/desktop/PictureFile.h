@@ -17,7 +17,7 @@ enum class Turn : quint8 {
 };
 
 /// The picture in sRGB, 32 bits a pixel, fitted into `within` (pixels) with its aspect kept; never
-/// enlarged. RAW files and movies are no pictures in this sense.
+/// enlarged. RAW photos look as their previews do.
 /// Errors name the file: NotFound, Unreadable, Unsupported, Damaged, OutOfSpace (memory).
 [[nodiscard]] Result<QImage> read(const QString& path, QSize within, Turn turn);
 

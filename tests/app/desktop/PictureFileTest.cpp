@@ -1,8 +1,12 @@
 #include "PictureFile.h"
 
+#include "BitmapImage.h"
+#include "ImageBuilder.h"
 #include "PictureFolder.h"
 
+#include <QBuffer>
 #include <QColorSpace>
+#include <QTransform>
 
 #include <gtest/gtest.h>
 
@@ -61,6 +65,36 @@ TEST_F(PictureFileTest, aPictureOfAnotherColourSpaceIsConvertedForTheScreen)
     ASSERT_TRUE(shown.ok());
     // The green of Adobe RGB lies outside of sRGB.
     EXPECT_GT(shown.value().pixelColor(5, 5).green(), 200);
+}
+
+TEST_F(PictureFileTest, aRawPhotoLooksAsItsPreviewAndLiesAsTagged)
+{
+    const QImage preview = BitmapImage::toImage(ImageBuilder::scene({300, 200}));
+    QByteArray jpeg;
+    QBuffer buffer(&jpeg);
+    ASSERT_TRUE(preview.save(&buffer, "JPG", 95));
+    // The sensor saw half of the light that the camera's own picture shows.
+    Bitmap light = ImageBuilder::scene({300, 200}, Transfer::Linear);
+    for (int y = 0; y < light.pixelsHigh(); ++y) {
+        for (quint16& value : light.row(y)) {
+            value /= 2;
+        }
+    }
+    const QString path = m_folder.bytes(
+        u"turned.dng"_s, ImageBuilder::dng(light, {.crop = {}, .preview = jpeg, .orientation = 6}));
+    const Result<QImage> stored =
+        PictureFile::read(path, QSize(120, 120), PictureFile::Turn::AsStored);
+    ASSERT_TRUE(stored.ok()) << stored.error().message.toStdString();
+    ASSERT_EQ(stored.value().size(), QSize(120, 80));
+    EXPECT_LT(
+        ImageBuilder::difference(BitmapImage::fromImage(stored.value()),
+                                 BitmapImage::fromImage(preview.scaled(
+                                     120, 80, Qt::IgnoreAspectRatio, Qt::SmoothTransformation))),
+        0.03);
+    const Result<QImage> tagged =
+        PictureFile::read(path, QSize(80, 120), PictureFile::Turn::AsTagged);
+    ASSERT_TRUE(tagged.ok());
+    EXPECT_EQ(tagged.value(), stored.value().transformed(QTransform().rotate(90)));
 }
 
 TEST_F(PictureFileTest, failuresNameTheFileAndTheirKind)
