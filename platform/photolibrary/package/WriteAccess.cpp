@@ -45,6 +45,9 @@ Result<void> WriteTransaction::announceFiles(const QStringList& relativePaths)
 Result<void> WriteTransaction::makeFile(const QString& relativePath, const QByteArray& bytes)
 {
     const QString path = m_access->places().package + u'/' + relativePath;
+    if (Result<void> there = m_access->m_package.check(); !there.ok()) {
+        return there;
+    }
     Result<void> made = AtomicFile::makeFolder(QFileInfo(path).absolutePath());
     if (made.ok()) {
         made = AtomicFile::write(path, bytes, AtomicFile::Existing::Refuse);
@@ -64,7 +67,10 @@ Result<void> WriteTransaction::commit()
         rollback();
         return Error{ErrorCode::Internal, u"A step failed before, so all of them were undone."_s};
     }
-    Result<void> done = m_access->ofJournal(m_access->m_journal->turnWillCommit(m_turn, m_changes));
+    Result<void> done = m_access->m_package.check();
+    if (done.ok()) {
+        done = m_access->ofJournal(m_access->m_journal->turnWillCommit(m_turn, m_changes));
+    }
     if (done.ok()) {
         done = LibraryErrors::caught(m_access->places().package, [this]() -> Result<void> {
             m_committing = true;
@@ -103,7 +109,8 @@ Result<void> WriteTransaction::settleByOutcome()
         return m_access->settle(
             m_turn,
             m_made.isEmpty() ||
-                PackageFiles::removeMade(m_access->places().package, m_made).isEmpty());
+                (m_access->m_package.check().ok() &&
+                 PackageFiles::removeMade(m_access->places().package, m_made).isEmpty()));
     case Outcome::Done:
         m_access->addPending(m_changes);
         return {};
@@ -156,6 +163,7 @@ WriteAccess::WriteAccess(Places places,
                          std::unique_ptr<LibraryLock> lock,
                          std::unique_ptr<TurnJournal> journal)
     : m_places(std::move(places))
+    , m_package(m_places.package)
     , m_lock(std::move(lock))
     , m_journal(std::move(journal))
 {
@@ -168,11 +176,13 @@ Result<std::unique_ptr<WriteTransaction>> WriteAccess::begin(Connection& connect
         m_gate.leave();
         return closedError();
     }
-    const Result<void> begun =
-        LibraryErrors::caught(m_places.package, [&connection]() -> Result<void> {
+    Result<void> begun = m_package.check();
+    if (begun.ok()) {
+        begun = LibraryErrors::caught(m_places.package, [&connection]() -> Result<void> {
             connection.beginImmediate();
             return {};
         });
+    }
     if (!begun.ok()) {
         m_gate.leave();
         return begun.error();
@@ -249,6 +259,9 @@ Result<QString> WriteAccess::backUp(Connection& connection)
     const WriterGate::Scope taken(m_gate);
     if (m_shutDown) {
         return closedError();
+    }
+    if (const Result<void> there = m_package.check(); !there.ok()) {
+        return there.error();
     }
     return LibraryErrors::caught(m_places.package, [&]() -> Result<QString> {
         connection.beginImmediate(); // so that the databases are of one moment

@@ -3,6 +3,7 @@
 #include "Changes.h"
 #include "Connection.h"
 #include "LibraryLock.h"
+#include "PackageIdentity.h"
 #include "Result.h"
 #include "TrashRows.h"
 #include "TurnJournal.h"
@@ -32,7 +33,8 @@ public:
 
     /// Notes in the journal, before any of them exists, the files that will be made.
     [[nodiscard]] Result<void> announceFiles(const QStringList& relativePaths);
-    /// Makes an announced file with its folders, flushed. Errors: NotWritable, OutOfSpace.
+    /// Makes an announced file with its folders, flushed. Errors: NotWritable, OutOfSpace, NotFound
+    /// where the package was moved.
     [[nodiscard]] Result<void> makeFile(const QString& relativePath, const QByteArray& bytes);
     /// Notes in the journal what is to be removed once the transaction is committed.
     [[nodiscard]] Result<void> doom(const TrashRows::Leftovers& leftovers);
@@ -84,7 +86,8 @@ public:
                                                      std::unique_ptr<LibraryLock> lock);
 
     /// Waits for the writer's place, then begins on the databases. The first one of a run makes the
-    /// backup. Errors: InUse, NotWritable, OutOfSpace, NotFound after shutDown().
+    /// backup. Errors: InUse, NotWritable, OutOfSpace, NotFound after shutDown() or where the
+    /// package was moved.
     [[nodiscard]] Result<std::unique_ptr<WriteTransaction>> begin(Connection& connection);
 
     /// Makes a backup now, while nobody writes, whether or not this run made one before; returns
@@ -123,6 +126,7 @@ private:
     [[nodiscard]] Result<void> forgetPending();
 
     const Places m_places;
+    const PackageIdentity m_package;
     std::unique_ptr<LibraryLock> m_lock;
     const std::unique_ptr<TurnJournal> m_journal;
     WriterGate m_gate;
@@ -143,6 +147,7 @@ Result<void> WriteAccess::synchronise(Follow&& follow)
     if (changes.isEmpty()) {
         return m_shutDown ? Result<void>() : clearJournal();
     }
-    const Result<void> followed = follow(changes);
+    const Result<void> there = m_package.check();
+    const Result<void> followed = there.ok() ? follow(changes) : there;
     return followed.ok() ? forgetPending() : followed;
 }

@@ -143,6 +143,7 @@ class DesktopProcessTest(DesktopTestCase):
         self.program.click(alert.find("push button", name="OK"))
         self.program.send_signal(signal.SIGTERM)
         self.assertEqual(self.program.exit_status(), 128 + signal.SIGTERM)
+        self.assertFalse(self.library.path.exists(), "nothing is made where the library was")
         self.library.path = elsewhere
         self.assertEqual(len(self.library.originals()), len(self.originals))
 
