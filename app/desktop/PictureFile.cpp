@@ -1,6 +1,7 @@
 #include "PictureFile.h"
 
 #include "BitmapImage.h"
+#include "FileType.h"
 #include "ImageProperties.h"
 #include "PictureLimits.h"
 #include "SourcePicture.h"
@@ -68,7 +69,7 @@ Result<QImage> readWithQt(const QString& path, QSize within, PictureFile::Turn t
     return image;
 }
 
-/// Types that Qt has no plugin for.
+/// RAW photos, and types that Qt has no plugin for.
 Result<QImage> readWithOwnDecoders(const QString& path, QSize within, PictureFile::Turn turn)
 {
     Result<SourcePicture> picture = SourcePicture::open(path);
@@ -116,8 +117,11 @@ Result<QImage> PictureFile::read(const QString& path, QSize within, Turn turn)
         return Error{file.exists() ? ErrorCode::Unreadable : ErrorCode::NotFound,
                      Texts::fileMissing(path)};
     }
-    Result<QImage> image = readWithQt(path, within, turn);
-    if (!image.ok() && image.error().code == ErrorCode::Unsupported) {
+    // Many RAW files are TIFF files to Qt, whose picture would be a thumbnail.
+    const bool isRaw = FileTypes::rawExtensions().contains(file.suffix().toLower());
+    Result<QImage> image =
+        isRaw ? readWithOwnDecoders(path, within, turn) : readWithQt(path, within, turn);
+    if (!image.ok() && !isRaw) {
         if (Result<QImage> other = readWithOwnDecoders(path, within, turn); other.ok()) {
             image = std::move(other);
         }

@@ -20,8 +20,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr QSize kSize(320, 240);
-constexpr ToneCurve::Slopes kCurve{0.4, 1.2, 1.6, 1.3, 0.8, 0.5};
+constexpr QSize kPhotoSize(320, 240);
+constexpr ToneCurve::Slopes kPreviewCurve{0.4, 1.2, 1.6, 1.3, 0.8, 0.5};
 
 QByteArray jpegOf(const Bitmap& bitmap)
 {
@@ -31,7 +31,7 @@ QByteArray jpegOf(const Bitmap& bitmap)
 
 Bitmap leaves()
 {
-    return SrgbTransfer::converted(SceneSamples::leaves(kSize), Transfer::Linear);
+    return SrgbTransfer::converted(SceneSamples::leaves(kPhotoSize), Transfer::Linear);
 }
 
 /// The steps from each pixel's green to the next one's.
@@ -60,7 +60,7 @@ class SourcePictureTest : public testing::Test
 {
 protected:
     /// A RAW photo of leaves with that preview in its file, rendered as it wants.
-    [[nodiscard]] Bitmap rendered(const QByteArray& preview, QSize size = kSize) const
+    [[nodiscard]] Bitmap rendered(const QByteArray& preview, QSize size = kPhotoSize) const
     {
         return renderedOf(ImageBuilder::dng(leaves(), {.crop = {}, .preview = preview}), size);
     }
@@ -91,30 +91,31 @@ protected:
 
 TEST_F(SourcePictureTest, aRawPhotoLooksLikeItsPreviewInEverySize)
 {
-    const Rendition camera(kIdentityMatrix, 0.7, ToneCurve(kCurve));
+    const Rendition camera(kIdentityMatrix, 0.7, ToneCurve(kPreviewCurve));
     const QByteArray preview = jpegOf(camera.applied(leaves()));
     EXPECT_LT(ImageBuilder::difference(rendered(preview), camera.applied(leaves())), 0.03);
     // Smaller ones need not be scaled from the whole in the same way.
-    const Bitmap half = rendered(preview, kSize / 2);
-    EXPECT_EQ(half.size(), kSize / 2);
+    const Bitmap half = rendered(preview, kPhotoSize / 2);
+    EXPECT_EQ(half.size(), kPhotoSize / 2);
     const Bitmap wanted = BitmapImage::fromImage(
         BitmapImage::toImage(camera.applied(leaves()))
-            .scaled(kSize / 2, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+            .scaled(kPhotoSize / 2, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
     EXPECT_LT(ImageBuilder::difference(half, wanted), 0.04);
 }
 
 TEST_F(SourcePictureTest, aPreviewOfAnotherSceneChangesNothing)
 {
     const Bitmap alone = rendered({});
-    EXPECT_TRUE(isSame(rendered(jpegOf(SceneSamples::leaves(kSize, 2))), alone));
-    EXPECT_TRUE(isSame(rendered(jpegOf(ImageBuilder::scene(kSize))), alone));
-    EXPECT_TRUE(isSame(rendered(jpegOf(ImageBuilder::flat(kSize, 30000))), alone));
+    EXPECT_TRUE(isSame(rendered(jpegOf(SceneSamples::leaves(kPhotoSize, 2))), alone));
+    EXPECT_TRUE(isSame(rendered(jpegOf(ImageBuilder::scene(kPhotoSize))), alone));
+    EXPECT_TRUE(isSame(rendered(jpegOf(ImageBuilder::flat(kPhotoSize, 30000))), alone));
 }
 
 TEST_F(SourcePictureTest, thePreviewGivesTonesAndNoDetail)
 {
     const Bitmap alone = rendered({});
-    const Bitmap camera = Rendition(kIdentityMatrix, 0.7, ToneCurve(kCurve)).applied(leaves());
+    const Bitmap camera =
+        Rendition(kIdentityMatrix, 0.7, ToneCurve(kPreviewCurve)).applied(leaves());
     // Without any detail, and with some that the photo has not.
     QImage coarse = BitmapImage::toImage(camera).scaled(
         32, 24, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
@@ -134,10 +135,10 @@ TEST_F(SourcePictureTest, thePreviewGivesTonesAndNoDetail)
 TEST_F(SourcePictureTest, theSizeIsThatOfTheFileUntilItIsRendered)
 {
     const QString path = m_folder.filePath(u"scene.jpg"_s);
-    ImageBuilder::write(path, jpegOf(ImageBuilder::scene(kSize)));
+    ImageBuilder::write(path, jpegOf(ImageBuilder::scene(kPhotoSize)));
     auto opened = SourcePicture::open(path);
     ASSERT_TRUE(opened.ok());
-    EXPECT_EQ(opened.value().size(), kSize);
+    EXPECT_EQ(opened.value().size(), kPhotoSize);
     EXPECT_FALSE(opened.value().preview().has_value());
     const auto small = std::move(opened).value().rendered({100, 10}, {});
     ASSERT_TRUE(small.ok());
@@ -147,14 +148,14 @@ TEST_F(SourcePictureTest, theSizeIsThatOfTheFileUntilItIsRendered)
 TEST_F(SourcePictureTest, picturesThatAreNoRawPhotosAreTakenAsTheyAre)
 {
     const QString path = m_folder.filePath(u"scene.jpg"_s);
-    ImageBuilder::write(path, jpegOf(ImageBuilder::scene(kSize)));
+    ImageBuilder::write(path, jpegOf(ImageBuilder::scene(kPhotoSize)));
     auto opened = SourcePicture::open(path);
     auto again = SourcePicture::open(path);
     ASSERT_TRUE(opened.ok() && again.ok());
     const Bitmap decoded = std::move(again).value().decoded();
     const QImage brighter = BitmapImage::toImage(
-        Rendition::neutral(1.0).applied(ImageBuilder::scene(kSize, Transfer::Linear)));
-    const auto picture = std::move(opened).value().rendered(kSize, {brighter});
+        Rendition::neutral(1.0).applied(ImageBuilder::scene(kPhotoSize, Transfer::Linear)));
+    const auto picture = std::move(opened).value().rendered(kPhotoSize, {brighter});
     ASSERT_TRUE(picture.ok());
     EXPECT_TRUE(isSame(picture.value(), decoded));
 }
