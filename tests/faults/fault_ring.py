@@ -9,7 +9,9 @@ import argparse
 import collections
 import importlib.util
 import multiprocessing
+import os
 import re
+import shutil
 import signal
 import sqlite3
 import sys
@@ -23,7 +25,7 @@ sys.dont_write_bytecode = True  # nothing is left among the sources
 from library_comparison import Reference, compare, state_of
 from library_state import DATABASES, LibraryState
 from recorded_disk import OF_NAME, OF_SPACE, WRITE, RecordedDisk, read_recording, write_tree
-from ring_slot import Slot
+from ring_slot import ROOTS, Slot
 
 FAILURES = {  # kind → errno, whether later calls fail as well, which calls can meet it
     "EIO": ("EIO", False, 0),
@@ -43,6 +45,7 @@ SHOWN = 8  # problems of a trial
 STOPPED = "Conversion Aborted"
 TELLS_OF_SPACE = re.compile("make room|space left", re.IGNORECASE)
 LOCK_LINES = 3  # process, program, host
+ROOM = 256 * 1024 * 1024  # bytes
 FEWEST_POINTS = 500  # a scan of two photos reaches more; fewer mean that calls are not seen
 
 
@@ -95,8 +98,7 @@ class Walk:
         return points
 
     def _soundness(self):
-        problems = [f"info: {problem}" for problem in self.slot.soundness()]
-        problems += [f"verify: {problem}" for problem in self.slot.verification()]
+        problems = [f"verify: {problem}" for problem in self.slot.verification()]
         if self.librarycheck:
             found, _ = self.librarycheck.check(str(self.slot.package), strict=True)
             problems += [f"librarycheck: {problem}" for problem in found]
@@ -279,6 +281,11 @@ def collect(results, jobs, options):
     return failed == 0 and not broken and sum(walked.values()) > 0
 
 
+def place():
+    """Where the libraries lie: a walk takes some megabytes."""
+    return next(root for root in ROOTS if os.access(root, os.W_OK) and shutil.disk_usage(root).free > ROOM)
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("corvane_cli")
@@ -296,7 +303,7 @@ def main():
     options.shim = str(Path(options.shim).resolve())
     started = time.monotonic()
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # the folder goes also then
-    with tempfile.TemporaryDirectory(prefix="corvane-ring-", dir="/tmp") as folder:
+    with tempfile.TemporaryDirectory(prefix="corvane-ring-", dir=place()) as folder:
         results = multiprocessing.Queue()
         workers = [multiprocessing.Process(target=walk_share, daemon=True,
                                            args=(share, options, f"{folder}/{share}", results))

@@ -1,6 +1,7 @@
 """A library package as the fault ring sees it: files, rows of the three databases, photos. Nothing of the
 program is used here."""
 
+import collections
 import hashlib
 import re
 import sqlite3
@@ -33,6 +34,10 @@ class LibraryState:
         self.tables = {}
         for database in DATABASES:
             self._read(database)
+        self._linked = collections.defaultdict(list)  # rows by what they say they belong to
+        for table, rows in self.tables.items():
+            if table not in ("RKMaster", "RKVersion") and not table.endswith("_RidIndexes"):
+                self._link(table, rows)
         self.masters = {row["uuid"]: row for row in self.tables["RKMaster"]}
         self.versions = {row["uuid"]: row for row in self.tables["RKVersion"]}
         self._strings = {row["modelId"]: row["stringProperty"] for row in self.tables["RKUniqueString"]}
@@ -49,6 +54,12 @@ class LibraryState:
                 self.tables[name] = [dict(row) for row in connection.execute(f'select * from "{name}"')]
         connection.close()
 
+    def _link(self, table, rows):
+        for row in rows:
+            for owner, links in (("version", LINKS_TO_VERSION), ("master", LINKS_TO_MASTER)):
+                for value in {row[link] for link in links if row.get(link) is not None}:
+                    self._linked[owner, value].append((table, row))
+
     def raw_masters(self):
         return {uuid for uuid, row in self.masters.items() if row["isTrulyRaw"]}
 
@@ -59,17 +70,10 @@ class LibraryState:
     def rows_of(self, master):
         """Table and row of everything that the databases hold of one photo."""
         versions = self.versions_of(master)
-        of_version = {row["modelId"] for row in versions} | {row["uuid"] for row in versions}
-        of_master = {self.masters[master]["modelId"], master}
-        found = [("RKMaster", self.masters[master])] + [("RKVersion", row) for row in versions]
-        for table, rows in self.tables.items():
-            if table in ("RKMaster", "RKVersion") or table.endswith("_RidIndexes"):
-                continue
-            for row in rows:
-                if any(row.get(link) in of_version for link in LINKS_TO_VERSION) or any(
-                        row.get(link) in of_master for link in LINKS_TO_MASTER):
-                    found.append((table, row))
-        return found
+        owners = [("version", version[name]) for version in versions for name in ("modelId", "uuid")]
+        owners += [("master", self.masters[master]["modelId"]), ("master", master)]
+        found = {id(row): (table, row) for owner in owners for table, row in self._linked.get(owner, ())}
+        return [("RKMaster", self.masters[master]), *(("RKVersion", row) for row in versions), *found.values()]
 
     def is_last_import(self, table, row):
         return table == "RKAlbumVersion" and self.albums[row["albumId"]]["uuid"] == "lastImportAlbum"

@@ -7,6 +7,7 @@ import shutil
 import subprocess
 from pathlib import Path
 
+ROOTS = ("/dev/shm", "/tmp")  # memory is quicker, and power is cut on paper only
 NOBODY = "999999999"  # a photo that no library has
 PATIENCE = 120.0  # seconds
 FOREIGN = {  # files that the program did not make, some where and named as its own are
@@ -19,8 +20,8 @@ FOREIGN = {  # files that the program did not make, some where and named as its 
 class Slot:
     def __init__(self, folder, corvane_cli, shim):
         self.folder = Path(folder)
-        if not (self.folder.is_absolute() and str(self.folder).startswith("/tmp/")):
-            raise AssertionError(f"the ring runs below /tmp only, not in {self.folder}")
+        if not str(self.folder).startswith(tuple(f"{root}/" for root in ROOTS)):
+            raise AssertionError(f"the ring runs below {ROOTS} only, not in {self.folder}")
         self.disk = self.folder / "disk"
         self.package = self.disk / "Sample.photolibrary"
         self.hit = self.folder / "hit"
@@ -73,7 +74,7 @@ class Slot:
         return self.run("trash", str(self.package), "--restore", "--id", NOBODY)
 
     def soundness(self):
-        """What the program itself finds wrong with the library."""
+        """What the program finds wrong with the library as it stands, before anything is recovered."""
         finished = self.run("info", "--json", str(self.package))
         if finished.returncode != 0:
             return [f"info ends with {finished.returncode}: {finished.stderr.strip()}"]
