@@ -57,7 +57,8 @@ protected:
         return attributes.st_mode & 07777U;
     }
 
-    QTemporaryDir m_folder;
+    // Not where TMPDIR says: that may lie in memory, on the other volume.
+    QTemporaryDir m_folder{u"/var/tmp/corvane-trash-XXXXXX"_s};
     DesktopTrash m_trash;
 };
 
@@ -178,7 +179,7 @@ TEST_F(DesktopTrashTest, aFileOfAnotherVolumeStaysOnIt)
     ASSERT_TRUE(elsewhere.isValid()) << "/dev/shm cannot be written to";
     ASSERT_EQ(::stat(qUtf8Printable(m_folder.path()), &here), 0);
     ASSERT_EQ(::stat(qUtf8Printable(elsewhere.path()), &there), 0);
-    ASSERT_NE(here.st_dev, there.st_dev) << "set TMPDIR to a folder that is not below /dev/shm";
+    ASSERT_NE(here.st_dev, there.st_dev) << "/var/tmp lies in memory";
     const QString name = QDir(elsewhere.path()).dirName() + u".crash"_s;
     const QString path = elsewhere.filePath(name);
     ASSERT_TRUE(write(path, "content"));
