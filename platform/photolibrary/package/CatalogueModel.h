@@ -42,6 +42,13 @@ struct CatalogueRoll {
     QList<qint64> photos; ///< by date; never empty
 };
 
+/// What the databases do not tell of an album; of a new one what iPhoto begins with.
+struct CatalogueAlbumSettings {
+    QString sortOrder{QStringLiteral("1")};
+    double transitionSpeed{1.0}; ///< of the slide show that it can be shown as
+    bool isShuffled{false};
+};
+
 /// One album or folder of the catalogue's list.
 struct CatalogueAlbum {
     enum class Kind : quint8 {
@@ -59,6 +66,7 @@ struct CatalogueAlbum {
     std::optional<qint64> parent; ///< id of the enclosing folder of the user's
     QString songPath;             ///< null when there is none
     QList<qint64> photos;         ///< by date
+    CatalogueAlbumSettings settings;
 };
 
 struct CatalogueModel {

@@ -122,6 +122,8 @@ public:
                                  return carriedOver(guid);
                              }).read();
         sortFolders();
+        carrySettingsOver(m_model.builtInAlbums);
+        carrySettingsOver(m_model.userAlbums);
         return std::move(m_model);
     }
 
@@ -131,6 +133,7 @@ private:
     void readMembers();
     void readBuiltInAlbums();
     void sortFolders();
+    void carrySettingsOver(QList<CatalogueAlbum>& albums) const;
     [[nodiscard]] QList<qint64> photosOfBuiltIn(const CatalogueAlbum& album) const;
 
     void sortByDate(QList<qint64>& photos) const
@@ -157,6 +160,15 @@ private:
     QHash<QString, qint64> m_ids;      ///< of each visible photo, by GUID
     QHash<qint64, QList<qint64>> m_members;
 };
+
+void ModelReader::carrySettingsOver(QList<CatalogueAlbum>& albums) const
+{
+    for (CatalogueAlbum& album : albums) {
+        if (const std::optional<OldCatalogue::Album> old = m_old.album(album.guid)) {
+            album.settings = old->settings;
+        }
+    }
+}
 
 void ModelReader::readPhotos()
 {

@@ -19,6 +19,7 @@ constexpr int kMinorVersion = 0;
 /// Decimals of the catalogue's numbers.
 constexpr int kDateDecimals = 6;
 constexpr int kEventDateDecimals = 2;
+constexpr int kSpeedDecimals = 6;
 
 QByteArray dateText(double date)
 {
@@ -71,11 +72,13 @@ void writeAlbum(CatalogueXml& xml, const CatalogueAlbum& album)
         xml.string(3, "SongPath", album.songPath);
     }
     if (album.kind == Kind::Regular) {
-        xml.real(3, "TransitionSpeed", "1.000000");
-        xml.inlineBoolean(3, "ShuffleSlides", false);
+        xml.real(3,
+                 "TransitionSpeed",
+                 CatalogueXml::fixed(album.settings.transitionSpeed, kSpeedDecimals));
+        xml.inlineBoolean(3, "ShuffleSlides", album.settings.isShuffled);
     }
     if (album.kind == Kind::Regular || album.kind == Kind::Query) {
-        xml.string(3, "Sort Order", u"1"_s);
+        xml.string(3, "Sort Order", album.settings.sortOrder);
     }
     xml.ids(3, "KeyList", album.photos, isFolder ? 3 : 4);
     xml.integer(3, "PhotoCount", album.photos.size());
@@ -236,8 +239,8 @@ void writeBriefAlbum(CatalogueXml& xml, const CatalogueAlbum& album)
         xml.string(0, "SongPath", album.songPath);
     }
     if (album.kind == Kind::Regular) {
-        xml.real(0, "TransitionSpeed", "1");
-        xml.inlineBoolean(0, "ShuffleSlides", false);
+        xml.real(0, "TransitionSpeed", CatalogueXml::shortest(album.settings.transitionSpeed));
+        xml.inlineBoolean(0, "ShuffleSlides", album.settings.isShuffled);
     }
     xml.string(0, "KeyListString", joined(album.photos));
     xml.integer(0, "PhotoCount", album.photos.size());

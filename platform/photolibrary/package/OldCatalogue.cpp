@@ -2,6 +2,8 @@
 
 #include "PropertyList.h"
 
+#include <cmath>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -25,6 +27,19 @@ QList<qint64> idsOf(const QVariant& keyList)
         ids.append(key.toString().toLongLong());
     }
     return ids;
+}
+
+CatalogueAlbumSettings settingsOf(const QVariantMap& album)
+{
+    CatalogueAlbumSettings settings;
+    if (const QString order = album.value(u"Sort Order"_s).toString(); !order.isEmpty()) {
+        settings.sortOrder = order;
+    }
+    bool isNumber = false;
+    const double speed = album.value(u"TransitionSpeed"_s).toDouble(&isNumber);
+    settings.transitionSpeed = isNumber && std::isfinite(speed) ? speed : settings.transitionSpeed;
+    settings.isShuffled = album.value(u"ShuffleSlides"_s).toBool();
+    return settings;
 }
 
 } // namespace
@@ -52,9 +67,10 @@ OldCatalogue OldCatalogue::parse(const QByteArray& bytes)
     const QVariantList albums = content.value(u"List of Albums"_s).toList();
     for (const QVariant& item : albums) {
         const QVariantMap album = item.toMap();
-        catalogue.m_albums.insert(
-            album.value(u"GUID"_s).toString(),
-            {album.value(u"Album Type"_s).toString(), idsOf(album.value(u"KeyList"_s))});
+        catalogue.m_albums.insert(album.value(u"GUID"_s).toString(),
+                                  {album.value(u"Album Type"_s).toString(),
+                                   idsOf(album.value(u"KeyList"_s)),
+                                   settingsOf(album)});
     }
     const QVariantList rolls = content.value(u"List of Rolls"_s).toList();
     for (const QVariant& item : rolls) {

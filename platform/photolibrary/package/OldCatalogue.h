@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CatalogueModel.h"
 #include "Result.h"
 
 #include <QByteArray>
@@ -25,6 +26,7 @@ public:
     struct Album {
         QString type;
         QList<qint64> photos;
+        CatalogueAlbumSettings settings;
     };
 
     /// Of a catalogue that is missing or none at all: nothing, and wasRead() says so.

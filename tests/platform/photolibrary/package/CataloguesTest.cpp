@@ -176,6 +176,23 @@ TEST_F(CataloguesTest, whatOnlyTheOldFileKnowsIsCarriedOver)
     EXPECT_FALSE(ann.contains(u"key image"_s)); // its photo is gone
 }
 
+TEST_F(CataloguesTest, settingsThatOnlyTheOldFileKnowsOfAnAlbumAreCarriedOver)
+{
+    replaceOldFile("<plist version=\"1.0\"><dict><key>List of Albums</key><array><dict>"
+                   "<key>GUID</key><string>lastImportAlbum</string>"
+                   "<key>Sort Order</key><string>3</string>"
+                   "<key>TransitionSpeed</key><real>4.500000</real>"
+                   "<key>ShuffleSlides</key><true/></dict></array>"
+                   "<key>Master Image List</key><dict/></dict></plist>");
+    writeCatalogues(true);
+    const QVariantMap carried = album(u"lastImportAlbum"_s);
+    EXPECT_EQ(carried.value(u"Sort Order"_s).toString(), u"3"_s);
+    EXPECT_EQ(carried.value(u"TransitionSpeed"_s).toDouble(), 4.5);
+    EXPECT_TRUE(carried.value(u"ShuffleSlides"_s).toBool());
+    const QVariantMap flagged = album(u"flaggedAlbum"_s);
+    EXPECT_EQ(flagged.value(u"Sort Order"_s).toString(), u"1"_s);
+}
+
 TEST_F(CataloguesTest, textThatXmlReservesIsReadAsItWas)
 {
     Writer to = writer();
