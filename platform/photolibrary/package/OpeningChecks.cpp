@@ -158,7 +158,9 @@ Result<QString> OpeningChecks::recognise(const QString& package)
         return Error{ErrorCode::Unreadable,
                      u"The library \"%1\" cannot be read: check its permissions."_s.arg(package)};
     }
-    if (QFileInfo::exists(package + "/Aperture.aplib"_L1)) {
+    // A library of iPhoto that Aperture has opened as well has this folder, too.
+    if (QFileInfo::exists(package + "/Aperture.aplib"_L1) &&
+        !QFileInfo::exists(package + "/AlbumData.xml"_L1)) {
         return foreign(package, u"an Aperture library"_s);
     }
     // Outer folders first: what lies in one that cannot be entered cannot be seen.

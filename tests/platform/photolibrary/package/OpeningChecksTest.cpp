@@ -101,7 +101,15 @@ TEST_F(OpeningChecksTest, aFolderWithoutDatabasesIsNoLibrary)
 TEST_F(OpeningChecksTest, anApertureLibraryIsNotSupported)
 {
     ASSERT_TRUE(QDir(package()).mkdir(u"Aperture.aplib"_s));
+    QFile::remove(package() + u"/AlbumData.xml"_s);
     expectRefused(ErrorCode::Unsupported);
+}
+
+TEST_F(OpeningChecksTest, aLibraryThatApertureHasOpenedAsWellIsOneOfIPhoto)
+{
+    ASSERT_TRUE(QDir(package()).mkdir(u"Aperture.aplib"_s));
+    put(u"AlbumData.xml"_s, "<plist/>");
+    EXPECT_TRUE(OpeningChecks::recognise(package()).ok());
 }
 
 TEST_F(OpeningChecksTest, aDamagedInfoPlistIsSaidToBe)

@@ -149,6 +149,7 @@ TEST_F(OpeningMessage, whichFolderOrDatabaseALibraryLacksIsSaid)
 TEST_F(OpeningMessage, aLibraryOfAnotherProgramIsCalledSo)
 {
     ASSERT_TRUE(QDir(package()).mkdir(u"Aperture.aplib"_s));
+    ASSERT_TRUE(QFile::remove(package() + u"/AlbumData.xml"_s));
     expectRefusedHowever(ErrorCode::Unsupported,
                          u"The library \"$\" is an Aperture library. Only libraries of iPhoto '11 "
                          "(9.x) are supported."_s);
