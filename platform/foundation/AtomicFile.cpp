@@ -22,6 +22,7 @@
 #include <optional>
 #include <system_error>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -160,6 +161,17 @@ bool takeOver(const struct stat& old, const char* oldPath, int descriptor)
     return ::fchmod(descriptor, old.st_mode & 07777U) == 0;
 }
 
+/// Owner and group that a new entry of the folder gets where the administrator makes it: those of
+/// the folder, so that whom a library belongs to can still change it. Otherwise nothing.
+std::optional<std::pair<uid_t, gid_t>> ownerOfNewEntries(const QByteArray& folder)
+{
+    struct stat found = {};
+    if (::geteuid() != 0 || ::stat(folder.constData(), &found) != 0 || found.st_uid == 0) {
+        return std::nullopt;
+    }
+    return std::pair(found.st_uid, found.st_gid);
+}
+
 /// Renames without ever replacing; file systems that cannot do that in one step get a second name
 /// for the file and lose the first.
 bool renameRefusing(const char* from, const char* to)
@@ -268,6 +280,10 @@ Result<void> AtomicFile::write(const QString& path, const QByteArray& bytes, Exi
     if (!writeAll(file.number(), bytes)) {
         return errorFromErrno(errno, action, path);
     }
+    if (const auto owner = ownerOfNewEntries(target.left(target.lastIndexOf('/') + 1));
+        owner && !old.value().has_value()) {
+        std::ignore = ::fchown(file.number(), owner->first, owner->second);
+    }
     if (old.value().has_value() && !takeOver(*old.value(), target.constData(), file.number())) {
         return errorFromErrno(errno, action, path);
     }
@@ -299,7 +315,12 @@ Result<void> AtomicFile::makeFolder(const QString& path)
         if (::mkdir(QFile::encodeName(name).constData(), 0777) != 0 && errno != EEXIST) {
             return errorFromErrno(errno, u"make the folder"_s, name);
         }
-        Result<void> flushed = flushFolder(QFileInfo(name).absolutePath());
+        const QString above = QFileInfo(name).absolutePath();
+        if (const auto owner = ownerOfNewEntries(QFile::encodeName(above))) {
+            std::ignore =
+                ::lchown(QFile::encodeName(name).constData(), owner->first, owner->second);
+        }
+        Result<void> flushed = flushFolder(above);
         if (!flushed.ok()) {
             return flushed;
         }

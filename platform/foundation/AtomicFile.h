@@ -15,7 +15,8 @@ enum class Existing : quint8 { Replace, Refuse };
 /// Writes beside the target under a temporary name (".NAME.XXXXXX.corvane-new"), flushes the
 /// file, renames it into place and flushes the folder. Keeps the replaced file's permissions and,
 /// where possible, owner and extended attributes. A symbolic link at `path` is followed, never
-/// replaced. The folder must exist.
+/// replaced. The folder must exist. What root makes anew, here and by makeFolder(), belongs to whom
+/// the folder belongs to.
 /// Errors: NotWritable, OutOfSpace (also quota), NotFound; the message names the file; on error
 /// the target is as before and no temporary file stays.
 [[nodiscard]] Result<void>

@@ -205,6 +205,21 @@ TEST_F(AtomicFileTest, foldersAreMadeWithTheirParents)
     EXPECT_TRUE(AtomicFile::makeFolder(inFolder(u"a/b"_s)).ok()) << "one that is there is fine";
 }
 
+TEST_F(AtomicFileTest, whatRootMakesBelongsToWhomTheFolderBelongsTo)
+{
+    const QString folder = inFolder(u"of-somebody"_s);
+    ASSERT_TRUE(QDir().mkdir(folder));
+    // Only root can give it away; for anybody else all of it stays one's own.
+    const bool mayChown = ::chown(QFile::encodeName(folder).constData(), 4321, 1234) == 0;
+    ASSERT_TRUE(AtomicFile::write(folder + "/file"_L1, "bytes").ok());
+    ASSERT_TRUE(AtomicFile::makeFolder(folder + "/a/b"_L1).ok());
+    for (const QString& made : {u"/file"_s, u"/a"_s, u"/a/b"_s}) {
+        const struct stat status = statusOf(folder + made);
+        EXPECT_EQ(status.st_uid, mayChown ? 4321U : ::getuid()) << made.toStdString();
+        EXPECT_EQ(status.st_gid, mayChown ? 1234U : ::getgid()) << made.toStdString();
+    }
+}
+
 TEST_F(AtomicFileTest, aFileInTheWayOfAFolderIsAnError)
 {
     make(inFolder(u"file"_s), "bytes");
