@@ -1,8 +1,8 @@
 #include "FileStructure.h"
 
+#include "FileBytes.h"
+#include "PictureStructure.h"
 #include "TiffStructure.h"
-
-#include <QtEndian>
 
 #include <algorithm>
 
@@ -26,55 +26,7 @@ constexpr quint64 kMostPixels = quint64{1} << 40U;
 /// What stands where an offset is kept in another tag.
 constexpr quint64 kNoOffset = 0xFFFFFFFF;
 
-QString shortBy(quint64 bytes)
-{
-    return QStringLiteral("it ends %1 bytes before its picture does; the file is not whole")
-        .arg(bytes);
-}
-
-class Bytes final
-{
-public:
-    explicit Bytes(const QByteArray& bytes)
-        : m_bytes(bytes)
-    {
-    }
-
-    [[nodiscard]] quint64 size() const { return static_cast<quint64>(m_bytes.size()); }
-
-    [[nodiscard]] bool holds(quint64 offset, quint64 length) const
-    {
-        return offset <= size() && length <= size() - offset;
-    }
-
-    template <typename Number>
-    [[nodiscard]] Number big(quint64 offset) const
-    {
-        return holds(offset, sizeof(Number)) ? qFromBigEndian<Number>(m_bytes.data() + offset)
-                                             : Number{0};
-    }
-
-    template <typename Number>
-    [[nodiscard]] Number little(quint64 offset) const
-    {
-        return holds(offset, sizeof(Number)) ? qFromLittleEndian<Number>(m_bytes.data() + offset)
-                                             : Number{0};
-    }
-
-    /// Compares four characters.
-    [[nodiscard]] bool has(quint64 offset, QByteArrayView mark) const
-    {
-        return holds(offset, static_cast<quint64>(mark.size())) &&
-               QByteArrayView(m_bytes).sliced(static_cast<qsizetype>(offset), mark.size()) == mark;
-    }
-
-    [[nodiscard]] QString shortOf(quint64 end) const { return shortBy(end - size()); }
-
-private:
-    const QByteArray& m_bytes;
-};
-
-Complaint tiffComplaint(const Bytes& file, const TiffStructure& tiff)
+Complaint tiffComplaint(const FileBytes& file, const TiffStructure& tiff)
 {
     if (tiff.leadsBeyondEnd()) {
         return QStringLiteral("its table of contents leads beyond its end; the file is not whole");
@@ -90,7 +42,7 @@ Complaint tiffComplaint(const Bytes& file, const TiffStructure& tiff)
     return end > file.size() ? Complaint(file.shortOf(end)) : std::nullopt;
 }
 
-Complaint panasonicComplaint(const Bytes& file, const TiffStructure& tiff)
+Complaint panasonicComplaint(const FileBytes& file, const TiffStructure& tiff)
 {
     if (tiff.directories().isEmpty()) {
         return std::nullopt;
@@ -108,7 +60,7 @@ Complaint panasonicComplaint(const Bytes& file, const TiffStructure& tiff)
 }
 
 /// ISO/IEC 14496-12, 4.2: boxes that follow each other to the end of the file.
-Complaint boxComplaint(const Bytes& file)
+Complaint boxComplaint(const FileBytes& file)
 {
     quint64 offset = 0;
     while (file.holds(offset, 8)) {
@@ -122,7 +74,7 @@ Complaint boxComplaint(const Bytes& file)
             return QStringLiteral("its structure is corrupt at byte %1").arg(offset);
         }
         if (!file.holds(offset, length)) {
-            return shortBy(length - (file.size() - offset));
+            return file.shortOf(offset + length);
         }
         offset += length;
     }
@@ -131,7 +83,7 @@ Complaint boxComplaint(const Bytes& file)
 
 /// The header of Fujifilm's RAW files: offset and length of the preview, of the tables and of the
 /// sensor's data, from byte 84 on.
-Complaint fujiComplaint(const Bytes& file)
+Complaint fujiComplaint(const FileBytes& file)
 {
     for (quint64 entry = 84; entry <= 100; entry += 8) {
         const quint64 end = quint64{file.big<quint32>(entry)} + file.big<quint32>(entry + 4);
@@ -143,7 +95,7 @@ Complaint fujiComplaint(const Bytes& file)
 }
 
 /// Canon's CRW is a heap whose directory stands at its end (the last four bytes say where).
-Complaint heapComplaint(const Bytes& file)
+Complaint heapComplaint(const FileBytes& file)
 {
     const quint64 start = file.little<quint32>(2);
     if (!file.holds(start, 6)) {
@@ -169,7 +121,7 @@ Complaint heapComplaint(const Bytes& file)
 }
 
 /// Sigma's X3F: the last four bytes say where the directory is.
-Complaint foveonComplaint(const Bytes& file)
+Complaint foveonComplaint(const FileBytes& file)
 {
     const quint64 table = file.little<quint32>(file.size() - 4);
     if (file.has(table, "SECd")) {
@@ -178,40 +130,11 @@ Complaint foveonComplaint(const Bytes& file)
     return QStringLiteral("its table of contents is not where its end says; the file is not whole");
 }
 
-/// PNG (ISO/IEC 15948, 5.3): chunks up to IEND.
-Complaint pngComplaint(const Bytes& file)
-{
-    quint64 offset = 8;
-    while (file.holds(offset, 12)) {
-        const quint64 length = quint64{file.big<quint32>(offset)} + 12;
-        if (!file.holds(offset, length)) {
-            return file.shortOf(offset + length);
-        }
-        if (file.has(offset + 4, "IEND")) {
-            return std::nullopt;
-        }
-        offset += length;
-    }
-    return QStringLiteral("it ends before its picture does");
-}
-
-Complaint pictureComplaint(const Bytes& file)
-{
-    if (file.has(1, "PNG")) {
-        return pngComplaint(file);
-    }
-    if (file.has(0, "RIFF")) {
-        const quint64 end = quint64{file.little<quint32>(4)} + 8;
-        return end > file.size() ? Complaint(file.shortOf(end)) : std::nullopt;
-    }
-    return std::nullopt;
-}
-
 } // namespace
 
 std::optional<QString> FileStructure::complaint(const QByteArray& bytes, FileType type)
 {
-    const Bytes file(bytes);
+    const FileBytes file(bytes);
     if (bytes.isEmpty()) {
         return QStringLiteral("it is empty");
     }
@@ -233,5 +156,5 @@ std::optional<QString> FileStructure::complaint(const QByteArray& bytes, FileTyp
                                   : std::nullopt;
         return own ? own : tiffComplaint(file, *tiff);
     }
-    return type == FileType::Picture ? pictureComplaint(file) : std::nullopt;
+    return type == FileType::Picture ? PictureStructure::complaint(file) : std::nullopt;
 }

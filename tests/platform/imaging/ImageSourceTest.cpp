@@ -305,7 +305,8 @@ TEST_F(ImageSourceTest, theProfileOfAGreyPictureHolds)
 TEST_F(ImageSourceTest, truncatedPicturesAreDamaged)
 {
     const QImage image = BitmapImage::toImage(ImageBuilder::scene(kSize));
-    for (const QString& name : {u"photo.png"_s, u"photo.tif"_s, u"photo.jpg"_s}) {
+    for (const QString& name :
+         {u"photo.png"_s, u"photo.tif"_s, u"photo.jpg"_s, u"photo.bmp"_s, u"photo.webp"_s}) {
         const QString path = m_folder.filePath(name);
         ASSERT_TRUE(image.save(path));
         QFile stored(path);
