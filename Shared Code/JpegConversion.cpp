@@ -9,6 +9,7 @@
 #include "TargetSize.h"
 #include "Texts.h"
 
+#include <QColorSpace>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QTransform>
@@ -59,7 +60,7 @@ Result<ImageProperties> propertiesForCopy(const QString& source, Photo& photo)
 
 QString outputTooLarge(const QString& path)
 {
-    return Texts::translated("The output size of %1 is larger than a JPEG can be").arg(path);
+    return Texts::translated("The output size of %1 is larger than this program writes").arg(path);
 }
 
 QString memoryTooShort(const QString& path)
@@ -78,7 +79,8 @@ Result<QSize> wantedSize(QSize size, const QString& source, const OutputSize& wa
     return *target;
 }
 
-/// The library's own rendering of an unedited photo, turned so that it lies as the master's rows.
+/// The library's own rendering of an unedited photo in sRGB, turned so that it lies as the master's
+/// rows.
 QImage libraryPreview(const PhotoEvidence& evidence)
 {
     constexpr int kLongestSideCompared = 1024;
@@ -89,7 +91,11 @@ QImage libraryPreview(const PhotoEvidence& evidence)
         reader.setScaledSize(
             size.scaled(kLongestSideCompared, kLongestSideCompared, Qt::KeepAspectRatio));
     }
-    const QImage upright = reader.read();
+    QImage upright = reader.read();
+    const QColorSpace colors(QColorSpace::SRgb);
+    if (upright.colorSpace().isValid() && upright.colorSpace() != colors) {
+        upright.convertToColorSpace(colors);
+    }
     return upright.isNull() ? upright
                             : upright.transformed(QTransform().rotate(-evidence.rotation));
 }

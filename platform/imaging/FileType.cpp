@@ -4,6 +4,8 @@
 
 #include <QFileInfo>
 
+#include <libraw/libraw.h>
+
 #include <algorithm>
 #include <array>
 
@@ -81,11 +83,21 @@ FileType FileTypes::detect(const QByteArray& bytes, const QString& path)
 
 QStringList FileTypes::rawExtensions()
 {
-    return {u"3fr"_s, u"arw"_s, u"bay"_s, u"cap"_s, u"cr2"_s, u"cr3"_s, u"crw"_s,
-            u"dcr"_s, u"dcs"_s, u"dng"_s, u"erf"_s, u"fff"_s, u"gpr"_s, u"iiq"_s,
-            u"k25"_s, u"kdc"_s, u"mdc"_s, u"mef"_s, u"mos"_s, u"mrw"_s, u"nef"_s,
-            u"nrw"_s, u"orf"_s, u"pef"_s, u"ptx"_s, u"raf"_s, u"raw"_s, u"rw2"_s,
-            u"rwl"_s, u"sr2"_s, u"srf"_s, u"srw"_s, u"x3f"_s};
+    QStringList extensions{u"3fr"_s, u"arw"_s, u"bay"_s, u"cap"_s, u"cr2"_s, u"cr3"_s, u"crw"_s,
+                           u"dcr"_s, u"dcs"_s, u"dng"_s, u"erf"_s, u"fff"_s, u"iiq"_s, u"k25"_s,
+                           u"kdc"_s, u"mdc"_s, u"mef"_s, u"mos"_s, u"mrw"_s, u"nef"_s, u"nrw"_s,
+                           u"orf"_s, u"pef"_s, u"ptx"_s, u"raf"_s, u"raw"_s, u"rw2"_s, u"rwl"_s,
+                           u"sr2"_s, u"srf"_s, u"srw"_s};
+    // LibRaw reads these only where it was built with code that Debian leaves out.
+    const unsigned capabilities = LibRaw::capabilities();
+    if ((capabilities & LIBRAW_CAPS_GPRSDK) != 0) {
+        extensions.append(u"gpr"_s);
+    }
+    if ((capabilities & LIBRAW_CAPS_X3FTOOLS) != 0) {
+        extensions.append(u"x3f"_s);
+    }
+    extensions.sort();
+    return extensions;
 }
 
 QStringList FileTypes::otherExtensions()

@@ -6,6 +6,7 @@
 #include "JpegDestination.h"
 #include "QtPrinters.h"
 
+#include <QColorSpace>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -127,6 +128,25 @@ TEST_F(JpegConversionProofTest, aRawPictureMustBeAlikeToThePreviewInItsFile)
             light,
             {.crop = {}, .preview = jpegOf(ImageBuilder::scene(kPreviewSize)), .orientation = 1}));
     expectOtherColours();
+}
+
+TEST_F(JpegConversionProofTest, theLibrarysPictureGuidesByTheColoursThatItShows)
+{
+    // The same picture to the eye; its values in the wider space are paler.
+    QImage narrow = BitmapImage::toImage(ImageBuilder::scene(kPreviewSize));
+    narrow.setColorSpace(QColorSpace::SRgb);
+    const QImage wide = narrow.convertedToColorSpace(QColorSpace::DisplayP3);
+    addPhoto(u"IMG_1.dng"_s, ImageBuilder::dng(ImageBuilder::scene(kPhotoSize, Transfer::Linear)));
+    const QString path = m_folder.filePath(u"preview.png"_s);
+    m_library.photo(1).evidence.previewPath = path;
+    QList<Bitmap> converted;
+    for (const QImage& preview : {narrow, wide}) {
+        ASSERT_TRUE(preview.save(path));
+        const Result<ConvertedJpeg> jpeg = convert();
+        ASSERT_TRUE(jpeg.ok()) << jpeg.error().message.toStdString();
+        converted.append(BitmapImage::fromImage(QImage::fromData(jpeg.value().bytes, "JPG")));
+    }
+    EXPECT_LT(ImageBuilder::difference(converted.first(), converted.last()), 0.003);
 }
 
 } // namespace

@@ -110,7 +110,7 @@ TEST_F(JpegConversionTest, aSizeBeyondAJpegIsAFailureThatSaysSo)
     const Result<ConvertedJpeg> jpeg = convert();
     ASSERT_FALSE(jpeg.ok());
     EXPECT_EQ(jpeg.error().message,
-              u"The output size of %1 is larger than a JPEG can be"_s.arg(m_source));
+              u"The output size of %1 is larger than this program writes"_s.arg(m_source));
 }
 
 TEST_F(JpegConversionTest, memoryThatIsTooShortFailsThePhotoAlone)
