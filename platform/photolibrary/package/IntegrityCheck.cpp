@@ -35,7 +35,10 @@ constexpr Question kQuestions[] = {
      " WHERE m.modelId IS NULL",
      "%2 photo version(s) have no master, the first is %1."},
     {"SELECT v.modelId FROM RKVersion v JOIN RKMaster m ON m.uuid = v.masterUuid"
-     " WHERE v.isInTrash <> m.isInTrash",
+     // A master stays where another photo that shows it is not in the trash.
+     " WHERE v.isInTrash <> m.isInTrash AND NOT (v.isInTrash <> 0 AND v.showInLibrary <> 0"
+     " AND EXISTS (SELECT 1 FROM RKVersion o WHERE o.showInLibrary <> 0 AND o.isInTrash = 0"
+     " AND (o.masterUuid = m.uuid OR o.rawMasterUuid = m.uuid OR o.nonRawMasterUuid = m.uuid)))",
      "%2 photo version(s) contradict their masters about being in the trash, the first is %1."},
     {"SELECT v.modelId FROM RKVersion v JOIN RKMaster m ON m.uuid = v.masterUuid"
      " WHERE v.masterId IS NOT m.modelId",

@@ -9,6 +9,9 @@
 #include "TrashRows.h"
 #include "Volumes.h"
 
+#include <cmath>
+#include <limits>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -250,7 +253,8 @@ QString PackagePhoto::comment()
 
 PhotoDate PackagePhoto::date()
 {
-    return {column("SELECT imageDate FROM RKVersion WHERE modelId = ?").toDouble(),
+    const QVariant date = column("SELECT imageDate FROM RKVersion WHERE modelId = ?");
+    return {isNumber(date) ? date.toDouble() : std::numeric_limits<double>::quiet_NaN(),
             column("SELECT imageTimeZoneName FROM RKVersion WHERE modelId = ?").toString()};
 }
 
@@ -281,6 +285,9 @@ void PackagePhoto::setComment(const QString& comment)
 
 void PackagePhoto::setDate(const PhotoDate& date)
 {
+    if (!std::isfinite(date.secondsSince2001)) {
+        return;
+    }
     m_library->write([&](Writer& writer) {
         PhotoRows::setDate(writer, m_id, date.secondsSince2001, date.zoneName);
     });

@@ -1,11 +1,10 @@
 #include "PhotoFiles.h"
 
 #include "PackageFiles.h"
+#include "PathMapping.h"
 #include "Queries.h"
 #include "SystemLog.h"
 #include "Uuid.h"
-
-#include <QFileInfo>
 
 #include <algorithm>
 #include <array>
@@ -35,17 +34,11 @@ QString alike(const QString& path)
     return path.normalized(QString::NormalizationForm_C).toCaseFolded();
 }
 
-/// The file as it is spelled on disk: copying from a Mac may have changed the composition.
+/// Package-relative path of a master as it is spelled on disk: copying from a Mac may have changed
+/// the composition of its name, and case never mattered there. Empty for what leads out.
 QString spelled(const QString& package, const QString& path)
 {
-    for (const auto form : {QString::NormalizationForm_C, QString::NormalizationForm_D}) {
-        QString other = path.normalized(form);
-        if (!QFileInfo::exists(package + '/'_L1 + path) &&
-            QFileInfo::exists(package + '/'_L1 + other)) {
-            return other;
-        }
-    }
-    return path;
+    return PathMapping::inside(package, "Masters"_L1, path).mid(package.size() + 1);
 }
 
 /// "YYYY/MM/DD/YYYYMMDD-HHMMSS"
@@ -155,9 +148,10 @@ TrashRows::Leftovers PhotoFiles::leftovers()
     result.folders.removeIf([this](const QString& folder) { return isKeptOutside(folder); });
     for (const QString& path : std::as_const(m_masters)) {
         if (!used.contains(alike(path))) {
-            result.files.append(spelled(m_connection.packagePath(), "Masters/"_L1 + path));
+            result.files.append(spelled(m_connection.packagePath(), path));
         }
     }
+    result.files.removeAll(QString());
     result.files.removeDuplicates();
     result.files.removeIf([this](const QString& file) { return isKeptOutside(file); });
     QStringList folders;

@@ -8,6 +8,8 @@
 
 #include <QVariantMap>
 
+#include <cmath>
+
 using namespace Qt::StringLiterals;
 
 /// The record of a photo's properties, with columns as other programs may have left them.
@@ -115,4 +117,20 @@ TEST_F(PhotoRecord, aPathThatLeadsOutIsNull)
     change("UPDATE prox.RKImageProxyState SET fullSizePreviewPath = '../../../etc/passwd'");
     ASSERT_TRUE(properties().contains(u"imagePath"_s));
     EXPECT_TRUE(properties().value(u"imagePath"_s).isNull());
+}
+
+TEST_F(PhotoRecord, withoutADateThereIsNoneToCarryOver)
+{
+    change("UPDATE RKVersion SET imageDate = NULL WHERE showInLibrary = 1");
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    const PhotoPtr undated = lastImported(*library);
+    ASSERT_NE(undated, nullptr);
+    EXPECT_TRUE(std::isnan(undated->date().secondsSince2001));
+    import(*library, makePicture(u"IMG_2.JPG"_s));
+    const PhotoPtr copy = lastImported(*library);
+    ASSERT_NE(copy, nullptr);
+    const PhotoDate own = copy->date();
+    copy->setDate(undated->date());
+    EXPECT_EQ(copy->date(), own);
 }

@@ -5,6 +5,8 @@
 #include "RowIdIndexes.h"
 #include "TrashRows.h"
 
+#include <QDir>
+#include <QFile>
 #include <QSet>
 
 using namespace Qt::StringLiterals;
@@ -120,6 +122,17 @@ TEST_F(TrashDeletionTest, itsFilesAreNamedSidecarsFirst)
         EXPECT_FALSE(folder.contains(m_second.master)) << folder.toStdString();
         EXPECT_FALSE(folder.contains(m_second.visibleUuid)) << folder.toStdString();
     }
+}
+
+TEST_F(TrashDeletionTest, aFileIsNamedAsItIsSpelledOnDisk)
+{
+    const QString folder = package() + "/Masters/"_L1 + Kind{}.group;
+    ASSERT_TRUE(QDir().mkpath(folder));
+    QFile file(folder + "/img_1.jpg"_L1);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const TrashRows::Leftovers left = throwAway(m_first);
+    EXPECT_EQ(left.files, QStringList{"Masters/"_L1 + Kind{}.group + "/img_1.jpg"_L1});
+    EXPECT_TRUE(QDir(package() + "/Masters/2010"_L1).removeRecursively());
 }
 
 TEST_F(TrashDeletionTest, bothOriginalsOfAPairGo)

@@ -2,6 +2,7 @@
 
 #include "AlbumRows.h"
 #include "EventRows.h"
+#include "IntegrityCheck.h"
 #include "LibraryFixture.h"
 #include "PhotoRows.h"
 #include "RowIdIndexes.h"
@@ -135,6 +136,32 @@ TEST_F(TrashRowsTest, bothMastersOfAPairGoTogether)
               1);
     TrashRows::restore(to, {m_second.visible});
     EXPECT_EQ(snapshot(), before);
+}
+
+TEST_F(TrashRowsTest, ofTwoPhotosOfOneMasterEachGoesAndComesBackByItself)
+{
+    const auto contradictions = [this] {
+        qsizetype found = 0;
+        for (const Finding& finding : IntegrityCheck::ofRows(connection())) {
+            found += finding.what.contains(u"contradict"_s) ? 1 : 0;
+        }
+        return found;
+    };
+    Writer to = writer();
+    RowIdIndexes::removeRows(to, "RKVersion", {m_second.imported});
+    Sql::execute(
+        connection(), "UPDATE RKVersion SET showInLibrary=1 WHERE modelId=?", m_second.imported);
+    RowIdIndexes::addRows(to, "RKVersion", {m_second.imported});
+    EXPECT_EQ(TrashRows::moveToTrash(to, {m_second.imported}), 1);
+    EXPECT_EQ(trashed("RKMaster", m_second.master), 0) << "the other one shows it";
+    EXPECT_EQ(contradictions(), 0);
+    EXPECT_EQ(TrashRows::moveToTrash(to, {m_second.visible}), 1);
+    EXPECT_EQ(trashed("RKMaster", m_second.master), 1);
+    EXPECT_EQ(contradictions(), 0);
+    EXPECT_EQ(TrashRows::restore(to, {m_second.imported}), 1);
+    EXPECT_EQ(trashed("RKMaster", m_second.master), 0);
+    EXPECT_EQ(trashed("RKVersion", m_second.visibleUuid), 1) << "that one was not asked for";
+    EXPECT_EQ(contradictions(), 0);
 }
 
 TEST_F(TrashRowsTest, aMasterThatAnotherPhotoShowsStays)
