@@ -34,7 +34,7 @@ public:
 
     /// A line, or lines, for people on standard output; control characters are left out.
     void print(const QString& text);
-    /// A document on standard output, byte for byte.
+    /// A document, or the next piece of one, on standard output, byte for byte.
     void printDocument(const QByteArray& document);
     /// A line, or lines, for people on standard error.
     void say(const QString& text);

@@ -72,6 +72,17 @@ QJsonObject photoObject(const PhotoFacts& photo)
     };
 }
 
+/// The photo as it stands in the list's text.
+QByteArray entryOf(const PhotoFacts& photo)
+{
+    constexpr QByteArrayView kBefore("{\n    \"photos\": [\n");
+    constexpr QByteArrayView kAfter("\n    ]\n}\n");
+    const QByteArray text =
+        Documents::text({{u"photos"_s, QJsonArray{QJsonValue(photoObject(photo))}}});
+    Q_ASSERT(text.startsWith(kBefore) && text.endsWith(kAfter));
+    return text.sliced(kBefore.size(), text.size() - kBefore.size() - kAfter.size());
+}
+
 QJsonArray findingsArray(const QList<Finding>& findings)
 {
     QJsonArray array;
@@ -185,6 +196,27 @@ QByteArray Documents::text(const QJsonObject& document)
     }
     escaped += QStringView(plain).sliced(taken);
     return escaped.toUtf8();
+}
+
+void Documents::writeList(const QString& library,
+                          const QString& version,
+                          const QList<PhotoFacts>& photos,
+                          const std::function<void(const QByteArray&)>& write)
+{
+    constexpr qsizetype kPiece = 64 * 1024;
+    constexpr QByteArrayView kOpening("\n    \"photos\": [\n"); // no text holds a line end
+    const QByteArray empty = text(list(library, version, {}));
+    const qsizetype head = empty.indexOf(kOpening) + kOpening.size();
+    QByteArray piece = empty.first(head);
+    for (qsizetype index = 0; index < photos.size(); ++index) {
+        piece += entryOf(photos.at(index));
+        piece += index + 1 < photos.size() ? ",\n" : "\n";
+        if (piece.size() >= kPiece) {
+            write(piece);
+            piece.clear();
+        }
+    }
+    write(piece + empty.sliced(head));
 }
 
 QJsonValue Documents::textOrNull(const QString& text)

@@ -9,6 +9,8 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
+
 /// The JSON documents that scripts read; their keys are fixed.
 namespace Documents
 {
@@ -28,6 +30,13 @@ info(const QString& library, const QString& version, const LibrarySummary& summa
 /// The document as text: UTF-8, control characters and direction marks as \u escapes, so that a
 /// terminal that shows it is not steered by them and no reader loses them; ends in a line end.
 [[nodiscard]] QByteArray text(const QJsonObject& document);
+
+/// text() of list() in pieces of some kilobytes, each handed to `write` in turn: the whole of a
+/// large library's document takes ten times its size while it is made.
+void writeList(const QString& library,
+               const QString& version,
+               const QList<PhotoFacts>& photos,
+               const std::function<void(const QByteArray&)>& write);
 
 /// The text, or null where there is none.
 [[nodiscard]] QJsonValue textOrNull(const QString& text);

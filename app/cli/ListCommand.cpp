@@ -51,8 +51,10 @@ int ListCommand::executeWithLibrary(PhotoLibrary& library, const CommandServices
         photos.value(), m_options.selection, PhotoSelection::WithoutSelection::All);
     PhotoSelection::explain(chosen, services.console);
     if (m_options.json) {
-        services.console.printDocument(
-            Documents::text(Documents::list(library.path(), library.version(), chosen.photos)));
+        Documents::writeList(
+            library.path(), library.version(), chosen.photos, [&services](const QByteArray& piece) {
+                services.console.printDocument(piece);
+            });
         return ExitStatus::kDone;
     }
     QList<QStringList> rows;

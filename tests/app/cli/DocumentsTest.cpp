@@ -60,6 +60,26 @@ TEST(DocumentsTest, whatTheLibraryDoesNotKnowIsNullAndWhatIsZeroIsNot)
     }
 }
 
+TEST(DocumentsTest, aListInPiecesReadsAsTheListInOne)
+{
+    PhotoFacts photo;
+    photo.name = u"\n    \"photos\": [\n\u2066"_s;
+    photo.keywords = {u"a"_s, u"b"_s};
+    const QString library = u"/a\n    \"photos\": [\n"_s;
+    QList<PhotoFacts> photos;
+    for (const int count : {0, 1, 2, 300}) { // the last one is larger than a piece
+        photos.fill(photo, count);
+        QByteArray text;
+        int pieces = 0;
+        Documents::writeList(library, u"9.6.1"_s, photos, [&](const QByteArray& piece) {
+            text += piece;
+            ++pieces;
+        });
+        EXPECT_EQ(text, Documents::text(Documents::list(library, u"9.6.1"_s, photos))) << count;
+        EXPECT_EQ(pieces > 1, count == 300) << count;
+    }
+}
+
 TEST(DocumentsTest, theTrashIsSummedUp)
 {
     PhotoFacts photo;
