@@ -1,14 +1,15 @@
 #include "LargeLibrary.h"
 
+#include "Catalogues.h"
 #include "Changes.h"
+#include "Clock.h"
 #include "EventRows.h"
 #include "ImportGroup.h"
 #include "ImportRows.h"
+#include "LargeLibraryRows.h"
 #include "LibraryCreator.h"
 #include "LibraryErrors.h"
 #include "PictureIntake.h"
-#include "Queries.h"
-#include "RowIdIndexes.h"
 #include "Uuid.h"
 #include "Writer.h"
 
@@ -23,14 +24,16 @@
 
 #include <algorithm>
 #include <array>
-#include <string>
 
 using namespace Qt::StringLiterals;
 
 namespace
 {
 
+/// On the average.
 constexpr int kPhotosOfEvent = 50;
+constexpr int kPhotosOfAlbum = 200; ///< so many for each album that there is
+constexpr int kPhotosOfKeyword = 100;
 /// So many are taken in one by one; the others are copies of their rows.
 constexpr int kImported = 2000;
 /// No file system that a library lies on takes fewer links to one file.
@@ -105,27 +108,48 @@ struct Model {
     std::array<SharedFile, 4> files;
 };
 
+/// How many photos each event holds: the first one most, the n-th an n-th of that.
+QList<int> sizesOfEvents(int photos)
+{
+    const int events = std::max(1, photos / kPhotosOfEvent);
+    double shares = 0.0;
+    for (int event = 1; event <= events; ++event) {
+        shares += 1.0 / event;
+    }
+    QList<int> sizes;
+    int left = photos;
+    for (int event = 1; event < events; ++event) {
+        sizes += std::max(1, static_cast<int>(photos / shares / event));
+        left -= sizes.last();
+    }
+    return sizes << left;
+}
+
+/// Takes photos in, one after another.
 class Maker final
 {
 public:
-    Maker(Writer& writer, Model& raw, Model& jpeg)
+    Maker(Writer& writer, Model& raw, Model& jpeg, int photos)
         : m_writer(writer)
         , m_raw(raw)
         , m_jpeg(jpeg)
+        , m_sizes(sizesOfEvents(photos))
     {
     }
 
     [[nodiscard]] bool add(int number)
     {
-        if (number % kPhotosOfEvent == 0) {
-            m_event = EventRows::createEvent(m_writer, u"Event %1"_s.arg(number / kPhotosOfEvent));
-            m_stamp = kFirstImport.addDays(number / kPhotosOfEvent);
+        if (m_left == 0) {
+            m_left = m_sizes.takeFirst();
+            m_event = EventRows::createEvent(m_writer, u"Event %1"_s.arg(m_events));
+            m_stamp = kFirstImport.addDays(m_events++);
         }
+        --m_left;
         Model& model = number % 2 == 0 ? m_raw : m_jpeg;
         PreparedPicture& picture = model.picture;
         picture.baseName = u"IMG_%1"_s.arg(number, 6, 10, QLatin1Char('0'));
         picture.fileName = picture.baseName + (picture.raw ? u".dng"_s : u".jpg"_s);
-        picture.facts.dateTaken = m_stamp.addSecs(number % kPhotosOfEvent);
+        picture.facts.dateTaken = m_stamp.addSecs(m_left);
         const ImportIdentity identity{
             Uuid::create(), Uuid::create(), Uuid::create(), m_stamp, m_event};
         return makeFolders(identity) && model.put(m_writer.connection.packagePath(), identity) &&
@@ -146,103 +170,36 @@ private:
     Writer& m_writer;
     Model& m_raw;
     Model& m_jpeg;
+    QList<int> m_sizes; ///< of the events to come
+    int m_events{0};    ///< that there are
+    int m_left{0};      ///< photos that the last one is still to get
     QString m_event;
     QDateTime m_stamp;
 };
 
-/// A table of which every photo has rows.
-constexpr std::array kTablesOfPhotos{"main.RKMaster",
-                                     "main.RKVersion",
-                                     "prox.RKImageProxyState",
-                                     "prop.RKIptcProperty",
-                                     "prop.RKOtherProperty",
-                                     "prop.RKExifStringProperty",
-                                     "prop.RKExifNumberProperty"};
-
-/// What stands in a copied row in place of the column: ids and uuids of the copy's own. `?1` is the
-/// distance of its ids, `?2` what its uuids end in.
-std::string copied(const std::string& column)
-{
-    constexpr std::array kIds{"modelId", "masterId", "versionId"};
-    constexpr std::array kUuids{"uuid",
-                                "masterUuid",
-                                "rawMasterUuid",
-                                "nonRawMasterUuid",
-                                "originalVersionUuid",
-                                "versionUuid"};
-    if (std::ranges::find(kIds, column) != kIds.end()) {
-        return column + " + ?1";
-    }
-    return std::ranges::find(kUuids, column) != kUuids.end() ? column + " || ?2" : column;
-}
-
-/// Copies every row of the table whose id is at most `last`.
-void copyRows(Connection& connection, const std::string& table, qint64 last, int copy)
-{
-    const std::string schema = table.substr(0, table.find('.'));
-    const std::string name = table.substr(table.find('.') + 1);
-    std::string columns;
-    std::string values;
-    SQLite::Statement info(connection.database(),
-                           "SELECT name FROM pragma_table_info(?, ?) ORDER BY cid");
-    info.bind(1, name);
-    info.bind(2, schema);
-    while (info.executeStep()) {
-        const std::string column = info.getColumn(0).getString();
-        columns += (columns.empty() ? "" : ",") + column;
-        values += (values.empty() ? "" : ",") + copied(column);
-    }
-    SQLite::Statement insert(connection.database(),
-                             "INSERT INTO " + table + "(" + columns + ") SELECT " + values +
-                                 " FROM " + table + " WHERE modelId <= ?3");
-    Sql::bind(insert, 1, last * copy);
-    insert.bind(2, "~" + std::to_string(copy));
-    Sql::bind(insert, 3, last);
-    insert.exec();
-}
-
-/// Multiplies the photos, all with the files of the first ones. Their events grow with them.
-void multiply(Writer& writer, int copies)
-{
-    Connection& connection = writer.connection;
-    qint64 last = 0;
-    for (const char* table : kTablesOfPhotos) {
-        const std::string highest = std::string("SELECT max(modelId) FROM ") + table;
-        last = std::max(last, Sql::firstInteger(connection, highest.c_str()).value_or(0));
-    }
-    for (const char* table : kTablesOfPhotos) {
-        for (int copy = 1; copy < copies; ++copy) {
-            copyRows(connection, table, last, copy);
-        }
-    }
-    Sql::execute(connection,
-                 "UPDATE RKAdminData SET propertyValue = CAST(? AS TEXT)"
-                 " WHERE propertyName = 'nextModelId'",
-                 last * copies + 1);
-    for (const QString& event :
-         Sql::texts(connection, "SELECT uuid FROM RKFolder WHERE folderType = 2 AND isMagic = 0")) {
-        EventRows::updateStatistics(writer, event);
-    }
-    RowIdIndexes::recomputeAll(writer);
-}
-
 Result<void> fill(Connection& connection, int photos, Model& raw, Model& jpeg)
 {
     Changes changes;
-    Writer writer{connection, changes, 0.0};
+    const double now = SystemClock().now();
+    Writer writer{connection, changes, now};
     connection.database().exec("PRAGMA synchronous=OFF");
     connection.beginImmediate();
-    Maker maker(writer, raw, jpeg);
-    for (int number = 0; number < std::min(photos, kImported); ++number) {
+    const int imported = std::min(photos, kImported);
+    Maker maker(writer, raw, jpeg, imported);
+    for (int number = 0; number < imported; ++number) {
         if (!maker.add(number)) {
             return Error{
                 ErrorCode::NotWritable,
                 u"Photo %1 could not be written to %2"_s.arg(number).arg(connection.packagePath())};
         }
     }
-    multiply(writer, std::max(1, photos / kImported));
+    LargeLibraryRows::multiply(writer, photos / imported);
+    LargeLibraryRows::assignKeywords(writer, photos / kPhotosOfKeyword);
+    LargeLibraryRows::fillAlbums(writer, photos / kPhotosOfAlbum);
+    LargeLibraryRows::settle(writer);
     connection.commit();
-    return {};
+    const Result<Catalogues::CarriedOver> catalogues = Catalogues::write(connection, now);
+    return catalogues.ok() ? Result<void>() : Result<void>(catalogues.error());
 }
 
 } // namespace

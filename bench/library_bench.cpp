@@ -1,21 +1,24 @@
-// How long a large library takes to open: library_bench PACKAGE [PHOTOS RAWFILE]
-// With a number of photos and a RAW file the library is made first.
+// What a large library takes: library_bench PACKAGE [PHOTOS RAWFILE]
+// With a number of photos and a RAW file the library is made first, and written to afterwards: the
+// turns of a scan in it and in one of 1,000 photos that is made beside it.
 
 #include "LargeLibrary.h"
 #include "LibraryActions.h"
 #include "LibrarySession.h"
 #include "LibraryWindow.h"
+#include "Measurement.h"
 #include "PhotoGrid.h"
 #include "PhotoLibrary.h"
+#include "PropertyList.h"
 #include "RecentLibraries.h"
+#include "RollCatalogue.h"
+#include "TurnBench.h"
 #include "UserDefaults.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QScrollBar>
 #include <QTemporaryDir>
-
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -25,16 +28,13 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+constexpr int kSmall = 1000; ///< photos of the library beside which the large one is looked at
+constexpr int kLookUps = 1000;
+constexpr int kTurns = 40;
+
 double seconds(const QElapsedTimer& timer)
 {
     return static_cast<double>(timer.nsecsElapsed()) * 1e-9;
-}
-
-double peakMegabytes()
-{
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_maxrss) / 1024.0;
 }
 
 int fails(const Error& error)
@@ -43,22 +43,43 @@ int fails(const Error& error)
     return 1;
 }
 
-Result<void> measureReading(const QString& package)
+/// Opens it for reading; returns the GUIDs of kLookUps photos from all over it.
+Result<QStringList> measureReading(const QString& package)
 {
-    QElapsedTimer timer;
-    timer.start();
+    const Measurement measurement;
     const auto library = PhotoLibrary::open(package, {.access = Access::Read});
     if (!library.ok()) {
         return library.error();
     }
-    const auto photos = library.value()->photos();
+    const Result<QList<PhotoFacts>> photos = library.value()->photos();
     if (!photos.ok()) {
         return photos.error();
     }
-    std::printf("%8.2f s to open it for reading and to read its %lld photos\n",
-                seconds(timer),
-                static_cast<long long>(photos.value().size()));
-    return {};
+    measurement.print("opening it for reading, and reading its photos");
+    QStringList guids;
+    const qsizetype distance = std::max<qsizetype>(1, photos.value().size() / kLookUps);
+    for (qsizetype index = 0; index < photos.value().size(); index += distance) {
+        guids += photos.value().at(index).guid;
+    }
+    return guids;
+}
+
+void measureLookUps(const QString& package, const QStringList& guids)
+{
+    const Measurement measurement;
+    const Result<QVariant> content = PropertyList::read(package + "/AlbumData.xml"_L1);
+    const RollCatalogue catalogue(content.ok() ? content.value() : QVariant());
+    const Measurement lookUps;
+    qsizetype found = 0;
+    for (const QString& guid : guids) {
+        found += catalogue.rollName(guid) ? 1 : 0;
+    }
+    const double searching = lookUps.wallSeconds();
+    measurement.print("reading the catalogue, and looking up rolls");
+    std::printf("%8.3f s of that to find the rolls of %lld of %lld photos\n",
+                searching,
+                static_cast<long long>(found),
+                static_cast<long long>(guids.size()));
 }
 
 /// Waits for a signal while the windows live on.
@@ -99,16 +120,16 @@ void measureWindow(const QString& package)
     window.show();
     QCoreApplication::processEvents();
 
-    QElapsedTimer timer;
-    timer.start();
+    const Measurement measurement;
     session.open(package);
     waitFor(session, &LibrarySession::contentsChanged);
     window.repaint();
-    std::printf("%8.2f s until its photos are shown\n", seconds(timer));
+    measurement.print("opening it in the window until its photos are shown");
     if (session.isBusy()) {
         waitFor(session, &LibrarySession::busyChanged);
     }
-    std::printf("%8.2f s until it has been checked and can be written to\n", seconds(timer));
+    measurement.print("the same until it has been checked and can be written to");
+    QElapsedTimer timer;
     auto* const grid = window.findChild<PhotoGrid*>();
     std::printf("%8.3f s is the longest step in paging through all of it\n", longestStall(*grid));
     timer.restart();
@@ -117,6 +138,45 @@ void measureWindow(const QString& package)
     timer.restart();
     window.actions().selectRaw->trigger();
     std::printf("%8.3f s to select its RAW photos\n", seconds(timer));
+}
+
+/// Turns of a scan in both libraries, the small one first.
+Result<void> measureTurns(const QStringList& packages)
+{
+    const QTemporaryDir folder;
+    const QString jpeg = folder.filePath(u"picture.jpg"_s);
+    QImage picture(1024, 683, QImage::Format_RGB32);
+    picture.fill(Qt::darkCyan);
+    picture.save(jpeg, "JPEG");
+    for (const QString& package : packages) {
+        const Result<TurnBench::Figures> run = TurnBench::run(package, kTurns, jpeg);
+        if (!run.ok()) {
+            return run.error();
+        }
+        const TurnBench::Figures& figures = run.value();
+        std::printf("%s:\n", qPrintable(package.section(u'/', -1)));
+        std::printf("%8.2f s of processors for the opening for writing, with the check\n",
+                    figures.opening);
+        std::printf("%8.2f ms of processors for a photo's turn, %.2f for the slowest (of %d)\n",
+                    figures.turn,
+                    figures.slowest,
+                    kTurns);
+        std::printf("%8.2f ms for a turn on the clock, with commits and the JPEG's intake (%.2f)\n",
+                    figures.wall,
+                    figures.intake);
+        std::printf("%8.2f s (%.2f s of processors) for sidecars and catalogues\n",
+                    figures.followers,
+                    figures.followersCpu);
+    }
+    return {};
+}
+
+Result<void> make(const QString& package, int photos, const QString& raw)
+{
+    const Measurement measurement;
+    Result<void> made = LargeLibrary::make(package, photos, raw);
+    measurement.print("making the library");
+    return made;
 }
 
 } // namespace
@@ -131,20 +191,25 @@ int main(int argc, char** argv)
         return 2;
     }
     const QString& package = arguments.at(1);
-    QElapsedTimer timer;
-    if (arguments.size() == 4) {
-        timer.start();
-        const Result<void> made =
-            LargeLibrary::make(package, arguments.at(2).toInt(), arguments.at(3));
+    const bool makes = arguments.size() == 4;
+    const QString small = package + ".small.photolibrary"_L1;
+    if (makes) {
+        const QString& raw = arguments.at(3);
+        Result<void> made = make(package, arguments.at(2).toInt(), raw);
+        made = made.ok() ? make(small, kSmall, raw) : made;
         if (!made.ok()) {
             return fails(made.error());
         }
-        std::printf("%8.2f s to make the library\n", seconds(timer));
     }
-    if (const Result<void> read = measureReading(package); !read.ok()) {
-        return fails(read.error());
+    const Result<QStringList> guids = measureReading(package);
+    if (!guids.ok()) {
+        return fails(guids.error());
     }
+    measureLookUps(package, guids.value());
     measureWindow(package);
-    std::printf("%8.0f MB peak memory\n", peakMegabytes());
+    if (const Result<void> turns = makes ? measureTurns({small, package}) : Result<void>();
+        !turns.ok()) {
+        return fails(turns.error());
+    }
     return 0;
 }
