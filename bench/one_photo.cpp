@@ -1,0 +1,146 @@
+// What a scan does for one photo, as a process of its own, to be measured beside other programs:
+//   one_photo convert SOURCE JPEG    the conversion and its proof, --times N times over
+//   one_photo prove SOURCE JPEG      prints the CPU seconds that the proof of such a JPEG takes
+//   one_photo library SOURCE PACKAGE makes a library that holds the photo --times N times
+
+#include "FakeDelegate.h"
+#include "FakePhotoApplication.h"
+#include "JpegConversion.h"
+#include "JpegProof.h"
+#include "LibraryCreator.h"
+#include "PhotoLibrary.h"
+#include "SourcePicture.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFile>
+
+#include <sys/resource.h>
+
+#include <cstdio>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+struct Task {
+    QString source;
+    QString target;
+    double quality{0.0};
+    float scale{1.0F};
+    int times{1};
+};
+
+int failure(const QString& message)
+{
+    std::fprintf(stderr, "one_photo: %s\n", qPrintable(message));
+    return 1;
+}
+
+double cpuSeconds()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+int convert(const Task& task)
+{
+    FakePhotoApplication application;
+    const PhotoPtr photo = application.photoHandle(application.addPhotoFile(task.source));
+    FakeDelegate delegate;
+    delegate.quality = task.quality;
+    delegate.scale = task.scale;
+    QByteArray bytes;
+    for (int time = 0; time < task.times; ++time) {
+        const Result<ConvertedJpeg> jpeg = JpegConversion::convert(task.source, *photo, delegate);
+        if (!jpeg.ok()) {
+            return failure(jpeg.error().message);
+        }
+        bytes = jpeg.value().bytes;
+    }
+    QFile file(task.target);
+    const bool written = file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+    return written ? 0 : failure(u"%1 cannot be written"_s.arg(task.target));
+}
+
+int prove(const Task& task)
+{
+    const auto opened = SourcePicture::open(task.source);
+    QFile file(task.target);
+    if (!opened.ok() || !file.open(QIODevice::ReadOnly)) {
+        return failure(u"%1 or %2 cannot be read"_s.arg(task.source, task.target));
+    }
+    const QByteArray jpeg = file.readAll();
+    const auto decoded = JpegProof::decodeWhole(jpeg);
+    if (!decoded.ok()) {
+        return failure(decoded.error().message);
+    }
+    QList<QImage> references;
+    if (opened.value().preview()) {
+        references.append(*opened.value().preview());
+    }
+    const double begin = cpuSeconds();
+    const Result<void> proof = JpegProof::prove(jpeg, decoded.value(), references);
+    std::printf("%.4f\n", cpuSeconds() - begin);
+    return proof.ok() ? 0 : failure(proof.error().message);
+}
+
+int makeLibrary(const Task& task)
+{
+    if (const auto made = LibraryCreator::create(task.target); !made.ok()) {
+        return failure(made.error().message);
+    }
+    const auto opened = PhotoLibrary::open(task.target, {Access::Write, false});
+    if (!opened.ok()) {
+        return failure(opened.error().message);
+    }
+    PhotoLibrary& library = *opened.value();
+    const auto whole =
+        library.applicationWithBundleIdentifier(u"com.apple.iPhoto"_s)->photoLibraryAlbum();
+    for (int time = 0; time < task.times; ++time) {
+        const auto turn = library.beginPhotoTurn();
+        whole->importFrom(task.source, true, whole);
+        turn->commit();
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    QCommandLineParser parser;
+    parser.addHelpOption();
+    const QCommandLineOption quality(u"quality"_s, u"0 to 1."_s, u"Q"_s, u"0.85"_s);
+    const QCommandLineOption scale(u"scale"_s, u"Of each side."_s, u"F"_s, u"1"_s);
+    const QCommandLineOption times(u"times"_s, u"How often."_s, u"N"_s, u"1"_s);
+    parser.addOptions({quality, scale, times});
+    parser.addPositionalArgument(u"verb"_s, u"convert, prove or library"_s);
+    parser.addPositionalArgument(u"source"_s, u"A picture file."_s);
+    parser.addPositionalArgument(u"target"_s, u"A JPEG file, or the library to make."_s);
+    parser.process(application);
+    const QStringList arguments = parser.positionalArguments();
+    if (arguments.size() != 3) {
+        parser.showHelp(2);
+    }
+    const Task task{.source = arguments[1],
+                    .target = arguments[2],
+                    .quality = parser.value(quality).toDouble(),
+                    .scale = parser.value(scale).toFloat(),
+                    .times = parser.value(times).toInt()};
+    if (arguments[0] == u"convert"_s) {
+        return convert(task);
+    }
+    if (arguments[0] == u"prove"_s) {
+        return prove(task);
+    }
+    return arguments[0] == u"library"_s ? makeLibrary(task)
+                                        : failure(u"%1 is no verb"_s.arg(arguments[0]));
+}
