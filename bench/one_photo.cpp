@@ -1,14 +1,13 @@
 // What a scan does for one photo, as a process of its own, to be measured beside other programs:
 //   one_photo convert SOURCE JPEG    the conversion and its proof, --times N times over
 //   one_photo prove SOURCE JPEG      prints the CPU seconds that the proof of such a JPEG takes
-//   one_photo library SOURCE PACKAGE makes a library that holds the photo --times N times
+//   one_photo library SOURCE PACKAGE makes a library that holds the RAW photo --times N times
 
 #include "FakeDelegate.h"
 #include "FakePhotoApplication.h"
 #include "JpegConversion.h"
 #include "JpegProof.h"
-#include "LibraryCreator.h"
-#include "PhotoLibrary.h"
+#include "LargeLibrary.h"
 #include "SourcePicture.h"
 
 #include <QCommandLineParser>
@@ -91,24 +90,11 @@ int prove(const Task& task)
     return proof.ok() ? 0 : failure(proof.error().message);
 }
 
+/// As many RAW photos as JPEG ones; scans of RAW photos pass these by.
 int makeLibrary(const Task& task)
 {
-    if (const auto made = LibraryCreator::create(task.target); !made.ok()) {
-        return failure(made.error().message);
-    }
-    const auto opened = PhotoLibrary::open(task.target, {Access::Write, false});
-    if (!opened.ok()) {
-        return failure(opened.error().message);
-    }
-    PhotoLibrary& library = *opened.value();
-    const auto whole =
-        library.applicationWithBundleIdentifier(u"com.apple.iPhoto"_s)->photoLibraryAlbum();
-    for (int time = 0; time < task.times; ++time) {
-        const auto turn = library.beginPhotoTurn();
-        whole->importFrom(task.source, true, whole);
-        turn->commit();
-    }
-    return 0;
+    const Result<void> made = LargeLibrary::make(task.target, 2 * task.times, task.source);
+    return made.ok() ? 0 : failure(made.error().message);
 }
 
 } // namespace
