@@ -1,11 +1,12 @@
 // What a scan does for one photo, as a process of its own, to be measured beside other programs:
 //   one_photo convert SOURCE JPEG    the conversion and its proof, --times N times over
-//   one_photo prove SOURCE JPEG      prints the CPU seconds that the proof of such a JPEG takes
+//   one_photo prove SOURCE           prints the CPU seconds that the proof of its JPEG takes
 //   one_photo library SOURCE PACKAGE makes a library that holds the RAW photo --times N times
 
 #include "FakeDelegate.h"
 #include "FakePhotoApplication.h"
 #include "JpegConversion.h"
+#include "JpegDestination.h"
 #include "JpegProof.h"
 #include "LargeLibrary.h"
 #include "SourcePicture.h"
@@ -70,22 +71,26 @@ int convert(const Task& task)
 
 int prove(const Task& task)
 {
-    const auto opened = SourcePicture::open(task.source);
-    QFile file(task.target);
-    if (!opened.ok() || !file.open(QIODevice::ReadOnly)) {
-        return failure(u"%1 or %2 cannot be read"_s.arg(task.source, task.target));
+    auto opened = SourcePicture::open(task.source);
+    if (!opened.ok()) {
+        return failure(opened.error().message);
     }
-    const QByteArray jpeg = file.readAll();
-    const auto decoded = JpegProof::decodeWhole(jpeg);
-    if (!decoded.ok()) {
-        return failure(decoded.error().message);
-    }
+    SourcePicture picture = std::move(opened).value();
     QList<QImage> references;
-    if (opened.value().preview()) {
-        references.append(*opened.value().preview());
+    if (picture.preview()) {
+        references.append(*picture.preview());
+    }
+    const QSize size = picture.size();
+    const auto rendered = std::move(picture).rendered(size, references);
+    if (!rendered.ok()) {
+        return failure(rendered.error().message);
+    }
+    const auto jpeg = JpegDestination::encode(rendered.value(), ImageProperties(), task.quality);
+    if (!jpeg.ok()) {
+        return failure(jpeg.error().message);
     }
     const double begin = cpuSeconds();
-    const Result<void> proof = JpegProof::prove(jpeg, decoded.value(), references);
+    const auto proof = JpegProof::prove(jpeg.value(), rendered.value(), references);
     std::printf("%.4f\n", cpuSeconds() - begin);
     return proof.ok() ? 0 : failure(proof.error().message);
 }
@@ -113,11 +118,11 @@ int main(int argc, char** argv)
     parser.addPositionalArgument(u"target"_s, u"A JPEG file, or the library to make."_s);
     parser.process(application);
     const QStringList arguments = parser.positionalArguments();
-    if (arguments.size() != 3) {
+    if (arguments.size() < 2 || (arguments.size() < 3 && arguments[0] != u"prove"_s)) {
         parser.showHelp(2);
     }
     const Task task{.source = arguments[1],
-                    .target = arguments[2],
+                    .target = arguments.value(2),
                     .quality = parser.value(quality).toDouble(),
                     .scale = parser.value(scale).toFloat(),
                     .times = parser.value(times).toInt()};

@@ -32,9 +32,9 @@ def same_on_one_core(comparison, arguments):
     return same
 
 
-def proof_seconds(comparison, arguments, jpeg):
+def proof_seconds(comparison, arguments):
     """CPU seconds, median."""
-    command = one_photo(arguments, "prove", comparison.source, jpeg)
+    command = one_photo(arguments, "prove", comparison.source)
     outputs = [subprocess.run(command, env=comparison.environment, capture_output=True, text=True,
                               check=True).stdout for _ in range(arguments.runs)]
     return statistics.median(float(output) for output in outputs)
@@ -75,8 +75,8 @@ def turn(comparison, arguments):
     return tuple(less(median(many), median(one), TIMES - 1) for one, many in (conversions, scans))
 
 
-def start_milliseconds(arguments, environment, home):
-    """Medians of the wall time until the program has told its version, and listed a sample."""
+def starts(arguments, environment, home):
+    """What it takes until the program has told its version, and listed a sample; medians."""
     sample = os.path.join(home, "sample")
     log = os.path.join(home, "log")
     os.makedirs(sample)
@@ -87,5 +87,5 @@ def start_milliseconds(arguments, environment, home):
     for name, rest in (("--version", ()), ("list", (package,))):
         costs = [run([[command_line(arguments, name, *rest)]], environment, log)
                  for _ in range(STARTS)]
-        found[name] = median(costs).wall * 1000
+        found[name] = median(costs)
     return found
