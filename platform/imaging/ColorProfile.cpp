@@ -20,7 +20,7 @@ struct CurveFree {
     void operator()(cmsToneCurve* curve) const { cmsFreeToneCurve(curve); }
 };
 
-using CurveOfProfile = std::unique_ptr<cmsToneCurve, CurveFree>;
+using ProfileCurve = std::unique_ptr<cmsToneCurve, CurveFree>;
 
 /// Bytes 24 to 35 of the header (ICC.1:2010, 7.2) hold when the profile was made; a fixed moment
 /// keeps the bytes the same each time.
@@ -122,7 +122,7 @@ QByteArray ColorProfile::made(const Primaries& primaries, const Curve& curve)
     }
     // Type 4 (IEC 61966-2-1) of ICC.1:2010, 10.16.
     const std::array<double, 5> parameters{curve.gamma, curve.a, curve.b, curve.c, curve.d};
-    const CurveOfProfile tone(cmsBuildParametricToneCurve(nullptr, 4, parameters.data()));
+    const ProfileCurve tone(cmsBuildParametricToneCurve(nullptr, 4, parameters.data()));
     const std::array<cmsToneCurve*, 3> tones{tone.get(), tone.get(), tone.get()};
     const cmsCIExyY white = place(primaries.white);
     const cmsCIExyYTRIPLE colors{

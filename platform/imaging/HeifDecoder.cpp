@@ -93,10 +93,10 @@ struct Layout {
 };
 
 /// Turns libheif's rows into rows of 16 bits on white.
-class RowConversion final
+class HeifRows final
 {
 public:
-    RowConversion(const Layout& layout, int bits)
+    HeifRows(const Layout& layout, int bits)
         : m_layout(layout)
         , m_largest((quint32{1} << static_cast<unsigned>(bits)) - 1)
     {
@@ -148,7 +148,7 @@ Bitmap bitmapOf(const heif_image& image, const Layout& layout)
         return {};
     }
     Bitmap bitmap(width, height, Transfer::Srgb);
-    const RowConversion rows(layout, bits);
+    const HeifRows rows(layout, bits);
     for (int y = 0; y < height; ++y) {
         rows.convert(plane + static_cast<std::ptrdiff_t>(stride) * y, bitmap.row(y));
     }

@@ -16,14 +16,14 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-bool has(const Exiv2::ExifData& exif, const char* key)
+bool isTold(const Exiv2::ExifData& exif, const char* key)
 {
     return exif.findKey(Exiv2::ExifKey(key)) != exif.end();
 }
 
 void addText(Exiv2::ExifData& exif, const char* key, const std::string& text)
 {
-    if (!text.empty() && !has(exif, key)) {
+    if (!text.empty() && !isTold(exif, key)) {
         exif[key] = text;
     }
 }
@@ -32,7 +32,7 @@ void addText(Exiv2::ExifData& exif, const char* key, const std::string& text)
 void addExposureTime(Exiv2::ExifData& exif, double seconds)
 {
     constexpr auto kKey = "Exif.Photo.ExposureTime";
-    if (!(seconds > 0.0) || seconds > 86400.0 || has(exif, kKey)) {
+    if (!(seconds > 0.0) || seconds > 86400.0 || isTold(exif, kKey)) {
         return;
     }
     const double inverse = std::round(1.0 / seconds);
@@ -44,7 +44,7 @@ void addExposureTime(Exiv2::ExifData& exif, double seconds)
 
 void addTenths(Exiv2::ExifData& exif, const char* key, double value)
 {
-    if (value > 0.0 && value < 1e5 && !has(exif, key)) {
+    if (value > 0.0 && value < 1e5 && !isTold(exif, key)) {
         exif[key] = Exiv2::URational(static_cast<uint32_t>(std::lround(value * 10.0)), 10);
     }
 }
@@ -80,10 +80,10 @@ void complete(const LibRaw& raw, ImageProperties::Content& content)
     addTenths(exif, "Exif.Photo.FNumber", static_cast<double>(data.other.aperture));
     addTenths(exif, "Exif.Photo.FocalLength", static_cast<double>(data.other.focal_len));
     const float speed = data.other.iso_speed;
-    if (speed >= 1.0F && speed < 65535.0F && !has(exif, "Exif.Photo.ISOSpeedRatings")) {
+    if (speed >= 1.0F && speed < 65535.0F && !isTold(exif, "Exif.Photo.ISOSpeedRatings")) {
         exif["Exif.Photo.ISOSpeedRatings"] = static_cast<uint16_t>(std::lround(speed));
     }
-    if (!has(exif, "Exif.Image.Orientation")) {
+    if (!isTold(exif, "Exif.Image.Orientation")) {
         exif["Exif.Image.Orientation"] = orientationOfFlip(data.sizes.flip);
     }
     if (content.pixels.isEmpty()) {
@@ -95,8 +95,8 @@ void complete(const LibRaw& raw, ImageProperties::Content& content)
 /// tell.
 bool saysEnough(const ImageProperties::Content& content)
 {
-    return has(content.exif, "Exif.Image.Make") || has(content.exif, "Exif.PanasonicRaw.Make") ||
-           !content.pixels.isEmpty();
+    return isTold(content.exif, "Exif.Image.Make") ||
+           isTold(content.exif, "Exif.PanasonicRaw.Make") || !content.pixels.isEmpty();
 }
 
 /// Exiv2's exposure time of CRW files is not always the camera's: five seconds of an EOS D30 come

@@ -99,11 +99,11 @@ QStringList photosOf(const QVariantMap& entry)
 }
 
 /// A catalogue, or what it should be.
-class Comparison final
+class Differences final
 {
 public:
     /// `images`: those that there should be, by id.
-    Comparison(QString file, const QVariantMap& images)
+    Differences(QString file, const QVariantMap& images)
         : m_file(std::move(file))
         , m_images(images)
     {
@@ -211,7 +211,7 @@ private:
     QStringList m_sentences;
 };
 
-void compareLists(Comparison& comparison, const QVariantMap& found, const QVariantMap& wanted)
+void compareLists(Differences& comparison, const QVariantMap& found, const QVariantMap& wanted)
 {
     comparison.compareEntries(u"album"_s,
                               found.value(u"List of Albums"_s).toList(),
@@ -230,7 +230,7 @@ void compareLists(Comparison& comparison, const QVariantMap& found, const QVaria
 QStringList CatalogueComparison::ofFull(const QVariantMap& found, const QVariantMap& wanted)
 {
     const QString images = u"Master Image List"_s;
-    Comparison comparison(u"AlbumData.xml"_s, wanted.value(images).toMap());
+    Differences comparison(u"AlbumData.xml"_s, wanted.value(images).toMap());
     comparison.compareImages(found.value(images).toMap());
     compareLists(comparison, found, wanted);
     return comparison.sentences();
@@ -240,7 +240,7 @@ QStringList CatalogueComparison::ofBrief(const QVariantMap& found,
                                          const QVariantMap& wanted,
                                          const QVariantMap& full)
 {
-    Comparison comparison(u"AlbumData2.xml"_s, full.value(u"Master Image List"_s).toMap());
+    Differences comparison(u"AlbumData2.xml"_s, full.value(u"Master Image List"_s).toMap());
     compareLists(comparison, found, wanted);
     return comparison.sentences();
 }

@@ -15,7 +15,7 @@ namespace
 {
 
 /// What a photo's pictures are made from.
-struct Photo {
+struct ProxiedPhoto {
     QString preview;  ///< absolute; empty where the photo has none
     QString original; ///< absolute; empty where it is out of reach
     bool isRaw{false};
@@ -23,7 +23,7 @@ struct Photo {
     qint64 rotation{0}; ///< clockwise degrees from the original to what is shown
 };
 
-Photo photoOf(Connection& connection, qint64 version)
+ProxiedPhoto photoOf(Connection& connection, qint64 version)
 {
     const QString& package = connection.packagePath();
     Sql::Query row(connection,
@@ -33,7 +33,7 @@ Photo photoOf(Connection& connection, qint64 version)
                    " JOIN prox.RKImageProxyState p ON p.versionId = v.modelId"
                    " WHERE v.modelId = ?",
                    version);
-    Photo photo;
+    ProxiedPhoto photo;
     if (row.next()) {
         const QString preview = Sql::text(row.column(0));
         photo.preview =
@@ -52,7 +52,7 @@ Photo photoOf(Connection& connection, qint64 version)
 }
 
 /// The picture that shows what the thumbnail should; empty where there is none.
-QString sourceOf(const Photo& photo, ProxyFiles::Kind kind)
+QString sourceOf(const ProxiedPhoto& photo, ProxyFiles::Kind kind)
 {
     const bool showsItself = !photo.isRaw && !photo.isEdited;
     if (kind == ProxyFiles::Kind::Preview || photo.preview.isEmpty()) {
@@ -100,7 +100,7 @@ QList<ProxyFiles::Missing> ProxyFiles::missing(Connection& connection)
 
 bool ProxyFiles::canBeMade(Connection& connection, const Missing& missing)
 {
-    const Photo photo = photoOf(connection, missing.version);
+    const ProxiedPhoto photo = photoOf(connection, missing.version);
     const QString source = sourceOf(photo, missing.kind);
     if (missing.leadsOut || source.isEmpty()) {
         return false;
@@ -112,7 +112,7 @@ bool ProxyFiles::canBeMade(Connection& connection, const Missing& missing)
 
 Result<QByteArray> ProxyFiles::make(Connection& connection, const Missing& missing)
 {
-    const Photo photo = photoOf(connection, missing.version);
+    const ProxiedPhoto photo = photoOf(connection, missing.version);
     const QString source = sourceOf(photo, missing.kind);
     const Error impossible{ErrorCode::Unsupported,
                            u"“%1” cannot be made from the original “%2”."_s.arg(
