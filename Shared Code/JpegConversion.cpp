@@ -140,21 +140,21 @@ converted(const QString& source, Photo& photo, const CorvaneDelegate& delegate)
         return size.error();
     }
     const QList<QImage> references = referencesOf(source, picture.preview(), evidence);
-    const Result<Bitmap> bitmap = std::move(picture).rendered(size.value(), references);
-    if (!bitmap.ok()) {
-        return bitmap.error();
+    const Result<QImage> rendered = std::move(picture).rendered(size.value(), references);
+    if (!rendered.ok()) {
+        return rendered.error();
     }
     const Result<QByteArray> jpeg =
-        JpegDestination::encode(bitmap.value(), properties.value(), delegate.compressionFactor());
+        JpegDestination::encode(rendered.value(), properties.value(), delegate.compressionFactor());
     if (!jpeg.ok()) {
         systemLog(u"***Could not create data from image destination ***"_s);
         return jpeg.error();
     }
-    const Result<void> proof = JpegProof::prove(jpeg.value(), bitmap.value(), references);
+    const Result<void> proof = JpegProof::prove(jpeg.value(), rendered.value(), references);
     if (!proof.ok()) {
         return proof.error();
     }
-    return ConvertedJpeg{jpeg.value(), bitmap.value().size()};
+    return ConvertedJpeg{jpeg.value(), rendered.value().size()};
 }
 
 } // namespace

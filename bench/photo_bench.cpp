@@ -87,7 +87,7 @@ double librarySeconds(const QByteArray& jpeg)
 
 /// The picture of a file in a part of its size, as a scan without a library renders it; null where
 /// there is none.
-Bitmap renderedPart(const QString& path, double part)
+QImage renderedPart(const QString& path, double part)
 {
     auto opened = SourcePicture::open(path);
     if (!opened.ok()) {
@@ -99,8 +99,8 @@ Bitmap renderedPart(const QString& path, double part)
         references.append(*picture.preview());
     }
     const QSize size = picture.size() * part;
-    auto bitmap = std::move(picture).rendered(size, references);
-    return bitmap.ok() ? std::move(bitmap).value() : Bitmap();
+    auto rendered = std::move(picture).rendered(size, references);
+    return rendered.ok() ? std::move(rendered).value() : QImage();
 }
 
 bool report(const QString& path)
@@ -112,7 +112,7 @@ bool report(const QString& path)
                     qPrintable(opened.error().message));
         return false;
     }
-    const Bitmap bitmap = renderedPart(path, 1.0);
+    const QImage rendered = renderedPart(path, 1.0);
     const auto properties = ImageProperties::read(path);
     const ImageProperties metadata = properties.ok() ? properties.value() : ImageProperties();
     QByteArray jpeg;
@@ -122,14 +122,14 @@ bool report(const QString& path)
     const double half = medianSeconds([&] { static_cast<void>(renderedPart(path, kScale)); });
     const double read = medianSeconds([&] { static_cast<void>(ImageProperties::read(path).ok()); });
     const double encode = medianSeconds([&] {
-        auto encoded = JpegDestination::encode(bitmap, metadata, kQuality);
+        auto encoded = JpegDestination::encode(rendered, metadata, kQuality);
         jpeg = encoded.ok() ? std::move(encoded).value() : QByteArray();
     });
     const double proof =
-        medianSeconds([&] { static_cast<void>(JpegProof::prove(jpeg, bitmap, {}).ok()); });
+        medianSeconds([&] { static_cast<void>(JpegProof::prove(jpeg, rendered, {}).ok()); });
     std::printf("%-28s %5.1f MP %7.3f %7.3f %7.3f %8.3f %7.3f %7.3f %7.3f %6.2f MB\n",
                 qPrintable(QFileInfo(path).fileName()),
-                bitmap.pixelsWide() * 1e-6 * bitmap.pixelsHigh(),
+                rendered.width() * 1e-6 * rendered.height(),
                 open,
                 whole - open,
                 half - open,

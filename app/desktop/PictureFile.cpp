@@ -86,11 +86,12 @@ Result<QImage> readWithOwnDecoders(const QString& path, QSize within, PictureFil
     if (picture.value().preview()) {
         references.append(*picture.value().preview());
     }
-    const Result<Bitmap> bitmap = std::move(picture).value().rendered(size, references);
-    if (!bitmap.ok()) {
-        return bitmap.error();
+    const Result<QImage> rendered = std::move(picture).value().rendered(size, references);
+    if (!rendered.ok()) {
+        return rendered.error();
     }
-    return BitmapImage::toImage(Upright::turned(bitmap.value(), orientation));
+    return BitmapImage::toImage(
+        Upright::turned(BitmapImage::fromImage(rendered.value()), orientation));
 }
 
 QImage forScreen(QImage image, QSize within)

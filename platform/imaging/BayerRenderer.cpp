@@ -1,6 +1,7 @@
 #include "BayerRenderer.h"
 
 #include "BayerKernels.h"
+#include "BayerRows.h"
 #include "ReducedPicture.h"
 #include "RowBands.h"
 
@@ -8,28 +9,19 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <functional>
+#include <new>
+#include <span>
 #include <vector>
 
 namespace
 {
 
 using BayerKernels::Matrix;
+using Row = BayerRows::Row;
 
-/// Pairs of columns beyond each end of a row, for what is looked up at its neighbours.
-constexpr int kMargin = 2;
-
-/// Rows above and below that the pixels of a row depend on: two for the greens of the rows beside.
-constexpr int kReach = 3;
-
-/// A power of two of at least 2 * kReach + 1 rows.
-constexpr int kKeptRows = 8;
-
-/// A place beyond an end is the one as far inside, which has the same filter.
-int reflected(int place, int length)
-{
-    const int inside = place < 0 ? -place : place;
-    return inside < length ? inside : 2 * (length - 1) - inside;
-}
+constexpr int kMargin = BayerRows::kMargin;
+constexpr int kReach = BayerRows::kReach;
 
 Matrix floats(const ColorMatrix& matrix)
 {
@@ -38,121 +30,6 @@ Matrix floats(const ColorMatrix& matrix)
         matrix, into.begin(), [](double value) { return static_cast<float>(value); });
     return into;
 }
-
-/// Half a row: the columns of one parity, with margins.
-using HalfRow = std::vector<float>;
-
-struct Row {
-    HalfRow even;
-    HalfRow odd;
-    HalfRow green;      ///< at the sites
-    HalfRow difference; ///< of the sites to that
-    bool siteIsEven{false};
-    bool siteIsRed{false};
-
-    [[nodiscard]] const HalfRow& sites() const { return siteIsEven ? even : odd; }
-
-    [[nodiscard]] const HalfRow& greens() const { return siteIsEven ? odd : even; }
-};
-
-/// The rows of one band, made as they are needed. Rows and columns count from the kept area's
-/// corner; those of the sensor around it are real, those beyond the visible area reflected.
-class BandOfRows final
-{
-public:
-    explicit BandOfRows(const BayerMosaic& mosaic)
-        : m_mosaic(mosaic)
-        , m_pairs((mosaic.kept.width() + 1) / 2 + 2 * kMargin)
-    {
-        for (Row& row : m_rows) {
-            for (HalfRow* half : {&row.even, &row.odd, &row.green, &row.difference}) {
-                half->resize(static_cast<std::size_t>(m_pairs));
-            }
-        }
-    }
-
-    [[nodiscard]] const Row& row(int y) const
-    {
-        return m_rows[static_cast<std::size_t>(y) % kKeptRows];
-    }
-
-    /// The light of row `y`.
-    void prepare(int y)
-    {
-        Row& row = m_rows[static_cast<std::size_t>(y) % kKeptRows];
-        const int source = reflected(m_mosaic.kept.top() + y, m_mosaic.visible.height());
-        const int left = m_mosaic.kept.left() - 2 * kMargin;
-        const auto parity = static_cast<std::size_t>(2 * (source & 1));
-        const auto even = parity + static_cast<std::size_t>(left & 1);
-        const auto odd = parity + static_cast<std::size_t>(1 - (left & 1));
-        const BayerKernels::Light first = lightOf(even);
-        const BayerKernels::Light second = lightOf(odd);
-        const quint16* const values = m_mosaic.values + source * m_mosaic.stride;
-        const int begin = std::clamp((1 - left) / 2, 0, m_pairs);
-        const int end = std::clamp((m_mosaic.visible.width() - left) / 2, begin, m_pairs);
-        BayerKernels::prepare(values + left + 2 * begin,
-                              end - begin,
-                              first,
-                              second,
-                              row.even.data() + begin,
-                              row.odd.data() + begin);
-        for (int pair = 0; pair < m_pairs; ++pair) {
-            if (pair == begin) {
-                pair = end;
-            }
-            if (pair < m_pairs) {
-                prepareReflected(values, left + 2 * pair, first, second, pair, row);
-            }
-        }
-        row.siteIsEven = m_mosaic.colors.at(even) != BayerMosaic::Green;
-        row.siteIsRed = m_mosaic.colors.at(row.siteIsEven ? even : odd) == BayerMosaic::Red;
-    }
-
-    /// Green at the sites of row `y`; two rows above and below must have been prepared.
-    void fillGreens(int y)
-    {
-        Row& here = m_rows[static_cast<std::size_t>(y) % kKeptRows];
-        const int shift = here.siteIsEven ? 1 : 0;
-        BayerKernels::greensAtSites({.site = here.sites().data() + 1,
-                                     .left = here.greens().data() + 1 - shift,
-                                     .right = here.greens().data() + 2 - shift,
-                                     .above = row(y - 1).greens().data() + 1,
-                                     .below = row(y + 1).greens().data() + 1,
-                                     .twoAbove = row(y - 2).sites().data() + 1,
-                                     .twoBelow = row(y + 2).sites().data() + 1},
-                                    m_pairs - 2,
-                                    here.green.data() + 1,
-                                    here.difference.data() + 1);
-    }
-
-    [[nodiscard]] int pairs() const { return m_pairs; }
-
-private:
-    [[nodiscard]] BayerKernels::Light lightOf(std::size_t filter) const
-    {
-        return {.black = m_mosaic.black.at(filter),
-                .scale =
-                    m_mosaic.scale.at(filter) * m_mosaic.balance.at(m_mosaic.colors.at(filter)),
-                .white = m_mosaic.white};
-    }
-
-    void prepareReflected(const quint16* values,
-                          int column,
-                          BayerKernels::Light first,
-                          BayerKernels::Light second,
-                          int pair,
-                          Row& row) const
-    {
-        const std::array<quint16, 2> both{values[reflected(column, m_mosaic.visible.width())],
-                                          values[reflected(column + 1, m_mosaic.visible.width())]};
-        BayerKernels::prepare(
-            both.data(), 1, first, second, row.even.data() + pair, row.odd.data() + pair);
-    }
-
-    const BayerMosaic& m_mosaic;
-    int m_pairs;
-    std::array<Row, kKeptRows> m_rows;
-};
 
 /// Planar pixels of half a row.
 struct Pixels {
@@ -174,11 +51,11 @@ struct Pixels {
 };
 
 /// Interleaves the pixels of a row, each value as `tone` makes it.
-template <typename Tone>
-void writeRow(const Pixels& even, const Pixels& odd, std::span<quint16> into, const Tone& tone)
+template <typename Value, typename Tone>
+void writeRow(const Pixels& even, const Pixels& odd, std::span<Value> into, const Tone& tone)
 {
     const std::size_t pairs = into.size() / 6;
-    quint16* value = into.data();
+    Value* value = into.data();
     const auto write = [&](const Pixels& pixels, std::size_t i) {
         *value++ = tone(pixels.red[i]);
         *value++ = tone(pixels.green[i]);
@@ -193,17 +70,16 @@ void writeRow(const Pixels& even, const Pixels& odd, std::span<quint16> into, co
     }
 }
 
-/// The rows [from, end) of the picture, written to `into` from its row `first` on.
-template <typename Tone>
+/// The rows [from, end) of the picture, each written to what `rowOf` gives for it.
+template <typename RowOf, typename Tone>
 void renderBand(const BayerMosaic& mosaic,
                 int from,
                 int end,
                 const Matrix& matrix,
                 const Tone& tone,
-                Bitmap& into,
-                int first)
+                const RowOf& rowOf)
 {
-    BandOfRows rows(mosaic);
+    BayerRows rows(mosaic);
     const int count = rows.pairs() - 2 * kMargin;
     Pixels sites(count);
     Pixels greens(count);
@@ -238,10 +114,8 @@ void renderBand(const BayerMosaic& mosaic,
                                      count,
                                      matrix,
                                      greens.planes());
-        writeRow(here.siteIsEven ? sites : greens,
-                 here.siteIsEven ? greens : sites,
-                 into.row(first + y - from),
-                 tone);
+        writeRow(
+            here.siteIsEven ? sites : greens, here.siteIsEven ? greens : sites, rowOf(y), tone);
     }
 }
 
@@ -288,17 +162,24 @@ ColorMatrix BayerRenderer::total(const ColorMatrix& matrix) const
     return multiplied(matrix, m_toSrgb);
 }
 
-Bitmap BayerRenderer::rendered(const Rendition& rendition) const
+QImage BayerRenderer::rendered(const Rendition& rendition) const
 {
-    Bitmap picture(size().width(), size().height(), Transfer::Srgb);
+    QImage picture(size(), QImage::Format_RGB888);
+    if (picture.isNull()) {
+        throw std::bad_alloc();
+    }
     const Matrix matrix = floats(total(rendition.matrix()));
-    const std::span<const quint16, 65536> tones = rendition.tones();
+    const std::vector<quint8> tones = rendition.byteTones();
+    const auto tone = [&tones](quint16 light) { return tones[light]; };
+    // Taken once: each call of QImage's own would write to what the threads share.
+    uchar* const pixels = picture.bits();
+    const qsizetype stride = picture.bytesPerLine();
+    const auto rowOf = [&](int y) {
+        return std::span(pixels + y * stride, static_cast<std::size_t>(3 * size().width()));
+    };
     RowBands::run(
         size().height(),
-        [&](int from, int end) {
-            const auto tone = [tones](quint16 light) { return tones[light]; };
-            renderBand(m_mosaic, from, end, matrix, tone, picture, from);
-        },
+        [&](int from, int end) { renderBand(m_mosaic, from, end, matrix, tone, rowOf); },
         m_threads);
     return picture;
 }
@@ -307,11 +188,10 @@ Bitmap BayerRenderer::linear(const ColorMatrix& matrix) const
 {
     Bitmap picture(size().width(), size().height(), Transfer::Linear);
     const Matrix all = floats(total(matrix));
+    const auto rowOf = [&](int y) { return picture.row(y); };
     RowBands::run(
         size().height(),
-        [&](int from, int end) {
-            renderBand(m_mosaic, from, end, all, std::identity(), picture, from);
-        },
+        [&](int from, int end) { renderBand(m_mosaic, from, end, all, std::identity(), rowOf); },
         m_threads);
     return picture;
 }
@@ -319,7 +199,8 @@ Bitmap BayerRenderer::linear(const ColorMatrix& matrix) const
 Bitmap BayerRenderer::linearRows(int from, int end) const
 {
     Bitmap picture(size().width(), end - from, Transfer::Linear);
-    renderBand(m_mosaic, from, end, floats(m_toSrgb), std::identity(), picture, 0);
+    const auto rowOf = [&](int y) { return picture.row(y - from); };
+    renderBand(m_mosaic, from, end, floats(m_toSrgb), std::identity(), rowOf);
     return picture;
 }
 
@@ -330,7 +211,7 @@ Bitmap BayerRenderer::halved(const ColorMatrix& matrix) const
     RowBands::run(
         picture.pixelsHigh(),
         [&](int from, int end) {
-            BandOfRows rows(m_mosaic);
+            BayerRows rows(m_mosaic);
             Pixels pixels(picture.pixelsWide());
             for (int y = from; y < end; ++y) {
                 rows.prepare(2 * y);
@@ -361,7 +242,7 @@ Bitmap BayerRenderer::reduced() const
     BayerMosaic unbalanced = m_mosaic;
     unbalanced.balance = {1.0F, 1.0F, 1.0F};
     const auto work = [&](int from, int end) {
-        BandOfRows rows(unbalanced);
+        BayerRows rows(unbalanced);
         std::vector<std::array<double, 3>> sums(static_cast<std::size_t>(into.width()));
         for (int y = from; y < end; ++y) {
             std::ranges::fill(sums, std::array<double, 3>{});

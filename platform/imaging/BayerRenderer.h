@@ -4,6 +4,8 @@
 #include "Bitmap.h"
 #include "Rendition.h"
 
+#include <QImage>
+
 #include <array>
 
 /// Makes pictures of sensor data in one pass over their rows, without a picture in between. Light
@@ -32,8 +34,8 @@ public:
     /// Each pixel of the four of a cell, so half as many a side, rounded down.
     [[nodiscard]] QSize halfSize() const { return size() / 2; }
 
-    /// sRGB encoded, at full size.
-    [[nodiscard]] Bitmap rendered(const Rendition& rendition) const;
+    /// sRGB encoded, at full size, Format_RGB888.
+    [[nodiscard]] QImage rendered(const Rendition& rendition) const;
 
     /// Transfer::Linear, at full size; `matrix` after the one to linear sRGB.
     [[nodiscard]] Bitmap linear(const ColorMatrix& matrix = kIdentityMatrix) const;

@@ -1,147 +1,21 @@
 #include "JpegDecoder.h"
 
 #include "ColorProfile.h"
-#include "ExifColor.h"
-#include "JpegErrors.h"
+#include "JpegDecompressor.h"
 #include "PictureLimits.h"
 #include "SrgbTransfer.h"
 
-#include <jerror.h>
-
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <span>
+#include <utility>
+#include <vector>
 
 namespace
 {
-
-/// Scans of a progressive file; each is a pass over the whole picture, so a crafted file could
-/// otherwise keep the decoder busy for hours.
-constexpr int kMaximumScans = 500;
-
-constexpr int kExifMarker = JPEG_APP0 + 1;
-
-/// libjpeg's decompressor and everything that must outlive a longjmp out of it.
-class Decompressor final
-{
-public:
-    explicit Decompressor(QByteArrayView bytes);
-    ~Decompressor();
-    Decompressor(const Decompressor&) = delete;
-    Decompressor& operator=(const Decompressor&) = delete;
-
-    [[nodiscard]] bool readHeader();
-    /// The embedded one, or Adobe's where the Exif block says so; empty for sRGB.
-    [[nodiscard]] QByteArray iccProfile();
-    [[nodiscard]] bool start();
-    [[nodiscard]] bool readRow(JSAMPLE* row);
-    [[nodiscard]] bool finish();
-
-    [[nodiscard]] const jpeg_decompress_struct& state() const { return m_state; }
-
-    [[nodiscard]] const JpegErrors& errors() const { return m_errors; }
-
-private:
-    static void onProgress(j_common_ptr codec);
-
-    JpegErrors m_errors;
-    jpeg_decompress_struct m_state{};
-    jpeg_progress_mgr m_progress{};
-    QByteArrayView m_bytes;
-};
-
-Decompressor::Decompressor(QByteArrayView bytes)
-    : m_bytes(bytes)
-{
-    m_state.err = m_errors.manager();
-    m_progress.progress_monitor = onProgress;
-}
-
-Decompressor::~Decompressor()
-{
-    jpeg_destroy_decompress(&m_state);
-}
-
-void Decompressor::onProgress(j_common_ptr codec)
-{
-    const auto* const state = reinterpret_cast<j_decompress_ptr>(codec);
-    if (state->input_scan_number > kMaximumScans) {
-        codec->err->msg_code = JWRN_BOGUS_PROGRESSION;
-        (*codec->err->error_exit)(codec);
-    }
-}
-
-bool Decompressor::readHeader()
-{
-    return m_errors.run([this] {
-        jpeg_create_decompress(&m_state);
-        m_state.progress = &m_progress;
-        jpeg_mem_src(&m_state,
-                     reinterpret_cast<const unsigned char*>(m_bytes.data()),
-                     static_cast<unsigned long>(m_bytes.size()));
-        jpeg_save_markers(&m_state, kExifMarker, 0xFFFF);
-        jpeg_save_markers(&m_state, JPEG_APP0 + 2, 0xFFFF);
-        jpeg_read_header(&m_state, TRUE);
-    });
-}
-
-/// Whether one of the saved segments is an Exif block that says so.
-bool saysAdobeRgb(jpeg_saved_marker_ptr segment)
-{
-    for (; segment != nullptr; segment = segment->next) {
-        const QByteArrayView payload(reinterpret_cast<const char*>(segment->data),
-                                     static_cast<qsizetype>(segment->data_length));
-        const QByteArrayView signature("Exif\0\0", 6);
-        if (segment->marker == kExifMarker && payload.startsWith(signature)) {
-            return ExifColor::isAdobeRgb(payload.sliced(signature.size()));
-        }
-    }
-    return false;
-}
-
-QByteArray Decompressor::iccProfile()
-{
-    JOCTET* data = nullptr;
-    unsigned length = 0;
-    if (!m_errors.run([&] { jpeg_read_icc_profile(&m_state, &data, &length); }) ||
-        data == nullptr) {
-        return saysAdobeRgb(m_state.marker_list) ? ColorProfile::adobeRgb() : QByteArray();
-    }
-    QByteArray profile(reinterpret_cast<const char*>(data), static_cast<qsizetype>(length));
-    std::free(data); // NOLINT(*-no-malloc): libjpeg allocates it so
-    return profile;
-}
-
-bool Decompressor::start()
-{
-    return m_errors.run([this] {
-        switch (m_state.jpeg_color_space) {
-        case JCS_GRAYSCALE:
-            m_state.out_color_space = JCS_GRAYSCALE;
-            break;
-        case JCS_CMYK:
-        case JCS_YCCK:
-            m_state.out_color_space = JCS_CMYK;
-            break;
-        default:
-            m_state.out_color_space = JCS_RGB;
-        }
-        m_state.dct_method = JDCT_ISLOW;
-        jpeg_start_decompress(&m_state);
-    });
-}
-
-bool Decompressor::readRow(JSAMPLE* row)
-{
-    JSAMPLE* rows[] = {row}; // NOLINT(*-avoid-c-arrays): what libjpeg takes
-    return m_errors.run([&] { jpeg_read_scanlines(&m_state, &rows[0], 1); });
-}
-
-bool Decompressor::finish()
-{
-    return m_errors.run([this] { jpeg_finish_decompress(&m_state); });
-}
 
 /// Turns libjpeg's rows into sRGB rows of 16 bits.
 class RowConversion final
@@ -208,47 +82,81 @@ private:
     std::optional<ColorProfile::ToSrgb> m_profile;
 };
 
+Error memoryTooShort()
+{
+    return {ErrorCode::OutOfSpace, QStringLiteral("there is not enough memory to decode it")};
+}
+
 Error errorOf(const JpegErrors& errors)
 {
     if (errors.outOfMemory()) {
-        return {ErrorCode::OutOfSpace, QStringLiteral("there is not enough memory to decode it")};
+        return memoryTooShort();
     }
     return {ErrorCode::Damaged,
             QStringLiteral("its picture does not decode (%1)").arg(errors.text())};
 }
 
-Result<Bitmap> decodeRows(Decompressor& source)
+/// Decodes to the last row, each given to `takeRow` with its number.
+template <typename TakeRow>
+std::optional<Error> decodeRows(JpegDecompressor& source, const TakeRow& takeRow)
 {
-    const QByteArray icc = source.iccProfile();
-    if (!source.start()) {
-        return errorOf(source.errors());
-    }
     const auto& state = source.state();
-    const int width = static_cast<int>(state.output_width);
-    const int height = static_cast<int>(state.output_height);
-    Bitmap bitmap(width, height, Transfer::Srgb);
-    RowConversion conversion(state, icc);
     std::vector<JSAMPLE> row(static_cast<std::size_t>(state.output_width) *
                              static_cast<std::size_t>(state.output_components));
-    for (int y = 0; y < height; ++y) {
+    for (int y = 0; y < static_cast<int>(state.output_height); ++y) {
         // The first complaint decides: what follows it would be invented.
         if (!source.readRow(row.data()) || source.errors().damaged()) {
             return errorOf(source.errors());
         }
-        conversion.convert(row, bitmap.row(y));
+        takeRow(row, y);
     }
-    if (!source.finish() || source.errors().damaged()) {
-        return errorOf(source.errors());
-    }
-    return bitmap;
+    return source.finish() && !source.errors().damaged() ? std::nullopt
+                                                         : std::optional(errorOf(source.errors()));
 }
 
-} // namespace
+Result<Bitmap> decodedBitmap(JpegDecompressor& source, const QByteArray& icc)
+{
+    const auto& state = source.state();
+    Bitmap bitmap(static_cast<int>(state.output_width),
+                  static_cast<int>(state.output_height),
+                  Transfer::Srgb);
+    RowConversion conversion(state, icc);
+    const auto failure = decodeRows(source, [&](std::span<const JSAMPLE> row, int y) {
+        conversion.convert(row, bitmap.row(y));
+    });
+    return failure ? Result<Bitmap>(*failure) : Result<Bitmap>(std::move(bitmap));
+}
 
-Result<Bitmap> JpegDecoder::decode(QByteArrayView bytes)
+Result<QImage> decodedImage(JpegDecompressor& source, const QByteArray& icc)
+{
+    const auto& state = source.state();
+    QImage image(static_cast<int>(state.output_width),
+                 static_cast<int>(state.output_height),
+                 QImage::Format_RGB888);
+    if (image.isNull()) {
+        return memoryTooShort();
+    }
+    const bool isSrgb = state.output_components == 3 && icc.isEmpty();
+    RowConversion conversion(state, icc);
+    std::vector<quint16> wide(std::size_t{3} * state.output_width);
+    const auto failure = decodeRows(source, [&](std::span<const JSAMPLE> row, int y) {
+        uchar* const into = image.scanLine(y);
+        if (isSrgb) {
+            std::ranges::copy(row, into);
+        } else {
+            conversion.convert(row, wide);
+            std::ranges::transform(wide, into, roundedByte);
+        }
+    });
+    return failure ? Result<QImage>(*failure) : Result<QImage>(std::move(image));
+}
+
+/// Reads the header, averages pixels as wanted, and decodes by `decode`.
+template <typename Picture, typename Decode>
+Result<Picture> decodedBy(QByteArrayView bytes, int denominator, const Decode& decode)
 {
     try {
-        Decompressor source(bytes);
+        JpegDecompressor source(bytes);
         if (!source.readHeader()) {
             return errorOf(source.errors());
         }
@@ -258,16 +166,41 @@ Result<Bitmap> JpegDecoder::decode(QByteArrayView bytes)
                              .arg(source.state().image_width)
                              .arg(source.state().image_height)};
         }
-        return decodeRows(source);
+        source.reduceBy(denominator);
+        const QByteArray icc = source.iccProfile();
+        if (!source.start()) {
+            return errorOf(source.errors());
+        }
+        return decode(source, icc);
     } catch (const std::bad_alloc&) {
-        return Error{ErrorCode::OutOfSpace,
-                     QStringLiteral("there is not enough memory to decode it")};
+        return memoryTooShort();
     }
+}
+
+} // namespace
+
+Result<Bitmap> JpegDecoder::decode(QByteArrayView bytes)
+{
+    return decodedBy<Bitmap>(bytes, 1, decodedBitmap);
+}
+
+Result<QImage> JpegDecoder::decodeReduced(QByteArrayView bytes, int denominator)
+{
+    return decodedBy<QImage>(bytes, denominator, decodedImage);
+}
+
+int JpegDecoder::denominatorFor(QSize size, int longestSide)
+{
+    int denominator = 8;
+    while (denominator > 1 && std::max(size.width(), size.height()) < longestSide * denominator) {
+        denominator /= 2;
+    }
+    return denominator;
 }
 
 std::optional<QSize> JpegDecoder::size(QByteArrayView bytes)
 {
-    Decompressor source(bytes);
+    JpegDecompressor source(bytes);
     if (!source.readHeader()) {
         return std::nullopt;
     }
@@ -275,9 +208,9 @@ std::optional<QSize> JpegDecoder::size(QByteArrayView bytes)
                  static_cast<int>(source.state().image_height));
 }
 
-double JpegDecoder::quantisationError(QByteArrayView bytes)
+double JpegDecoder::meanError(QByteArrayView bytes)
 {
-    Decompressor source(bytes);
+    JpegDecompressor source(bytes);
     if (!source.readHeader() || source.state().num_components < 1) {
         return 0.0;
     }
@@ -285,9 +218,5 @@ double JpegDecoder::quantisationError(QByteArrayView bytes)
     if (table < 0 || table >= NUM_QUANT_TBLS || source.state().quant_tbl_ptrs[table] == nullptr) {
         return 0.0;
     }
-    double squares = 0.0;
-    for (const UINT16 step : source.state().quant_tbl_ptrs[table]->quantval) {
-        squares += step * step / 4.0;
-    }
-    return std::sqrt(squares / DCTSIZE2);
+    return source.state().quant_tbl_ptrs[table]->quantval[0] / 2.0 / DCTSIZE;
 }

@@ -4,6 +4,7 @@
 #include "Result.h"
 
 #include <QByteArrayView>
+#include <QImage>
 #include <QSize>
 
 #include <optional>
@@ -18,12 +19,21 @@ namespace JpegDecoder
 /// Unsupported, OutOfSpace; clauses that name no file.
 [[nodiscard]] Result<Bitmap> decode(QByteArrayView bytes);
 
+/// The same in 8 bits (Format_RGB888), the pixels averaged over squares of `denominator` (1, 2, 4
+/// or 8) a side, where squares at the right and lower ends may be cut. All data are read and judged
+/// as by decode(). Errors as there.
+[[nodiscard]] Result<QImage> decodeReduced(QByteArrayView bytes, int denominator);
+
+/// The largest denominator for which a picture of `size` keeps at least `longestSide` pixels on its
+/// longest side, or 1.
+[[nodiscard]] int denominatorFor(QSize size, int longestSide);
+
 /// The size that the header states; nothing where the bytes are no JPEG file.
 [[nodiscard]] std::optional<QSize> size(QByteArrayView bytes);
 
-/// The largest root mean square error, in levels of 0..255, that the file's quantisation can give
-/// the lightness of a block: half a step of every coefficient (the transform keeps lengths, ITU-T
-/// T.81, A.3.3). 0 where the bytes are no JPEG file.
-[[nodiscard]] double quantisationError(QByteArrayView bytes);
+/// The largest error, in levels of 0..255, that the file's quantisation can give the mean lightness
+/// of a block of 8 x 8 pixels: half a step of the first coefficient, which is eight times that mean
+/// (ITU-T T.81, A.3.3). 0 where the bytes are no JPEG file.
+[[nodiscard]] double meanError(QByteArrayView bytes);
 
 } // namespace JpegDecoder

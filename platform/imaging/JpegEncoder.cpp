@@ -1,8 +1,8 @@
 #include "JpegEncoder.h"
 
+#include "BitmapImage.h"
 #include "JpegErrors.h"
 #include "PictureLimits.h"
-#include "SrgbTransfer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -27,7 +27,7 @@ public:
     [[nodiscard]] bool start(QSize size, const JpegEncoder::Options& options);
     [[nodiscard]] bool writeSegment(const JpegSegment& segment);
     [[nodiscard]] bool writeProfile(const QByteArray& icc);
-    [[nodiscard]] bool writeRow(JSAMPLE* row);
+    [[nodiscard]] bool writeRow(const JSAMPLE* row);
     [[nodiscard]] bool finish();
 
     [[nodiscard]] QByteArray file() const;
@@ -96,9 +96,10 @@ bool Compressor::writeProfile(const QByteArray& icc)
     });
 }
 
-bool Compressor::writeRow(JSAMPLE* row)
+bool Compressor::writeRow(const JSAMPLE* row)
 {
-    JSAMPLE* rows[] = {row}; // NOLINT(*-avoid-c-arrays): what libjpeg takes
+    // libjpeg reads the row and never writes it, whatever its signature says.
+    JSAMPLE* rows[] = {const_cast<JSAMPLE*>(row)}; // NOLINT
     return m_errors.run([&] { jpeg_write_scanlines(&m_state, &rows[0], 1); });
 }
 
@@ -121,34 +122,20 @@ Error Compressor::error() const
             QStringLiteral("The picture could not be encoded: %1").arg(m_errors.text())};
 }
 
-void roundRow(std::span<const quint16> from, Transfer transfer, std::vector<JSAMPLE>& into)
+bool writePicture(Compressor& compressor, const QImage& picture)
 {
-    if (transfer == Transfer::Linear) {
-        const SrgbTransfer& tables = SrgbTransfer::tables();
-        std::transform(from.begin(), from.end(), into.begin(), [&tables](quint16 value) {
-            return tables.encodedByte(value);
-        });
-    } else {
-        std::transform(from.begin(), from.end(), into.begin(), roundedByte);
-    }
-}
-
-bool writePicture(Compressor& compressor, const Bitmap& bitmap)
-{
-    std::vector<JSAMPLE> row(static_cast<std::size_t>(bitmap.pixelsWide()) * 3);
-    for (int y = 0; y < bitmap.pixelsHigh(); ++y) {
-        roundRow(bitmap.row(y), bitmap.transfer(), row);
-        if (!compressor.writeRow(row.data())) {
+    for (int y = 0; y < picture.height(); ++y) {
+        if (!compressor.writeRow(picture.constScanLine(y))) {
             return false;
         }
     }
     return compressor.finish();
 }
 
-Result<QByteArray> encodeChecked(const Bitmap& bitmap, const JpegEncoder::Options& options)
+Result<QByteArray> encodeChecked(const QImage& picture, const JpegEncoder::Options& options)
 {
     Compressor compressor;
-    if (!compressor.start(bitmap.size(), options)) {
+    if (!compressor.start(picture.size(), options)) {
         return compressor.error();
     }
     for (const JpegSegment& segment : options.segments) {
@@ -159,7 +146,7 @@ Result<QByteArray> encodeChecked(const Bitmap& bitmap, const JpegEncoder::Option
     if (!options.iccProfile.isEmpty() && !compressor.writeProfile(options.iccProfile)) {
         return compressor.error();
     }
-    if (!writePicture(compressor, bitmap)) {
+    if (!writePicture(compressor, picture)) {
         return compressor.error();
     }
     return compressor.file();
@@ -176,13 +163,13 @@ int JpegEncoder::libjpegQuality(double quality)
     return std::clamp(static_cast<int>(std::lround(std::min(quality, 1.0) * 100.0)), 1, 100);
 }
 
-Result<QByteArray> JpegEncoder::encode(const Bitmap& bitmap, const Options& options)
+Result<QByteArray> JpegEncoder::encode(const QImage& picture, const Options& options)
 {
-    if (!PictureLimits::holds(bitmap.pixelsWide(), bitmap.pixelsHigh())) {
+    if (!PictureLimits::holds(picture.width(), picture.height())) {
         return Error{ErrorCode::Internal,
                      QStringLiteral("A picture of %1 x %2 pixels cannot be a JPEG file")
-                         .arg(bitmap.pixelsWide())
-                         .arg(bitmap.pixelsHigh())};
+                         .arg(picture.width())
+                         .arg(picture.height())};
     }
     const bool tooLong = std::ranges::any_of(options.segments, [](const JpegSegment& segment) {
         return segment.payload.size() > kMaximumPayload;
@@ -191,10 +178,16 @@ Result<QByteArray> JpegEncoder::encode(const Bitmap& bitmap, const Options& opti
         return Error{ErrorCode::Internal,
                      QStringLiteral("The metadata are too large for a JPEG segment")};
     }
+    Q_ASSERT(picture.format() == QImage::Format_RGB888);
     try {
-        return encodeChecked(bitmap, options);
+        return encodeChecked(picture, options);
     } catch (const std::bad_alloc&) {
         return Error{ErrorCode::OutOfSpace,
                      QStringLiteral("Memory is too short to encode the picture")};
     }
+}
+
+Result<QByteArray> JpegEncoder::encode(const Bitmap& bitmap, const Options& options)
+{
+    return encode(BitmapImage::toImage(bitmap), options);
 }

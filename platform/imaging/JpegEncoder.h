@@ -5,6 +5,7 @@
 #include "Result.h"
 
 #include <QByteArray>
+#include <QImage>
 #include <QList>
 
 /// The encoding itself, with libjpeg-turbo. Any thread, several at once.
@@ -36,8 +37,11 @@ struct Options {
 /// The libjpeg quality of a quality 0..1: rounded, at least 1, at most 100.
 [[nodiscard]] int libjpegQuality(double quality);
 
-/// With Huffman tables made for this picture; pixels are rounded to 8 bits here.
-/// Errors: Internal (segments too long, sides above 65500), OutOfSpace.
+/// With Huffman tables made for this picture (Format_RGB888, sRGB encoded).
+/// Errors: Internal (segments too long, no sides or sides above 65500), OutOfSpace.
+[[nodiscard]] Result<QByteArray> encode(const QImage& picture, const Options& options);
+
+/// The same of a picture that is rounded to 8 bits first.
 [[nodiscard]] Result<QByteArray> encode(const Bitmap& bitmap, const Options& options);
 
 } // namespace JpegEncoder

@@ -1,18 +1,24 @@
 #include "PreviewFinder.h"
 
-#include "BitmapImage.h"
 #include "JpegDecoder.h"
 #include "RawPhoto.h"
 #include "SceneComparison.h"
 #include "TiffStructure.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
 
+using Preview = RawPhoto::Preview;
+
+/// Enough for what previews are looked at for.
+constexpr int kLongestSide = 512;
+
 struct Candidate {
     QByteArrayView bytes;
+    QSize size;
     qint64 pixels{0};
 };
 
@@ -26,9 +32,9 @@ QList<Candidate> candidates(const QByteArray& bytes)
     }
     for (const TiffDirectory& directory : tiff->directories()) {
         const auto ranges = directory.pictureRanges();
-        const auto size = static_cast<quint64>(bytes.size());
-        if (directory.isRaw() || ranges.size() != 1 || ranges.first().offset > size ||
-            ranges.first().length > size - ranges.first().offset) {
+        const auto length = static_cast<quint64>(bytes.size());
+        if (directory.isRaw() || ranges.size() != 1 || ranges.first().offset > length ||
+            ranges.first().length > length - ranges.first().offset) {
             continue;
         }
         const auto view =
@@ -37,39 +43,36 @@ QList<Candidate> candidates(const QByteArray& bytes)
         if (!view.startsWith("\xFF\xD8\xFF")) {
             continue;
         }
-        if (const auto pixels = JpegDecoder::size(view)) {
-            found.append({view, qint64{pixels->width()} * pixels->height()});
+        if (const auto size = JpegDecoder::size(view)) {
+            found.append({view, *size, qint64{size->width()} * size->height()});
         }
     }
     std::ranges::stable_sort(found, std::greater(), &Candidate::pixels);
     return found;
 }
 
-qint64 pixelsOf(const std::optional<QImage>& image)
+/// LibRaw's, where it shows something.
+std::optional<Preview> libRawPreview(const QByteArray& bytes)
 {
-    return image ? qint64{image->width()} * image->height() : 0;
+    auto preview = RawPhoto::preview(bytes, kLongestSide);
+    const bool isOfUse = preview && SceneComparison::isStructured(SmallPicture::of(preview->image));
+    return isOfUse ? std::move(preview) : std::nullopt;
 }
 
 } // namespace
 
 std::optional<QImage> PreviewFinder::largest(const QByteArray& bytes)
 {
-    std::optional<QImage> best = RawPhoto::preview(bytes);
-    if (best && !SceneComparison::isStructured(SmallPicture::of(*best))) {
-        best.reset();
-    }
+    const std::optional<Preview> best = libRawPreview(bytes);
     for (const Candidate& candidate : candidates(bytes)) {
-        if (candidate.pixels <= pixelsOf(best)) {
+        if (best && candidate.pixels <= best->pixels) {
             break;
         }
-        const auto bitmap = JpegDecoder::decode(candidate.bytes);
-        if (!bitmap.ok()) {
-            continue;
-        }
-        const QImage image = BitmapImage::toImage(bitmap.value());
-        if (SceneComparison::isStructured(SmallPicture::of(image))) {
-            return image;
+        const int denominator = JpegDecoder::denominatorFor(candidate.size, kLongestSide);
+        Result<QImage> image = JpegDecoder::decodeReduced(candidate.bytes, denominator);
+        if (image.ok() && SceneComparison::isStructured(SmallPicture::of(image.value()))) {
+            return std::move(image).value();
         }
     }
-    return best;
+    return best ? std::optional(best->image) : std::nullopt;
 }

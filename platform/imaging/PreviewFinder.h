@@ -10,8 +10,10 @@
 namespace PreviewFinder
 {
 
-/// The largest preview, as stored, of those that decode whole and show something; nothing where
-/// there is none. Looked for where LibRaw knows of one and in the file's own TIFF directories.
+/// The largest preview, as it lies in the file, of those that decode whole and show something;
+/// nothing where there is none. Looked for where LibRaw knows of one and in the file's own TIFF
+/// directories. A large one is averaged down, to no less than 512 pixels on its longest
+/// side.
 [[nodiscard]] std::optional<QImage> largest(const QByteArray& bytes);
 
 } // namespace PreviewFinder

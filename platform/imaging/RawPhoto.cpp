@@ -1,6 +1,5 @@
 #include "RawPhoto.h"
 
-#include "BitmapImage.h"
 #include "JpegDecoder.h"
 #include "RawFile.h"
 #include "ReducedPicture.h"
@@ -18,15 +17,19 @@ Error memoryTooShort()
     return {ErrorCode::OutOfSpace, QStringLiteral("there is not enough memory to decode it")};
 }
 
-std::optional<QImage> imageOf(const libraw_thumbnail_t& thumbnail)
+std::optional<RawPhoto::Preview> previewOf(const libraw_thumbnail_t& thumbnail, int longestSide)
 {
     const QByteArrayView data(thumbnail.thumb, static_cast<qsizetype>(thumbnail.tlength));
     if (thumbnail.tformat == LIBRAW_THUMBNAIL_JPEG) {
-        const auto bitmap = JpegDecoder::decode(data);
-        return bitmap.ok() ? std::optional(BitmapImage::toImage(bitmap.value())) : std::nullopt;
+        const QSize size = JpegDecoder::size(data).value_or(QSize());
+        const auto image =
+            JpegDecoder::decodeReduced(data, JpegDecoder::denominatorFor(size, longestSide));
+        return image.ok() ? std::optional(RawPhoto::Preview{image.value(),
+                                                            qint64{size.width()} * size.height()})
+                          : std::nullopt;
     }
-    const qsizetype needed = qsizetype{thumbnail.twidth} * thumbnail.theight * 3;
-    if (thumbnail.tformat != LIBRAW_THUMBNAIL_BITMAP || needed == 0 || data.size() < needed) {
+    const qint64 pixels = qint64{thumbnail.twidth} * thumbnail.theight;
+    if (thumbnail.tformat != LIBRAW_THUMBNAIL_BITMAP || pixels == 0 || data.size() < 3 * pixels) {
         return std::nullopt;
     }
     const QImage view(reinterpret_cast<const uchar*>(data.data()),
@@ -34,7 +37,7 @@ std::optional<QImage> imageOf(const libraw_thumbnail_t& thumbnail)
                       thumbnail.theight,
                       qsizetype{thumbnail.twidth} * 3,
                       QImage::Format_RGB888);
-    return view.copy();
+    return RawPhoto::Preview{view.copy(), pixels};
 }
 
 } // namespace
@@ -77,12 +80,12 @@ Result<RawPhoto> RawPhoto::open(const QByteArray& bytes)
     }
 }
 
-std::optional<QImage> RawPhoto::preview(const QByteArray& bytes)
+std::optional<RawPhoto::Preview> RawPhoto::preview(const QByteArray& bytes, int longestSide)
 {
     try {
         const auto file = std::make_unique<RawFile>(bytes);
         const libraw_thumbnail_t* const thumbnail = file->unpackPreview();
-        return thumbnail != nullptr ? imageOf(*thumbnail) : std::nullopt;
+        return thumbnail != nullptr ? previewOf(*thumbnail, longestSide) : std::nullopt;
     } catch (const std::bad_alloc&) {
         return std::nullopt;
     }
@@ -117,26 +120,35 @@ Bitmap RawPhoto::someRows() const
     return rows;
 }
 
-Result<Bitmap> RawPhoto::rendered(const Rendition& rendition, QSize size) const
+/// Light of the rendition's matrix, at full size or at half.
+Bitmap RawPhoto::light(const Rendition& rendition, bool halved) &&
 {
     if (!m_renderer) {
-        Result<Bitmap> scaled =
-            size == m_linear.size() ? Result<Bitmap>(m_linear) : Resampler::scale(m_linear, size);
-        return scaled.ok() ? Result<Bitmap>(rendition.applied(std::move(scaled).value()))
-                           : scaled.error();
+        return transformed(std::move(m_linear), rendition.matrix());
     }
+    const auto file = std::exchange(m_file, nullptr);
     const BayerRenderer renderer =
         rendition.balance() ? m_renderer->balanced(*rendition.balance()) : *m_renderer;
-    const QSize whole = renderer.size();
-    if (size == whole) {
-        return renderer.rendered(rendition);
+    return halved ? renderer.halved(rendition.matrix()) : renderer.linear(rendition.matrix());
+}
+
+Result<QImage> RawPhoto::rendered(const Rendition& rendition, QSize size) &&
+{
+    const QSize whole = this->size();
+    if (m_renderer && size == whole) {
+        return (rendition.balance() ? m_renderer->balanced(*rendition.balance()) : *m_renderer)
+            .rendered(rendition);
     }
-    const bool isSmall = 2 * size.width() <= whole.width() && 2 * size.height() <= whole.height();
-    const Bitmap light =
-        isSmall ? renderer.halved(rendition.matrix()) : renderer.linear(rendition.matrix());
-    if (light.size() == size) {
-        return rendition.toned(light);
+    const bool isSmall =
+        m_renderer && 2 * size.width() <= whole.width() && 2 * size.height() <= whole.height();
+    Bitmap picture = std::move(*this).light(rendition, isSmall);
+    if (picture.size() != size) {
+        Result<Bitmap> scaled = Resampler::scale(picture, size);
+        if (!scaled.ok()) {
+            return scaled.error();
+        }
+        picture = std::move(scaled).value();
     }
-    const Result<Bitmap> scaled = Resampler::scale(light, size);
-    return scaled.ok() ? Result<Bitmap>(rendition.toned(scaled.value())) : scaled.error();
+    QImage toned = rendition.toned(picture);
+    return toned.isNull() ? Result<QImage>(memoryTooShort()) : Result<QImage>(std::move(toned));
 }

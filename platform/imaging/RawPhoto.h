@@ -24,9 +24,15 @@ public:
     /// name no file.
     [[nodiscard]] static Result<RawPhoto> open(const QByteArray& bytes);
 
-    /// The preview that LibRaw finds the largest, as stored; nothing where it has none that
+    struct Preview {
+        QImage image;     ///< Format_RGB888
+        qint64 pixels{0}; ///< that it has in the file
+    };
+
+    /// The preview that LibRaw finds the largest, as it lies in the file, averaged down where at
+    /// least `longestSide` pixels remain on its longest side; nothing where there is none that
     /// decodes.
-    [[nodiscard]] static std::optional<QImage> preview(const QByteArray& bytes);
+    [[nodiscard]] static std::optional<Preview> preview(const QByteArray& bytes, int longestSide);
 
     [[nodiscard]] QSize size() const;
 
@@ -41,11 +47,14 @@ public:
     /// Transfer::Linear, averaged down (ReducedPicture), in the colours that colors() tells.
     [[nodiscard]] const Bitmap& reduced() const { return m_reduced; }
 
-    /// The picture, sRGB encoded. Where the size is at most half in both directions it is made of
-    /// the cells of the sensor. Errors: OutOfSpace, Internal.
-    [[nodiscard]] Result<Bitmap> rendered(const Rendition& rendition, QSize size) const;
+    /// The picture, sRGB encoded, Format_RGB888. Where the size is at most half in both directions
+    /// it is made of the cells of the sensor. The sensor's data are given up as soon as they are
+    /// not needed. Errors: OutOfSpace, Internal.
+    [[nodiscard]] Result<QImage> rendered(const Rendition& rendition, QSize size) &&;
 
 private:
+    [[nodiscard]] Bitmap light(const Rendition& rendition, bool halved) &&;
+
     RawPhoto(std::shared_ptr<RawFile> file,
              const BayerRenderer& renderer,
              const SensorColors& colors);

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <span>
-#include <utility>
 
 namespace
 {
@@ -122,17 +121,20 @@ Rendition Rendition::with(const std::array<double, 3>& balance) const
     return other;
 }
 
-Bitmap Rendition::applied(Bitmap linear) const
+std::vector<quint8> Rendition::byteTones() const
 {
-    return toned(transformed(std::move(linear), m_matrix));
+    std::vector<quint8> tones(m_tones.size());
+    std::ranges::transform(m_tones, tones.begin(), roundedByte);
+    return tones;
 }
 
-Bitmap Rendition::toned(const Bitmap& light) const
+QImage Rendition::toned(const Bitmap& light) const
 {
-    Bitmap picture(light.pixelsWide(), light.pixelsHigh(), Transfer::Srgb);
-    for (int y = 0; y < light.pixelsHigh(); ++y) {
+    QImage picture(light.size(), QImage::Format_RGB888);
+    const std::vector<quint8> tones = byteTones();
+    for (int y = 0; y < picture.height(); ++y) {
         std::ranges::transform(
-            light.row(y), picture.row(y).begin(), [this](quint16 value) { return m_tones[value]; });
+            light.row(y), picture.scanLine(y), [&tones](quint16 value) { return tones[value]; });
     }
     return picture;
 }

@@ -3,9 +3,10 @@
 #include "Bitmap.h"
 #include "ToneCurve.h"
 
+#include <QImage>
+
 #include <array>
 #include <optional>
-#include <span>
 #include <vector>
 
 /// Nine numbers row by row: what R, G and B become of R, G and B.
@@ -64,17 +65,12 @@ public:
     /// Linear light 0..65535 after the matrix to the sRGB encoded value 0..65535.
     [[nodiscard]] quint16 tone(quint16 light) const { return m_tones[light]; }
 
-    /// All tones by light.
-    [[nodiscard]] std::span<const quint16, 65536> tones() const
-    {
-        return std::span<const quint16, 65536>(m_tones);
-    }
+    /// All tones by light, rounded to 8 bits.
+    [[nodiscard]] std::vector<quint8> byteTones() const;
 
-    /// The picture of a linear one, sRGB encoded.
-    [[nodiscard]] Bitmap applied(Bitmap linear) const;
-
-    /// The same of light that the matrix was applied to.
-    [[nodiscard]] Bitmap toned(const Bitmap& light) const;
+    /// The picture of light that the matrix was applied to: sRGB encoded, Format_RGB888. Null where
+    /// memory is too short.
+    [[nodiscard]] QImage toned(const Bitmap& light) const;
 
 private:
     ColorMatrix m_matrix;

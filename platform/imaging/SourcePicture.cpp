@@ -1,5 +1,6 @@
 #include "SourcePicture.h"
 
+#include "BitmapImage.h"
 #include "FileStructure.h"
 #include "HeifDecoder.h"
 #include "JpegDecoder.h"
@@ -47,6 +48,17 @@ Result<Bitmap> inSize(Bitmap bitmap, QSize size)
 {
     return bitmap.size() == size ? Result<Bitmap>(std::move(bitmap))
                                  : Resampler::scale(bitmap, size);
+}
+
+Error memoryTooShort()
+{
+    return {ErrorCode::OutOfSpace, QStringLiteral("Memory is too short to make the picture")};
+}
+
+Result<QImage> inBytes(const Bitmap& bitmap)
+{
+    QImage image = BitmapImage::toImage(bitmap);
+    return image.isNull() ? Result<QImage>(memoryTooShort()) : Result<QImage>(std::move(image));
 }
 
 } // namespace
@@ -102,11 +114,19 @@ Bitmap SourcePicture::decoded() &&
     return raw != nullptr ? raw->linear() : std::get<Bitmap>(std::move(m_content));
 }
 
-Result<Bitmap> SourcePicture::rendered(QSize size, const QList<QImage>& references) &&
+Result<QImage> SourcePicture::rendered(QSize size, const QList<QImage>& references) &&
 {
-    const auto* const raw = std::get_if<RawPhoto>(&m_content);
-    if (raw == nullptr) {
-        return inSize(std::get<Bitmap>(std::move(m_content)), size);
+    try {
+        if (auto* const raw = std::get_if<RawPhoto>(&m_content)) {
+            // What the photo holds goes with it, before the picture is encoded.
+            RawPhoto photo = std::move(*raw);
+            const Rendition rendition =
+                RenditionFit::of(photo.reduced(), photo.colors(), references);
+            return std::move(photo).rendered(rendition, size);
+        }
+        const Result<Bitmap> scaled = inSize(std::get<Bitmap>(std::move(m_content)), size);
+        return scaled.ok() ? inBytes(scaled.value()) : scaled.error();
+    } catch (const std::bad_alloc&) {
+        return memoryTooShort();
     }
-    return raw->rendered(RenditionFit::of(raw->reduced(), raw->colors(), references), size);
 }

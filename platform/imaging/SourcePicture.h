@@ -27,10 +27,11 @@ public:
     /// The decoded picture: linear light for RAW.
     [[nodiscard]] Bitmap decoded() &&;
 
-    /// The picture in `size`, each side at least 1. RAW photos are rendered to look like the
-    /// largest of the `references` that shows them, which guides colour and tone and nothing else;
-    /// where there is none, in a neutral way. Errors: OutOfSpace, Internal.
-    [[nodiscard]] Result<Bitmap> rendered(QSize size, const QList<QImage>& references) &&;
+    /// The picture in `size`, each side at least 1, sRGB encoded, Format_RGB888. RAW photos are
+    /// rendered to look like the largest of the `references` that shows them, which guides colour
+    /// and tone and nothing else; where there is none, in a neutral way. Errors: OutOfSpace,
+    /// Internal.
+    [[nodiscard]] Result<QImage> rendered(QSize size, const QList<QImage>& references) &&;
 
 private:
     using Content = std::variant<Bitmap, RawPhoto>;

@@ -1,9 +1,11 @@
 #include "BayerRenderer.h"
 
 #include "BayerSamples.h"
+#include "BitmapImage.h"
 #include "ImageBuilder.h"
 #include "QtPrinters.h"
 #include "ReducedPicture.h"
+#include "RenditionSamples.h"
 #include "SceneSamples.h"
 #include "SrgbTransfer.h"
 
@@ -135,12 +137,12 @@ TEST(BayerRendererTest, theSameBytesWithAnyNumberOfThreads)
     BayerRenderer renderer(sensor.mosaic(), {1.2, -0.1, -0.1, -0.2, 1.4, -0.2, 0.0, -0.1, 1.1});
     const Rendition rendition = Rendition::neutral(0.3);
     renderer.setThreads(1);
-    const Bitmap rendered = renderer.rendered(rendition);
+    const QImage rendered = renderer.rendered(rendition);
     const Bitmap halved = renderer.halved();
     const Bitmap reduced = renderer.reduced();
     for (const int threads : {2, 3, 8}) {
         renderer.setThreads(threads);
-        EXPECT_TRUE(isSame(renderer.rendered(rendition), rendered)) << threads;
+        EXPECT_TRUE(renderer.rendered(rendition) == rendered) << threads;
         EXPECT_TRUE(isSame(renderer.halved(), halved)) << threads;
         EXPECT_TRUE(isSame(renderer.reduced(), reduced)) << threads;
     }
@@ -175,11 +177,14 @@ TEST(BayerRendererTest, theRenditionIsAppliedToLight)
     const BayerRenderer renderer(sensor.mosaic(), kIdentityMatrix);
     const ColorMatrix matrix{1.1, -0.1, 0.0, -0.1, 1.2, -0.1, 0.1, -0.2, 1.1};
     const Rendition rendition(matrix, 0.3, ToneCurve({0.6, 1.4, 1.5, 1.1, 0.7, 0.5}));
-    const Bitmap picture = renderer.rendered(rendition);
-    EXPECT_EQ(picture.transfer(), Transfer::Srgb);
-    EXPECT_LT(ImageBuilder::difference(picture, rendition.applied(renderer.linear())), 1e-4);
-    const Bitmap plain = renderer.rendered(Rendition(kIdentityMatrix, 0.0, ToneCurve(kStraight)));
-    EXPECT_LT(ImageBuilder::difference(plain, renderer.linear()), 1e-4);
+    // Here and there light that was rounded in between makes the next level.
+    EXPECT_LT(
+        ImageBuilder::difference(BitmapImage::fromImage(renderer.rendered(rendition)),
+                                 BitmapImage::fromImage(BitmapImage::toImage(
+                                     RenditionSamples::applied(rendition, renderer.linear())))),
+        1e-4);
+    EXPECT_TRUE(renderer.rendered(Rendition(kIdentityMatrix, 0.0, ToneCurve(kStraight))) ==
+                BitmapImage::toImage(renderer.linear()));
 }
 
 TEST(BayerRendererTest, cellsMakeThePictureOfHalfTheSize)

@@ -1,5 +1,7 @@
 #include "JpegDecoder.h"
 
+#include "BitmapImage.h"
+#include "ByteAverages.h"
 #include "ColorProfile.h"
 #include "ImageBuilder.h"
 #include "JpegDestination.h"
@@ -190,4 +192,42 @@ TEST(JpegDecoderTest, wholeFilesOfCamerasDecodeAndTheTruncatedOneDoesNot)
                 << qPrintable(name);
         }
     }
+}
+
+TEST(JpegDecoderTest, aReducedPictureIsAveragedAndStillReadWhole)
+{
+    const Bitmap scene = ImageBuilder::scene({250, 130});
+    const auto jpeg = JpegDestination::encodePlain(scene, 0.95);
+    ASSERT_TRUE(jpeg.ok());
+    for (const int denominator : {1, 2, 4, 8}) {
+        const auto reduced = JpegDecoder::decodeReduced(jpeg.value(), denominator);
+        ASSERT_TRUE(reduced.ok());
+        const QImage wanted = ByteAverages::of(BitmapImage::toImage(scene), denominator);
+        ASSERT_EQ(reduced.value().size(), wanted.size());
+        EXPECT_LT(ImageBuilder::difference(BitmapImage::fromImage(reduced.value()),
+                                           BitmapImage::fromImage(wanted)),
+                  0.02)
+            << denominator;
+        EXPECT_FALSE(JpegDecoder::decodeReduced(jpeg.value().chopped(30), denominator).ok());
+    }
+}
+
+TEST(JpegDecoderTest, aReducedPictureOfAnotherProfileIsSrgb)
+{
+    JpegEncoder::Options options;
+    options.iccProfile = ColorProfile::adobeRgb();
+    const auto jpeg = JpegEncoder::encode(ImageBuilder::scene({64, 64}), options);
+    ASSERT_TRUE(jpeg.ok());
+    const auto whole = JpegDecoder::decode(jpeg.value());
+    const auto reduced = JpegDecoder::decodeReduced(jpeg.value(), 1);
+    ASSERT_TRUE(whole.ok() && reduced.ok());
+    EXPECT_TRUE(reduced.value() == BitmapImage::toImage(whole.value()));
+}
+
+TEST(JpegDecoderTest, theDenominatorLeavesAtLeastTheLongestSide)
+{
+    EXPECT_EQ(JpegDecoder::denominatorFor({4000, 3000}, 512), 4);
+    EXPECT_EQ(JpegDecoder::denominatorFor({3000, 4096}, 512), 8);
+    EXPECT_EQ(JpegDecoder::denominatorFor({1023, 10}, 512), 1);
+    EXPECT_EQ(JpegDecoder::denominatorFor({1024, 10}, 512), 2);
 }

@@ -82,7 +82,7 @@ TEST(JpegEncoderTest, higherQualityIsLargerAndCloser)
     ASSERT_TRUE(one.ok() && two.ok());
     EXPECT_LT(ImageBuilder::difference(two.value(), scene),
               ImageBuilder::difference(one.value(), scene));
-    EXPECT_LT(JpegDecoder::quantisationError(large), JpegDecoder::quantisationError(small));
+    EXPECT_LT(JpegDecoder::meanError(large), JpegDecoder::meanError(small));
 }
 
 TEST(JpegEncoderTest, linearAndEncodedPicturesGiveTheSameFile)

@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -53,9 +55,14 @@ Bitmap withRedAndBlueExchanged(const Bitmap& bitmap)
     return exchanged;
 }
 
+Result<void> proofOf(const QByteArray& jpeg, const Bitmap& encoded, const QList<QImage>& references)
+{
+    return JpegProof::prove(jpeg, BitmapImage::toImage(encoded), references);
+}
+
 void expectRefused(const QByteArray& jpeg, const Bitmap& encoded, const QList<QImage>& references)
 {
-    const auto proof = JpegProof::prove(jpeg, encoded, references);
+    const auto proof = proofOf(jpeg, encoded, references);
     ASSERT_FALSE(proof.ok());
     EXPECT_EQ(proof.error().code, ErrorCode::Damaged);
     EXPECT_FALSE(proof.error().message.isEmpty());
@@ -67,7 +74,7 @@ TEST(JpegProofTest, picturesPassAtEveryQuality)
 {
     const Bitmap scene = ImageBuilder::scene(kProvedSize, Transfer::Linear);
     for (const double quality : {0.0, 0.1, 0.3, 0.5, 0.7, 0.9, 1.0}) {
-        const auto proof = JpegProof::prove(jpegOf(scene, quality), scene, {});
+        const auto proof = proofOf(jpegOf(scene, quality), scene, {});
         EXPECT_TRUE(proof.ok()) << quality
                                 << qPrintable(proof.ok() ? QString() : proof.error().message);
     }
@@ -76,13 +83,13 @@ TEST(JpegProofTest, picturesPassAtEveryQuality)
 TEST(JpegProofTest, evenNoisePassesAsItself)
 {
     const Bitmap noise = ImageBuilder::noise(kProvedSize);
-    EXPECT_TRUE(JpegProof::prove(jpegOf(noise, 0.5), noise, {}).ok());
+    EXPECT_TRUE(proofOf(jpegOf(noise, 0.5), noise, {}).ok());
 }
 
 TEST(JpegProofTest, flatPictureOfAFlatSourcePasses)
 {
     const Bitmap flat = ImageBuilder::flat(kProvedSize, 20000);
-    EXPECT_TRUE(JpegProof::prove(jpegOf(flat, 0.8), flat, {}).ok());
+    EXPECT_TRUE(proofOf(jpegOf(flat, 0.8), flat, {}).ok());
 }
 
 TEST(JpegProofTest, fileThatEndsEarlyIsRefused)
@@ -116,6 +123,66 @@ TEST(JpegProofTest, pictureWhoseLastRowsAreMissingIsRefused)
     expectRefused(jpegOf(cut, 0.8), scene, {});
 }
 
+TEST(JpegProofTest, largePicturesPassAtEveryQualityAndChroma)
+{
+    const Bitmap scene = ImageBuilder::scene({1037, 531});
+    for (const double quality : {0.0, 0.3, 0.8, 1.0}) {
+        const auto jpeg = JpegDestination::encode(scene, ImageProperties(), quality);
+        ASSERT_TRUE(jpeg.ok());
+        const auto proof = proofOf(jpeg.value(), scene, {});
+        EXPECT_TRUE(proof.ok()) << quality
+                                << qPrintable(proof.ok() ? QString() : proof.error().message);
+    }
+}
+
+TEST(JpegProofTest, checksOfPureColoursPassAtEveryQuality)
+{
+    for (const QSize size : {QSize(203, 155), QSize(1037, 531)}) {
+        Bitmap checks(size.width(), size.height(), Transfer::Srgb);
+        for (int y = 0; y < size.height(); ++y) {
+            const auto row = checks.row(y);
+            for (std::size_t i = 0; i < row.size(); i += 3) {
+                row[i + (i / 36 + static_cast<std::size_t>(y / 12)) % 3] = 65535;
+            }
+        }
+        for (const double quality : {0.0, 0.1, 0.3, 0.8, 0.95}) {
+            const auto proof = proofOf(jpegOf(checks, quality), checks, {});
+            EXPECT_TRUE(proof.ok())
+                << quality << qPrintable(proof.ok() ? QString() : proof.error().message);
+        }
+    }
+}
+
+TEST(JpegProofTest, aSingleWrongBlockOfALargePictureIsRefused)
+{
+    const QSize size(1037, 531);
+    const Bitmap scene = ImageBuilder::scene(size);
+    for (const QPoint corner : {QPoint(0, 0), QPoint(512, 256), QPoint(1032, 520)}) {
+        Bitmap wrong = scene;
+        for (int y = corner.y(); y < std::min(corner.y() + 8, size.height()); ++y) {
+            const auto row = wrong.row(y);
+            for (int x = corner.x(); x < std::min(corner.x() + 8, size.width()); ++x) {
+                const auto at = static_cast<std::size_t>(3 * x);
+                const quint16 other = row[at + 1] < 32768 ? 65535 : 0;
+                std::fill_n(&row[at], 3, other);
+            }
+        }
+        expectRefused(jpegOf(wrong, 0.8), scene, {});
+    }
+}
+
+TEST(JpegProofTest, aLargePictureThatIsCutOrLacksItsLastRowsIsRefused)
+{
+    const QSize size(1037, 531);
+    const Bitmap scene = ImageBuilder::scene(size);
+    expectRefused(jpegOf(scene, 0.8).chopped(40), scene, {});
+    Bitmap cut = scene;
+    for (int y = size.height() - 8; y < size.height(); ++y) {
+        std::ranges::fill(cut.row(y), quint16{65535});
+    }
+    expectRefused(jpegOf(cut, 0.8), scene, {});
+}
+
 TEST(JpegProofTest, flatPictureOfAScenePhotoIsRefused)
 {
     expectRefused(
@@ -135,7 +202,7 @@ TEST(JpegProofTest, referenceOfTheSameSceneBoundsTheLightness)
     // Down to three stops and more: highlight programmes, and a preview that is lighter anyhow.
     for (const double factor : {0.4, 0.25, 0.1}) {
         const Bitmap right = darkened(factor);
-        EXPECT_TRUE(JpegProof::prove(jpegOf(right, 0.8), right, {reference}).ok()) << factor;
+        EXPECT_TRUE(proofOf(jpegOf(right, 0.8), right, {reference}).ok()) << factor;
     }
     for (const double factor : {0.02, 0.005}) {
         const Bitmap black = darkened(factor);
@@ -159,8 +226,7 @@ TEST(JpegProofTest, photosTwoStopsDarkerThanTheirPreviewsPass)
         const auto preview = ImageSource::embeddedPreview(data.filePath(name));
         ASSERT_TRUE(decoded.ok() && preview.has_value()) << qPrintable(name);
         const Bitmap darker = times(decoded.value(), 0.25);
-        EXPECT_TRUE(JpegProof::prove(jpegOf(darker, 0.8), darker, {*preview}).ok())
-            << qPrintable(name);
+        EXPECT_TRUE(proofOf(jpegOf(darker, 0.8), darker, {*preview}).ok()) << qPrintable(name);
     }
 }
 
@@ -168,12 +234,12 @@ TEST(JpegProofTest, referenceOfTheSameSceneBoundsTheColours)
 {
     const QImage reference = BitmapImage::toImage(ImageBuilder::scene({160, 120}));
     const Bitmap scene = ImageBuilder::scene(kProvedSize);
-    EXPECT_TRUE(JpegProof::prove(jpegOf(scene, 0.9), scene, {reference}).ok());
+    EXPECT_TRUE(proofOf(jpegOf(scene, 0.9), scene, {reference}).ok());
     const Bitmap exchanged = withRedAndBlueExchanged(scene);
     const QByteArray jpeg = jpegOf(exchanged, 0.9);
     expectRefused(jpeg, exchanged, {reference});
     expectRefused(jpeg, exchanged, {reference.transformed(QTransform().rotate(90))});
-    EXPECT_TRUE(JpegProof::prove(jpeg, exchanged, {reference.rgbSwapped()}).ok());
+    EXPECT_TRUE(proofOf(jpeg, exchanged, {reference.rgbSwapped()}).ok());
 }
 
 TEST(JpegProofTest, referenceInBlackAndWhiteOrTonedProvesNothingOfColours)
@@ -188,7 +254,7 @@ TEST(JpegProofTest, referenceInBlackAndWhiteOrTonedProvesNothingOfColours)
             row[3 * x + 2] = static_cast<uchar>(row[3 * x + 2] * 2 / 3);
         }
     }
-    EXPECT_TRUE(JpegProof::prove(jpegOf(scene, 0.8), scene, {grey, toned}).ok());
+    EXPECT_TRUE(proofOf(jpegOf(scene, 0.8), scene, {grey, toned}).ok());
 }
 
 TEST(JpegProofTest, turnedReferenceShowsTheSameScene)
@@ -208,7 +274,7 @@ TEST(JpegProofTest, referenceOfAnotherSceneOrOfNoneProvesNothing)
         BitmapImage::toImage(ImageBuilder::scene({160, 120})).mirrored(false, true),
         BitmapImage::toImage(ImageBuilder::scene({8, 8})),
         QImage()};
-    EXPECT_TRUE(JpegProof::prove(jpegOf(scene, 0.8), scene, references).ok());
+    EXPECT_TRUE(proofOf(jpegOf(scene, 0.8), scene, references).ok());
 }
 
 TEST(JpegProofTest, decodeWholeGivesThePictureOrSaysWhatIsWrong)

@@ -4,6 +4,7 @@
 #include "CieLab.h"
 #include "ImageBuilder.h"
 #include "ReducedPicture.h"
+#include "RenditionSamples.h"
 #include "SceneSamples.h"
 #include "SrgbTransfer.h"
 
@@ -19,7 +20,7 @@ namespace
 
 constexpr QSize kSize(320, 240);
 
-constexpr ToneCurve::Slopes kCurve{0.4, 1.2, 1.6, 1.3, 0.8, 0.5};
+constexpr ToneCurve::Slopes kFittedCurve{0.4, 1.2, 1.6, 1.3, 0.8, 0.5};
 
 /// A photo's light, two stops below what the sensor holds.
 Bitmap photo()
@@ -35,7 +36,7 @@ Bitmap photo()
 
 QImage shownBy(const Rendition& rendition, const Bitmap& light)
 {
-    return BitmapImage::toImage(rendition.applied(light));
+    return BitmapImage::toImage(RenditionSamples::applied(rendition, light));
 }
 
 bool isSame(const Rendition& one, const Rendition& other)
@@ -77,7 +78,8 @@ double distanceLeft(const Rendition& made, const SensorColors& colors = {})
 {
     const Bitmap light = photo();
     const Rendition found = RenditionFit::of(light, colors, {shownBy(made, light)});
-    return distance(found.applied(light), made.applied(light));
+    return distance(RenditionSamples::applied(found, light),
+                    RenditionSamples::applied(made, light));
 }
 
 } // namespace
@@ -85,7 +87,8 @@ double distanceLeft(const Rendition& made, const SensorColors& colors = {})
 TEST(RenditionFitTest, exposureAndCurveAreFound)
 {
     for (const double stops : {-1.0, 0.5, 2.0, 3.0}) {
-        EXPECT_LT(distanceLeft(Rendition(kIdentityMatrix, stops, ToneCurve(kCurve))), 1.0) << stops;
+        EXPECT_LT(distanceLeft(Rendition(kIdentityMatrix, stops, ToneCurve(kFittedCurve))), 1.0)
+            << stops;
     }
 }
 
@@ -96,7 +99,7 @@ TEST(RenditionFitTest, gainsAreFoundInTheColoursOfTheSensor)
     const ColorMatrix gains{1.5, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.7};
     const ColorMatrix matrix =
         multiplied(colors.toSrgb, multiplied(gains, inverted(colors.toSrgb)));
-    EXPECT_LT(distanceLeft(Rendition(matrix, 2.0, ToneCurve(kCurve)), colors), 1.2);
+    EXPECT_LT(distanceLeft(Rendition(matrix, 2.0, ToneCurve(kFittedCurve)), colors), 1.2);
 }
 
 TEST(RenditionFitTest, theGainsOfASensorReplaceTheCameras)
@@ -112,18 +115,20 @@ TEST(RenditionFitTest, theGainsOfASensorReplaceTheCameras)
     }
     const SensorColors colors{.sensor =
                                   SensorColors::Sensor{.balance = {2.0, 1.0, 1.0}, .white = 1.0}};
-    const Rendition made(kIdentityMatrix, 0.5, ToneCurve(kCurve));
+    const Rendition made(kIdentityMatrix, 0.5, ToneCurve(kFittedCurve));
     const Rendition found = RenditionFit::of(light, colors, {shownBy(made, grey)});
     ASSERT_TRUE(found.balance().has_value());
     EXPECT_NEAR((*found.balance())[0] / (*found.balance())[1], 1.2, 0.06);
     EXPECT_NEAR((*found.balance())[2] / (*found.balance())[1], 1.0, 0.06);
-    EXPECT_LT(distance(found.applied(grey), made.applied(grey)), 1.5);
+    EXPECT_LT(
+        distance(RenditionSamples::applied(found, grey), RenditionSamples::applied(made, grey)),
+        1.5);
 }
 
 TEST(RenditionFitTest, saturationIsFound)
 {
     const ColorMatrix paler{0.7637, 0.2146, 0.0217, 0.0638, 0.9146, 0.0217, 0.0638, 0.2146, 0.7217};
-    EXPECT_LT(distanceLeft(Rendition(paler, 2.0, ToneCurve(kCurve))), 1.0);
+    EXPECT_LT(distanceLeft(Rendition(paler, 2.0, ToneCurve(kFittedCurve))), 1.0);
 }
 
 TEST(RenditionFitTest, gainsAndSaturationStayWithinBounds)
@@ -131,15 +136,15 @@ TEST(RenditionFitTest, gainsAndSaturationStayWithinBounds)
     // Blue eight times as strong is no white balance.
     const ColorMatrix blue{1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 8.0};
     const Bitmap light = photo();
-    const Rendition found =
-        RenditionFit::of(light, {}, {shownBy(Rendition(blue, 1.0, ToneCurve(kCurve)), light)});
+    const Rendition found = RenditionFit::of(
+        light, {}, {shownBy(Rendition(blue, 1.0, ToneCurve(kFittedCurve)), light)});
     EXPECT_LT(found.matrix()[8] / found.matrix()[4], 2.5 * 1.6);
 }
 
 TEST(RenditionFitTest, partsThatShowSomethingElseAreNotFollowed)
 {
     const Bitmap light = photo();
-    const Rendition made(kIdentityMatrix, 2.0, ToneCurve(kCurve));
+    const Rendition made(kIdentityMatrix, 2.0, ToneCurve(kFittedCurve));
     QImage stamped = shownBy(made, light);
     for (int y = 10; y < 60; ++y) {
         for (int x = 10; x < 110; ++x) {
@@ -147,13 +152,15 @@ TEST(RenditionFitTest, partsThatShowSomethingElseAreNotFollowed)
         }
     }
     const Rendition found = RenditionFit::of(light, {}, {stamped});
-    EXPECT_LT(distance(found.applied(light), made.applied(light)), 1.5);
+    EXPECT_LT(
+        distance(RenditionSamples::applied(found, light), RenditionSamples::applied(made, light)),
+        1.5);
 }
 
 TEST(RenditionFitTest, turnedCroppedAndSmallPreviewsAreFollowed)
 {
     const Bitmap light = photo();
-    const Rendition made(kIdentityMatrix, 2.0, ToneCurve(kCurve));
+    const Rendition made(kIdentityMatrix, 2.0, ToneCurve(kFittedCurve));
     const QImage shown = shownBy(made, light);
     for (const QImage& reference :
          {shown.transformed(QTransform().rotate(90)),
@@ -161,7 +168,10 @@ TEST(RenditionFitTest, turnedCroppedAndSmallPreviewsAreFollowed)
           shown.copy(0, 30, 320, 180),
           shown.scaled(96, 72, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)}) {
         const Rendition found = RenditionFit::of(light, {}, {reference});
-        EXPECT_LT(distance(found.applied(light), made.applied(light)), 3.0) << reference.width();
+        EXPECT_LT(distance(RenditionSamples::applied(found, light),
+                           RenditionSamples::applied(made, light)),
+                  3.0)
+            << reference.width();
     }
 }
 
@@ -200,8 +210,8 @@ TEST(RenditionFitTest, coloursThatNoRenditionBringsNearAreNotFollowed)
 TEST(RenditionFitTest, theLargestPictureOfTheSceneIsFollowed)
 {
     const Bitmap light = photo();
-    const QImage large = shownBy(Rendition(kIdentityMatrix, 2.5, ToneCurve(kCurve)), light);
-    const QImage small = shownBy(Rendition(kIdentityMatrix, 1.0, ToneCurve(kCurve)), light)
+    const QImage large = shownBy(Rendition(kIdentityMatrix, 2.5, ToneCurve(kFittedCurve)), light);
+    const QImage small = shownBy(Rendition(kIdentityMatrix, 1.0, ToneCurve(kFittedCurve)), light)
                              .scaled(160, 120, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     const QImage foreign = BitmapImage::toImage(SceneSamples::leaves(kSize * 2, 2));
     const Rendition alone = RenditionFit::of(light, {}, {large});

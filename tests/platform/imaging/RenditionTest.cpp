@@ -1,6 +1,7 @@
 #include "Rendition.h"
 
 #include "ImageBuilder.h"
+#include "RenditionSamples.h"
 #include "SrgbTransfer.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +30,7 @@ TEST(RenditionTest, withoutAnyChangeItIsTheTransferOfSrgb)
         EXPECT_NEAR(rendition.tone(value), SrgbTransfer::tables().encoded(value), 1);
     }
     const Bitmap scene = ImageBuilder::scene({40, 30}, Transfer::Linear);
-    const Bitmap picture = rendition.applied(scene);
+    const Bitmap picture = RenditionSamples::applied(rendition, scene);
     EXPECT_EQ(picture.transfer(), Transfer::Srgb);
     EXPECT_LT(ImageBuilder::difference(picture, scene), 1e-4);
 }
@@ -72,7 +73,7 @@ TEST(RenditionTest, clippedLightStaysWhiteWhateverTheGains)
                                      ColorMatrix{1.8, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 2.0},
                                      ColorMatrix{1.3, -0.2, 0.1, 0.0, 0.8, -0.2, 0.1, 0.1, 0.4}}) {
         const Rendition rendition(gains, 0.0, ToneCurve(kStraight));
-        const Bitmap white = rendition.applied(pixelOf(65535, 65535, 65535));
+        const Bitmap white = RenditionSamples::applied(rendition, pixelOf(65535, 65535, 65535));
         EXPECT_EQ(white.row(0)[0], white.row(0)[1]);
         EXPECT_EQ(white.row(0)[1], white.row(0)[2]);
     }
@@ -81,7 +82,7 @@ TEST(RenditionTest, clippedLightStaysWhiteWhateverTheGains)
 TEST(RenditionTest, gainsThatLessenAllChannelsAlikeDarken)
 {
     const Rendition half({0.5, 0.0, 0.0, 0.0, 0.5, 0.0, 0.0, 0.0, 0.5}, 0.0, ToneCurve(kStraight));
-    EXPECT_NEAR(half.applied(pixelOf(20000, 20000, 20000)).row(0)[0],
+    EXPECT_NEAR(RenditionSamples::applied(half, pixelOf(20000, 20000, 20000)).row(0)[0],
                 SrgbTransfer::tables().encoded(10000),
                 3);
 }
@@ -90,7 +91,7 @@ TEST(RenditionTest, theMatrixMixesChannelsRowByRow)
 {
     const Rendition rendition(
         {1.0, 0.5, 0.0, 0.0, 1.5, 0.0, 0.25, 0.0, 1.25}, 0.0, ToneCurve(kStraight));
-    const Bitmap picture = rendition.applied(pixelOf(8000, 4000, 2000));
+    const Bitmap picture = RenditionSamples::applied(rendition, pixelOf(8000, 4000, 2000));
     const SrgbTransfer& tables = SrgbTransfer::tables();
     // Divided by 1.5, the least sum of a row, and multiplied by it again.
     EXPECT_NEAR(picture.row(0)[0], tables.encoded(10000), 6);

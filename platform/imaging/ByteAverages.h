@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QImage>
+
+/// Pictures of 8 bits averaged down as their values are. Any thread.
+namespace ByteAverages
+{
+
+/// Each pixel is the mean of a square of `side` pixels, 1 to 16, of `picture` (Format_RGB888, not
+/// null); squares that its right and lower ends cut are filled by repeating its last column and
+/// row, as JPEG encoders do. Null where memory is too short.
+[[nodiscard]] QImage of(const QImage& picture, int side);
+
+} // namespace ByteAverages
