@@ -67,7 +67,8 @@ constexpr std::array kLeftOut{
     // Development of RAW files, digests of blocks that are others now, the original's structure.
     LeftOut{"XMP-crs|XMP-rdf", ".*"},
     LeftOut{"XMP-exif", "CompressedBitsPerPixel|NativeDigest|ComponentsConfiguration"},
-    LeftOut{"XMP-photoshop", "ICCProfileName|LegacyIPTCDigest|DocumentAncestors"},
+    LeftOut{"XMP-photoshop", "ColorMode|ICCProfileName|LegacyIPTCDigest|DocumentAncestors"},
+    LeftOut{"XMP-exifEX", "Gamma|InteropIndex"},
     LeftOut{"XMP-tiff",
             "ImageWidth|ImageHeight|Compression|PhotometricInterpretation|SamplesPerPixel|"
             "PlanarConfiguration|NativeDigest|BitsPerSample"},
