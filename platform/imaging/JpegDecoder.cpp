@@ -5,6 +5,8 @@
 #include "PictureLimits.h"
 #include "SrgbTransfer.h"
 
+#include <QColorSpace>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -135,6 +137,9 @@ Result<QImage> decodedImage(JpegDecompressor& source, const QByteArray& icc)
                  QImage::Format_RGB888);
     if (image.isNull()) {
         return memoryTooShort();
+    }
+    if (source.statesColors()) {
+        image.setColorSpace(QColorSpace::SRgb);
     }
     const bool isSrgb = state.output_components == 3 && icc.isEmpty();
     RowConversion conversion(state, icc);

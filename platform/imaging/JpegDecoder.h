@@ -21,7 +21,8 @@ namespace JpegDecoder
 
 /// The same in 8 bits (Format_RGB888), the pixels averaged over squares of `denominator` (1, 2, 4
 /// or 8) a side, where squares at the right and lower ends may be cut. All data are read and judged
-/// as by decode(). Errors as there.
+/// as by decode(). It has the colour space sRGB where the file tells of its colours, none where
+/// they are only taken for sRGB. Errors as there.
 [[nodiscard]] Result<QImage> decodeReduced(QByteArrayView bytes, int denominator);
 
 /// The largest denominator for which a picture of `size` keeps at least `longestSide` pixels on its

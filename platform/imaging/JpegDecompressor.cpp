@@ -15,6 +15,7 @@ namespace
 constexpr int kMaximumScans = 500;
 
 constexpr int kExifMarker = JPEG_APP0 + 1;
+constexpr QByteArrayView kExifSignature("Exif\0\0", 6);
 
 /// Whether one of the saved segments is an Exif block that says so.
 bool saysAdobeRgb(jpeg_saved_marker_ptr segment)
@@ -22,9 +23,8 @@ bool saysAdobeRgb(jpeg_saved_marker_ptr segment)
     for (; segment != nullptr; segment = segment->next) {
         const QByteArrayView payload(reinterpret_cast<const char*>(segment->data),
                                      static_cast<qsizetype>(segment->data_length));
-        const QByteArrayView signature("Exif\0\0", 6);
-        if (segment->marker == kExifMarker && payload.startsWith(signature)) {
-            return ExifColor::isAdobeRgb(payload.sliced(signature.size()));
+        if (segment->marker == kExifMarker && payload.startsWith(kExifSignature)) {
+            return ExifColor::isAdobeRgb(payload.sliced(kExifSignature.size()));
         }
     }
     return false;
@@ -78,6 +78,18 @@ QByteArray JpegDecompressor::iccProfile()
     QByteArray profile(reinterpret_cast<const char*>(data), static_cast<qsizetype>(length));
     std::free(data); // NOLINT(*-no-malloc): libjpeg allocates it so
     return profile == ColorProfile::sRgb() ? QByteArray() : profile;
+}
+
+bool JpegDecompressor::statesColors() const
+{
+    for (auto* segment = m_state.marker_list; segment != nullptr; segment = segment->next) {
+        const QByteArrayView payload(reinterpret_cast<const char*>(segment->data),
+                                     static_cast<qsizetype>(segment->data_length));
+        if (payload.startsWith(kExifSignature) || payload.startsWith("ICC_PROFILE")) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void JpegDecompressor::reduceBy(int denominator)

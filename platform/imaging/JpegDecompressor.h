@@ -18,6 +18,8 @@ public:
     [[nodiscard]] bool readHeader();
     /// The embedded one, or Adobe's where the Exif block says so; empty for sRGB.
     [[nodiscard]] QByteArray iccProfile();
+    /// Whether an Exif block or a profile tells of its colours, which are else only taken for sRGB.
+    [[nodiscard]] bool statesColors() const;
     /// Rows of pixels averaged over squares of `denominator` (1, 2, 4 or 8) a side: less work, all
     /// data are read nevertheless. After the header.
     void reduceBy(int denominator);

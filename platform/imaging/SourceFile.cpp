@@ -1,8 +1,10 @@
 #include "SourceFile.h"
 
+#include "ExifColor.h"
 #include "HeifDecoder.h"
 #include "PreviewFinder.h"
 
+#include <QColorSpace>
 #include <QFile>
 
 #include <new>
@@ -60,5 +62,12 @@ std::optional<QImage> SourceFile::preview() const
     if (type == FileType::Heif) {
         return HeifDecoder::thumbnail(bytes);
     }
-    return type == FileType::Raw ? PreviewFinder::largest(bytes) : std::nullopt;
+    std::optional<QImage> preview =
+        type == FileType::Raw ? PreviewFinder::largest(bytes) : std::nullopt;
+    // Previews without an Exif block of their own are in the colours that the camera was set to.
+    if (preview && !preview->colorSpace().isValid() && ExifColor::isAdobeRgb(bytes)) {
+        preview->setColorSpace(QColorSpace::AdobeRgb);
+        preview->convertToColorSpace(QColorSpace::SRgb);
+    }
+    return preview;
 }

@@ -20,7 +20,7 @@ struct SourceFile {
     /// An error that names the file; `reason` is a clause.
     [[nodiscard]] static Error errorOf(const QString& path, ErrorCode code, const QString& reason);
 
-    /// What the file shows of its picture beside it: a RAW file's largest preview, as stored; a
-    /// HEIF file's thumbnail, as it is to be shown.
+    /// What the file shows of its picture beside it, in sRGB: a RAW file's largest preview, as
+    /// stored; a HEIF file's thumbnail, as it is to be shown.
     [[nodiscard]] std::optional<QImage> preview() const;
 };
