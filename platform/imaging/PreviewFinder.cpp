@@ -13,8 +13,8 @@ namespace
 
 using Preview = RawPhoto::Preview;
 
-/// Enough for what previews are looked at for.
-constexpr int kLongestSide = 512;
+/// Enough for what previews are looked at for; fewer would show in the colours that are fitted.
+constexpr int kLongestSide = 1024;
 
 struct Candidate {
     QByteArrayView bytes;
