@@ -3,6 +3,7 @@
 #include "AdminData.h"
 #include "Backup.h"
 #include "Connection.h"
+#include "ForeignUse.h"
 #include "LibraryErrors.h"
 #include "LibraryLock.h"
 #include "LibraryRestore.h"
@@ -227,6 +228,9 @@ Result<QString> replaced(const Places& places, const LibraryBackup& from, bool a
     done = done.ok() ? LibraryRestore::putInPlace(package, from.path) : done;
     locked.value().reset();
     LibraryRestore::sweep(package, places.state);
+    if (done.ok()) {
+        ForeignUse::leave(package, places.state); // it is this program's own change
+    }
     return done.ok() ? before : Result<QString>(done.error());
 }
 
@@ -262,9 +266,28 @@ Result<LibraryBackup> LibraryBackups::make(const QString& path)
         }
         return Backup::make(package, places.backups);
     });
-    return made.ok()
-               ? Result<LibraryBackup>(described(places.backups, made.value().section(u'/', -1)))
-               : made.error();
+    return made.ok() ? Result<LibraryBackup>(at(made.value())) : made.error();
+}
+
+Result<QString> LibraryBackups::folder(const QString& path)
+{
+    const QString package = absolute(path);
+    if (const Result<void> known = StateFolder::isKnown(package); !known.ok()) {
+        return known.error();
+    }
+    const Result<ConnectionPtr> connection = connectTo(package, Connection::Mode::Read);
+    if (!connection.ok()) {
+        return connection.error();
+    }
+    const Places places = placesOf(package, connection.value().get());
+    const Result<void> library = isLibrary(package, places);
+    return library.ok() ? Result<QString>(places.backups) : Result<QString>(library.error());
+}
+
+LibraryBackup LibraryBackups::at(const QString& path)
+{
+    const QFileInfo copy(path);
+    return described(copy.path(), copy.fileName());
 }
 
 Result<QList<LibraryBackup>> LibraryBackups::list(const QString& path)

@@ -24,6 +24,12 @@ struct LibraryBackup {
 namespace LibraryBackups
 {
 
+/// The folder below which the copies of a library lie, whether or not there is one yet. Errors:
+/// NotFound, Unsupported, NotWritable (it is not known where), Unreadable.
+[[nodiscard]] Result<QString> folder(const QString& package);
+/// The copy that lies at `path`, which make() or the library told.
+[[nodiscard]] LibraryBackup at(const QString& path);
+
 /// What a restore did.
 struct Restored {
     LibraryBackup from;

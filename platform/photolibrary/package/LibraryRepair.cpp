@@ -18,6 +18,20 @@ namespace
 {
 
 using Findings = QList<Finding>;
+using Stage = CareProgress::Stage;
+
+/// Who watches the work, and may stop it.
+struct Watch {
+    const std::function<bool()>& shouldStop;
+    const CareProgress::Tell& tell;
+
+    void say(const CareProgress& progress) const
+    {
+        if (tell) {
+            tell(progress);
+        }
+    }
+};
 
 bool isRepairable(const Finding& finding)
 {
@@ -58,20 +72,22 @@ Result<void> makePicture(Connection& connection, const ProxyFiles::Missing& miss
 }
 
 /// Sentences about pictures that could not be made after all.
-Result<QStringList> makePictures(Connection& connection, const std::function<bool()>& shouldStop)
+Result<QStringList> makePictures(Connection& connection, const Watch& watch)
 {
     QStringList failures;
     const QList<ProxyFiles::Missing> all = ProxyFiles::missing(connection);
+    qint64 begun = 0;
     // A thumbnail may be made from a preview that is made only now.
     for (const bool previews : {true, false}) {
         for (const ProxyFiles::Missing& missing : all) {
-            if (shouldStop && shouldStop()) {
+            if (watch.shouldStop && watch.shouldStop()) {
                 return interrupted(connection.packagePath());
             }
             const bool isPreview = missing.kind == ProxyFiles::Kind::Preview;
             if (isPreview != previews || !ProxyFiles::canBeMade(connection, missing)) {
                 continue;
             }
+            watch.say({Stage::Pictures, ++begun, all.size()});
             const Result<void> made = makePicture(connection, missing);
             if (!made.ok()) {
                 failures.append(u"%1: %2"_s.arg(missing.relativePath,
@@ -82,15 +98,17 @@ Result<QStringList> makePictures(Connection& connection, const std::function<boo
     return failures;
 }
 
-Result<Findings> verified(PhotoLibraryPrivate& library, const std::function<bool()>& shouldStop)
+Result<Findings> verified(PhotoLibraryPrivate& library, const Watch& watch)
 {
     return library.tryRead([&](Connection& connection) {
-        return LibraryVerification::findings(connection, library.journaledFiles(), shouldStop);
+        return LibraryVerification::findings(
+            connection, library.journaledFiles(), watch.shouldStop, watch.tell);
     });
 }
 
-Result<QStringList> mend(PhotoLibraryPrivate& library, const std::function<bool()>& shouldStop)
+Result<QStringList> mend(PhotoLibraryPrivate& library, const Watch& watch)
 {
+    watch.say({.stage = Stage::Mending});
     const Result<void> rows = library.tryWrite([](WriteTransaction& transaction) -> Result<void> {
         Writer writer = transaction.writer();
         mendRows(writer);
@@ -99,8 +117,8 @@ Result<QStringList> mend(PhotoLibraryPrivate& library, const std::function<bool(
     if (!rows.ok()) {
         return rows.error();
     }
-    const Result<Result<QStringList>> pictures = library.tryRead(
-        [&](Connection& connection) { return makePictures(connection, shouldStop); });
+    const Result<Result<QStringList>> pictures =
+        library.tryRead([&](Connection& connection) { return makePictures(connection, watch); });
     const Result<void> followed = library.synchronise();
     if (!pictures.ok()) {
         return pictures.error();
@@ -115,9 +133,11 @@ Result<QStringList> mend(PhotoLibraryPrivate& library, const std::function<bool(
 } // namespace
 
 Result<RepairReport> LibraryRepair::run(PhotoLibraryPrivate& library,
-                                        const std::function<bool()>& shouldStop)
+                                        const std::function<bool()>& shouldStop,
+                                        const CareProgress::Tell& tell)
 {
-    const Result<Findings> before = verified(library, shouldStop);
+    const Watch watch{shouldStop, tell};
+    const Result<Findings> before = verified(library, watch);
     if (!before.ok()) {
         return before.error();
     }
@@ -126,15 +146,16 @@ Result<RepairReport> LibraryRepair::run(PhotoLibraryPrivate& library,
         report.left = before.value();
         return report;
     }
+    watch.say({.stage = Stage::Backup});
     const Result<QString> backup = library.backUp();
     if (!backup.ok()) {
         return backup.error();
     }
-    const Result<QStringList> mended = mend(library, shouldStop);
+    const Result<QStringList> mended = mend(library, watch);
     if (!mended.ok()) {
         return mended.error();
     }
-    const Result<Findings> after = verified(library, shouldStop);
+    const Result<Findings> after = verified(library, watch);
     if (!after.ok()) {
         return after.error();
     }

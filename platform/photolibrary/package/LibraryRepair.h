@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CareProgress.h"
 #include "Finding.h"
 #include "Result.h"
 
@@ -12,6 +13,7 @@ namespace LibraryRepair
 {
 
 [[nodiscard]] Result<RepairReport> run(PhotoLibraryPrivate& library,
-                                       const std::function<bool()>& shouldStop);
+                                       const std::function<bool()>& shouldStop,
+                                       const CareProgress::Tell& tell);
 
 } // namespace LibraryRepair

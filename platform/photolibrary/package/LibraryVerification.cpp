@@ -12,6 +12,7 @@
 #include <sqlite3.h>
 
 using namespace Qt::StringLiterals;
+using Stage = CareProgress::Stage;
 
 namespace
 {
@@ -48,18 +49,20 @@ void tellSidecars(Connection& connection, const Changes& objects, QList<Finding>
     }
 }
 
-/// `goOn` is asked between photos: no single question of theirs takes long, but all together do.
+/// `goOn` is asked between photos, with how many are done and how many there are: no single
+/// question of theirs takes long, but all together do.
 template <typename GoOn>
 void tellAllSidecars(Connection& connection, QList<Finding>& findings, const GoOn& goOn)
 {
     Changes objects = LibraryVerification::allObjects(connection);
     QStringList masters(objects.masters.begin(), objects.masters.end());
     masters.sort();
+    qint64 done = 0;
     for (const QString& master : std::as_const(masters)) {
         Changes one;
         one.masters = {master};
         tellSidecars(connection, one, findings);
-        goOn();
+        goOn(++done, masters.size());
     }
     objects.masters.clear();
     tellSidecars(connection, objects, findings);
@@ -81,26 +84,34 @@ Changes LibraryVerification::allObjects(Connection& connection)
 
 QList<Finding> LibraryVerification::findings(Connection& connection,
                                              const NamedFiles& namedFiles,
-                                             const std::function<bool()>& shouldStop)
+                                             const std::function<bool()>& shouldStop,
+                                             const CareProgress::Tell& tell)
 {
     const RoomyCache cache(connection);
     const Connection::Interruptible interruptible(connection, shouldStop);
-    const auto goOn = [&shouldStop] {
+    const auto goOn = [&shouldStop, &tell](Stage stage, qint64 done = 0, qint64 total = 0) {
         if (shouldStop && shouldStop()) {
             throw SQLite::Exception("interrupted", SQLITE_INTERRUPT);
         }
+        if (tell) {
+            tell({stage, done, total});
+        }
     };
+    goOn(Stage::Databases);
     QList<Finding> findings = IntegrityCheck::ofForm(connection);
     if (!findings.isEmpty()) {
         return findings;
     }
     findings << IntegrityCheck::ofRows(connection) << DerivedRows::findings(connection);
-    goOn();
     if (Schema::mismatches(connection).isEmpty()) { // of older ones sidecars look otherwise
-        tellAllSidecars(connection, findings, goOn);
+        goOn(Stage::Sidecars);
+        tellAllSidecars(connection, findings, [&goOn](qint64 done, qint64 total) {
+            goOn(Stage::Sidecars, done, total);
+        });
+        goOn(Stage::Catalogues);
         findings << Catalogues::compare(connection);
-        goOn();
     }
+    goOn(Stage::Files);
     findings << FileFindings::of(connection, namedFiles);
     return findings;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CareProgress.h"
 #include "Changes.h"
 #include "Connection.h"
 #include "Finding.h"
@@ -18,10 +19,12 @@ namespace LibraryVerification
 /// Everything that differs, databases first; empty for a library in which all agrees. Of damaged
 /// databases nothing but the damage is told, since what they say of the rest proves nothing.
 /// `namedFiles` (package-relative): files of unfinished turns, which are no findings. `shouldStop`,
-/// which may be empty, is asked now and then; yes raises SQLITE_INTERRUPT.
+/// which may be empty, is asked now and then; yes raises SQLITE_INTERRUPT. `tell`: is told each
+/// stage up to Files.
 [[nodiscard]] QList<Finding> findings(Connection& connection,
                                       const NamedFiles& namedFiles,
-                                      const std::function<bool()>& shouldStop);
+                                      const std::function<bool()>& shouldStop,
+                                      const CareProgress::Tell& tell = {});
 
 /// Every object that a sidecar tells of.
 [[nodiscard]] Changes allObjects(Connection& connection);

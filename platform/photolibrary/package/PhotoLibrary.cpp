@@ -90,16 +90,23 @@ Result<LibrarySummary> PhotoLibrary::summary(const std::function<bool()>& should
     });
 }
 
-Result<QList<Finding>> PhotoLibrary::verify(const std::function<bool()>& shouldStop)
+Result<QList<Finding>> PhotoLibrary::verify(const std::function<bool()>& shouldStop,
+                                            const CareProgress::Tell& tell)
 {
     return m_d->tryRead([&](Connection& connection) {
-        return LibraryVerification::findings(connection, m_d->journaledFiles(), shouldStop);
+        return LibraryVerification::findings(connection, m_d->journaledFiles(), shouldStop, tell);
     });
 }
 
-Result<RepairReport> PhotoLibrary::repair(const std::function<bool()>& shouldStop)
+Result<RepairReport> PhotoLibrary::repair(const std::function<bool()>& shouldStop,
+                                          const CareProgress::Tell& tell)
 {
-    return LibraryRepair::run(*m_d, shouldStop);
+    return LibraryRepair::run(*m_d, shouldStop, tell);
+}
+
+Result<QString> PhotoLibrary::backUp()
+{
+    return m_d->backUp();
 }
 
 Result<qint64> PhotoLibrary::importPhoto(const ImportRequest& request)

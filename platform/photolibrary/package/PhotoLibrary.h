@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CareProgress.h"
 #include "Finding.h"
 #include "LibraryFacts.h"
 #include "Result.h"
@@ -83,7 +84,8 @@ public:
 
     /// What the opening found that a person should know before anything is written, or, of a
     /// library opened for reading, that another process of this program writes to it. A sentence or
-    /// two each, often none.
+    /// two each, often none. That of a change which another program made a moment before is left
+    /// out once the change is a minute old.
     [[nodiscard]] QStringList warnings() const;
 
     // -- plain reads -------------------------------------------------------------------------
@@ -100,7 +102,8 @@ public:
     /// Compares databases, sidecars, catalogues and files, and tells what differs; empty for a
     /// library in which all agrees. Any access. Takes as long as summary() and a look at each
     /// sidecar. `shouldStop`: as that of OpenOptions.
-    [[nodiscard]] Result<QList<Finding>> verify(const std::function<bool()>& shouldStop = {});
+    [[nodiscard]] Result<QList<Finding>> verify(const std::function<bool()>& shouldStop = {},
+                                                const CareProgress::Tell& tell = {});
 
     // -- plain writes (library opened for writing) ------------------------------------------
     /// Imports a picture, RAW masters too, as one transaction; returns the photo's id.
@@ -118,7 +121,12 @@ public:
     /// counters, sidecars, catalogues, rendered pictures. Everything else stays as it is, and no
     /// file is removed. A backup comes first, unless nothing is to be mended. Errors, beside those
     /// of every write: Interrupted; what was mended until then stays.
-    [[nodiscard]] Result<RepairReport> repair(const std::function<bool()>& shouldStop = {});
+    [[nodiscard]] Result<RepairReport> repair(const std::function<bool()>& shouldStop = {},
+                                              const CareProgress::Tell& tell = {});
+
+    /// Makes a dated copy of databases and catalogues now, whether or not this run made one before;
+    /// returns its folder. LibraryBackups makes one of a library that is not open for writing.
+    [[nodiscard]] Result<QString> backUp();
 
     /// Brings sidecars, AlbumData.xml and AlbumData2.xml in step with the databases. Does nothing
     /// when nothing changed since the last call. Errors, each saying that the photos are safe: what

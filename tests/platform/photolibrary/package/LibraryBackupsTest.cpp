@@ -66,6 +66,31 @@ TEST_F(LibraryBackupsTest, theyAreListedWithWhatTheyKnowTheOldestFirst)
     EXPECT_LT(first.moment, second.moment);
 }
 
+TEST_F(LibraryBackupsTest, aLibraryThatIsOpenForWritingBacksItselfUp)
+{
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    EXPECT_EQ(LibraryBackups::make(package()).error().code, ErrorCode::InUse);
+    const QStringList before = names();
+    const Result<QString> made = library->backUp();
+    ASSERT_TRUE(made.ok()) << made.error().message.toStdString();
+    const LibraryBackup backup = LibraryBackups::at(made.value());
+    EXPECT_EQ(names(), before + QStringList{backup.name});
+    EXPECT_EQ(backup.path, made.value());
+    EXPECT_EQ(backup.photos, 3);
+    const auto reading = open(Access::Read);
+    ASSERT_NE(reading, nullptr);
+    EXPECT_EQ(reading->backUp().error().code, ErrorCode::NotWritable);
+}
+
+TEST_F(LibraryBackupsTest, theFolderOfTheCopiesIsKnownBeforeThereIsOne)
+{
+    const Result<QString> folder = LibraryBackups::folder(package());
+    ASSERT_TRUE(folder.ok()) << folder.error().message.toStdString();
+    EXPECT_EQ(QFileInfo(make().path).path(), folder.value());
+    EXPECT_EQ(LibraryBackups::folder(package() + u"/Masters"_s).error().code, ErrorCode::Unsupported);
+}
+
 TEST_F(LibraryBackupsTest, aRestoredLibraryIsAsItWas)
 {
     const LibraryBackup backup = make();
@@ -81,6 +106,15 @@ TEST_F(LibraryBackupsTest, aRestoredLibraryIsAsItWas)
     EXPECT_EQ(findings(), QStringList());
     EXPECT_TRUE(restored.value().kept.isEmpty());
     expectSwept();
+}
+
+TEST_F(LibraryBackupsTest, aRestoreIsNoChangeByAnotherProgram)
+{
+    const LibraryBackup backup = make();
+    ASSERT_TRUE(restore(backup.name).ok());
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    EXPECT_EQ(library->warnings(), QStringList());
 }
 
 TEST_F(LibraryBackupsTest, whatIsThereIsBackedUpBeforeAndCanBeHadBack)

@@ -255,3 +255,26 @@ TEST_F(LibraryRepairTest, aRequestToStopEndsVerificationAndRepair)
     EXPECT_EQ(library->repair([] { return true; }).error().code, ErrorCode::Interrupted);
     EXPECT_FALSE(QFileInfo::exists(package() + u"/iLifeShared/AlbumData2.xml"_s));
 }
+
+TEST_F(LibraryRepairTest, eachStageOfARepairIsTold)
+{
+    using enum CareProgress::Stage;
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    remove(u"iLifeShared/AlbumData2.xml"_s);
+    QList<CareProgress::Stage> stages;
+    qint64 sidecars = 0;
+    const Result<RepairReport> report = library->repair({}, [&](const CareProgress& progress) {
+        if (stages.isEmpty() || stages.last() != progress.stage) {
+            stages.append(progress.stage);
+        }
+        if (progress.stage == Sidecars && progress.total > 0) {
+            EXPECT_EQ(progress.total, 4) << "one a master";
+            sidecars = progress.done;
+        }
+    });
+    ASSERT_TRUE(report.ok());
+    const QList<CareProgress::Stage> look{Databases, Sidecars, Catalogues, Files};
+    EXPECT_EQ(stages, look + QList<CareProgress::Stage>({Backup, Mending}) + look);
+    EXPECT_EQ(sidecars, 4);
+}
