@@ -1,5 +1,6 @@
 #include "BackupCommand.h"
 
+#include "CareTexts.h"
 #include "CommandLineTexts.h"
 #include "Console.h"
 #include "Documents.h"
@@ -15,18 +16,11 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-/// The moment as the user's clock showed it.
-QString localTime(const LibraryBackup& backup)
-{
-    return backup.moment.toLocalTime().toString(u"yyyy-MM-dd HH:mm:ss"_s);
-}
-
 QStringList rowOf(const LibraryBackup& backup)
 {
     return {backup.name,
-            localTime(backup),
-            backup.photos ? CommandLineTexts::photosOfBackup(*backup.photos)
-                          : CommandLineTexts::damagedBackup(),
+            CareTexts::localTime(backup.moment),
+            backup.photos ? CareTexts::photosOfBackup(*backup.photos) : CareTexts::damagedBackup(),
             TextLayout::megabytes(backup.bytes)};
 }
 
@@ -83,7 +77,7 @@ int BackupCommand::list(const CommandServices& services) const
         rows += rowOf(backup);
     }
     using enum TextLayout::Align;
-    services.console.print(rows.isEmpty() ? CommandLineTexts::noBackups()
+    services.console.print(rows.isEmpty() ? CareTexts::noBackups()
                                           : TextLayout::table(rows, {Left, Left, Right, Right}));
     return ExitStatus::kDone;
 }
@@ -102,10 +96,10 @@ int BackupCommand::restore(const CommandServices& services) const
         console.printDocument(Documents::text(Documents::restored(done)));
         return ExitStatus::kDone;
     }
-    console.print(
-        CommandLineTexts::backupRestored(done.from.name, localTime(done.from), done.before));
+    console.print(CommandLineTexts::backupRestored(
+        done.from.name, CareTexts::localTime(done.from.moment), done.before));
     if (!done.kept.isEmpty()) {
-        console.print(CommandLineTexts::filesKept(done.kept.size()));
+        console.print(CareTexts::filesKept(done.kept.size()));
         for (const QString& file : done.kept) {
             console.print(u"  "_s + TextLayout::escaped(file));
         }

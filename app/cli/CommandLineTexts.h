@@ -4,7 +4,7 @@
 #include <QStringList>
 
 /// Every sentence that the command line program itself says; those of engine and controller are
-/// theirs. English is the key of the translation. Any thread.
+/// theirs, and those of both faces in CareTexts. English is the key of the translation. Any thread.
 namespace CommandLineTexts
 {
 
@@ -92,17 +92,11 @@ namespace CommandLineTexts
 [[nodiscard]] QString verified(qint64 findings, qint64 repairable, const QString& library);
 /// `backup`: folder of the copy made before; null where there was nothing to mend.
 [[nodiscard]] QString mended(qint64 findings, const QString& backup);
-[[nodiscard]] QString leftAsItWas(qint64 findings);
 
 // Backup
 [[nodiscard]] QString backupMade(const QString& name, qint64 bytes, const QString& path);
-[[nodiscard]] QString noBackups();
-[[nodiscard]] QString photosOfBackup(qint64 photos);
-/// In place of the number of photos.
-[[nodiscard]] QString damagedBackup();
 [[nodiscard]] QString
 backupRestored(const QString& name, const QString& localTime, const QString& before);
-[[nodiscard]] QString filesKept(qint64 files);
 [[nodiscard]] QString verifyAfterRestore(const QString& library);
 [[nodiscard]] QString dateNotNamed();
 

@@ -1,5 +1,6 @@
 #include "VerifyCommand.h"
 
+#include "CareTexts.h"
 #include "CommandLineTexts.h"
 #include "Console.h"
 #include "Documents.h"
@@ -86,7 +87,7 @@ int VerifyCommand::repair(PhotoLibrary& library, const CommandServices& services
         printAll(report.mended, console);
         console.print(CommandLineTexts::mended(report.mended.size(), report.backup));
         printAll(report.left, console);
-        console.print(CommandLineTexts::leftAsItWas(report.left.size()));
+        console.print(CareTexts::leftAsItWas(report.left.size()));
     }
     for (const QString& failure : report.failures) {
         console.say(TextLayout::printable(failure));
