@@ -90,6 +90,12 @@ void LibraryActions::makeLibraryMenu()
     putBack = add(menu, u"putBack"_s, tr("&Put Back"), QKeySequence(u"Ctrl+Backspace"_s));
     menu->addSeparator();
     emptyTrash = add(menu, u"emptyTrash"_s, tr("&Empty Trash…"));
+    menu->addSeparator();
+    verify = add(menu, u"verifyLibrary"_s, tr("&Verify Library…"));
+    backUp = add(menu, u"backUpLibrary"_s, tr("&Back Up Now"));
+    restoreBackup = add(menu, u"restoreBackup"_s, tr("&Restore Backup…"));
+    whyNoCare = add(menu, u"whyNoCare"_s, {});
+    whyNoCare->setEnabled(false);
 }
 
 void LibraryActions::makeOtherMenus()

@@ -38,6 +38,10 @@ public:
     QAction* showTrash{nullptr};
     QAction* putBack{nullptr};
     QAction* emptyTrash{nullptr};
+    QAction* verify{nullptr};
+    QAction* backUp{nullptr};
+    QAction* restoreBackup{nullptr};
+    QAction* whyNoCare{nullptr}; ///< a line of text beneath them, never enabled
 
     QAction* showConverter{nullptr};
 

@@ -14,6 +14,7 @@ struct LibraryContents {
     QString version;          ///< of the photo application, "9.6.1"
     QString whyReadOnly;      ///< why nothing can be written to it; empty when it can
     QString caution;          ///< what to know before anything is written; empty without any
+    bool inUse{false};        ///< it cannot, since another program has it open
     bool checking{false};     ///< it is being checked before anything may be written to it
     QList<PhotoFacts> photos; ///< out of the trash, in the catalogue's order; hidden ones marked
     QList<PhotoFacts> trash;

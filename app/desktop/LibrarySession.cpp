@@ -167,7 +167,7 @@ LibrarySession::LibrarySession(QObject* parent)
 
 LibrarySession::~LibrarySession()
 {
-    m_checkStopped = true;
+    stopChecking();
     m_worker.waitForDone();
     closeQuietly(library());
 }
@@ -262,11 +262,18 @@ void LibrarySession::take(LibraryContents contents)
 void LibrarySession::open(const QString& path, bool afterCrash)
 {
     m_checkStopped = false;
+    runApart([this, path, afterCrash](const LibraryPtr& before) {
+        return openAndCheck(path, afterCrash, before);
+    });
+}
+
+void LibrarySession::runApart(Step step)
+{
     {
         const std::lock_guard guard(m_mutex);
         ++m_openings;
     }
-    run([this, path, afterCrash](const LibraryPtr& before) {
+    run([this, step = std::move(step)](const LibraryPtr& open) {
         // Whatever becomes of it, nobody waits for it for ever.
         const auto settle = qScopeGuard([this] {
             const std::lock_guard guard(m_mutex);
@@ -274,7 +281,7 @@ void LibrarySession::open(const QString& path, bool afterCrash)
                 m_settled.notify_all();
             }
         });
-        return openAndCheck(path, afterCrash, before);
+        return step(open);
     });
 }
 
@@ -363,6 +370,7 @@ std::function<void()> LibrarySession::stayReadOnly(const Error& error)
     return [this, error] {
         m_contents.checking = false;
         m_contents.whyReadOnly = error.message;
+        m_contents.inUse = error.code == ErrorCode::InUse;
         emit opened();
         if (error.code == ErrorCode::NotClosed) {
             emit closedImproperly(m_contents.path, m_contents.whyReadOnly);
@@ -385,6 +393,7 @@ void LibrarySession::reload()
         return [this, fresh = std::move(contents).value()]() mutable {
             fresh.checking = m_contents.checking;
             fresh.whyReadOnly = m_contents.whyReadOnly;
+            fresh.inUse = m_contents.inUse;
             take(std::move(fresh));
         };
     });
@@ -481,7 +490,7 @@ void LibrarySession::holdSelection(bool held)
 void LibrarySession::requestStop()
 {
     m_stopRequested = true;
-    m_checkStopped = true;
+    stopChecking();
     if (const LibraryPtr open = library()) {
         open->requestStop();
     }
@@ -490,6 +499,7 @@ void LibrarySession::requestStop()
 void LibrarySession::stopChecking()
 {
     m_checkStopped = true;
+    m_care.stop();
 }
 
 PhotoApplicationPtr LibrarySession::applicationWithBundleIdentifier(const QString& /*identifier*/)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "LibraryCare.h"
 #include "LibraryContents.h"
 #include "PhotoLibrary.h"
 #include "Scripting.h"
@@ -26,6 +27,11 @@ class LibrarySession final : public QObject, public ScriptingBridge
     Q_OBJECT
     Q_DISABLE_COPY_MOVE(LibrarySession)
 public:
+    using LibraryPtr = std::shared_ptr<PhotoLibrary>;
+    /// Runs on the session's thread, with the library that is open then, if any; what it returns
+    /// runs on the main thread.
+    using Step = std::function<std::function<void()>(const LibraryPtr&)>;
+
     explicit LibrarySession(QObject* parent = nullptr);
     ~LibrarySession() override; ///< closes the library, waiting
 
@@ -46,8 +52,16 @@ public:
     /// contentsChanged() does not wait for the files.
     void synchronise();
 
+    /// Has something done on the session's thread when what was asked for before is done. A scan
+    /// waits for its end, as for that of an opening.
+    void runApart(Step step);
+
+    /// What looks after the library.
+    [[nodiscard]] LibraryCare& care() { return m_care; }
+
     /// Where disks of referenced masters are, for every opening from now on. Any thread.
     void setVolumeFolders(const QMap<QString, QString>& folders);
+    [[nodiscard]] QMap<QString, QString> volumeFolders() const;
 
     [[nodiscard]] bool isOpen() const;
 
@@ -66,10 +80,11 @@ public:
     /// While a scan runs, also one that waits for a check, the application's selection is the
     /// scan's: what was selected when it began. Released, the person's own is put back.
     void holdSelection(bool held);
-    /// Asks every import from now on to raise, so that a scan ends between two photos, and ends a
-    /// check.
+    /// Asks every import from now on to raise, so that a scan ends between two photos, and does
+    /// what stopChecking() does.
     void requestStop();
     /// Ends a check that is under way: the library stays open for reading, which opened() tells.
+    /// So too a verification or a repair.
     void stopChecking();
 
     // As the photo application; any thread. While a library is being opened or checked, each call
@@ -98,15 +113,10 @@ signals:
     void closedImproperly(const QString& path, const QString& text);
 
 private:
-    using LibraryPtr = std::shared_ptr<PhotoLibrary>;
-    /// Runs on the session's thread; what it returns runs on the main thread.
-    using Step = std::function<std::function<void()>(const LibraryPtr&)>;
-
     /// The photo application of whatever library is open.
     class Application;
 
     [[nodiscard]] LibraryPtr library() const;
-    [[nodiscard]] QMap<QString, QString> volumeFolders() const;
     /// The library as a scan needs it.
     [[nodiscard]] LibraryPtr settledLibrary();
     /// The application of settledLibrary(); one that does not run where there is none.
@@ -133,11 +143,12 @@ private:
     QList<qint64> m_applicationSelection; ///< the same, or the scan's while it is held
     bool m_selectionHeld{false};
     QMap<QString, QString> m_volumeFolders;
-    int m_openings{0};                 ///< how many are under way
+    int m_openings{0};                 ///< how many, and other steps apart, are under way
     std::condition_variable m_settled; ///< told when there is none any more
     std::atomic<bool> m_stopRequested{false};
     std::atomic<bool> m_checkStopped{false};
     LibraryContents m_contents;
+    LibraryCare m_care{*this};
     int m_underWay{0};
     QThreadPool m_worker; ///< one thread: operations go one after another
 };

@@ -1,5 +1,6 @@
 #include "LibraryWindow.h"
 
+#include "CareDialogs.h"
 #include "Directories.h"
 #include "Inspector.h"
 #include "LibraryActions.h"
@@ -67,6 +68,7 @@ LibraryWindow::LibraryWindow(LibrarySession& session, RecentLibraries& recent, Q
     , m_session(session)
     , m_recent(recent)
     , m_actions(new LibraryActions(*this))
+    , m_care(std::make_unique<CareDialogs>(session, *m_actions, *this))
 {
     setObjectName(u"libraryWindow"_s);
     setWindowTitle(tr("Photo Library"));
@@ -228,6 +230,12 @@ void LibraryWindow::connectLibraryActions()
     });
     connect(m_actions->putBack, &QAction::triggered, this, &LibraryWindow::putBack);
     connect(m_actions->emptyTrash, &QAction::triggered, this, &LibraryWindow::askToEmptyTrash);
+    connect(&m_session.care(), &LibraryCare::workChanged, this, [this] {
+        updateActions();
+        emit forecastSelectionChanged();
+    });
+    connect(
+        m_care.get(), &CareDialogs::libraryMended, this, [this] { m_thumbnails.retryFailures(); });
 }
 
 void LibraryWindow::connectSession()
@@ -279,12 +287,18 @@ void LibraryWindow::offer(const QStringList& libraries)
 void LibraryWindow::setScanning(bool scanning)
 {
     m_scanning = scanning;
+    m_care->setScanning(scanning);
     updateActions();
+}
+
+bool LibraryWindow::mayOpen() const
+{
+    return !m_scanning && !m_session.care().isWorking();
 }
 
 void LibraryWindow::openLibrary(const QString& path)
 {
-    if (m_scanning) {
+    if (!mayOpen()) {
         return;
     }
     m_welcome->setActivity(tr("Opening “%1”…").arg(QDir(path).dirName()));
@@ -424,7 +438,7 @@ ForecastSelection LibraryWindow::forecastSelection() const
         ForecastSelection::of(showsTrash() ? QList<PhotoFacts>() : selectedFacts());
     selection.libraryOpen = m_session.isOpen();
     selection.whyReadOnly = m_session.contents().whyReadOnly;
-    selection.checking = m_session.contents().checking;
+    selection.checking = m_session.contents().checking || m_session.care().isWorking();
     return selection;
 }
 
@@ -492,7 +506,7 @@ void LibraryWindow::showRecent()
         m_recent.clear();
         showRecent();
     });
-    m_actions->openRecent->setEnabled(!paths.isEmpty() && !m_scanning);
+    m_actions->openRecent->setEnabled(!paths.isEmpty() && mayOpen());
 }
 
 void LibraryWindow::updateActions()
@@ -501,9 +515,9 @@ void LibraryWindow::updateActions()
     const bool mayChange =
         isOpen && !m_scanning && !m_session.isBusy() && m_session.contents().isWritable();
     const bool hasTrash = !m_session.contents().trash.isEmpty();
-    m_actions->open->setEnabled(!m_scanning);
-    m_actions->openRecent->setEnabled(!m_scanning && !m_recent.paths().isEmpty());
-    m_actions->reload->setEnabled(isOpen);
+    m_actions->open->setEnabled(mayOpen());
+    m_actions->openRecent->setEnabled(mayOpen() && !m_recent.paths().isEmpty());
+    m_actions->reload->setEnabled(isOpen && !m_session.care().isWorking());
     for (QAction* const action : {m_actions->selectAll,
                                   m_actions->invertSelection,
                                   m_actions->find,
@@ -543,7 +557,7 @@ void LibraryWindow::closeEvent(QCloseEvent* event)
 
 void LibraryWindow::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (!m_scanning && draggedLibrary(event->mimeData())) {
+    if (mayOpen() && draggedLibrary(event->mimeData())) {
         event->acceptProposedAction();
     }
 }
@@ -551,7 +565,7 @@ void LibraryWindow::dragEnterEvent(QDragEnterEvent* event)
 void LibraryWindow::dropEvent(QDropEvent* event)
 {
     const std::optional<QString> path = draggedLibrary(event->mimeData());
-    if (path && !m_scanning) {
+    if (path && mayOpen()) {
         event->acceptProposedAction();
         openLibrary(*path);
     }

@@ -10,7 +10,9 @@
 #include <QPointer>
 
 #include <functional>
+#include <memory>
 
+class CareDialogs;
 class Inspector;
 class LibraryActions;
 class LibraryBanner;
@@ -87,12 +89,15 @@ private:
     void putBack();
     void showLarge(const QModelIndex& index);
     void say(const QString& text);
+    /// Whether another library may be opened, or this one anew.
+    [[nodiscard]] bool mayOpen() const;
     [[nodiscard]] bool showsTrash() const;
     [[nodiscard]] QList<PhotoFacts> selectedFacts() const;
 
     LibrarySession& m_session;
     RecentLibraries& m_recent;
     LibraryActions* m_actions;
+    std::unique_ptr<CareDialogs> m_care;
     ThumbnailStore m_thumbnails;
     PhotoModel m_photos;
     PhotoFilter m_filter;

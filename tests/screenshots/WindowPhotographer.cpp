@@ -1,5 +1,6 @@
 #include "WindowPhotographer.h"
 
+#include "CarePhotographer.h"
 #include "Directories.h"
 #include "FixedSizeSheet.h"
 #include "LibraryActions.h"
@@ -102,6 +103,7 @@ bool WindowPhotographer::takeEverything()
     takeFixedSizeSheet();
     takeScan();
     takeDialogsOfTheLibraryWindow();
+    takeCare();
     return m_good;
 }
 
@@ -277,6 +279,17 @@ void WindowPhotographer::takeScan()
         m_good = false;
     }
     m_good = QTest::qWaitFor([this] { return !m_program.session().isBusy(); }, kPatience) && m_good;
+}
+
+void WindowPhotographer::takeCare()
+{
+    CarePhotographer care(
+        m_program,
+        m_library,
+        {.take = [this](QWidget& window, const QString& name) { take(window, name); },
+         .takeDialog = [this](const QString& name,
+                              const std::function<void()>& action) { takeDialog(name, action); }});
+    m_good = care.takeEverything() && m_good;
 }
 
 void WindowPhotographer::take(QWidget& window, const QString& name)

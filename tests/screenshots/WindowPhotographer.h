@@ -37,6 +37,7 @@ private:
     void takeCorvaneWindowAtWork();
     void takeFixedSizeSheet();
     void takeDialogsOfTheLibraryWindow();
+    void takeCare();
     void takeScan();
     void take(QWidget& window, const QString& name);
     /// Of the dialog that `action` holds the program up with; it is closed then.
