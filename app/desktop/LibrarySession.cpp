@@ -15,6 +15,9 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+/// How often is looked whether a caution still holds: the shortest hold for a minute.
+constexpr int kCautionMilliseconds = 2000;
+
 QString photoApplicationIdentifier()
 {
     return u"com.apple.iPhoto"_s;
@@ -81,12 +84,17 @@ void readAlbums(PhotoLibrary& library, LibraryContents& contents)
     }
 }
 
+QString cautionOf(const PhotoLibrary& library)
+{
+    return library.warnings().join(u' ');
+}
+
 Result<LibraryContents> contentsOf(PhotoLibrary& library)
 {
     LibraryContents contents;
     contents.path = library.path();
     contents.version = library.version();
-    contents.caution = library.warnings().join(u' ');
+    contents.caution = cautionOf(library);
     Result<QList<PhotoFacts>> photos = library.photos();
     if (!photos.ok()) {
         return photos.error();
@@ -160,6 +168,9 @@ private:
 LibrarySession::LibrarySession(QObject* parent)
     : QObject(parent)
 {
+    m_cautionTimer.setInterval(kCautionMilliseconds);
+    connect(&m_cautionTimer, &QTimer::timeout, this, &LibrarySession::refreshCaution);
+    connect(this, &LibrarySession::opened, this, &LibrarySession::watchCaution);
     m_worker.setMaxThreadCount(1);
     // A thread that ends gives up its connection to the library.
     m_worker.setExpiryTimeout(-1);
@@ -376,6 +387,26 @@ std::function<void()> LibrarySession::stayReadOnly(const Error& error)
             emit closedImproperly(m_contents.path, m_contents.whyReadOnly);
         }
     };
+}
+
+void LibrarySession::watchCaution()
+{
+    m_contents.caution.isEmpty() ? m_cautionTimer.stop() : m_cautionTimer.start();
+}
+
+void LibrarySession::refreshCaution()
+{
+    const LibraryPtr open = library();
+    // While another library takes its place its own caution comes with it.
+    if (open == nullptr || isBusy()) {
+        return;
+    }
+    const QString caution = cautionOf(*open);
+    if (caution != m_contents.caution) {
+        m_contents.caution = caution;
+        emit cautionChanged();
+    }
+    watchCaution();
 }
 
 void LibrarySession::reload()

@@ -10,6 +10,7 @@
 #include <QObject>
 #include <QString>
 #include <QThreadPool>
+#include <QTimer>
 
 #include <atomic>
 #include <condition_variable>
@@ -98,6 +99,8 @@ signals:
     /// The photos of a library that was just opened are in contents(); contentsChanged() came
     /// before.
     void shown();
+    /// What is to be known before anything is written is other than before, since time went by.
+    void cautionChanged();
     /// The check of the library that was opened last is over: whether it can be written to is in
     /// contents().
     void opened();
@@ -136,6 +139,8 @@ private:
     [[nodiscard]] std::function<void()> refuse(const Error& error, bool wasOpen);
     [[nodiscard]] std::function<void()> stayReadOnly(const Error& error);
     void show(LibraryContents contents);
+    void watchCaution();
+    void refreshCaution();
 
     mutable std::mutex m_mutex; ///< guards what follows, up to m_settled; no call out under it
     LibraryPtr m_library;
@@ -149,6 +154,7 @@ private:
     std::atomic<bool> m_checkStopped{false};
     LibraryContents m_contents;
     LibraryCare m_care{*this};
+    QTimer m_cautionTimer; ///< runs as long as there is a caution
     int m_underWay{0};
     QThreadPool m_worker; ///< one thread: operations go one after another
 };

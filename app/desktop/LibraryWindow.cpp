@@ -253,6 +253,10 @@ void LibraryWindow::connectSession()
         updateActions();
         emit forecastSelectionChanged();
     });
+    connect(&m_session, &LibrarySession::cautionChanged, this, [this] {
+        const LibraryContents& contents = m_session.contents();
+        m_banner->setText(contents.notice(), contents.path == m_notClosedPath);
+    });
     connect(&m_session, &LibrarySession::contentsChanged, this, &LibraryWindow::showContents);
     connect(&m_session, &LibrarySession::closedImproperly, this, [this](const QString& path) {
         m_notClosedPath = path;

@@ -20,6 +20,7 @@ namespace
 {
 
 constexpr qint64 kNanoseconds = 1000000000;
+constexpr qint64 kNanosecondsInMillisecond = 1000000;
 /// iPhoto writes when something is changed in it, and so at least that often while it is in use.
 constexpr qint64 kRecently = 60 * kNanoseconds;
 
@@ -79,24 +80,27 @@ void ForeignUse::leave(const QString& package, const QString& stateFolder)
     }
 }
 
-QStringList
+ForeignUse::Warnings
 ForeignUse::warnings(const QString& package, const QString& stateFolder, const Traces& found)
 {
-    QStringList warnings;
+    Warnings warnings;
     // The clock of a file server may be ahead of this one.
-    const bool recently = std::abs(found.lookedAt - found.lastChange) < kRecently;
-    if (recently && found.print != noted(stateFolder)) {
-        warnings << u"The databases of the library \"%1\" were changed within the last minute, "
-                    "as it seems by another program. If iPhoto has the library open, quit it "
-                    "before anything is "
-                    "written: it would write over what changes meanwhile."_s.arg(package);
+    const qint64 age = std::abs(found.lookedAt - found.lastChange);
+    if (age < kRecently && found.print != noted(stateFolder)) {
+        warnings.milliseconds = (kRecently - age) / kNanosecondsInMillisecond;
+        warnings.passing =
+            u"The databases of the library \"%1\" were changed within the last minute, "
+            "as it seems by another program. If iPhoto has the library open, quit it "
+            "before anything is "
+            "written: it would write over what changes meanwhile."_s.arg(package);
     }
     struct statfs status = {};
     if (::statfs(QFile::encodeName(package).constData(), &status) == 0 &&
         isShared(static_cast<qint64>(status.f_type))) {
-        warnings << u"The library \"%1\" lies on a network file system, where it cannot be seen "
-                    "whether iPhoto on another computer has it open. Make sure that it is quit "
-                    "there."_s.arg(package);
+        warnings.lasting
+            << u"The library \"%1\" lies on a network file system, where it cannot be seen "
+               "whether iPhoto on another computer has it open. Make sure that it is quit "
+               "there."_s.arg(package);
     }
     return warnings;
 }

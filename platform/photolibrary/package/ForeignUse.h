@@ -25,10 +25,16 @@ struct Traces {
 /// changes from those of others. Where that fails the next run warns without need.
 void leave(const QString& package, const QString& stateFolder);
 
-/// What a person should know before the first write, one sentence or two each: that somebody else
-/// changed a database within the minute before `found`, and that the package lies where other
-/// computers cannot be seen.
-[[nodiscard]] QStringList
+/// What a person should know before the first write.
+struct Warnings {
+    QString passing; ///< a sentence or two that hold for `milliseconds` from now; null for none
+    qint64 milliseconds{0};
+    QStringList lasting; ///< one sentence or two each
+};
+
+/// That somebody else changed a database within the minute before `found`, which says less with
+/// each moment, and that the package lies where other computers cannot be seen.
+[[nodiscard]] Warnings
 warnings(const QString& package, const QString& stateFolder, const Traces& found);
 
 /// Whether a file system of that type (f_type of statfs) may be in use by other computers too.

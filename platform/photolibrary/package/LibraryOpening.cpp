@@ -75,7 +75,8 @@ Result<void> checkForWriting(Connection& connection,
     if (!problems.isEmpty()) {
         return notSound(package,
                         problems,
-                        u"\"corvane-cli verify --repair\" mends what follows from the rest. Or let "
+                        u"Library > Verify Library, or \"corvane-cli verify --repair\", mends what "
+                        "follows from the rest. Or let "
                         "iPhoto repair it, or restore it from a backup."_s);
     }
     const QStringList ofFiles =
@@ -121,7 +122,7 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
         systemLog(u"The library \"%1\" was not closed by %2."_s.arg(places.package,
                                                                     lock.value()->leftBehind()));
     }
-    const QStringList warnings = ForeignUse::warnings(places.package, places.state, found);
+    const ForeignUse::Warnings warnings = ForeignUse::warnings(places.package, places.state, found);
     Result<Recovery::Outcome> outcome = recovered(*connection, options, places.state);
     if (!outcome.ok()) {
         return outcome.error();
@@ -142,7 +143,8 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
     write.value()->addPending(outcome.value().changes);
     auto library = std::make_shared<PhotoLibraryPrivate>(
         places, version, std::move(connection), write.value());
-    library->setWarnings(warnings);
+    library->setWarnings(warnings.lasting);
+    library->setPassingWarning(warnings.passing, warnings.milliseconds);
     if (const Result<void> followed = library->synchronise(); !followed.ok()) {
         // They are tried again at the end; the databases are what counts.
         systemLog(followed.error().message);

@@ -385,6 +385,11 @@ NamedFiles PhotoLibraryPrivate::journaledFiles() const
         [state = m_places.state] { return Recovery::named(TurnJournal::read(state)); });
 }
 
+QStringList PhotoLibraryPrivate::warnings() const
+{
+    return (m_passing.hasExpired() ? QStringList() : QStringList{m_passingWarning}) + m_warnings;
+}
+
 Result<QString> PhotoLibraryPrivate::backUp()
 {
     const Result<std::shared_ptr<Session>> mine = session();

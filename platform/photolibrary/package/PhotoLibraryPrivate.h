@@ -8,6 +8,7 @@
 #include "Session.h"
 #include "WriteAccess.h"
 
+#include <QDeadlineTimer>
 #include <QHash>
 
 #include <atomic>
@@ -37,9 +38,16 @@ public:
     [[nodiscard]] const QString& version() const { return m_version; }
 
     /// See PhotoLibrary::warnings(). Set before the library is shared.
-    [[nodiscard]] const QStringList& warnings() const { return m_warnings; }
+    [[nodiscard]] QStringList warnings() const;
 
     void setWarnings(QStringList warnings) { m_warnings = std::move(warnings); }
+
+    /// One that holds for so long from now; a null one is none.
+    void setPassingWarning(const QString& warning, qint64 milliseconds)
+    {
+        m_passingWarning = warning;
+        m_passing.setRemainingTime(warning.isNull() ? 0 : milliseconds);
+    }
 
     [[nodiscard]] bool isOpen() const { return !m_closed; }
 
@@ -109,6 +117,8 @@ private:
     const QString m_version;
     const WriteAccessPtr m_write;
     QStringList m_warnings;
+    QString m_passingWarning;
+    QDeadlineTimer m_passing;
     const QMap<QString, QString> m_volumeFolders; ///< of the first connection, for all others
     std::atomic<bool> m_closed{false};
     std::atomic<bool> m_stopRequested{false};

@@ -6,6 +6,7 @@
 
 #include <QAction>
 #include <QActionGroup>
+#include <QDir>
 #include <QDockWidget>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -94,6 +95,23 @@ TEST_F(LibraryWindowTest, aLibraryThatMayNotBeWrittenToIsSeenAndSaysWhy)
     EXPECT_TRUE(why().isVisible());
     EXPECT_TRUE(why().text().contains(library())) << why().text().toStdString();
     EXPECT_FALSE(part<QPushButton>(u"openAfterCrash"_s).isVisible()) << "that would not help";
+}
+
+TEST_F(LibraryWindowTest, theLineAboutAChangeByAnotherProgramGoesOnceTheChangeIsAMinuteOld)
+{
+    const QDir databases(library() + u"/Database/apdb"_s);
+    const QStringList files = databases.entryList(QDir::Files);
+    for (const QString& name : files) {
+        QFile file(databases.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite) &&
+                    file.setFileTime(QDateTime::currentDateTimeUtc().addSecs(-50),
+                                     QFileDevice::FileModificationTime));
+    }
+    open(library());
+    EXPECT_TRUE(why().isVisible());
+    EXPECT_TRUE(why().text().contains(u"within the last minute"_s)) << why().text().toStdString();
+    EXPECT_TRUE(waitUntil([this] { return !why().isVisible(); }));
+    EXPECT_TRUE(m_session.contents().isWritable());
 }
 
 TEST_F(LibraryWindowTest, noTwoControlsShareAMnemonicOnAnyPage)

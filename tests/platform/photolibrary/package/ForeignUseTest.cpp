@@ -4,7 +4,9 @@
 #include "WritableLibrary.h"
 
 #include <QDateTime>
+#include <QDeadlineTimer>
 #include <QDir>
+#include <QThread>
 
 using namespace Qt::StringLiterals;
 
@@ -57,6 +59,25 @@ TEST_F(UsedByOthers, anyDatabaseCountsAlsoOneThatIsNotWrittenHere)
         faces.open(QIODevice::ReadWrite) &&
         faces.setFileTime(QDateTime::currentDateTimeUtc(), QFileDevice::FileModificationTime));
     EXPECT_EQ(warnings(Access::Write).toStdString(), changedRecently().toStdString());
+}
+
+TEST_F(UsedByOthers, aChangeIsASignUntilItIsAMinuteOld)
+{
+    constexpr qint64 kSecond = 1000000000;
+    const ForeignUse::Warnings warnings =
+        ForeignUse::warnings(package(),
+                             package() + u"/none"_s,
+                             {.print = "p", .lastChange = 50 * kSecond, .lookedAt = 95 * kSecond});
+    EXPECT_FALSE(warnings.passing.isEmpty());
+    EXPECT_EQ(warnings.milliseconds, 15000);
+    setLastChange(57);
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    const QDeadlineTimer patience(30000);
+    while (!library->warnings().isEmpty() && !patience.hasExpired()) {
+        QThread::msleep(20);
+    }
+    EXPECT_EQ(library->warnings(), QStringList()) << "it goes by itself";
 }
 
 TEST_F(UsedByOthers, anOlderChangeIsNoSign)
