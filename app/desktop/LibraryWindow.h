@@ -1,34 +1,27 @@
 #pragma once
 
 #include "ForecastSelection.h"
-#include "PhotoFilter.h"
-#include "PhotoModel.h"
-#include "SidebarModel.h"
-#include "ThumbnailStore.h"
 
 #include <QMainWindow>
-#include <QPointer>
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 class CareDialogs;
 class Inspector;
 class LibraryActions;
-class LibraryBanner;
 class LibrarySession;
-class PhotoGrid;
-class PhotoViewer;
+class LibraryView;
 class QLabel;
-class QLineEdit;
-class QSlider;
 class QStackedWidget;
-class QTreeView;
 class RecentLibraries;
+class RecentMenu;
+class TrashDialogs;
 class WelcomePage;
 
 /// The window in which a person opens a library, looks at its photos and selects those to be
-/// converted; its trash too. Main thread.
+/// converted; its trash too, and what looks after it. Main thread.
 class LibraryWindow final : public QMainWindow
 {
     Q_OBJECT
@@ -43,7 +36,8 @@ public:
 
     /// Libraries to be offered while none is open, in place of those before.
     void offer(const QStringList& libraries);
-    /// While a scan runs photos can be looked at, but nothing can be opened, put back or deleted.
+    /// While a scan runs photos can be looked at, but nothing can be opened, put back, deleted or
+    /// mended.
     void setScanning(bool scanning);
 
     /// Makes known what was selected last, where that is still to be told: a stalled event loop
@@ -59,7 +53,6 @@ public slots:
     void openLibrary(const QString& path);
     /// Asks for a library and opens it.
     void chooseLibrary();
-    void askToEmptyTrash();
 
 signals:
     void converterRequested();
@@ -72,49 +65,34 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
-    void makeToolBar();
     void makeCentre();
     void makeInspector();
-    void connectFileActions();
-    void connectPhotoActions();
-    void connectLibraryActions();
+    void makeToolBar();
+    void makeStatusBar();
+    void connectActions();
+    void connectDialogs();
     void connectSession();
     void showContents();
-    void showCollection();
+    void showBanner();
     void showSelection();
-    void showRecent();
+    void showFailure(const QString& title, const QString& text);
     void updateActions();
-    void sortPhotos();
-    void selectRaw();
-    void putBack();
-    void showLarge(const QModelIndex& index);
+    void updateActionsOnPhotos();
     void say(const QString& text);
     /// Whether another library may be opened, or this one anew.
     [[nodiscard]] bool mayOpen() const;
-    [[nodiscard]] bool showsTrash() const;
-    [[nodiscard]] QList<PhotoFacts> selectedFacts() const;
 
     LibrarySession& m_session;
-    RecentLibraries& m_recent;
     LibraryActions* m_actions;
+    std::unique_ptr<RecentMenu> m_recent;
+    LibraryView* m_view{nullptr};
+    std::unique_ptr<TrashDialogs> m_trash;
     std::unique_ptr<CareDialogs> m_care;
-    ThumbnailStore m_thumbnails;
-    PhotoModel m_photos;
-    PhotoFilter m_filter;
-    SidebarModel m_sidebarModel;
-    QTreeView* m_sidebar{nullptr};
-    PhotoGrid* m_grid{nullptr};
     QStackedWidget* m_pages{nullptr};
     WelcomePage* m_welcome{nullptr};
-    LibraryBanner* m_banner{nullptr};
     Inspector* m_inspector{nullptr};
-    QLineEdit* m_search{nullptr};
-    QSlider* m_zoom{nullptr};
     QLabel* m_figures{nullptr};
-    QPointer<PhotoViewer> m_viewer;
     std::function<bool()> m_mayClose;
-    QString m_shownPath;     ///< of the library whose photos are shown
     QString m_notClosedPath; ///< library that could be opened for writing on request
     bool m_scanning{false};
-    bool m_showingContents{false};
 };

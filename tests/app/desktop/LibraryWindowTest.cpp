@@ -5,23 +5,17 @@
 #include "WholeTexts.h"
 
 #include <QAction>
-#include <QActionGroup>
 #include <QDir>
 #include <QDockWidget>
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QLineEdit>
-#include <QMenu>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
-#include <QSlider>
 #include <QTextBrowser>
 #include <QUrl>
 
 #include <SQLiteCpp/Database.h>
-
-#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -39,15 +33,6 @@ protected:
         ASSERT_EQ(database.exec("UPDATE RKAdminData SET propertyValue='0' "
                                 "WHERE propertyName='closedClean'"),
                   1);
-    }
-
-    void chooseOrder(PhotoFilter::Order order)
-    {
-        for (QAction* const action : m_window.actions().sort->actions()) {
-            if (action->data().toInt() == static_cast<int>(order)) {
-                action->trigger();
-            }
-        }
     }
 
     /// Whether the window takes what is dragged onto it and dropped.
@@ -137,50 +122,6 @@ TEST_F(LibraryWindowTest, nothingIsCutOffInASmallWindow)
     EXPECT_TRUE(why().isVisible());
 }
 
-TEST_F(LibraryWindowTest, aSearchShowsThePhotosWithItsWordsAndEmptiedAllAgain)
-{
-    open(library());
-    const QString wanted = names().at(1);
-    auto& search = part<QLineEdit>(u"search"_s);
-    QTest::keyClicks(&search, wanted);
-    EXPECT_EQ(names(), QStringList{wanted});
-    EXPECT_TRUE(figures().contains(u" of 1,"_s) ||
-                waitUntil([this] { return figures().contains(u" of 1,"_s); }))
-        << figures().toStdString();
-    search.clear();
-    EXPECT_EQ(names().size(), 5);
-}
-
-TEST_F(LibraryWindowTest, photosAreSortedAsTheMenuSays)
-{
-    open(library());
-    QList<PhotoFacts> photos = m_session.contents().photos;
-    std::ranges::sort(photos, {}, &PhotoFacts::name); // the title
-    QStringList byName;
-    for (const PhotoFacts& photo : photos) {
-        byName += photo.fileName;
-    }
-    ASSERT_NE(names(), byName);
-    chooseOrder(PhotoFilter::Order::Name);
-    EXPECT_EQ(names(), byName);
-    m_window.actions().descending->trigger();
-    std::ranges::reverse(byName);
-    EXPECT_EQ(names(), byName);
-}
-
-TEST_F(LibraryWindowTest, theSliderAndTheMenuZoomTheSamePictures)
-{
-    open(library());
-    auto& slider = part<QSlider>(u"zoom"_s);
-    const int before = grid().zoom();
-    EXPECT_EQ(slider.value(), before);
-    QTest::keyClick(&slider, Qt::Key_End);
-    EXPECT_EQ(grid().zoom(), PhotoGrid::kLargestZoom);
-    m_window.actions().zoomOut->trigger();
-    EXPECT_LT(grid().zoom(), PhotoGrid::kLargestZoom);
-    EXPECT_EQ(slider.value(), grid().zoom());
-}
-
 TEST_F(LibraryWindowTest, theInspectorIsToggledAndTellsOfWhatIsSelected)
 {
     open(library());
@@ -251,23 +192,6 @@ TEST_F(LibraryWindowTest, duringAScanALibraryThatIsDroppedIsRefused)
     m_window.setScanning(true);
     EXPECT_FALSE(isDropTaken(library()));
     EXPECT_FALSE(m_session.isBusy());
-}
-
-TEST_F(LibraryWindowTest, librariesOpenedBeforeAreInTheMenuTheLastOneFirst)
-{
-    const QString other = m_folder.filePath(u"A & B.photolibrary"_s);
-    copyLibrary(library(), other);
-    open(library());
-    open(other);
-    QMenu* const menu = m_window.actions().openRecent;
-    ASSERT_EQ(menu->actions().size(), 4) << "two libraries, a line, and to clear the menu";
-    EXPECT_TRUE(menu->actions().at(0)->text().startsWith(u"A && B.photolibrary in "_s));
-    menu->actions().at(1)->trigger();
-    ASSERT_TRUE(waitUntil([this] { return !m_session.isBusy(); }));
-    EXPECT_EQ(m_session.contents().path, library());
-    menu->actions().last()->trigger();
-    EXPECT_FALSE(menu->isEnabled());
-    EXPECT_TRUE(m_recent.paths().isEmpty());
 }
 
 TEST_F(LibraryWindowTest, anOfferedLibraryIsOpenedByItsButton)

@@ -1,0 +1,70 @@
+#include "TrashDialogs.h"
+
+#include "LibraryActions.h"
+#include "LibrarySession.h"
+#include "LibraryView.h"
+#include "PhotoGrid.h"
+#include "PhotoTexts.h"
+
+#include <QAction>
+#include <QMessageBox>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+TrashDialogs::TrashDialogs(LibrarySession& session,
+                           const LibraryActions& actions,
+                           LibraryView& view,
+                           QWidget& window)
+    : m_session(session)
+    , m_actions(actions)
+    , m_view(view)
+    , m_window(window)
+{
+    connect(m_actions.putBack, &QAction::triggered, this, &TrashDialogs::putBack);
+    connect(m_actions.emptyTrash, &QAction::triggered, this, &TrashDialogs::askToEmpty);
+    connect(&m_session, &LibrarySession::restored, this, [this](int photos) {
+        emit said(photos == 1 ? tr("1 photo was put back.")
+                              : tr("%1 photos were put back.").arg(photos));
+    });
+    connect(&m_session, &LibrarySession::trashEmptied, this, [this](qint64 bytes) {
+        emit said(tr("The trash is empty; %1 are free again.").arg(PhotoTexts::size(bytes)));
+    });
+}
+
+void TrashDialogs::putBack()
+{
+    QList<qint64> ids = m_view.grid().selectedPhotos();
+    if (ids.isEmpty()) {
+        for (const PhotoFacts& photo : m_session.contents().trash) {
+            ids.append(photo.id);
+        }
+    }
+    m_session.restoreFromTrash(ids);
+}
+
+void TrashDialogs::askToEmpty()
+{
+    const QList<PhotoFacts>& trash = m_session.contents().trash;
+    qint64 bytes = 0;
+    for (const PhotoFacts& photo : trash) {
+        bytes += photo.bytes;
+    }
+    QMessageBox box(QMessageBox::Warning,
+                    m_window.windowTitle(),
+                    trash.size() == 1 ? tr("Delete 1 photo for good?")
+                                      : tr("Delete %1 photos for good?").arg(trash.size()),
+                    QMessageBox::Cancel,
+                    &m_window);
+    box.setObjectName(u"emptyTrashQuestion"_s);
+    box.setInformativeText(tr("Their files are deleted from the disk, which frees about %1. This "
+                              "cannot be undone.")
+                               .arg(PhotoTexts::size(bytes)));
+    const QPushButton* const confirm = box.addButton(tr("&Delete"), QMessageBox::DestructiveRole);
+    box.setDefaultButton(QMessageBox::Cancel);
+    box.exec();
+    // While it was asked a scan may have begun.
+    if (box.clickedButton() == confirm && m_actions.emptyTrash->isEnabled()) {
+        m_session.emptyTrash();
+    }
+}
