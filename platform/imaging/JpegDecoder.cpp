@@ -165,11 +165,18 @@ Result<Picture> decodedBy(QByteArrayView bytes, int denominator, const Decode& d
         if (!source.readHeader()) {
             return errorOf(source.errors());
         }
-        if (!PictureLimits::holds(source.state().image_width, source.state().image_height)) {
+        const auto& state = source.state();
+        if (!PictureLimits::holds(state.image_width, state.image_height)) {
             return Error{ErrorCode::Unsupported,
                          QStringLiteral("it says it has %1 by %2 pixels, which is too large")
-                             .arg(source.state().image_width)
-                             .arg(source.state().image_height)};
+                             .arg(state.image_width)
+                             .arg(state.image_height)};
+        }
+        if (!PictureLimits::isHeldBy(bytes.size(), state.image_width, state.image_height)) {
+            return Error{ErrorCode::Damaged,
+                         QStringLiteral("it says it has %1 by %2 pixels and is too short for them")
+                             .arg(state.image_width)
+                             .arg(state.image_height)};
         }
         source.reduceBy(denominator);
         const QByteArray icc = source.iccProfile();

@@ -42,6 +42,15 @@ Result<Bitmap> QtImageDecoder::decode(const QByteArray& bytes)
                          .arg(size.width())
                          .arg(size.height())};
     }
+    const bool isPng = bytes.startsWith("\x89PNG");
+    if (isPng &&
+        !PictureLimits::isHeldBy(
+            bytes.size(), size.width(), size.height(), PictureLimits::kMaximumPixelsOfPngByte)) {
+        return Error{ErrorCode::Damaged,
+                     QStringLiteral("it says it has %1 by %2 pixels and is too short for them")
+                         .arg(size.width())
+                         .arg(size.height())};
+    }
     try {
         const QImage image = reader.read();
         if (image.isNull()) {

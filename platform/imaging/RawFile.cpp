@@ -191,6 +191,9 @@ std::optional<Error> RawFile::unpackSensor()
         !PictureLimits::holds(sizes.width, sizes.height)) {
         return errorOf(LIBRAW_TOO_BIG);
     }
+    if (!PictureLimits::isHeldBy(m_bytes.size(), sizes.raw_width, sizes.raw_height)) {
+        return errorOf(LIBRAW_IO_ERROR);
+    }
     setParameters(imgdata.params);
     const std::string_view make(&imgdata.idata.make[0]);
     const FujiOnOneThread oneThread(make.starts_with("Fuji"));
@@ -237,8 +240,11 @@ std::optional<BayerMosaic> RawFile::mosaic()
                          names.is_foveon == 0 && sizes.pixel_aspect == 1.0 &&
                          libraw_internal_data.internal_output_params.fuji_width == 0 &&
                          !is_phaseone_compressed() && imgdata.color.phase_one_data.format == 0;
+    // LibRaw takes where the visible area lies from the file and bounds its own reads, not this.
+    const bool isInside = sizes.top_margin + sizes.height <= sizes.raw_height &&
+                          (sizes.left_margin + sizes.width) * 2U <= sizes.raw_pitch;
     const auto gains = multipliers();
-    if (!isPlain || !gains) {
+    if (!isPlain || !isInside || !gains) {
         return std::nullopt;
     }
     adjust_bl();

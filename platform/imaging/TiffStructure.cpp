@@ -47,6 +47,7 @@ public:
     Reader(QByteArrayView bytes, bool bigEndian)
         : m_bytes(bytes)
         , m_bigEndian(bigEndian)
+        , m_valuesLeft(static_cast<quint64>(bytes.size()))
     {
     }
 
@@ -67,12 +68,15 @@ public:
 
 private:
     void readDirectory(quint64 offset, TiffStructure& into);
-    void readEntry(quint64 offset, TiffDirectory& directory, TiffStructure& into) const;
+    void readEntry(quint64 offset, TiffDirectory& directory, TiffStructure& into);
     void readValues(
         quint16 type, quint64 offset, quint64 count, quint16 tag, TiffDirectory& directory) const;
 
     QByteArrayView m_bytes;
     bool m_bigEndian;
+    /// Entries of a file that a program wrote do not share their values, so there are no more of
+    /// them than bytes; this keeps a hostile file from being read into many times its size.
+    quint64 m_valuesLeft;
     QList<quint64> m_waiting;
     QSet<quint64> m_seen;
 };
@@ -114,9 +118,7 @@ void TiffStructure::Reader::readDirectory(quint64 offset, TiffStructure& into)
     }
 }
 
-void TiffStructure::Reader::readEntry(quint64 offset,
-                                      TiffDirectory& directory,
-                                      TiffStructure& into) const
+void TiffStructure::Reader::readEntry(quint64 offset, TiffDirectory& directory, TiffStructure& into)
 {
     const auto tag = at<quint16>(offset);
     const auto type = at<quint16>(offset + 2);
@@ -132,7 +134,8 @@ void TiffStructure::Reader::readEntry(quint64 offset,
             into.m_beyondEnd || std::ranges::find(kStructural, tag) != kStructural.end();
         return;
     }
-    if (count <= kMaximumValues) {
+    if (count <= kMaximumValues && count <= m_valuesLeft) {
+        m_valuesLeft -= count;
         readValues(type, values, count, tag, directory);
     }
 }

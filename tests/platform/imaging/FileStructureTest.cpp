@@ -114,6 +114,27 @@ TEST(FileStructureTest, directoriesThatLeadInCirclesAreReadOnce)
     EXPECT_EQ(tiff->directories().size(), 1);
 }
 
+TEST(FileStructureTest, entriesThatShareTheirValuesAreNotReadIntoManyTimesTheFile)
+{
+    constexpr quint16 kEntries = 2000;
+    QByteArray file("II*\0\x08\0\0\0", 8);
+    file += little(kEntries).first(2);
+    for (quint16 i = 0; i < kEntries; ++i) {
+        file += little(i).first(2) + little(1).first(2) + little(40000) + little(8);
+    }
+    file = file.leftJustified(50000, '\0');
+    const auto tiff = TiffStructure::parse(file);
+    ASSERT_TRUE(tiff.has_value());
+    qsizetype values = 0;
+    for (const TiffDirectory& directory : tiff->directories()) {
+        for (const QList<quint64>& numbers : directory.numbers) {
+            values += numbers.size();
+        }
+    }
+    EXPECT_GT(values, 0);
+    EXPECT_LE(values, file.size());
+}
+
 TEST(FileStructureTest, numbersOfAnyBytesAreReadWithinBounds)
 {
     // Whatever the bytes say, nothing beyond them is read and the walk ends.
