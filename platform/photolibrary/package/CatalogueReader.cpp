@@ -3,6 +3,7 @@
 #include "AlbumTree.h"
 #include "Clock.h"
 #include "Queries.h"
+#include "WallClock.h"
 
 #include <QDateTime>
 #include <QHash>
@@ -34,8 +35,9 @@ constexpr const char* kPhotos =
 
 std::optional<double> real(const SQLite::Column& column)
 {
-    return column.isInteger() || column.isFloat() ? std::optional<double>(column.getDouble())
-                                                  : std::nullopt;
+    const bool isNumber = column.isInteger() || column.isFloat();
+    const double number = isNumber ? column.getDouble() : 0.0;
+    return isNumber && std::isfinite(number) ? std::optional<double>(number) : std::nullopt;
 }
 
 CataloguePhoto photoOf(Sql::Query& row)
@@ -95,9 +97,7 @@ double offsetOfImports(Connection& connection)
 /// An event without a name is shown as its day.
 QString dayText(double date)
 {
-    const QDateTime moment = QDateTime::fromMSecsSinceEpoch(
-        static_cast<qint64>((date + kSecondsFrom1970To2001) * 1000.0), Qt::UTC);
-    return QLocale::c().toString(moment, u"MMM d, yyyy"_s);
+    return QLocale::c().toString(WallClock::of(date), u"MMM d, yyyy"_s);
 }
 
 class ModelReader final

@@ -1,18 +1,17 @@
 #include "LibraryReader.h"
 
 #include "AlternateSignalStack.h"
-#include "Clock.h"
 #include "IntegrityCheck.h"
 #include "OpeningChecks.h"
 #include "PathMapping.h"
 #include "Queries.h"
 #include "RoomyCache.h"
 #include "Volumes.h"
+#include "WallClock.h"
 
 #include <QDateTime>
 #include <QFile>
 #include <QHash>
-#include <QTimeZone>
 #include <QVariant>
 
 #include <fcntl.h>
@@ -21,7 +20,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <deque>
 #include <functional>
 #include <future>
@@ -552,21 +550,8 @@ QString whyReadOnly(Connection& connection)
 
 QString PhotoFacts::wallClock() const
 {
-    constexpr double kMilliseconds = 1000.0;
-    const double unix = date + kSecondsFrom1970To2001;
-    constexpr double kFarthest = 1e14; // what QDateTime can tell, in seconds
-    if (unknown.date || !std::isfinite(unix) || std::abs(unix) > kFarthest) {
-        return {};
-    }
-    QDateTime moment = QDateTime::fromMSecsSinceEpoch(
-        static_cast<qint64>(std::floor(unix * kMilliseconds)), Qt::UTC);
-    if (!zoneName.isEmpty() && zoneName != "GMT"_L1) {
-        const QTimeZone zone(zoneName.toUtf8());
-        if (zone.isValid()) {
-            moment = moment.toTimeZone(zone);
-        }
-    }
-    return moment.toString(u"yyyy-MM-ddTHH:mm:ss"_s);
+    const QDateTime moment = unknown.date ? QDateTime() : WallClock::of(date, zoneName);
+    return moment.isValid() ? moment.toString(u"yyyy-MM-ddTHH:mm:ss"_s) : QString();
 }
 
 QList<PhotoFacts> LibraryReader::photos(Connection& connection)

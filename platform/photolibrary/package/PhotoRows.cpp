@@ -6,9 +6,9 @@
 #include "Queries.h"
 #include "RowIdIndexes.h"
 #include "Uuid.h"
+#include "WallClock.h"
 
 #include <QDateTime>
-#include <QTimeZone>
 
 #include <algorithm>
 #include <cmath>
@@ -46,16 +46,6 @@ void touch(Writer& writer, qint64 versionId, const Visible& photo)
                  versionId);
     writer.changes.masters.insert(photo.master);
     writer.changes.catalogues = true;
-}
-
-/// The date as the photo shows it: in its own zone. The name "GMT" and unknown ones mean as it is.
-QDateTime wallClock(double date, const QString& zone)
-{
-    const QDateTime epoch(QDate(2001, 1, 1), QTime(0, 0), Qt::UTC);
-    const QDateTime moment = epoch.addMSecs(static_cast<qint64>(std::floor(date)) * 1000);
-    const QTimeZone shown(zone.toUtf8());
-    return zone.isEmpty() || zone == "GMT"_L1 || !shown.isValid() ? moment
-                                                                  : moment.toTimeZone(shown);
 }
 
 void setCaptureParts(Writer& writer, qint64 versionId, const QDateTime& moment)
@@ -136,8 +126,7 @@ void PhotoRows::setAltitude(Writer& writer, qint64 versionId, std::optional<doub
 void PhotoRows::setDate(Writer& writer, qint64 versionId, double date, const QString& zone)
 {
     const std::optional<Visible> photo = findVisible(writer.connection, versionId);
-    // Beyond some 280,000 years there is no calendar either.
-    if (!photo || !(std::abs(date) < 9e12)) {
+    if (!photo || !WallClock::of(date).isValid()) {
         return;
     }
     Sql::execute(
@@ -150,7 +139,8 @@ void PhotoRows::setDate(Writer& writer, qint64 versionId, double date, const QSt
     }
     const QString shownIn = Sql::firstText(
         writer.connection, "SELECT imageTimeZoneName FROM RKVersion WHERE modelId=?", versionId);
-    setCaptureParts(writer, versionId, wallClock(date, shownIn));
+    const QDateTime shown = WallClock::of(date, shownIn);
+    setCaptureParts(writer, versionId, shown);
     touch(writer, versionId, *photo);
     EventRows::updateStatistics(writer, photo->event);
 }

@@ -357,7 +357,8 @@ TEST(PathMapping, aNameIsFoundInEachSpellingThatTheMacTookForTheSame)
     EXPECT_EQ(PathMapping::master(folder.path(), {u"2010/none.jpg"_s}),
               folder.path() + u"/Masters/2010/none.jpg"_s);
     EXPECT_TRUE(PathMapping::master(folder.path(), {u"2010/x.jpg"_s, true}).isEmpty());
-    for (const QString& out : {u"/etc/passwd"_s, u"2010/../../x"_s, u".."_s, QString()}) {
+    const QString cut = u"2010/x"_s + QChar(u'\0') + u".jpg"_s;
+    for (const QString& out : {u"/etc/passwd"_s, u"2010/../../x"_s, u".."_s, cut, QString()}) {
         EXPECT_TRUE(PathMapping::inside(folder.path(), "Masters"_L1, out).isEmpty());
     }
 }
