@@ -129,15 +129,13 @@ void AlbumTree::readOrder()
 QStringList AlbumTree::childrenOf(const QString& container) const
 {
     const QStringList held = m_children.value(container);
+    QSet<QString> left(held.begin(), held.end());
     QStringList children;
-    for (const QString& guid : m_order.value(container)) {
-        if (held.contains(guid) && !children.contains(guid)) {
-            children.append(guid);
-        }
-    }
-    for (const QString& guid : held) {
-        if (!children.contains(guid)) {
-            children.append(guid);
+    for (const QStringList& guids : {m_order.value(container), held}) {
+        for (const QString& guid : guids) {
+            if (left.remove(guid)) {
+                children.append(guid);
+            }
         }
     }
     return children;

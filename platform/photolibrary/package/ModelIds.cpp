@@ -141,7 +141,7 @@ void ModelIds::mend(Writer& writer)
 {
     for (const Table& table : kTables) {
         const std::optional<Lagging> found = laggingIn(writer.connection, table);
-        if (found && found->counter) {
+        if (found && found->counter && found->highest < std::numeric_limits<qint64>::max()) {
             AdminData::setText(writer,
                                found->table,
                                kNextId,

@@ -4,6 +4,8 @@
 #include "LibraryFixture.h"
 #include "RowIdSet.h"
 
+#include <limits>
+
 using namespace Qt::StringLiterals;
 
 class ModelIdsTest : public LibraryFixture
@@ -75,4 +77,15 @@ TEST_F(ModelIdsTest, aCounterAtTheEndOfAllNumbersIsDamageAndNotAnOverflow)
     AdminData::setText(
         to, u"RKKeyword"_s, u"nextModelId"_s, u"9223372036854775807"_s, AdminData::kInteger);
     EXPECT_THROW(static_cast<void>(ModelIds::allocate(to, "RKKeyword")), SQLite::Exception);
+}
+
+TEST_F(ModelIdsTest, aRowAtTheEndOfAllNumbersLeavesItsCounterAsItIs)
+{
+    Writer to = writer();
+    AdminData::setText(to, u"RKKeyword"_s, u"nextModelId"_s, u"2"_s, AdminData::kInteger);
+    Sql::execute(connection(),
+                 "INSERT INTO RKKeyword(modelId,name) VALUES(?,'x')",
+                 std::numeric_limits<qint64>::max());
+    ModelIds::mend(to);
+    EXPECT_EQ(AdminData::text(connection(), u"RKKeyword"_s, u"nextModelId"_s), u"2"_s);
 }
