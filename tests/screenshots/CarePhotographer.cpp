@@ -17,8 +17,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr int kPatience = 60000; ///< milliseconds
-constexpr int kSettling = 300;
+constexpr int kPatienceWithCare = 60000; ///< milliseconds
+constexpr int kSettlingOfSheets = 300;
 
 } // namespace
 
@@ -40,8 +40,9 @@ bool CarePhotographer::takeEverything()
 
 bool CarePhotographer::settle()
 {
-    const bool idle = QTest::qWaitFor([this] { return !m_program.session().isBusy(); }, kPatience);
-    QTest::qWait(kSettling);
+    const bool idle =
+        QTest::qWaitFor([this] { return !m_program.session().isBusy(); }, kPatienceWithCare);
+    QTest::qWait(kSettlingOfSheets);
     m_good = idle && m_good;
     return idle;
 }
@@ -73,7 +74,7 @@ void CarePhotographer::takeMenu()
         }
         window.setScanning(scanning);
         menu->popup(window.pos());
-        QTest::qWait(kSettling);
+        QTest::qWait(kSettlingOfSheets);
         m_camera.take(*menu, scanning ? u"care-menu-scanning"_s : u"care-menu"_s);
         menu->close();
     }
