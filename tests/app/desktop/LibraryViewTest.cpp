@@ -66,6 +66,7 @@ TEST_F(LibraryViewTest, aPhotoShownLargeIsClosedWhenAnotherLibraryIsShown)
     copyLibrary(library(), other);
     open(library());
     grid().selectPhotos({m_session.contents().photos.at(0).id});
+    ASSERT_TRUE(waitUntil([this] { return m_window.actions().showLarge->isEnabled(); }));
     m_window.actions().showLarge->trigger();
     ASSERT_TRUE(isOneShownLarge());
     m_window.actions().reload->trigger();
