@@ -235,12 +235,12 @@ void AlbumRows::setInTrash(Writer& writer, qint64 album, bool inTrash)
     if (uuid.isNull()) {
         return;
     }
-    RowIdIndexes::removeRows(writer, "RKAlbum", {album});
-    Sql::execute(writer.connection,
-                 "UPDATE RKAlbum SET isInTrash=? WHERE modelId=?",
-                 inTrash ? 1 : 0,
-                 album);
-    RowIdIndexes::addRows(writer, "RKAlbum", {album});
+    RowIdIndexes::follow(writer, "RKAlbum", {album}, [&] {
+        Sql::execute(writer.connection,
+                     "UPDATE RKAlbum SET isInTrash=? WHERE modelId=?",
+                     inTrash ? 1 : 0,
+                     album);
+    });
     writer.changes.albums.insert(uuid);
     writer.changes.catalogues = true;
 }

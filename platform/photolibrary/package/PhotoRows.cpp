@@ -74,10 +74,12 @@ void PhotoRows::setRating(Writer& writer, qint64 versionId, int rating)
         return;
     }
     const int stars = std::clamp(rating, 0, kMostStars);
-    RowIdIndexes::removeRows(writer, "RKVersion", {versionId});
-    Sql::execute(
-        writer.connection, "UPDATE RKVersion SET mainRating=? WHERE modelId=?", stars, versionId);
-    RowIdIndexes::addRows(writer, "RKVersion", {versionId});
+    RowIdIndexes::follow(writer, "RKVersion", {versionId}, [&] {
+        Sql::execute(writer.connection,
+                     "UPDATE RKVersion SET mainRating=? WHERE modelId=?",
+                     stars,
+                     versionId);
+    });
     touch(writer, versionId, *photo);
 }
 
@@ -188,9 +190,9 @@ void PhotoRows::assignKeyword(Writer& writer, qint64 versionId, const QString& n
                  id,
                  versionId,
                  keyword);
-    RowIdIndexes::removeRows(writer, "RKVersion", {versionId});
-    Sql::execute(
-        writer.connection, "UPDATE RKVersion SET hasKeywords=1 WHERE modelId=?", versionId);
-    RowIdIndexes::addRows(writer, "RKVersion", {versionId});
+    RowIdIndexes::follow(writer, "RKVersion", {versionId}, [&] {
+        Sql::execute(
+            writer.connection, "UPDATE RKVersion SET hasKeywords=1 WHERE modelId=?", versionId);
+    });
     touch(writer, versionId, *photo);
 }

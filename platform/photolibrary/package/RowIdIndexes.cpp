@@ -1,14 +1,12 @@
 #include "RowIdIndexes.h"
 
 #include "Queries.h"
-#include "RowIdSet.h"
+#include "RowIdCollection.h"
 
-#include <QMap>
+#include <QSet>
 
 #include <sqlite3.h>
 
-#include <algorithm>
-#include <array>
 #include <optional>
 #include <string_view>
 
@@ -17,158 +15,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-/// One indexed table: the first column of the rows is the id that is kept, the others are indexed
-/// under their names.
-struct Source {
-    const char* table;
-    const char* indexes;
-    const char* rows;
-};
-
-constexpr std::array kSources{
-    Source{"RKVersion",
-           "RKVersion_RidIndexes",
-           "SELECT modelId,hasKeywords,projectUuid,isFlagged,isHidden,showInLibrary,hasNotes,"
-           "isOriginal,faceDetectionIsFromPreview,isInTrash,mainRating FROM RKVersion"},
-    Source{"RKMaster",
-           "RKMaster_RidIndexes",
-           "SELECT modelId,projectUuid,imageFormat,hasFocusPoints,subtype,isTrulyRaw,"
-           "streamSourceUuid,hasNotes,fileVolumeUuid,type,burstUuid,fileIsReference,isMissing,"
-           "streamAssetId,hasAttachments,isExternallyEditable,faceDetectionState,isInTrash "
-           "FROM RKMaster"},
-    Source{"RKAlbum",
-           "RKAlbum_RidIndexes",
-           "SELECT modelId,albumSubclass,albumType,isInTrash,serviceName,isFavorite,isHidden "
-           "FROM RKAlbum"},
-    Source{"RKFolder", "RKFolder_RidIndexes", "SELECT modelId,folderType,folderPath FROM RKFolder"},
-    Source{"RKAlbumVersion",
-           "RKAlbumVersion_RidIndexes",
-           "SELECT versionId,albumId FROM RKAlbumVersion"},
-    Source{"RKImageProxyState",
-           "RKImageProxyState_RidIndexes",
-           "SELECT versionId,previewRendered,thumbnailRendered,thumbnailsCurrent,"
-           "miniThumbnailsCurrent,tinyThumbnailsCurrent,fullSizePreviewUpToDate "
-           "FROM RKImageProxyState"},
-    Source{"RKIptcProperty",
-           "RKIptc_RidIndexes",
-           "SELECT searchStringId,propertyKey FROM RKIptcProperty"},
-    Source{"RKOtherProperty",
-           "RKOther_RidIndexes",
-           "SELECT searchStringId,propertyKey FROM RKOtherProperty"},
-    Source{"RKExifStringProperty",
-           "RKExif_RidIndexes",
-           "SELECT searchStringId,propertyKey FROM RKExifStringProperty"},
-};
-
-const Source& sourceOf(const char* table)
-{
-    const auto* const source = std::ranges::find_if(kSources, [table](const Source& candidate) {
-        return std::string_view(candidate.table) == table;
-    });
-    Q_ASSERT_X(source != kSources.end(), "RowIdIndexes", "table without indexes");
-    return *source;
-}
-
-struct Key {
-    QString index;
-    QString value;
-    friend bool operator==(const Key&, const Key&) = default;
-
-    friend bool operator<(const Key& left, const Key& right)
-    {
-        return std::tie(left.index, left.value) < std::tie(right.index, right.value);
-    }
-};
-
-using Sets = QMap<Key, RowIdSet>;
-
-QString valueText(const QVariant& value)
-{
-    if (value.isNull()) {
-        return u"<*null*>"_s;
-    }
-    return value.typeId() == QMetaType::Bool ? QString::number(value.toInt()) : value.toString();
-}
-
-/// Ratings are indexed as "at least"; only of what the user sees and rates.
-void addRating(Sets& sets, qint64 id, const QVariant& rating, bool isOriginal)
-{
-    if (isOriginal) {
-        return;
-    }
-    sets[{u"mainRating"_s, u"all"_s}].insert(id);
-    sets[{u"blankMasterVersions"_s, u"0"_s}].insert(id);
-    if (rating.isNull()) {
-        return;
-    }
-    for (int least = 0; least < 5 && rating.toInt() >= least; ++least) {
-        sets[{u"mainRating"_s, u">=%1"_s.arg(least)}].insert(id);
-    }
-    if (rating.toInt() == 5) {
-        sets[{u"mainRating"_s, u"=5"_s}].insert(id);
-    }
-}
-
-/// A folder belongs to the closure of itself and of each folder above it; its path names them all.
-void addClosures(Sets& sets, qint64 id, const QString& folderPath)
-{
-    const QStringList above = folderPath.split('/'_L1, Qt::SkipEmptyParts);
-    for (const QString& folder : above) {
-        sets[{u"folderIdClosure"_s, folder}].insert(id);
-    }
-}
-
-/// Adds the current row of the query to the sets that it belongs to.
-void collectRow(SQLite::Statement& row, Sets& sets)
-{
-    if (row.getColumn(0).isNull()) {
-        return; // a property that is a number has no string
-    }
-    const auto id = static_cast<qint64>(row.getColumn(0).getInt64());
-    std::optional<bool> isOriginal;
-    for (int i = 1; i < row.getColumnCount(); ++i) {
-        const QString name = QString::fromLatin1(row.getColumn(i).getName());
-        const QVariant value = Sql::value(row.getColumn(i));
-        if (name == "mainRating"_L1) {
-            addRating(sets, id, value, isOriginal.value_or(false));
-            continue;
-        }
-        if (name == "folderPath"_L1) {
-            addClosures(sets, id, value.toString());
-            continue;
-        }
-        if (name == "isOriginal"_L1) {
-            isOriginal = value.toInt() != 0;
-        }
-        sets[{name, valueText(value)}].insert(id);
-    }
-}
-
-Sets collect(Connection& connection, const Source& source)
-{
-    Sets sets;
-    SQLite::Statement& rows = connection.statement(source.rows);
-    while (rows.executeStep()) {
-        collectRow(rows, sets);
-    }
-    rows.tryReset();
-    return sets;
-}
-
-Sets collectRows(Connection& connection, const Source& source, const QList<qint64>& modelIds)
-{
-    Sets sets;
-    const std::string sql = std::string(source.rows) + " WHERE modelId=?";
-    for (const qint64 modelId : modelIds) {
-        SQLite::Statement& row = connection.statement(sql.c_str());
-        Sql::bind(row, 1, modelId);
-        if (row.executeStep()) {
-            collectRow(row, sets);
-        }
-        row.tryReset();
-    }
-    return sets;
-}
+using namespace RowIdCollection;
 
 RowIdSet decoded(const QByteArray& blob, const Source& source, const Key& key)
 {
@@ -178,7 +25,7 @@ RowIdSet decoded(const QByteArray& blob, const Source& source, const Key& key)
             QLatin1StringView(source.indexes), key.index, key.value);
         throw SQLite::Exception(what.toStdString(), SQLITE_CORRUPT);
     }
-    return *set;
+    return std::move(*set);
 }
 
 std::optional<RowIdSet> load(Connection& connection, const Source& source, const Key& key)
@@ -230,15 +77,25 @@ void removeSet(Connection& connection, const Source& source, const Key& key, con
     if (!set) {
         return;
     }
-    const RowIdSet before = *set;
+    bool changed = false;
     for (const qint64 id : ids.ids()) {
+        changed = changed || set->contains(id);
         set->remove(id);
     }
     if (set->isEmpty()) {
         erase(connection, source, key);
-    } else if (*set != before) {
+    } else if (changed) {
         update(connection, source, key, *set);
     }
+}
+
+/// The ids of the first set that are not in the second.
+RowIdSet without(RowIdSet set, const RowIdSet& other)
+{
+    for (const qint64 id : other.ids()) {
+        set.remove(id);
+    }
+    return set;
 }
 
 /// Which albums of the user lie below a folder. The application keeps this for some folders only;
@@ -261,7 +118,7 @@ Sets albumClosures(Connection& connection)
 
 Sets wantedSets(Connection& connection, const Source& source)
 {
-    Sets sets = collect(connection, source);
+    Sets sets = ofTable(connection, source);
     if (&source == &sourceOf("RKFolder")) {
         sets.insert(albumClosures(connection));
     }
@@ -349,7 +206,7 @@ void RowIdIndexes::remove(Writer& writer,
 void RowIdIndexes::addRows(Writer& writer, const char* table, const QList<qint64>& modelIds)
 {
     const Source& source = sourceOf(table);
-    const Sets sets = collectRows(writer.connection, source, modelIds);
+    const Sets sets = ofRows(writer.connection, source, modelIds);
     for (auto set = sets.cbegin(); set != sets.cend(); ++set) {
         addSet(writer.connection, source, set.key(), *set);
     }
@@ -358,15 +215,36 @@ void RowIdIndexes::addRows(Writer& writer, const char* table, const QList<qint64
 void RowIdIndexes::removeRows(Writer& writer, const char* table, const QList<qint64>& modelIds)
 {
     const Source& source = sourceOf(table);
-    const Sets sets = collectRows(writer.connection, source, modelIds);
+    const Sets sets = ofRows(writer.connection, source, modelIds);
     for (auto set = sets.cbegin(); set != sets.cend(); ++set) {
         removeSet(writer.connection, source, set.key(), *set);
     }
 }
 
+void RowIdIndexes::follow(Writer& writer,
+                          const char* table,
+                          const QList<qint64>& modelIds,
+                          const std::function<void()>& change)
+{
+    const Source& source = sourceOf(table);
+    const Sets before = ofRows(writer.connection, source, modelIds);
+    change();
+    const Sets after = ofRows(writer.connection, source, modelIds);
+    for (auto set = before.cbegin(); set != before.cend(); ++set) {
+        if (const RowIdSet left = without(*set, after.value(set.key())); !left.isEmpty()) {
+            removeSet(writer.connection, source, set.key(), left);
+        }
+    }
+    for (auto set = after.cbegin(); set != after.cend(); ++set) {
+        if (const RowIdSet joined = without(*set, before.value(set.key())); !joined.isEmpty()) {
+            addSet(writer.connection, source, set.key(), joined);
+        }
+    }
+}
+
 void RowIdIndexes::recomputeAll(Writer& writer)
 {
-    for (const Source& source : kSources) {
+    for (const Source& source : sources()) {
         const Sets sets = wantedSets(writer.connection, source);
         const std::string sql = std::string("DELETE FROM ") + source.indexes + " WHERE indexName=?";
         QSet<QString> cleared; // indexes of other kinds stay as they are
@@ -385,7 +263,7 @@ void RowIdIndexes::recomputeAll(Writer& writer)
 QStringList RowIdIndexes::mismatches(Connection& connection)
 {
     QStringList lines;
-    for (const Source& source : kSources) {
+    for (const Source& source : sources()) {
         for (const Mismatch& mismatch : compare(connection, source)) {
             lines.append(describe(source, mismatch));
         }
@@ -395,7 +273,7 @@ QStringList RowIdIndexes::mismatches(Connection& connection)
 
 void RowIdIndexes::mend(Writer& writer)
 {
-    for (const Source& source : kSources) {
+    for (const Source& source : sources()) {
         for (const Mismatch& mismatch : compare(writer.connection, source)) {
             erase(writer.connection, source, mismatch.key);
             if (!mismatch.right.isEmpty()) {

@@ -6,6 +6,8 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <functional>
+
 /// The library's own indexes: for each value of certain columns, the set of rows that have it
 /// (tables X_RidIndexes). The application answers smart albums, trash and filters from them, so
 /// every change of such a column is followed here.
@@ -34,6 +36,14 @@ void remove(Writer& writer,
 void addRows(Writer& writer, const char* table, const QList<qint64>& modelIds);
 /// Takes rows that still exist out of all indexes of their table; right before they are deleted.
 void removeRows(Writer& writer, const char* table, const QList<qint64>& modelIds);
+
+/// Runs `change`, which writes columns of rows that exist before and after it, and follows it in
+/// the indexes: only the sets that a row leaves or joins are written. A set of a large library is
+/// as large as a page of the database, and a change touches one or two of a dozen.
+void follow(Writer& writer,
+            const char* table,
+            const QList<qint64>& modelIds,
+            const std::function<void()>& change);
 
 /// Writes every index anew from the tables.
 void recomputeAll(Writer& writer);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <iterator>
 #include <limits>
 #include <numeric>
 #include <utility>
@@ -12,36 +13,50 @@ namespace
 constexpr quint64 kFormat = 1;
 constexpr quint64 kLastWord = std::numeric_limits<quint32>::max();
 
-/// Reads LEB128 numbers; after a failure every further one fails too.
+/// Reads LEB128 numbers; a set of a large library has thousands, and a photo's turn reads dozens of
+/// such sets. After a failure every further one fails too.
 class NumberReader final
 {
 public:
-    explicit NumberReader(QByteArray bytes)
-        : m_bytes(std::move(bytes))
+    explicit NumberReader(const QByteArray& bytes)
+        : m_next(bytes.constBegin())
+        , m_end(bytes.constEnd())
     {
     }
 
-    std::optional<quint64> next()
+    [[nodiscard]] bool next(quint64& number)
     {
-        quint64 number = 0;
-        for (int shift = 0; shift < 63; shift += 7) {
-            if (m_position >= m_bytes.size()) {
-                return std::nullopt;
+        number = 0;
+        for (unsigned shift = 0; shift < 63; shift += 7) {
+            if (m_next == m_end) {
+                return false;
             }
-            const auto byte = static_cast<quint8>(m_bytes.at(m_position++));
+            const auto byte = static_cast<quint8>(*m_next++);
             number |= static_cast<quint64>(byte & 0x7FU) << shift;
             if ((byte & 0x80U) == 0) {
-                return number;
+                return true;
             }
         }
-        return std::nullopt;
+        m_next = m_end;
+        return false;
     }
 
-    [[nodiscard]] bool atEnd() const { return m_position == m_bytes.size(); }
+    /// Words are stored plus one.
+    [[nodiscard]] bool nextWord(quint32& word)
+    {
+        quint64 stored = 0;
+        if (!next(stored) || stored == 0 || stored - 1 > kLastWord) {
+            return false;
+        }
+        word = static_cast<quint32>(stored - 1);
+        return true;
+    }
+
+    [[nodiscard]] bool atEnd() const { return m_next == m_end; }
 
 private:
-    QByteArray m_bytes;
-    qsizetype m_position{0};
+    QByteArray::const_iterator m_next;
+    QByteArray::const_iterator m_end;
 };
 
 void append(QByteArray& bytes, quint64 number)
@@ -65,53 +80,79 @@ RowIdSet::RowIdSet(const QList<qint64>& ids)
 std::optional<RowIdSet> RowIdSet::fromBlob(const QByteArray& blob)
 {
     NumberReader reader(blob);
-    const std::optional<quint64> format = reader.next();
-    const std::optional<quint64> total = reader.next();
-    const std::optional<quint64> chunks = reader.next();
-    if (format != kFormat || !total || !chunks) {
+    quint64 format = 0;
+    quint64 total = 0;
+    quint64 chunks = 0;
+    if (!reader.next(format) || !reader.next(total) || !reader.next(chunks) || format != kFormat) {
         return std::nullopt;
     }
     RowIdSet result;
-    for (quint64 i = 0; i < *chunks; ++i) {
-        const std::optional<quint64> number = reader.next();
-        const std::optional<quint64> count = reader.next();
+    constexpr quint64 kLeastBytes = kWords + 2; // of a chunk
+    result.m_chunks.reserve(std::min(chunks, static_cast<quint64>(blob.size()) / kLeastBytes));
+    for (quint64 i = 0; i < chunks; ++i) {
         constexpr qint64 kLast = std::numeric_limits<qint64>::max() / kIdsPerChunk;
-        if (!number || !count || *number >= static_cast<quint64>(kLast)) {
+        quint64 number = 0;
+        quint64 count = 0;
+        if (!reader.next(number) || !reader.next(count) || number >= static_cast<quint64>(kLast)) {
             return std::nullopt;
         }
-        Chunk chunk{};
-        for (quint32& word : chunk) {
-            const std::optional<quint64> stored = reader.next();
-            if (!stored || *stored == 0 || *stored - 1 > kLastWord) {
+        Chunk chunk{static_cast<qint64>(number), {}};
+        for (quint32& word : chunk.words) {
+            if (!reader.nextWord(word)) {
                 return std::nullopt;
             }
-            word = static_cast<quint32>(*stored - 1);
         }
-        RowIdSet part;
-        part.m_chunks.insert(static_cast<qint64>(*number), chunk);
-        result.unite(part);
+        result.unite(chunk);
     }
-    return reader.atEnd() ? std::optional(result) : std::nullopt;
+    return reader.atEnd() ? std::optional(std::move(result)) : std::nullopt;
 }
 
 QByteArray RowIdSet::toBlob() const
 {
+    constexpr std::size_t kMostBytes = 5UL * kWords + 12UL; // of a chunk
     QByteArray bytes;
+    bytes.reserve(static_cast<qsizetype>(m_chunks.size() * kMostBytes));
     append(bytes, kFormat);
     append(bytes, 0);
     append(bytes, static_cast<quint64>(m_chunks.size()));
-    for (auto chunk = m_chunks.cbegin(); chunk != m_chunks.cend(); ++chunk) {
-        append(bytes, static_cast<quint64>(chunk.key()));
+    for (const Chunk& chunk : m_chunks) {
+        append(bytes, static_cast<quint64>(chunk.number));
         const int count =
-            std::accumulate(chunk->begin(), chunk->end(), 0, [](int sum, quint32 word) {
+            std::accumulate(chunk.words.begin(), chunk.words.end(), 0, [](int sum, quint32 word) {
                 return sum + std::popcount(word);
             });
         append(bytes, static_cast<quint64>(count));
-        for (const quint32 word : *chunk) {
+        for (const quint32 word : chunk.words) {
             append(bytes, static_cast<quint64>(word) + 1);
         }
     }
     return bytes;
+}
+
+std::vector<RowIdSet::Chunk>::iterator RowIdSet::placeOf(qint64 number)
+{
+    // Ids mostly come in rising order.
+    if (m_chunks.empty() || m_chunks.back().number < number) {
+        return m_chunks.end();
+    }
+    return m_chunks.back().number == number
+               ? std::prev(m_chunks.end())
+               : std::ranges::lower_bound(m_chunks, number, {}, &Chunk::number);
+}
+
+const RowIdSet::Words* RowIdSet::find(qint64 number) const
+{
+    const auto place = std::ranges::lower_bound(m_chunks, number, {}, &Chunk::number);
+    return place == m_chunks.end() || place->number != number ? nullptr : &place->words;
+}
+
+RowIdSet::Words& RowIdSet::wordsOf(qint64 number)
+{
+    auto place = placeOf(number);
+    if (place == m_chunks.end() || place->number != number) {
+        place = m_chunks.insert(place, Chunk{number, {}});
+    }
+    return place->words;
 }
 
 void RowIdSet::insert(qint64 id)
@@ -120,62 +161,71 @@ void RowIdSet::insert(qint64 id)
         return;
     }
     const qint64 within = id % kIdsPerChunk;
-    m_chunks[id / kIdsPerChunk][static_cast<std::size_t>(within / kIdsPerWord)] |=
+    wordsOf(id / kIdsPerChunk)[static_cast<std::size_t>(within / kIdsPerWord)] |=
         1U << (within % kIdsPerWord);
 }
 
 void RowIdSet::remove(qint64 id)
 {
-    const auto chunk = m_chunks.find(id / kIdsPerChunk);
-    if (id < 0 || chunk == m_chunks.end()) {
+    const auto chunk = placeOf(id / kIdsPerChunk);
+    if (id < 0 || chunk == m_chunks.end() || chunk->number != id / kIdsPerChunk) {
         return;
     }
     const qint64 within = id % kIdsPerChunk;
-    (*chunk)[static_cast<std::size_t>(within / kIdsPerWord)] &= ~(1U << (within % kIdsPerWord));
-    if (*chunk == Chunk{}) {
+    chunk->words[static_cast<std::size_t>(within / kIdsPerWord)] &= ~(1U << (within % kIdsPerWord));
+    if (chunk->words == Words{}) {
         m_chunks.erase(chunk);
     }
 }
 
 void RowIdSet::unite(const RowIdSet& other)
 {
-    for (auto chunk = other.m_chunks.cbegin(); chunk != other.m_chunks.cend(); ++chunk) {
-        if (*chunk == Chunk{}) {
-            continue;
-        }
-        Chunk& mine = m_chunks[chunk.key()];
-        for (std::size_t word = 0; word < mine.size(); ++word) {
-            mine[word] |= (*chunk)[word];
-        }
+    for (const Chunk& chunk : other.m_chunks) {
+        unite(chunk);
+    }
+}
+
+void RowIdSet::unite(const Chunk& chunk)
+{
+    if (chunk.words == Words{}) {
+        return;
+    }
+    Words& mine = wordsOf(chunk.number);
+    for (std::size_t word = 0; word < mine.size(); ++word) {
+        mine[word] |= chunk.words[word];
     }
 }
 
 bool RowIdSet::contains(qint64 id) const
 {
-    const auto chunk = m_chunks.constFind(id / kIdsPerChunk);
-    if (id < 0 || chunk == m_chunks.cend()) {
+    const Words* const words = id < 0 ? nullptr : find(id / kIdsPerChunk);
+    if (words == nullptr) {
         return false;
     }
     const qint64 within = id % kIdsPerChunk;
-    return ((*chunk)[static_cast<std::size_t>(within / kIdsPerWord)] >> (within % kIdsPerWord) &
+    return ((*words)[static_cast<std::size_t>(within / kIdsPerWord)] >> (within % kIdsPerWord) &
             1U) != 0;
 }
 
 bool RowIdSet::containsAll(const RowIdSet& other) const
 {
-    RowIdSet both = *this;
-    both.unite(other);
-    return both == *this;
+    return std::ranges::all_of(other.m_chunks, [this](const Chunk& chunk) {
+        const Words* const mine = find(chunk.number);
+        return mine != nullptr &&
+               std::ranges::equal(*mine, chunk.words, [](quint32 one, quint32 wanted) {
+                   return (one & wanted) == wanted;
+               });
+    });
 }
 
 QList<qint64> RowIdSet::ids() const
 {
     QList<qint64> result;
-    for (auto chunk = m_chunks.cbegin(); chunk != m_chunks.cend(); ++chunk) {
+    for (const Chunk& chunk : m_chunks) {
         for (qint64 within = 0; within < kIdsPerChunk; ++within) {
-            const quint32 word = (*chunk)[static_cast<std::size_t>(within / kIdsPerWord)];
+            const quint32 word = chunk.words[static_cast<std::size_t>(within / kIdsPerWord)];
             if ((word >> (within % kIdsPerWord) & 1U) != 0) {
-                result.append(chunk.key() * kIdsPerChunk + within);
+                result.append(chunk.number * kIdsPerChunk + within);
             }
         }
     }

@@ -2,10 +2,10 @@
 
 #include <QByteArray>
 #include <QList>
-#include <QMap>
 
 #include <array>
 #include <optional>
+#include <vector>
 
 /// A set of row ids as the library's own indexes store it: a bitmap in chunks of 1024 ids, written
 /// as a sequence of LEB128 numbers:
@@ -29,7 +29,7 @@ public:
     void remove(qint64 id);
     void unite(const RowIdSet& other);
 
-    [[nodiscard]] bool isEmpty() const { return m_chunks.isEmpty(); }
+    [[nodiscard]] bool isEmpty() const { return m_chunks.empty(); }
 
     [[nodiscard]] bool contains(qint64 id) const;
     /// Whether every id of the other set is in this one too.
@@ -43,8 +43,22 @@ private:
     static constexpr int kWords = 32;
     static constexpr qint64 kIdsPerWord = 32;
     static constexpr qint64 kIdsPerChunk = kWords * kIdsPerWord;
-    using Chunk = std::array<quint32, kWords>;
+    using Words = std::array<quint32, kWords>;
 
-    /// By id / kIdsPerChunk; never an empty chunk.
-    QMap<qint64, Chunk> m_chunks;
+    struct Chunk {
+        qint64 number{0}; ///< of its ids, without remainder by kIdsPerChunk
+        Words words{};
+
+        friend bool operator==(const Chunk&, const Chunk&) = default;
+    };
+
+    /// The chunk of that number, or where it belongs.
+    [[nodiscard]] std::vector<Chunk>::iterator placeOf(qint64 number);
+    [[nodiscard]] const Words* find(qint64 number) const;
+    /// The words of a chunk, which may be all 0 when they are new.
+    [[nodiscard]] Words& wordsOf(qint64 number);
+    void unite(const Chunk& chunk);
+
+    /// In rising order; never an empty one.
+    std::vector<Chunk> m_chunks;
 };

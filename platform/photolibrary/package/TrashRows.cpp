@@ -14,12 +14,12 @@ namespace
 
 void markVersion(Writer& writer, qint64 versionId, bool inTrash)
 {
-    RowIdIndexes::removeRows(writer, "RKVersion", {versionId});
-    Sql::execute(writer.connection,
-                 "UPDATE RKVersion SET isInTrash=? WHERE modelId=?",
-                 inTrash ? 1 : 0,
-                 versionId);
-    RowIdIndexes::addRows(writer, "RKVersion", {versionId});
+    RowIdIndexes::follow(writer, "RKVersion", {versionId}, [&] {
+        Sql::execute(writer.connection,
+                     "UPDATE RKVersion SET isInTrash=? WHERE modelId=?",
+                     inTrash ? 1 : 0,
+                     versionId);
+    });
 }
 
 /// The master and the version as imported go where the photo goes.
@@ -30,10 +30,12 @@ void markMaster(Writer& writer, const QString& master, bool inTrash)
     if (!id) {
         return;
     }
-    RowIdIndexes::removeRows(writer, "RKMaster", {*id});
-    Sql::execute(
-        writer.connection, "UPDATE RKMaster SET isInTrash=? WHERE modelId=?", inTrash ? 1 : 0, *id);
-    RowIdIndexes::addRows(writer, "RKMaster", {*id});
+    RowIdIndexes::follow(writer, "RKMaster", {*id}, [&] {
+        Sql::execute(writer.connection,
+                     "UPDATE RKMaster SET isInTrash=? WHERE modelId=?",
+                     inTrash ? 1 : 0,
+                     *id);
+    });
     for (const qint64 hidden : MastersOfPhoto::hiddenVersions(writer.connection, master)) {
         markVersion(writer, hidden, inTrash);
     }

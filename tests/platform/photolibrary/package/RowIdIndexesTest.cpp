@@ -6,6 +6,8 @@
 
 #include <QMap>
 
+#include <sqlite3.h>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -132,6 +134,21 @@ TEST_F(RowIdIndexesTest, aChangeBehindTheIndexIsTold)
     EXPECT_TRUE(lines.contains("isFlagged is \"1\" is missing"_L1)) << lines.toStdString();
     EXPECT_TRUE(lines.contains("isFlagged is \"0\" holds rows"_L1)) << lines.toStdString();
     RowIdIndexes::recomputeAll(to);
+    expectSoundIndexes();
+}
+
+TEST_F(RowIdIndexesTest, aChangeThatIsFollowedWritesOnlyTheSetsThatItTouches)
+{
+    Writer to = writer();
+    const Photo photo = addPhoto(EventRows::createEvent(to, u"One"_s));
+    sqlite3* const database = connection().database().getHandle();
+    const int before = sqlite3_total_changes(database);
+    RowIdIndexes::follow(to, "RKVersion", {photo.visible}, [&] {
+        Sql::execute(
+            connection(), "UPDATE RKVersion SET isFlagged=1 WHERE modelId=?", photo.visible);
+    });
+    // The row itself, the set of those with a flag and of those without.
+    EXPECT_EQ(sqlite3_total_changes(database) - before, 3);
     expectSoundIndexes();
 }
 
