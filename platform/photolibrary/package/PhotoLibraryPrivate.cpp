@@ -324,8 +324,14 @@ Result<qint64> PhotoLibraryPrivate::insertPicture(PreparedPicture picture,
     return tryWrite([&](WriteTransaction& transaction) -> Result<qint64> {
         Writer writer = transaction.writer();
         ImportIdentity identity{Uuid::create(), Uuid::create(), Uuid::create(), {}, {}};
-        identity.stamp =
-            ImportGroup::freeStamp(writer.connection, path(), QDateTime::currentDateTime());
+        // Groups lie a second apart. Who imports faster is ahead of the clock, and would look at
+        // all groups of the run again for each photo.
+        QDateTime moment = QDateTime::currentDateTime();
+        if (m_nextStamp.isValid() && m_nextStamp > moment) {
+            moment = m_nextStamp;
+        }
+        identity.stamp = ImportGroup::freeStamp(writer.connection, path(), moment);
+        m_nextStamp = identity.stamp.addSecs(1);
         if (const Result<void> made = makeFiles(transaction, picture, identity); !made.ok()) {
             return made.error();
         }

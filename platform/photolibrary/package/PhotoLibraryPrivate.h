@@ -8,6 +8,7 @@
 #include "Session.h"
 #include "WriteAccess.h"
 
+#include <QDateTime>
 #include <QDeadlineTimer>
 #include <QHash>
 
@@ -129,6 +130,8 @@ private:
     QString m_runEventName;
     /// Uuids of the events that this run made, by name; guarded by the writer's place.
     QHash<QString, QString> m_events;
+    /// The earliest moment for the group of this run's next import; guarded likewise.
+    QDateTime m_nextStamp;
 };
 
 template <typename Query>

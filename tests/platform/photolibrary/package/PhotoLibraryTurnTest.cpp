@@ -1,7 +1,10 @@
 #include "WritableLibrary.h"
 
 #include <QDate>
+#include <QFile>
 #include <QThread>
+
+#include <sys/stat.h>
 
 #include <atomic>
 #include <memory>
@@ -151,4 +154,30 @@ TEST_F(PhotoLibraryTurn, turnsOfTwoThreadsBothCommitIntoOneEventOfTheDay)
         << photos.value().first().rollName.toStdString();
     EXPECT_TRUE(library->close().ok());
     expectSound();
+}
+
+TEST_F(PhotoLibraryTurn, catalogueAndSidecarsAreWrittenOnceAfterAllTurns)
+{
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    const auto catalogue = [this] {
+        struct stat status = {}; // a file that is written anew is another one
+        const QString path = package() + "/AlbumData.xml"_L1;
+        return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_ino : 0;
+    };
+    const auto before = catalogue();
+    const QStringList sidecars = versionSidecars();
+    for (const QString& name : {u"IMG_1.JPG"_s, u"IMG_2.JPG"_s, u"IMG_3.JPG"_s}) {
+        const auto turn = library->beginPhotoTurn();
+        importAndDescribe(*library, makePicture(name));
+        turn->commit();
+        EXPECT_EQ(catalogue(), before);
+    }
+    EXPECT_EQ(versionSidecars(), sidecars);
+    ASSERT_TRUE(library->synchronise().ok());
+    const auto after = catalogue();
+    EXPECT_NE(after, before);
+    EXPECT_EQ(versionSidecars().size(), sidecars.size() + 3 * 3); // a master and two versions each
+    ASSERT_TRUE(library->synchronise().ok());
+    EXPECT_EQ(catalogue(), after);
 }
