@@ -310,6 +310,7 @@ LibrarySession::openAndCheck(const QString& path, bool afterCrash, const Library
         return refuse(opened.error(), again);
     }
     const LibraryPtr reading = std::move(opened).value();
+    const Result<QList<qint64>> readAt = reading->revision();
     Result<LibraryContents> contents = contentsOf(*reading);
     if (!contents.ok()) {
         return refuse(contents.error(), again);
@@ -323,7 +324,7 @@ LibrarySession::openAndCheck(const QString& path, bool afterCrash, const Library
         this,
         [this, now = std::move(contents).value()]() mutable { show(std::move(now)); },
         Qt::QueuedConnection);
-    return checkForWriting(path, afterCrash, reading);
+    return checkForWriting(path, afterCrash, reading, readAt);
 }
 
 std::function<void()> LibrarySession::refuse(const Error& error, bool wasOpen)
@@ -346,8 +347,10 @@ void LibrarySession::show(LibraryContents contents)
     emit shown();
 }
 
-std::function<void()>
-LibrarySession::checkForWriting(const QString& path, bool afterCrash, const LibraryPtr& reading)
+std::function<void()> LibrarySession::checkForWriting(const QString& path,
+                                                      bool afterCrash,
+                                                      const LibraryPtr& reading,
+                                                      const Result<QList<qint64>>& readAt)
 {
     OpenOptions options;
     options.access = Access::Write;
@@ -359,7 +362,20 @@ LibrarySession::checkForWriting(const QString& path, bool afterCrash, const Libr
         return stayReadOnly(result.error());
     }
     const LibraryPtr writing = std::move(result).value();
-    // Until it had the lock another program may have changed it.
+    if (const Result<QList<qint64>> now = reading->revision();
+        readAt.ok() && now.ok() && readAt.value() == now.value()) {
+        promoteLibrary(writing);
+        closeQuietly(reading);
+        return [this, caution = cautionOf(*writing)] {
+            m_contents.checking = false;
+            if (m_contents.caution != caution) {
+                m_contents.caution = caution;
+                emit contentsChanged();
+            }
+            emit opened();
+        };
+    }
+    // Until it had the lock another program changed it, or what a crash left was cleared away.
     Result<LibraryContents> contents = contentsOf(*writing);
     if (!contents.ok()) {
         closeQuietly(writing);

@@ -134,8 +134,11 @@ private:
     // The parts of an opening, on the session's thread; each returns what the main thread does.
     [[nodiscard]] std::function<void()>
     openAndCheck(const QString& path, bool afterCrash, const LibraryPtr& before);
-    [[nodiscard]] std::function<void()>
-    checkForWriting(const QString& path, bool afterCrash, const LibraryPtr& reading);
+    /// `readAt`: the revision that `reading` told before its contents were read.
+    [[nodiscard]] std::function<void()> checkForWriting(const QString& path,
+                                                        bool afterCrash,
+                                                        const LibraryPtr& reading,
+                                                        const Result<QList<qint64>>& readAt);
     [[nodiscard]] std::function<void()> refuse(const Error& error, bool wasOpen);
     [[nodiscard]] std::function<void()> stayReadOnly(const Error& error);
     void show(LibraryContents contents);

@@ -1,5 +1,6 @@
 #include "PhotoLibrary.h"
 
+#include "DatabaseRevision.h"
 #include "LibraryOpening.h"
 #include "LibraryReader.h"
 #include "LibraryRepair.h"
@@ -79,6 +80,11 @@ Result<QList<PhotoFacts>> PhotoLibrary::trashedPhotos()
 {
     return m_d->tryRead(
         [](Connection& connection) { return LibraryReader::trashedPhotos(connection); });
+}
+
+Result<QList<qint64>> PhotoLibrary::revision()
+{
+    return m_d->tryRead([](Connection& connection) { return DatabaseRevision::of(connection); });
 }
 
 Result<LibrarySummary> PhotoLibrary::summary(const std::function<bool()>& shouldStop)

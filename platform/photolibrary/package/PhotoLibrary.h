@@ -95,6 +95,10 @@ public:
     /// marked.
     [[nodiscard]] Result<QList<PhotoFacts>> photos();
     [[nodiscard]] Result<QList<PhotoFacts>> trashedPhotos();
+    /// Names the state of the databases as the calling thread sees it: equal to what it was told
+    /// before when no other thread or program has changed anything since. What the thread itself
+    /// wrote does not count. Errors, beside those of every read: the databases were replaced.
+    [[nodiscard]] Result<QList<qint64>> revision();
     /// Checks everything, which takes as long as an opening for writing. `shouldStop`: as that of
     /// OpenOptions.
     [[nodiscard]] Result<LibrarySummary> summary(const std::function<bool()>& shouldStop = {});

@@ -1,6 +1,8 @@
 #include "LibrarySession.h"
 
+#include "Connection.h"
 #include "LibraryCopyFixture.h"
+#include "Queries.h"
 
 #include <QFile>
 #include <QStringList>
@@ -68,6 +70,33 @@ TEST_F(LibrarySessionTest, thePhotosAreShownBeforeTheCheckAndOpenForWritingAfter
     EXPECT_EQ(m_told, (QStringList{u"shown checking"_s, u"opened"_s}));
     EXPECT_EQ(photosWhenShown, QList<qsizetype>{5});
     EXPECT_TRUE(m_session.contents().isWritable());
+}
+
+TEST_F(LibrarySessionTest, aLibraryThatNobodyChangesIsReadOnce)
+{
+    int changes = 0;
+    QObject::connect(
+        &m_session, &LibrarySession::contentsChanged, &m_session, [&changes] { ++changes; });
+    openAndWait();
+    EXPECT_EQ(changes, 1);
+    EXPECT_TRUE(m_session.contents().isWritable());
+}
+
+TEST_F(LibrarySessionTest, whatAnotherProgramChangesBeforeTheCheckIsShownAfterIt)
+{
+    // With its place taken, the check waits for the other program, which commits in time.
+    const auto other = Connection::open(library(), Connection::Mode::Write);
+    ASSERT_TRUE(other.ok());
+    other.value()->beginImmediate();
+    Sql::execute(*other.value(), "UPDATE RKVersion SET name = 'Changed' WHERE showInLibrary = 1");
+    QObject::connect(&m_session, &LibrarySession::shown, &m_session, [&] {
+        EXPECT_NE(m_session.contents().photos.first().name, u"Changed"_s);
+        other.value()->commit();
+    });
+    openAndWait();
+    EXPECT_EQ(m_session.contents().photos.first().name, u"Changed"_s);
+    EXPECT_TRUE(m_session.contents().isWritable())
+        << m_session.contents().whyReadOnly.toStdString();
 }
 
 TEST_F(LibrarySessionTest, aScanThatStartsDuringTheOpeningWaitsAndMayWrite)
