@@ -11,8 +11,11 @@ using namespace Qt::StringLiterals;
 
 Result<QVariant> PropertyList::parse(const QByteArray& bytes)
 {
-    return bytes.startsWith("bplist") ? PropertyListForms::readBinary(bytes)
-                                      : PropertyListForms::readXml(bytes);
+    if (bytes.startsWith("bplist")) {
+        return PropertyListForms::readBinary(bytes);
+    }
+    std::optional<QVariant> plain = PropertyListForms::readPlainXml(bytes);
+    return plain ? Result<QVariant>(*std::move(plain)) : PropertyListForms::readXml(bytes);
 }
 
 Result<QVariant> PropertyList::read(const QString& path)
