@@ -1,6 +1,7 @@
-// What a large library takes: library_bench PACKAGE [PHOTOS RAWFILE]
-// With a number of photos and a RAW file the library is made first, and written to afterwards: the
-// turns of a scan in it and in one of 1,000 photos that is made beside it.
+// What a large library takes: library_bench PACKAGE [PHOTOS RAWFILE] or library_bench --turns
+// PACKAGE With a number of photos and a RAW file the library is made first, and written to
+// afterwards: the turns of a scan in it and in one of 1,000 photos that is made beside it. With
+// --turns a library that is there is written to, and nothing else is measured.
 
 #include "LargeLibrary.h"
 #include "LibraryActions.h"
@@ -186,8 +187,14 @@ int main(int argc, char** argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() == 3 && arguments.at(1) == "--turns"_L1) {
+        const Result<void> turns = measureTurns({arguments.at(2)});
+        return turns.ok() ? 0 : fails(turns.error());
+    }
     if (arguments.size() != 2 && arguments.size() != 4) {
-        std::fprintf(stderr, "usage: library_bench PACKAGE [PHOTOS RAWFILE]\n");
+        std::fprintf(stderr,
+                     "usage: library_bench PACKAGE [PHOTOS RAWFILE]\n"
+                     "       library_bench --turns PACKAGE\n");
         return 2;
     }
     const QString& package = arguments.at(1);
