@@ -6,6 +6,7 @@
 #include "CatalogueWriter.h"
 #include "Clock.h"
 #include "OldCatalogue.h"
+#include "PackageFiles.h"
 #include "PropertyList.h"
 
 #include <QDateTime>
@@ -41,11 +42,19 @@ QString damageOf(const QString& path, const QByteArray& bytes, const OldCatalogu
                  "backup, or remove it to have a new one made."_s.arg(path);
 }
 
-Result<void> replace(const QString& path, const QByteArray& old, const QByteArray& bytes)
+/// Nothing outside the package is replaced, whatever a link in it leads to.
+Result<void> replace(const QString& package,
+                     QLatin1StringView relative,
+                     const QByteArray& old,
+                     const QByteArray& bytes)
 {
     if (bytes == old) {
         return {};
     }
+    if (Result<void> allowed = PackageFiles::mayBeWritten(package, relative); !allowed.ok()) {
+        return allowed;
+    }
+    const QString path = package + u'/' + relative;
     if (Result<void> made = AtomicFile::makeFolder(QFileInfo(path).path()); !made.ok()) {
         return made;
     }
@@ -54,12 +63,16 @@ Result<void> replace(const QString& path, const QByteArray& old, const QByteArra
 
 /// An empty file whose time of modification tells other programs that the library changed. It is
 /// a hint to them, no part of the library: that it cannot be set is no failure.
-void touch(const QString& path, double now)
+void touch(const QString& package, double now)
 {
+    const QString relative = u"iLifeShared/ApertureDatabaseTimestamp"_s;
+    if (!PackageFiles::mayBeWritten(package, relative).ok()) {
+        return;
+    }
     constexpr double kMilliseconds = 1000.0;
     const QDateTime moment = QDateTime::fromMSecsSinceEpoch(
         static_cast<qint64>((now + kSecondsFrom1970To2001) * kMilliseconds), Qt::UTC);
-    QFile file(path);
+    QFile file(package + u'/' + relative);
     if (file.open(QIODevice::WriteOnly | QIODevice::Append)) {
         file.setFileTime(moment, QFileDevice::FileModificationTime);
     }
@@ -95,8 +108,13 @@ QVariantMap contentOf(const QByteArray& bytes)
     return parsed.ok() ? parsed.value().toMap() : QVariantMap();
 }
 
-QList<Finding> findingsOf(const QString& file, const QStringList& sentences)
+/// What is wrong with a catalogue can be mended where it may be written.
+QList<Finding> findingsOf(const QString& package, const QString& file, const QStringList& sentences)
 {
+    if (const Result<void> allowed = PackageFiles::mayBeWritten(package, file);
+        !sentences.isEmpty() && !allowed.ok()) {
+        return {{allowed.error().message, file, false}};
+    }
     QList<Finding> findings;
     for (const QString& sentence : sentences) {
         findings.append({sentence, file, true});
@@ -128,12 +146,11 @@ Result<Catalogues::CarriedOver> Catalogues::write(Connection& connection, double
 {
     const QString& package = connection.packagePath();
     const QString fullPath = fullPathIn(package);
-    const QString briefPath = package + u'/' + kBrief;
     const Result<QByteArray> oldFull = bytesOf(fullPath);
     if (!oldFull.ok()) {
         return oldFull.error();
     }
-    const Result<QByteArray> oldBrief = bytesOf(briefPath);
+    const Result<QByteArray> oldBrief = bytesOf(package + u'/' + kBrief);
     if (!oldBrief.ok()) {
         return oldBrief.error();
     }
@@ -142,15 +159,15 @@ Result<Catalogues::CarriedOver> Catalogues::write(Connection& connection, double
         return CarriedOver{false, damage};
     }
     const Wanted wanted = wantedOf(connection, old);
-    if (const Result<void> written = replace(fullPath, oldFull.value(), wanted.full);
+    if (const Result<void> written = replace(package, kFull, oldFull.value(), wanted.full);
         !written.ok()) {
         return written.error();
     }
-    if (const Result<void> written = replace(briefPath, oldBrief.value(), wanted.brief);
+    if (const Result<void> written = replace(package, kBrief, oldBrief.value(), wanted.brief);
         !written.ok()) {
         return written.error();
     }
-    touch(package + u"/iLifeShared/ApertureDatabaseTimestamp"_s, now);
+    touch(package, now);
     return CarriedOver{old.wasRead(), QString()};
 }
 
@@ -169,13 +186,15 @@ QList<Finding> Catalogues::compare(Connection& connection)
     const Wanted wanted = wantedOf(connection, old);
     const QVariantMap wantedFull = contentOf(wanted.full);
     QList<Finding> findings = findingsOf(
+        package,
         kFull,
         full.value().isNull() ? QStringList{u"The catalogue AlbumData.xml is missing."_s}
                               : CatalogueComparison::ofFull(contentOf(full.value()), wantedFull));
     if (!brief.ok()) {
         findings.append({brief.error().message, kBrief, false});
     } else {
-        findings << findingsOf(kBrief, ofBrief(brief.value(), contentOf(wanted.brief), wantedFull));
+        findings << findingsOf(
+            package, kBrief, ofBrief(brief.value(), contentOf(wanted.brief), wantedFull));
     }
     return findings;
 }

@@ -27,7 +27,8 @@ struct CarriedOver {
 
 /// Writes both anew from the databases, with what only the file before knows carried over from it,
 /// and marks the library as changed. A file that already says the same stays untouched, and both do
-/// when the one before is there but cannot be read as a catalogue.
+/// when the one before is there but cannot be read as a catalogue. One that a link leads out of the
+/// package is not written, which is NotWritable.
 /// `now`: seconds since 2001-01-01T00:00:00 UTC. Errors: Unreadable, NotWritable, OutOfSpace;
 /// SQLite::Exception.
 [[nodiscard]] Result<CarriedOver> write(Connection& connection, double now);

@@ -19,6 +19,8 @@ namespace
 {
 
 constexpr qsizetype kMostListed = 20;
+/// Levels of a package whose folders may be links to where people keep them.
+constexpr qsizetype kLevelsOfWholeFolders = 2;
 
 /// AtomicFile's names of files that are being written: ".NAME.XXXXXX.corvane-new".
 constexpr QLatin1StringView kUnfinishedSuffix(".corvane-new");
@@ -32,6 +34,22 @@ QString absolute(const QString& package, const QString& relativePath)
 bool isRefused(const QString& package, const QString& relativePath)
 {
     return !QDir::isAbsolutePath(package) || !PackageFiles::isInside(relativePath);
+}
+
+bool isWithin(const QString& root, const QString& real)
+{
+    return real == root || real.startsWith(root + u'/');
+}
+
+/// Where the path leads without its links; of what is not there yet, the folder that will hold it.
+/// Empty behind a link that leads to nothing.
+QString realPlaceOf(const QString& path)
+{
+    QFileInfo entry(path);
+    while (!entry.exists() && !entry.isSymLink()) {
+        entry.setFile(entry.path());
+    }
+    return entry.canonicalFilePath();
 }
 
 /// Bytes that go with this name of a file.
@@ -131,7 +149,30 @@ bool PackageFiles::leadsOut(const QString& package, const QString& relativePath)
     const QString root = QFileInfo(package).canonicalFilePath();
     const QString folder = QFileInfo(absolute(package, relativePath)).path();
     const QString real = QFileInfo(folder).canonicalFilePath(); // empty: it is not there
-    return !real.isEmpty() && real != root && !real.startsWith(root + u'/');
+    return !real.isEmpty() && !isWithin(root, real);
+}
+
+Result<void> PackageFiles::mayBeWritten(const QString& package, const QString& relativePath)
+{
+    const QString path = absolute(package, relativePath);
+    if (!isInside(relativePath)) {
+        return Error{ErrorCode::NotWritable,
+                     u"\"%1\" was not written: it does not lie in the library."_s.arg(path)};
+    }
+    const QString real = realPlaceOf(path);
+    bool isOfLibrary = isWithin(QFileInfo(package).canonicalFilePath(), real);
+    const qsizetype folders = qMin(relativePath.count(u'/'), kLevelsOfWholeFolders);
+    for (qsizetype level = 0; level < folders && !isOfLibrary && !real.isEmpty(); ++level) {
+        const QString folder = absolute(package, relativePath.section(u'/', 0, level));
+        isOfLibrary = isWithin(realPlaceOf(folder), real);
+    }
+    if (isOfLibrary) {
+        return {};
+    }
+    const QString where = real.isEmpty() ? u"to nothing"_s : u"to \"%1\""_s.arg(real);
+    return Error{ErrorCode::NotWritable,
+                 u"\"%1\" was not written: a symbolic link leads from there out of the library, "
+                 "%2. Put the file or folder itself in the place of the link."_s.arg(path, where)};
 }
 
 QList<NotRemoved> PackageFiles::remove(const QString& package, const QString& relativePath)

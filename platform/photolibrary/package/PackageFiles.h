@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Result.h"
+
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -21,6 +23,11 @@ struct NotRemoved {
 /// Whether the folder of that path lies outside the package, behind a symbolic link. What a person
 /// keeps there, another library may use as well.
 [[nodiscard]] bool leadsOut(const QString& package, const QString& relativePath);
+/// Whether a file of the library may be written there: not where a symbolic link leads from there
+/// out of the package, or to nothing, since what lies there is not the library's. The library's
+/// whole folders down to the second level ("Masters", "Database/Versions") may be links themselves.
+/// Errors: NotWritable.
+[[nodiscard]] Result<void> mayBeWritten(const QString& package, const QString& relativePath);
 /// What removing a file, or all files below a folder, frees: their bytes, without links and without
 /// files that have another name too (hard links). 0 when absent.
 [[nodiscard]] qint64 bytesOf(const QString& package, const QString& relativePath);

@@ -2,6 +2,7 @@
 
 #include "AtomicFile.h"
 #include "LibrarySidecars.h"
+#include "PackageFiles.h"
 #include "SidecarOutput.h"
 #include "SidecarWriter.h"
 
@@ -30,23 +31,37 @@ Result<void> removeFile(const QString& path)
     return AtomicFile::flushFolder(QFileInfo(path).path());
 }
 
+/// Nothing outside the package is replaced, whatever a link in it leads to.
+Result<void> mayBeWritten(const QString& package, const SidecarFile& file)
+{
+    return PackageFiles::mayBeWritten(package, file.path().mid(package.size() + 1));
+}
+
 /// Writes them where they differ.
 class WritingOutput final : public SidecarOutput
 {
 public:
-    explicit WritingOutput(double now)
-        : m_now(now)
+    WritingOutput(QString package, double now)
+        : m_package(std::move(package))
+        , m_now(now)
     {
     }
 
     Result<void> put(SidecarFile& file, Stamp stamp) override
     {
+        if (!file.differs()) {
+            return {};
+        }
+        if (Result<void> allowed = mayBeWritten(m_package, file); !allowed.ok()) {
+            return allowed;
+        }
         return stamp == Stamp::With ? file.saveStamped(m_now) : file.save();
     }
 
     Result<void> remove(const QString& path) override { return removeFile(path); }
 
 private:
+    QString m_package;
     double m_now;
 };
 
@@ -60,11 +75,19 @@ bool isOfLooks(const QString& key)
 class ComparingOutput final : public SidecarOutput
 {
 public:
+    explicit ComparingOutput(QString package)
+        : m_package(std::move(package))
+    {
+    }
+
     Result<void> put(SidecarFile& file, Stamp /*stamp*/) override
     {
         const QStringList keys = file.differingKeys();
         const bool onlyLooks = !keys.isEmpty() && std::ranges::all_of(keys, isOfLooks);
         if (file.differs() && (file.found() != SidecarFile::Found::Whole || !onlyLooks)) {
+            if (Result<void> allowed = mayBeWritten(m_package, file); !allowed.ok()) {
+                return allowed;
+            }
             m_stale.append({file.path(), file.found(), keys});
         }
         return {};
@@ -76,6 +99,7 @@ public:
     [[nodiscard]] QList<Sidecars::Stale> taken() { return std::exchange(m_stale, {}); }
 
 private:
+    QString m_package;
     QList<Sidecars::Stale> m_stale;
 };
 
@@ -90,13 +114,13 @@ QStringList sorted(const QSet<QString>& names)
 
 Result<void> Sidecars::write(Connection& connection, const Changes& changes, double now)
 {
-    WritingOutput output(now);
+    WritingOutput output(connection.packagePath(), now);
     return SidecarWriter(connection, output).put(changes);
 }
 
 Sidecars::Comparison Sidecars::compare(Connection& connection, const Changes& changes)
 {
-    ComparingOutput output;
+    ComparingOutput output(connection.packagePath());
     SidecarWriter writer(connection, output);
     Comparison comparison;
     Changes& lagging = comparison.lagging;

@@ -18,7 +18,8 @@ namespace Sidecars
 /// be committed. Existing files are edited, so keys unknown here survive; missing and damaged ones
 /// are made anew; those of albums and folders that are gone are removed. A file that already says
 /// what it should stays untouched, so calling again after an interruption costs little. One that
-/// cannot be written keeps no other from following; the first error is returned.
+/// cannot be written, or that a link leads out of the package, keeps no other from following; the
+/// first error is returned.
 /// `now`: the moment of writing, seconds since 2001-01-01T00:00:00 UTC.
 /// Errors: NotWritable, OutOfSpace, Unreadable; SQLite::Exception.
 [[nodiscard]] Result<void> write(Connection& connection, const Changes& changes, double now);
@@ -33,7 +34,7 @@ struct Stale {
 struct Comparison {
     QList<Stale> stale;
     Changes lagging;        ///< whose write() would bring those in step
-    QStringList unreadable; ///< a sentence for each that this user may not read
+    QStringList unreadable; ///< a sentence for each that cannot be read, or not written
 };
 
 /// What write() would write of `changes`; nothing is changed. Sidecars of albums that lag only in

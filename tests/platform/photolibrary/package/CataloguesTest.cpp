@@ -106,6 +106,34 @@ TEST_F(CataloguesTest, aMissingCatalogueIsMadeWithPathsOfThePackage)
     EXPECT_TRUE(QFileInfo::exists(package() + u"/iLifeShared/AlbumData2.xml"_s));
 }
 
+TEST_F(CataloguesTest, whatALinkLeadsToOutsideThePackageIsNeverWritten)
+{
+    const QString foreign = QFileInfo(package()).path() + u"/foreign"_s;
+    const QString shared = package() + u"/iLifeShared/"_s;
+    const QString stamp = shared + u"ApertureDatabaseTimestamp"_s;
+    for (const QString& link : {path(), shared + u"AlbumData2.xml"_s}) {
+        QFile::remove(path());
+        QFile::remove(link);
+        ASSERT_TRUE(QFile::link(foreign, link));
+        const auto written = Catalogues::write(connection(), kNow);
+        ASSERT_FALSE(written.ok());
+        EXPECT_EQ(written.error().code, ErrorCode::NotWritable);
+        EXPECT_TRUE(written.error().message.contains(link));
+        bool isTold = false;
+        for (const Finding& finding : Catalogues::compare(connection())) {
+            isTold = isTold || (finding.what == written.error().message && !finding.repairable);
+        }
+        EXPECT_TRUE(isTold) << link.toStdString();
+        ASSERT_TRUE(QFile::remove(link));
+    }
+    QFile::remove(stamp);
+    ASSERT_TRUE(QFile::link(foreign, stamp));
+    QFile::remove(path());
+    writeCatalogues(false);
+    EXPECT_FALSE(QFileInfo::exists(foreign));
+    ASSERT_TRUE(QFile::remove(stamp));
+}
+
 TEST_F(CataloguesTest, aCatalogueThatCannotBeReadIsLeftAsItIsAndSoIsTheBriefOne)
 {
     const QString briefPath = package() + u"/iLifeShared/AlbumData2.xml"_s;

@@ -7,6 +7,7 @@
 #include "PropertyList.h"
 #include "QtPrinters.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -165,6 +166,56 @@ TEST_F(SidecarsTest, aDamagedSidecarIsMadeAnew)
     file.close();
     follow(kLater);
     EXPECT_EQ(content(versionPath(1)).value(u"uuid"_s).toString(), m_photo.visibleUuid);
+}
+
+TEST_F(SidecarsTest, whatALinkLeadsToOutsideThePackageIsNeverWritten)
+{
+    const QString foreign = QFileInfo(package()).path() + u"/thesis.txt"_s;
+    {
+        QFile file(foreign);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("ten years");
+    }
+    const QString path = versionPath(1);
+    for (const QString& target : {foreign, foreign + u".not there"_s}) {
+        ASSERT_TRUE(QFile::remove(path));
+        ASSERT_TRUE(QFile::link(target, path));
+        const Result<void> written = Sidecars::write(connection(), changes(), m_now);
+        ASSERT_FALSE(written.ok());
+        EXPECT_EQ(written.error().code, ErrorCode::NotWritable);
+        EXPECT_TRUE(written.error().message.contains(path));
+        const Sidecars::Comparison compared = Sidecars::compare(connection(), changes());
+        EXPECT_TRUE(compared.lagging.masters.isEmpty());
+        EXPECT_EQ(compared.unreadable, QStringList{written.error().message});
+    }
+    EXPECT_FALSE(QFileInfo::exists(foreign + u".not there"_s));
+    QFile file(foreign);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), "ten years");
+    ASSERT_TRUE(QFile::remove(path));
+    follow(m_now);
+    EXPECT_EQ(content(path).value(u"modelId"_s).toLongLong(), m_photo.visible);
+    ASSERT_TRUE(QFile::remove(foreign));
+}
+
+TEST_F(SidecarsTest, inAWholeFolderThatIsALinkTheyAreWritten)
+{
+    const QString albums = package() + u"/Database/Albums"_s;
+    const QString elsewhere = QFileInfo(package()).path() + u"/Albums elsewhere"_s;
+    ASSERT_TRUE(QDir().rename(albums, elsewhere));
+    ASSERT_TRUE(QFile::link(elsewhere, albums));
+    Writer to = writer();
+    const qint64 id = AlbumRows::createAlbum(to, u"Lakes"_s);
+    const QString album =
+        Sql::firstText(connection(), "SELECT uuid FROM RKAlbum WHERE modelId=?", id);
+    changes().albums.insert(album);
+    const Result<void> written = Sidecars::write(connection(), changes(), m_now);
+    EXPECT_TRUE(written.ok()) << written.error().message.toStdString();
+    const QString name = album + u".apalbum"_s;
+    EXPECT_TRUE(QFileInfo::exists(elsewhere + u'/' + name));
+    ASSERT_TRUE(QFile::remove(albums));
+    ASSERT_TRUE(QDir().rename(elsewhere, albums));
+    QFile::remove(albums + u'/' + name);
 }
 
 TEST_F(SidecarsTest, aMasterThatIsGoneOrLeadsOutOfThePackageIsPassedOver)
