@@ -191,11 +191,13 @@ void removeUnfinished(const QString& backupsFolder)
     }
 }
 
-void keepFirstAndLast(const QString& backupsFolder)
+void keepFirstAndLast(const QString& backupsFolder, const QString& spared)
 {
     const QStringList names = Backup::names(backupsFolder);
     for (qsizetype index = 1; index < names.size() - kLastKept; ++index) {
-        removeCopy(backupsFolder, names.at(index));
+        if (names.at(index) != spared) {
+            removeCopy(backupsFolder, names.at(index));
+        }
     }
 }
 
@@ -257,8 +259,10 @@ QStringList Backup::parts(const QString& package)
     return parts;
 }
 
-Result<QString>
-Backup::make(const QString& package, const QString& backupsFolder, OfDamaged damaged)
+Result<QString> Backup::make(const QString& package,
+                             const QString& backupsFolder,
+                             OfDamaged damaged,
+                             const QString& spared)
 {
     if (const Result<void> folder = AtomicFile::makeFolder(backupsFolder); !folder.ok()) {
         return notBackedUp(folder.error(), package, backupsFolder);
@@ -282,6 +286,6 @@ Backup::make(const QString& package, const QString& backupsFolder, OfDamaged dam
         removeCopy(backupsFolder, stamp + kUnfinished);
         return notBackedUp(copied.error(), package, backupsFolder);
     }
-    keepFirstAndLast(backupsFolder);
+    keepFirstAndLast(backupsFolder, spared);
     return finished;
 }

@@ -21,9 +21,12 @@ enum class OfDamaged : quint8 {
 /// since no other code may open them. The first copy ever and the last three are kept. Returns the
 /// new folder, which is named for its moment in UTC, behind all others. A copy that a crash cut off
 /// is removed: only a library's writer may call this. Errors: NotWritable, OutOfSpace, Unreadable;
-/// a copy that failed is removed again. `damaged`: of a database that SQLite cannot copy.
-[[nodiscard]] Result<QString>
-make(const QString& package, const QString& backupsFolder, OfDamaged damaged = OfDamaged::Refuse);
+/// a copy that failed is removed again. `damaged`: of a database that SQLite cannot copy. `spared`:
+/// the name of a copy that stays now, though it be neither the first nor of the last.
+[[nodiscard]] Result<QString> make(const QString& package,
+                                   const QString& backupsFolder,
+                                   OfDamaged damaged = OfDamaged::Refuse,
+                                   const QString& spared = {});
 
 /// Names of the finished copies in a folder of backups, the oldest first.
 [[nodiscard]] QStringList names(const QString& backupsFolder);

@@ -78,8 +78,8 @@ void touch(const QString& package, double now)
     }
 }
 
-constexpr QLatin1StringView kFull("AlbumData.xml");
-constexpr QLatin1StringView kBrief("iLifeShared/AlbumData2.xml");
+using Catalogues::kBrief;
+using Catalogues::kFull;
 
 QString fullPathIn(const QString& package)
 {

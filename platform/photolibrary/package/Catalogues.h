@@ -12,6 +12,10 @@
 namespace Catalogues
 {
 
+/// Relative to the package.
+inline constexpr QLatin1StringView kFull("AlbumData.xml");
+inline constexpr QLatin1StringView kBrief("iLifeShared/AlbumData2.xml");
+
 struct CarriedOver {
     /// Whether there was a catalogue before to carry over from. Without it faces and what rules
     /// find are lost, and paths begin with the package's present place.

@@ -210,7 +210,8 @@ QStringList unknownOriginals(const QString& package)
 }
 
 /// With the writer's lock: stages, copies what is there, swaps.
-Result<QString> replaced(const Places& places, const LibraryBackup& from, bool afterCrash)
+Result<LibraryBackups::Restored>
+replaced(const Places& places, const LibraryBackup& from, bool afterCrash)
 {
     const QString& package = places.package;
     Result<ConnectionPtr> locked = lockedDatabases(package, afterCrash);
@@ -222,16 +223,20 @@ Result<QString> replaced(const Places& places, const LibraryBackup& from, bool a
         !staged.ok()) {
         return staged.error();
     }
-    // Only now: of the copies the oldest but the first goes with each new one.
-    Result<QString> before = Backup::make(package, places.backups, Backup::OfDamaged::CopyAsIs);
-    Result<void> done = before.ok() ? forgetTurns(places) : Result<void>(before.error());
-    done = done.ok() ? LibraryRestore::putInPlace(package, from.path) : done;
+    // Only now: of the copies the oldest but the first goes with each new one, but not the one
+    // whose catalogues are still to be put in place.
+    const Result<QString> before =
+        Backup::make(package, places.backups, Backup::OfDamaged::CopyAsIs, from.name);
+    const Result<void> ready = before.ok() ? forgetTurns(places) : Result<void>(before.error());
+    const Result<QStringList> lagging = ready.ok() ? LibraryRestore::putInPlace(package, from.path)
+                                                   : Result<QStringList>(ready.error());
     locked.value().reset();
     LibraryRestore::sweep(package, places.state);
-    if (done.ok()) {
-        ForeignUse::leave(package, places.state); // it is this program's own change
+    if (!lagging.ok()) {
+        return lagging.error();
     }
-    return done.ok() ? before : Result<QString>(done.error());
+    ForeignUse::leave(package, places.state); // it is this program's own change
+    return LibraryBackups::Restored{from, before.value(), {}, lagging.value()};
 }
 
 } // namespace
@@ -332,9 +337,9 @@ LibraryBackups::restore(const QString& path, const QString& date, bool afterCras
     if (!lock.ok()) {
         return lock.error();
     }
-    const Result<QString> before = replaced(places, from.value(), afterCrash);
-    if (!before.ok()) {
-        return before.error();
+    Result<Restored> restored = replaced(places, from.value(), afterCrash);
+    if (restored.ok()) {
+        restored.value().kept = unknownOriginals(package);
     }
-    return Restored{from.value(), before.value(), unknownOriginals(package)};
+    return restored;
 }

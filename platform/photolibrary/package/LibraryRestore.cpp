@@ -2,6 +2,8 @@
 
 #include "AtomicFile.h"
 #include "Backup.h"
+#include "Catalogues.h"
+#include "Clock.h"
 #include "Connection.h"
 #include "IntegrityCheck.h"
 #include "LibraryErrors.h"
@@ -171,24 +173,64 @@ Result<void> exchange(const QString& present, const QString& staged)
     return exchangeInTwoSteps(present, staged);
 }
 
-/// The catalogues follow: one that cannot be put in place lags, and verification tells so.
-void putCatalogues(const QString& package, const QString& copy)
+/// Writes one of the copy's files over that of the package.
+Result<void> putFile(const QString& package, const QString& copy, const QString& part)
+{
+    const QString to = package + u'/' + part;
+    QFile from(copy + u'/' + part);
+    if (!from.open(QIODevice::ReadOnly)) {
+        return Error{ErrorCode::Unreadable,
+                     u"\"%1\" cannot be read (%2)."_s.arg(from.fileName(), from.errorString())};
+    }
+    Result<void> done = PackageFiles::mayBeWritten(package, part);
+    done = done.ok() ? AtomicFile::makeFolder(QFileInfo(to).path()) : done;
+    return done.ok() ? AtomicFile::write(to, from.readAll()) : done;
+}
+
+/// Makes both catalogues follow the databases; a sentence where they cannot.
+QStringList remadeCatalogues(const QString& package)
+{
+    const Result<std::unique_ptr<Connection>> connection =
+        Connection::open(package, Connection::Mode::Read);
+    const Result<Catalogues::CarriedOver> written =
+        connection.ok() ? LibraryErrors::caught(package,
+                                                [&]() -> Result<Catalogues::CarriedOver> {
+                                                    return Catalogues::write(*connection.value(),
+                                                                             SystemClock().now());
+                                                })
+                        : Result<Catalogues::CarriedOver>(connection.error());
+    if (!written.ok()) {
+        return {written.error().message};
+    }
+    const QString& leftAlone = written.value().leftAlone;
+    return leftAlone.isNull() ? QStringList() : QStringList{leftAlone};
+}
+
+/// The catalogues follow the databases, as do the few files beside them.
+QStringList putCatalogues(const QString& package, const QString& copy)
 {
     const QStringList parts = Backup::parts(copy);
+    bool areToBeMade = false;
+    for (const QLatin1StringView catalogue : {Catalogues::kFull, Catalogues::kBrief}) {
+        areToBeMade = areToBeMade || !parts.contains(catalogue);
+    }
+    QStringList lagging;
     for (const QString& part : parts) {
         if (part.startsWith(kDatabases + u'/')) {
             continue;
         }
-        const QString to = package + u'/' + part;
-        QFile from(copy + u'/' + part);
-        Result<void> done = AtomicFile::makeFolder(QFileInfo(to).path());
-        if (done.ok() && from.open(QIODevice::ReadOnly)) {
-            done = AtomicFile::write(to, from.readAll());
+        const Result<void> done = putFile(package, copy, part);
+        if (done.ok()) {
+            continue;
         }
-        if (!done.ok()) {
+        if (part == Catalogues::kFull || part == Catalogues::kBrief) {
             systemLog(done.error().message);
+            areToBeMade = true;
+        } else {
+            lagging << done.error().message;
         }
     }
+    return areToBeMade ? lagging + remadeCatalogues(package) : lagging;
 }
 
 } // namespace
@@ -212,19 +254,18 @@ LibraryRestore::stage(const QString& package, const QString& stateFolder, const 
     return staged;
 }
 
-Result<void> LibraryRestore::putInPlace(const QString& package, const QString& copy)
+Result<QStringList> LibraryRestore::putInPlace(const QString& package, const QString& copy)
 {
     const QString present = package + u'/' + kDatabases;
     if (Result<void> done = exchange(present, stagingOf(package) + u'/' + kDatabases); !done.ok()) {
-        return done;
+        return done.error();
     }
     for (const QString& folder : {package, stagingOf(package)}) {
         if (const Result<void> flushed = AtomicFile::flushFolder(folder); !flushed.ok()) {
             systemLog(flushed.error().message);
         }
     }
-    putCatalogues(package, copy);
-    return {};
+    return putCatalogues(package, copy);
 }
 
 void LibraryRestore::sweep(const QString& package, const QString& stateFolder)

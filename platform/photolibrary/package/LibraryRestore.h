@@ -3,6 +3,7 @@
 #include "Result.h"
 
 #include <QString>
+#include <QStringList>
 
 /// Puts a dated copy of databases and catalogues in the place of those of a library. The copy is
 /// made whole in a folder of the package, ".corvane-restore", and takes its place in one step, so
@@ -17,9 +18,10 @@ namespace LibraryRestore
 /// of it.
 [[nodiscard]] Result<void>
 stage(const QString& package, const QString& stateFolder, const QString& copy);
-/// Puts it in place: the databases at once, then the catalogues, which follow them. Errors:
-/// NotWritable, and the library is as it was.
-[[nodiscard]] Result<void> putInPlace(const QString& package, const QString& copy);
+/// Puts it in place: the databases at once, then the catalogues. One that cannot be put there, or
+/// that the copy does not hold, is made anew from the databases. Returns a sentence for each that
+/// does not follow them all the same. Errors: NotWritable, and the library is as it was.
+[[nodiscard]] Result<QStringList> putInPlace(const QString& package, const QString& copy);
 /// Removes what stage() made, and after putInPlace() what was there before.
 void sweep(const QString& package, const QString& stateFolder);
 

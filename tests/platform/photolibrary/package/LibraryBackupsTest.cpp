@@ -132,6 +132,45 @@ TEST_F(LibraryBackupsTest, whatIsThereIsBackedUpBeforeAndCanBeHadBack)
     EXPECT_EQ(before.differenceTo(state()).toStdString(), "");
 }
 
+TEST_F(LibraryBackupsTest, theSecondOldestOfFourIsRestoredWithItsCatalogue)
+{
+    static_cast<void>(make());
+    execute(u"UPDATE RKVersion SET name='Then'"_s);
+    static_cast<void>(repair());
+    const LibraryBackup chosen = make();
+    const PackageState then = state();
+    execute(u"UPDATE RKVersion SET name='Now'"_s);
+    static_cast<void>(repair());
+    static_cast<void>(make());
+    while (names().indexOf(chosen.name) != 1 || names().size() != 4) {
+        ASSERT_TRUE(names().contains(chosen.name));
+        static_cast<void>(make());
+    }
+    const Result<LibraryBackups::Restored> restored = restore(chosen.name);
+    ASSERT_TRUE(restored.ok()) << restored.error().message.toStdString();
+    EXPECT_EQ(then.differenceTo(state()).toStdString(), "");
+    EXPECT_EQ(restored.value().lagging, QStringList());
+    EXPECT_TRUE(names().contains(chosen.name)) << "it can be chosen once more";
+}
+
+TEST_F(LibraryBackupsTest, aCatalogueThatTheCopyDoesNotHoldIsMadeAnewOrTold)
+{
+    const LibraryBackup backup = make();
+    ASSERT_TRUE(QFile::remove(backup.path + u"/AlbumData.xml"_s));
+    execute(u"UPDATE RKVersion SET name='Now'"_s);
+    static_cast<void>(repair());
+    const Result<LibraryBackups::Restored> restored = restore(backup.name);
+    ASSERT_TRUE(restored.ok()) << restored.error().message.toStdString();
+    EXPECT_EQ(restored.value().lagging, QStringList());
+    EXPECT_EQ(findings(), QStringList());
+    const QString damaged = package() + u"/AlbumData.xml"_s;
+    write(u"AlbumData.xml"_s, "torn");
+    const Result<LibraryBackups::Restored> again = restore(backup.name);
+    ASSERT_TRUE(again.ok()) << again.error().message.toStdString();
+    ASSERT_EQ(again.value().lagging.size(), 1);
+    EXPECT_TRUE(again.value().lagging.first().contains(damaged));
+}
+
 TEST_F(LibraryBackupsTest, photosThatTheOlderDatabasesDoNotKnowAreKeptAndTold)
 {
     const LibraryBackup backup = make();
