@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -24,6 +25,8 @@ namespace
 
 constexpr qsizetype kLastKept = 3;
 constexpr QLatin1StringView kUnfinished(".unfinished");
+/// Of a package; it, and each database in it, may be a link to where the databases lie.
+const QString kDatabaseFolder = u"Database/apdb/"_s;
 /// Sorts by moment.
 const QString kStamp = u"yyyyMMdd-HHmmss-zzz"_s;
 
@@ -94,11 +97,12 @@ Result<void> copyDatabase(const QString& package, const QString& from, const QSt
     return copied.ok() ? flush(to) : copied;
 }
 
-/// Every file below `folder` of the package, by its path relative to the package.
+/// Every file below `folder` of the package, by its path relative to the package. The folder itself
+/// may be a link; those below it are not followed.
 QStringList filesBelow(const QString& package, const QString& folder)
 {
     QStringList files;
-    QDirIterator walk(package + u'/' + folder,
+    QDirIterator walk(QDir::cleanPath(package + u'/' + folder),
                       QDir::Files | QDir::Hidden | QDir::NoSymLinks,
                       QDirIterator::Subdirectories);
     while (walk.hasNext()) {
@@ -120,7 +124,7 @@ Result<void> copyPart(const QString& package,
     }
     const QString from = package + u'/' + relative;
     const QString name = relative.section(u'/', -1);
-    const bool inDatabases = relative.startsWith("Database/apdb/"_L1);
+    const bool inDatabases = relative.startsWith(kDatabaseFolder);
     if (inDatabases && (name.contains("-journal"_L1) || name.contains("-mj"_L1))) {
         return {}; // belongs to a transaction, not to the state
     }
@@ -249,13 +253,19 @@ QStringList Backup::names(const QString& backupsFolder)
 
 QStringList Backup::parts(const QString& package)
 {
-    QStringList parts = filesBelow(package, u"Database"_s) + filesBelow(package, u"iLifeShared"_s);
-    for (const QString& file : {u"AlbumData.xml"_s, u"Info.plist"_s}) {
+    QStringList parts = filesBelow(package, u"Database"_s) + filesBelow(package, kDatabaseFolder) +
+                        filesBelow(package, u"iLifeShared"_s);
+    QStringList named{u"AlbumData.xml"_s, u"Info.plist"_s};
+    for (const QString& database : openDatabases()) {
+        named.append(kDatabaseFolder + database);
+    }
+    for (const QString& file : std::as_const(named)) {
         if (QFileInfo::exists(package + u'/' + file)) {
             parts.append(file);
         }
     }
     parts.sort();
+    parts.removeDuplicates();
     return parts;
 }
 

@@ -132,6 +132,23 @@ TEST_F(LibraryBackupsTest, whatIsThereIsBackedUpBeforeAndCanBeHadBack)
     EXPECT_EQ(before.differenceTo(state()).toStdString(), "");
 }
 
+TEST_F(LibraryBackupsTest, databasesBehindLinksAreInTheCopy)
+{
+    const QString databases = package() + u"/Database/apdb"_s;
+    const QString elsewhere = folder() + u"/databases"_s;
+    ASSERT_TRUE(QDir().rename(databases, elsewhere));
+    ASSERT_TRUE(QFile::link(elsewhere, databases));
+    EXPECT_EQ(make().photos, 3);
+    ASSERT_TRUE(QFile::remove(databases));
+    ASSERT_TRUE(QDir().rename(elsewhere, databases));
+    const QString library = databases + u"/Library.apdb"_s;
+    ASSERT_TRUE(QFile::rename(library, folder() + u"/Library.apdb"_s));
+    ASSERT_TRUE(QFile::link(folder() + u"/Library.apdb"_s, library));
+    const LibraryBackup backup = make();
+    EXPECT_EQ(backup.photos, 3);
+    EXPECT_FALSE(QFileInfo(backup.path + u"/Database/apdb/Library.apdb"_s).isSymLink());
+}
+
 TEST_F(LibraryBackupsTest, theSecondOldestOfFourIsRestoredWithItsCatalogue)
 {
     static_cast<void>(make());
