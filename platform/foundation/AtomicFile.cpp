@@ -146,7 +146,7 @@ void copyExtendedAttributes(const char* from, int to)
 
 /// Gives the new file what the old one had. Owner and attributes as far as the system lets us; the
 /// permissions last, since a change of owner resets some of them.
-bool takeOver(const struct stat& old, const char* oldPath, int descriptor)
+bool takeOverInto(const struct stat& old, const char* oldPath, int descriptor)
 {
     struct stat made = {};
     if (::fstat(descriptor, &made) != 0) {
@@ -284,7 +284,7 @@ Result<void> AtomicFile::write(const QString& path, const QByteArray& bytes, Exi
         owner && !old.value().has_value()) {
         std::ignore = ::fchown(file.number(), owner->first, owner->second);
     }
-    if (old.value().has_value() && !takeOver(*old.value(), target.constData(), file.number())) {
+    if (old.value().has_value() && !takeOverInto(*old.value(), target.constData(), file.number())) {
         return errorFromErrno(errno, action, path);
     }
     if (!flushDescriptor(file.number()) || !file.close()) {
@@ -315,17 +315,36 @@ Result<void> AtomicFile::makeFolder(const QString& path)
         if (::mkdir(QFile::encodeName(name).constData(), 0777) != 0 && errno != EEXIST) {
             return errorFromErrno(errno, u"make the folder"_s, name);
         }
-        const QString above = QFileInfo(name).absolutePath();
-        if (const auto owner = ownerOfNewEntries(QFile::encodeName(above))) {
-            std::ignore =
-                ::lchown(QFile::encodeName(name).constData(), owner->first, owner->second);
-        }
-        Result<void> flushed = flushFolder(above);
+        giveToOwnerOfFolder(name);
+        Result<void> flushed = flushFolder(QFileInfo(name).absolutePath());
         if (!flushed.ok()) {
             return flushed;
         }
     }
     return {};
+}
+
+Result<void> AtomicFile::takeOver(const QString& from, const QString& to)
+{
+    const QString action = u"set owner and permissions of"_s;
+    const QByteArray source = QFile::encodeName(from);
+    struct stat found = {};
+    if (::stat(source.constData(), &found) != 0) {
+        return errorFromErrno(errno, action, to);
+    }
+    const FileDescriptor target(::open(QFile::encodeName(to).constData(), O_RDONLY | O_CLOEXEC));
+    if (!target.isOpen() || !takeOverInto(found, source.constData(), target.number())) {
+        return errorFromErrno(errno, action, to);
+    }
+    return {};
+}
+
+void AtomicFile::giveToOwnerOfFolder(const QString& path)
+{
+    const QByteArray folder = QFile::encodeName(QFileInfo(path).absolutePath());
+    if (const auto owner = ownerOfNewEntries(folder)) {
+        std::ignore = ::lchown(QFile::encodeName(path).constData(), owner->first, owner->second);
+    }
 }
 
 Result<void> AtomicFile::flushFolder(const QString& path)

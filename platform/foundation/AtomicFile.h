@@ -25,6 +25,14 @@ write(const QString& path, const QByteArray& bytes, Existing existing = Existing
 /// Makes the folder and its missing parents and flushes what was made.
 [[nodiscard]] Result<void> makeFolder(const QString& path);
 
+/// Gives a file or folder the permissions of another and, where possible, its owner and extended
+/// attributes. Links are followed; nothing is flushed.
+[[nodiscard]] Result<void> takeOver(const QString& from, const QString& to);
+
+/// What root has made anew belongs to whom its folder belongs to; otherwise nothing happens. A link
+/// is not followed.
+void giveToOwnerOfFolder(const QString& path);
+
 /// Flushes a folder's entries to disk.
 [[nodiscard]] Result<void> flushFolder(const QString& path);
 

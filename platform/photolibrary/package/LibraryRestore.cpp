@@ -11,6 +11,7 @@
 #include "SystemLog.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 
@@ -21,6 +22,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -67,6 +69,7 @@ Result<void> copyShape(const QString& from, const QString& to)
         const fs::path place = target / entry->path().filename();
         if (entry->is_symlink()) {
             fs::copy_symlink(entry->path(), place, error);
+            AtomicFile::giveToOwnerOfFolder(QFile::decodeName(place.c_str()));
         } else if (entry->is_directory()) {
             fs::create_directory(place, error);
         }
@@ -74,7 +77,54 @@ Result<void> copyShape(const QString& from, const QString& to)
     if (error && error != std::errc::no_such_file_or_directory) {
         return AtomicFile::errorFromErrno(error.value(), u"write"_s, to);
     }
-    QFile::setPermissions(to, QFile::permissions(to) | QFile::permissions(from));
+    return {};
+}
+
+/// Whose the new entry is and who may read it follows from what it takes the place of, or from its
+/// folder where there was nothing.
+Result<void> takeOver(const QString& package, const QString& staging, const QString& relative)
+{
+    const QString present = package + u'/' + relative;
+    const QString staged = staging + u'/' + relative;
+    if (QFileInfo::exists(present)) {
+        return AtomicFile::takeOver(present, staged);
+    }
+    AtomicFile::giveToOwnerOfFolder(staged);
+    return {};
+}
+
+/// takeOver() for the folder of the databases and all that is in it, each folder before its
+/// content.
+Result<void> takeOverAll(const QString& package, const QString& staging)
+{
+    Result<void> done = takeOver(package, staging, kDatabases);
+    QDirIterator walk(staging + u'/' + kDatabases,
+                      QDir::Dirs | QDir::Files | QDir::Hidden | QDir::NoSymLinks |
+                          QDir::NoDotAndDotDot,
+                      QDirIterator::Subdirectories);
+    while (done.ok() && walk.hasNext()) {
+        done = takeOver(package, staging, walk.next().mid(staging.size() + 1));
+    }
+    return done;
+}
+
+/// A copy cannot take the place of what lies behind a link: the link would be lost, or what it
+/// leads to would be written at once.
+Result<void> isWithoutLinks(const QString& package, const QString& copy)
+{
+    QStringList parts{kDatabases};
+    parts += Backup::parts(copy);
+    for (const QString& part : std::as_const(parts)) {
+        const bool isOfDatabases = (part + u'/').startsWith(kDatabases + u'/');
+        const QString path = package + u'/' + part;
+        if (isOfDatabases &&
+            (QFileInfo(path).isSymLink() || PackageFiles::leadsOut(package, part))) {
+            return Error{ErrorCode::NotWritable,
+                         u"\"%1\" lies behind a symbolic link, so that no backup can take its "
+                         "place, and nothing was changed. Put the file or folder itself in the "
+                         "place of the link."_s.arg(path)};
+        }
+    }
     return {};
 }
 
@@ -122,6 +172,7 @@ Result<void> makeStaging(const QString& package, const QString& copy)
     Result<void> done = AtomicFile::makeFolder(databases);
     done = done.ok() ? copyShape(package + u'/' + kDatabases, databases) : done;
     done = done.ok() ? copyDatabases(copy, staging) : done;
+    done = done.ok() ? takeOverAll(package, staging) : done;
     done = done.ok() ? isWhole(staging, copy) : done;
     done = done.ok() ? AtomicFile::write(markIn(staging), QByteArray()) : done;
     done = done.ok() ? AtomicFile::flushFolder(databases) : done;
@@ -242,6 +293,9 @@ LibraryRestore::stage(const QString& package, const QString& stateFolder, const 
         return Error{ErrorCode::NotWritable,
                      u"In the library \"%1\" there is \"%2\" already: move it away."_s.arg(
                          package, kStaging)};
+    }
+    if (Result<void> replaceable = isWithoutLinks(package, copy); !replaceable.ok()) {
+        return replaceable;
     }
     if (Result<void> noted = AtomicFile::write(noteIn(stateFolder), package.toUtf8());
         !noted.ok()) {

@@ -7,6 +7,10 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 /// A library and the backup of it, from which it then differs.
@@ -44,6 +48,24 @@ protected:
             names += backup.name;
         }
         return names;
+    }
+
+    [[nodiscard]] QByteArray native(const QString& relativePath) const
+    {
+        return QFile::encodeName(package() + u'/' + relativePath);
+    }
+
+    /// Whether this user may do so.
+    [[nodiscard]] bool giveTo(const QString& relativePath, uid_t owner, gid_t group) const
+    {
+        return ::chown(native(relativePath).constData(), owner, group) == 0;
+    }
+
+    [[nodiscard]] struct stat statusOf(const QString& relativePath) const
+    {
+        struct stat status = {};
+        EXPECT_EQ(::stat(native(relativePath).constData(), &status), 0);
+        return status;
     }
 
     /// That nothing of a restore is left in the package.
@@ -186,6 +208,57 @@ TEST_F(LibraryBackupsTest, aCatalogueThatTheCopyDoesNotHoldIsMadeAnewOrTold)
     ASSERT_TRUE(again.ok()) << again.error().message.toStdString();
     ASSERT_EQ(again.value().lagging.size(), 1);
     EXPECT_TRUE(again.value().lagging.first().contains(damaged));
+}
+
+TEST_F(LibraryBackupsTest, aRestoreKeepsWhoseFilesAreAndWhoMayReadThem)
+{
+    const LibraryBackup backup = make();
+    const QString library = u"Database/apdb/Library.apdb"_s;
+    const QString folderOfAlbums = u"Database/Albums"_s;
+    const QString gone = u"Database/Keywords.plist"_s;
+    const bool mayChown = giveTo(library, 4321, 1234) && giveTo(folderOfAlbums, 4321, 1234) &&
+                          giveTo(u"Database"_s, 4322, 1235);
+    ASSERT_EQ(::chmod(native(library).constData(), 0660), 0);
+    ASSERT_EQ(::chmod(native(folderOfAlbums).constData(), 02770), 0);
+    const bool hasAttributes =
+        ::setxattr(native(library).constData(), "user.tag", "red", 3, 0) == 0;
+    remove(gone);
+    const Result<LibraryBackups::Restored> restored = restore(backup.name);
+    ASSERT_TRUE(restored.ok()) << restored.error().message.toStdString();
+    for (const QString& path : {library, folderOfAlbums}) {
+        EXPECT_EQ(statusOf(path).st_uid, mayChown ? 4321U : ::getuid());
+        EXPECT_EQ(statusOf(path).st_gid, mayChown ? 1234U : ::getgid());
+    }
+    EXPECT_EQ(statusOf(library).st_mode & 07777U, 0660U);
+    EXPECT_EQ(statusOf(folderOfAlbums).st_mode & 07777U, 02770U);
+    EXPECT_EQ(statusOf(gone).st_uid, mayChown ? 4322U : ::getuid());
+    char value[8] = {};
+    EXPECT_EQ(::getxattr(native(library).constData(), "user.tag", value, sizeof(value)),
+              hasAttributes ? 3 : -1);
+}
+
+TEST_F(LibraryBackupsTest, databasesBehindALinkAreNotReplaced)
+{
+    const LibraryBackup backup = make();
+    execute(u"UPDATE RKVersion SET name='Now'"_s);
+    const PackageState before = state();
+    for (const QString& linked :
+         {u"Database"_s, u"Database/apdb"_s, u"Database/apdb/Library.apdb"_s}) {
+        const QString path = package() + u'/' + linked;
+        const QString elsewhere = folder() + u"/elsewhere"_s;
+        ASSERT_TRUE(QDir().rename(path, elsewhere));
+        ASSERT_TRUE(QFile::link(elsewhere, path));
+        const Result<LibraryBackups::Restored> refused = restore(backup.name);
+        ASSERT_FALSE(refused.ok()) << linked.toStdString();
+        EXPECT_EQ(refused.error().code, ErrorCode::NotWritable);
+        EXPECT_TRUE(refused.error().message.contains(path));
+        EXPECT_TRUE(refused.error().message.contains("in the place of the link"_L1));
+        EXPECT_TRUE(QFileInfo(path).isSymLink());
+        ASSERT_TRUE(QFile::remove(path));
+        ASSERT_TRUE(QDir().rename(elsewhere, path));
+        expectSwept();
+    }
+    EXPECT_EQ(before.differenceTo(state()).toStdString(), "");
 }
 
 TEST_F(LibraryBackupsTest, photosThatTheOlderDatabasesDoNotKnowAreKeptAndTold)
