@@ -92,6 +92,9 @@ int BackupCommand::restore(const CommandServices& services) const
     }
     const LibraryBackups::Restored& done = restored.value();
     Console& console = services.console;
+    for (const QString& lagging : done.lagging) {
+        console.say(TextLayout::escaped(lagging));
+    }
     if (m_options.json) {
         console.printDocument(Documents::text(Documents::restored(done)));
         return ExitStatus::kDone;

@@ -51,6 +51,19 @@ TEST_F(BackupCommandTest, aCopyIsPutInPlaceAndFilesThatItDoesNotKnowAreNamed)
     EXPECT_EQ(photos().size(), 3);
 }
 
+TEST_F(BackupCommandTest, aCatalogueThatDoesNotFollowARestoreIsTold)
+{
+    EXPECT_EQ(run({u"backup"_s, library(), u"--json"_s}), 0);
+    const QJsonObject made = document();
+    ASSERT_TRUE(QFile::remove(made.value(u"path"_s).toString() + u"/AlbumData.xml"_s));
+    QFile catalogue(library() + u"/AlbumData.xml"_s);
+    ASSERT_TRUE(catalogue.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    catalogue.write("torn");
+    catalogue.close();
+    EXPECT_EQ(run({u"backup"_s, library(), u"--restore"_s, made.value(u"date"_s).toString()}), 0);
+    EXPECT_TRUE(m_err.contains("AlbumData.xml")) << m_err.toStdString();
+}
+
 TEST_F(BackupCommandTest, aDateThatThereIsNotIsRefused)
 {
     EXPECT_EQ(run({u"backup"_s, library(), u"--restore"_s, u"1999"_s}), 3);
