@@ -73,14 +73,16 @@ QString zoneOf(Connection& connection, const QString& event, const QVariant& dat
                           date);
 }
 
+/// The signs in what follows keep SQLite to the index of the uuid: it takes that of the trash to be
+/// as good, by which it would look at nearly every photo.
 /// A key photo that is no longer shown gives way to the earliest one that is. An event without any
 /// keeps its own for the day they come back.
 void updatePoster(Writer& writer, const Event& event)
 {
     const bool isShown =
         Sql::firstInteger(writer.connection,
-                          "SELECT modelId FROM RKVersion WHERE uuid=? AND projectUuid=? AND "
-                          "showInLibrary=1 AND isInTrash=0 AND isHidden=0",
+                          "SELECT modelId FROM RKVersion WHERE uuid=? AND +projectUuid=? AND "
+                          "showInLibrary=1 AND +isInTrash=0 AND +isHidden=0",
                           event.poster,
                           event.uuid)
             .has_value();

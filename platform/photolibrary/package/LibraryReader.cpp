@@ -67,13 +67,16 @@ constexpr const char* kComments = "SELECT i.versionId, s.stringProperty FROM pro
 constexpr const char* kAltitudes = "SELECT versionId, numberProperty FROM prop.RKExifNumberProperty"
                                    " WHERE propertyKey = 'Altitude'";
 
-/// One album, or all for want of an id. No library at hand has an album of a photo stream, a
-/// published one, a book or a slideshow: that such have a service, another type, or a folder of
-/// their own is concluded from the built-in folders and from what public readers know. In doubt an
-/// album is none of the user's own, and is left alone.
+/// One album, or all for want of an id; by their ids in either case: every album of every event is
+/// out of the trash too, and a photo's turn asks several times. No library at hand has an album of
+/// a photo stream, a published one, a book or a slideshow: that such have a service, another type,
+/// or a folder of their own is concluded from the built-in folders and from what public readers
+/// know. In doubt an album is none of the user's own, and is left alone.
 constexpr const char* kRegularAlbums =
-    "SELECT modelId FROM RKAlbum WHERE (?1 IS NULL OR modelId = ?1) AND albumSubclass = 3"
-    " AND isMagic = 0 AND isHidden = 0 AND isInTrash = 0 AND coalesce(serviceName, '') = ''"
+    "SELECT modelId FROM RKAlbum WHERE modelId BETWEEN"
+    " coalesce(?1, -9223372036854775808) AND coalesce(?1, 9223372036854775807)"
+    " AND +albumSubclass = 3"
+    " AND isMagic = 0 AND +isHidden = 0 AND +isInTrash = 0 AND coalesce(serviceName, '') = ''"
     " AND coalesce(albumType, 1) = 1 AND folderUuid NOT IN"
     " ('', 'RKPhotostreamFolder', 'PublishedProjects', 'TopLevelSlideshows') AND uuid NOT IN "
     "('lastImportAlbum', 'rotationAlbum', 'trashAlbum',"

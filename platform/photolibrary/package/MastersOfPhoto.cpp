@@ -30,12 +30,14 @@ QStringList MastersOfPhoto::of(Connection& connection, qint64 versionId)
 
 bool MastersOfPhoto::isShown(Connection& connection, const QString& master)
 {
+    // The signs keep SQLite to the index of the master: by that of the trash it would look at
+    // nearly every photo.
     for (const char* sql : {"SELECT modelId FROM RKVersion WHERE masterUuid=? AND "
-                            "showInLibrary=1 AND isInTrash=0",
+                            "showInLibrary=1 AND +isInTrash=0",
                             "SELECT modelId FROM RKVersion WHERE rawMasterUuid=? AND "
-                            "showInLibrary=1 AND isInTrash=0",
+                            "showInLibrary=1 AND +isInTrash=0",
                             "SELECT modelId FROM RKVersion WHERE nonRawMasterUuid=? AND "
-                            "showInLibrary=1 AND isInTrash=0"}) {
+                            "showInLibrary=1 AND +isInTrash=0"}) {
         if (Sql::firstInteger(connection, sql, master).has_value()) {
             return true;
         }

@@ -44,7 +44,7 @@ QString eventFor(Writer& writer, QString& known, const QString& name)
     const bool stillThere =
         !known.isNull() && Sql::firstInteger(writer.connection,
                                              "SELECT modelId FROM RKFolder WHERE uuid = ?"
-                                             " AND isInTrash = 0",
+                                             " AND +isInTrash = 0",
                                              known)
                                .has_value();
     if (!stillThere) {
