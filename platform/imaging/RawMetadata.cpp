@@ -109,6 +109,16 @@ void removeDoubtfulExposure(Exiv2::ExifData& exif)
     }
 }
 
+/// A record of CRW files has room for two numbers. The serial number is the first; Exiv2 takes what
+/// is left in the room behind it for a second.
+void keepFirstSerialNumber(Exiv2::ExifData& exif)
+{
+    const auto found = exif.findKey(Exiv2::ExifKey("Exif.Canon.SerialNumber"));
+    if (found != exif.end() && found->count() > 1) {
+        *found = static_cast<uint32_t>(found->toLong(0));
+    }
+}
+
 /// In place of LibRaw's own, which writes to standard error. Damage that matters shows in what was
 /// opened, and when the picture is decoded.
 void ignoreDataError(void* /*object*/, const char* /*file*/, int /*offset*/) {}
@@ -125,8 +135,11 @@ bool completeWith(const Open& open, ImageProperties::Content& content)
     if (open(*raw) != LIBRAW_SUCCESS) {
         return false;
     }
-    if (content.isOfCrwFile && raw->imgdata.other.shutter > 0.0F) {
-        removeDoubtfulExposure(content.exif);
+    if (content.isOfCrwFile) {
+        keepFirstSerialNumber(content.exif);
+        if (raw->imgdata.other.shutter > 0.0F) {
+            removeDoubtfulExposure(content.exif);
+        }
     }
     complete(*raw, content);
     return true;

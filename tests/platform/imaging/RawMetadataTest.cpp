@@ -37,6 +37,17 @@ TEST(RawMetadata, theExposureOfACrwFileIsTheCameras)
     EXPECT_NEAR(facts.numbers.value(u"ISOSpeedRating"_s), 100.0, 0.1);
 }
 
+TEST(RawMetadata, theSerialNumberOfACrwFileIsOneNumber)
+{
+    const QString path = QStringLiteral(CORVANE_SHARED_DATA "/raw/canon_d30.crw");
+    if (!QFileInfo::exists(path)) {
+        return;
+    }
+    const Result<ImageProperties> read = ImageProperties::read(path);
+    ASSERT_TRUE(read.ok());
+    EXPECT_EQ(exifText(read.value(), "Exif.Canon.SerialNumber"), "305465770");
+}
+
 TEST(RawMetadata, brokenFilesAreReadInSilence)
 {
     const QDir files(QStringLiteral(CORVANE_SHARED_DATA "/broken"));
