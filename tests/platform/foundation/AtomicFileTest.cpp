@@ -71,6 +71,21 @@ TEST_F(AtomicFileTest, aNewFileGetsThePermissionsOfTheUmask)
     EXPECT_EQ(statusOf(inFolder(u"new"_s)).st_mode & 07777U, 0640U);
 }
 
+TEST_F(AtomicFileTest, aFolderTakesOverPermissionsAndOwnerOfAnother)
+{
+    ASSERT_TRUE(QDir(m_folder.path()).mkdir(u"old"_s));
+    ASSERT_TRUE(QDir(m_folder.path()).mkdir(u"new"_s));
+    const QByteArray native = QFile::encodeName(inFolder(u"old"_s));
+    const bool mayChown = ::chown(native.constData(), 4321, 1234) == 0;
+    ASSERT_EQ(::chmod(native.constData(), 0751), 0);
+    ASSERT_TRUE(AtomicFile::takeOver(inFolder(u"old"_s), inFolder(u"new"_s)).ok());
+    const struct stat status = statusOf(inFolder(u"new"_s));
+    EXPECT_EQ(status.st_mode & 07777U, 0751U);
+    EXPECT_EQ(status.st_uid, mayChown ? 4321U : ::getuid());
+    EXPECT_EQ(status.st_gid, mayChown ? 1234U : ::getgid());
+    EXPECT_FALSE(AtomicFile::takeOver(inFolder(u"absent"_s), inFolder(u"new"_s)).ok());
+}
+
 TEST_F(AtomicFileTest, aReplacedFileKeepsPermissionsOwnerAndExtendedAttributes)
 {
     const QString path = inFolder(u"old"_s);

@@ -191,6 +191,33 @@ TEST_F(PackageFilesOnDisk, behindALinkThatLeadsOutOnlyWhatThisProgramMadeIsRemov
     EXPECT_FALSE(QFile::exists(beside + u"/made.jpg"_s));
 }
 
+TEST_F(PackageFilesOnDisk, aFileMayBeWrittenUnlessALinkLeadsFromThereOutOfThePackage)
+{
+    ASSERT_TRUE(QDir(folder()).mkpath(u"P.photolibrary beside"_s));
+    const QString beside = package() + u" beside"_s;
+    const auto mayBeWritten = [this](const QString& path) {
+        return PackageFiles::mayBeWritten(package(), path).ok();
+    };
+    for (const QString& path : {u"b"_s, u"new"_s, u"Masters/2010/a.jpg"_s, u"not/there/yet"_s}) {
+        EXPECT_TRUE(mayBeWritten(path)) << path.toStdString();
+    }
+    for (const QString& path : refused()) {
+        EXPECT_FALSE(mayBeWritten(path)) << path.toStdString();
+    }
+    ASSERT_TRUE(QFile::link(package() + u"/b"_s, package() + u"/within"_s));
+    EXPECT_TRUE(mayBeWritten(u"within"_s));
+    ASSERT_TRUE(QFile::link(outside(), package() + u"/out"_s));
+    EXPECT_FALSE(mayBeWritten(u"out"_s));
+    ASSERT_TRUE(QFile::link(outside() + u" not there"_s, package() + u"/to nothing"_s));
+    EXPECT_FALSE(mayBeWritten(u"to nothing"_s));
+    ASSERT_TRUE(QFile::link(beside, package() + u"/Masters/whole"_s));
+    EXPECT_TRUE(mayBeWritten(u"Masters/whole/c.jpg"_s));
+    ASSERT_TRUE(QFile::link(beside, package() + u"/Masters/2010/one"_s));
+    EXPECT_FALSE(mayBeWritten(u"Masters/2010/one/c.jpg"_s));
+    ASSERT_TRUE(QFile::link(outside(), beside + u"/out"_s));
+    EXPECT_FALSE(mayBeWritten(u"Masters/whole/out"_s));
+}
+
 TEST_F(PackageFilesOnDisk, aFileThatHasAnotherNameTooFreesNothing)
 {
     const QByteArray file = QFile::encodeName(package() + u"/Masters/2010/a.jpg"_s);
