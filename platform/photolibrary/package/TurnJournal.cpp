@@ -115,6 +115,9 @@ void apply(const QJsonObject& entry, QMap<qint64, JournaledTurn>& turns)
         turn.doomed = {};
         return;
     }
+    if (entry.contains("committed"_L1)) {
+        turn.made.clear();
+    }
     turn.made << textsOf(entry["made"_L1]);
     if (entry.contains("doomed"_L1)) {
         turn.doomed = leftoversOf(entry["doomed"_L1].toObject());
@@ -182,6 +185,11 @@ Result<void> TurnJournal::turnWillCommit(qint64 turn, const Changes& changes)
     return append(lineOf(turn, u"changes"_s, objectOf(changes)));
 }
 
+Result<void> TurnJournal::turnIsCommitted(qint64 turn)
+{
+    return append(lineOf(turn, u"committed"_s, true), Flush::No);
+}
+
 Result<void> TurnJournal::turnIsSettled(qint64 turn)
 {
     return append(lineOf(turn, u"settled"_s, true));
@@ -195,10 +203,12 @@ Result<void> TurnJournal::openForAppending()
                : AtomicFile::errorFromErrno(errno, u"write"_s, m_file.fileName());
 }
 
-Result<void> TurnJournal::clearBut(const QSet<qint64>& unsettled, const QSet<qint64>& inDoubt)
+Result<void> TurnJournal::clearBut(const QSet<qint64>& unsettled,
+                                   const QSet<qint64>& inDoubt,
+                                   const Changes& left)
 {
     const std::lock_guard lock(m_mutex);
-    if (unsettled.isEmpty() && inDoubt.isEmpty()) {
+    if (unsettled.isEmpty() && inDoubt.isEmpty() && left.isEmpty()) {
         return empty();
     }
     QByteArray kept;
@@ -208,6 +218,9 @@ Result<void> TurnJournal::clearBut(const QSet<qint64>& unsettled, const QSet<qin
         if ((isOfFiles && unsettled.contains(turn)) || inDoubt.contains(turn)) {
             kept += QJsonDocument(entry).toJson(QJsonDocument::Compact) + '\n';
         }
+    }
+    if (!left.isEmpty()) {
+        kept += lineOf(++m_lastTurn, u"changes"_s, objectOf(left));
     }
     // While it is replaced, either the old one or the new one is there.
     const Result<void> written = AtomicFile::write(m_file.fileName(), kept);
@@ -225,19 +238,23 @@ Result<void> TurnJournal::empty()
     return {};
 }
 
-Result<void> TurnJournal::append(const QByteArray& line)
+Result<void> TurnJournal::append(const QByteArray& line, Flush flush)
 {
     const std::lock_guard lock(m_mutex);
+    // A line that a full disk cut short must not spoil this one.
+    const QByteArray bytes = m_isCut ? '\n' + line : line;
+    m_isCut = true;
     qsizetype done = 0;
-    while (done < line.size()) {
+    while (done < bytes.size()) {
         const ssize_t count = ::write(
-            m_file.handle(), line.constData() + done, static_cast<size_t>(line.size() - done));
+            m_file.handle(), bytes.constData() + done, static_cast<size_t>(bytes.size() - done));
         if (count < 0 && errno != EINTR) {
             return AtomicFile::errorFromErrno(errno, u"write"_s, m_file.fileName());
         }
         done += std::max<ssize_t>(count, 0);
     }
-    if (::fdatasync(m_file.handle()) != 0) {
+    m_isCut = false;
+    if (flush == Flush::Yes && ::fdatasync(m_file.handle()) != 0) {
         return AtomicFile::errorFromErrno(errno, u"write"_s, m_file.fileName());
     }
     return {};

@@ -38,19 +38,27 @@ public:
     [[nodiscard]] Result<void> filesWillBeMade(qint64 turn, const QStringList& relativePaths);
     [[nodiscard]] Result<void> filesAreDoomed(qint64 turn, const TrashRows::Leftovers& leftovers);
     [[nodiscard]] Result<void> turnWillCommit(qint64 turn, const Changes& changes);
+    /// The databases have its files now: they are nobody's leftovers any more, not even for
+    /// databases of an earlier day that a person puts in their place. Not flushed: where the line
+    /// is lost, what the databases know decides.
+    [[nodiscard]] Result<void> turnIsCommitted(qint64 turn);
     /// Its files were all removed or are all known to the databases.
     [[nodiscard]] Result<void> turnIsSettled(qint64 turn);
-    /// Sidecars and catalogues follow: of all turns but these nothing is told any more, and of the
-    /// unsettled ones only the files. Without any the journal is empty again.
-    [[nodiscard]] Result<void> clearBut(const QSet<qint64>& unsettled, const QSet<qint64>& inDoubt);
+    /// Sidecars and catalogues follow but for what is `left`: of all turns but these nothing else
+    /// is told any more, and of the unsettled ones only the files. Without any of them the journal
+    /// is empty again.
+    [[nodiscard]] Result<void>
+    clearBut(const QSet<qint64>& unsettled, const QSet<qint64>& inDoubt, const Changes& left = {});
 
 private:
     explicit TurnJournal(const QString& path);
     [[nodiscard]] Result<void> openForAppending();
-    [[nodiscard]] Result<void> append(const QByteArray& line);
+    enum class Flush : quint8 { Yes, No };
+    [[nodiscard]] Result<void> append(const QByteArray& line, Flush flush = Flush::Yes);
     [[nodiscard]] Result<void> empty();
 
     std::mutex m_mutex;
     QFile m_file;
     qint64 m_lastTurn;
+    bool m_isCut{false}; ///< the last line may lack its end
 };

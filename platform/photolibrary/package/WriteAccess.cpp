@@ -83,6 +83,9 @@ Result<void> WriteTransaction::commit()
         return done;
     }
     m_open = false;
+    if (!m_made.isEmpty()) {
+        m_access->noteCommit(m_turn);
+    }
     m_access->addPending(m_changes);
     m_access->m_gate.leave();
     return {};
@@ -236,7 +239,15 @@ void WriteAccess::addInDoubt(qint64 turn)
     m_inDoubt.insert(turn);
 }
 
-Result<void> WriteAccess::clearJournal()
+void WriteAccess::noteCommit(qint64 turn)
+{
+    const Result<void> noted = m_journal->turnIsCommitted(turn);
+    if (!noted.ok()) {
+        systemLog(noted.error().message); // the turn has happened all the same
+    }
+}
+
+Result<void> WriteAccess::clearJournal(const Changes& left)
 {
     QSet<qint64> unsettled;
     QSet<qint64> inDoubt;
@@ -245,7 +256,7 @@ Result<void> WriteAccess::clearJournal()
         unsettled = m_unsettled;
         inDoubt = m_inDoubt;
     }
-    return m_journal->clearBut(unsettled, inDoubt);
+    return m_journal->clearBut(unsettled, inDoubt, left);
 }
 
 void WriteAccess::addPending(const Changes& changes)
@@ -295,11 +306,11 @@ Changes WriteAccess::pending()
     return m_pending;
 }
 
-Result<void> WriteAccess::forgetPending()
+Result<void> WriteAccess::keepPending(const Changes& left)
 {
     {
         const std::lock_guard lock(m_mutex);
-        m_pending = {};
+        m_pending = left;
     }
-    return clearJournal();
+    return clearJournal(left);
 }

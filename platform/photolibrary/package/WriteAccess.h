@@ -94,8 +94,9 @@ public:
     /// its folder. Errors: InUse, NotWritable, OutOfSpace, Unreadable, NotFound after shutDown().
     [[nodiscard]] Result<QString> backUp(Connection& connection);
 
-    /// Runs `follow(const Changes&)`, which returns Result<void>, with what is pending while nobody
-    /// writes; what succeeded is no longer pending. Does nothing when nothing is pending.
+    /// Runs `follow(const Changes&, Changes& left)`, which returns Result<void>, with what is
+    /// pending while nobody writes; what succeeded is no longer pending, nor is, where it failed,
+    /// what it takes from `left`. Does nothing when nothing is pending.
     template <typename Follow>
     [[nodiscard]] Result<void> synchronise(Follow&& follow);
     void addPending(const Changes& changes);
@@ -122,8 +123,10 @@ private:
     /// What became of a line in the journal, in words that name the library and the remedy.
     [[nodiscard]] Result<void> ofJournal(const Result<void>& noted) const;
     [[nodiscard]] Changes pending();
-    [[nodiscard]] Result<void> clearJournal();
-    [[nodiscard]] Result<void> forgetPending();
+    /// The journal tells no more than what is left to follow, and which files nobody settled.
+    [[nodiscard]] Result<void> clearJournal(const Changes& left = {});
+    [[nodiscard]] Result<void> keepPending(const Changes& left);
+    void noteCommit(qint64 turn);
 
     const Places m_places;
     const PackageIdentity m_package;
@@ -148,6 +151,11 @@ Result<void> WriteAccess::synchronise(Follow&& follow)
         return m_shutDown ? Result<void>() : clearJournal();
     }
     const Result<void> there = m_package.check();
-    const Result<void> followed = there.ok() ? follow(changes) : there;
-    return followed.ok() ? forgetPending() : followed;
+    if (!there.ok()) {
+        return there;
+    }
+    Changes left = changes;
+    const Result<void> followed = follow(changes, left);
+    const Result<void> kept = keepPending(followed.ok() ? Changes() : left);
+    return followed.ok() ? kept : followed;
 }

@@ -2,6 +2,8 @@
 #include "OrdinaryUser.h"
 #include "WritableLibrary.h"
 
+#include <QDir>
+#include <QDirIterator>
 #include <QFile>
 
 #include <unistd.h>
@@ -181,4 +183,129 @@ TEST_F(RecoveryAfterCrash, filesThatCannotBeRemovedAreNotForgotten)
     recover();
     EXPECT_EQ(pictureFiles(), QStringList());
     expectSound();
+}
+
+/// A person who goes back to databases of an earlier day by copying them into the package.
+class RecoveryAfterGoingBack : public RecoveryAfterCrash
+{
+protected:
+    void SetUp() override
+    {
+        RecoveryAfterCrash::SetUp();
+        qputenv("XDG_STATE_HOME", QFile::encodeName(folder() + u"/state"_s));
+        copyDatabases(apdb(), earlier());
+    }
+
+    void TearDown() override { qunsetenv("XDG_STATE_HOME"); }
+
+    void crashAfterACommit() const
+    {
+        const QString picture = makePicture(u"IMG_1.JPG"_s);
+        crashAfter([&](PhotoLibrary& library) {
+            const auto turn = library.beginPhotoTurn();
+            import(library, picture);
+            turn->commit();
+            ::_exit(0);
+        });
+    }
+
+    void goBack() const { copyDatabases(earlier(), apdb()); }
+
+    void damageCatalogue() const
+    {
+        QFile file(package() + u"/AlbumData.xml"_s);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        ASSERT_EQ(file.write("torn"), 4);
+    }
+
+    [[nodiscard]] QList<QByteArray> journal() const
+    {
+        QFile file(journalPath());
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll().split('\n');
+    }
+
+    /// As if the process had ended before it could note that its commit succeeded.
+    void forgetThatItWasCommitted() const
+    {
+        QByteArray kept;
+        for (const QByteArray& line : journal()) {
+            if (!line.isEmpty() && !line.contains("\"committed\"")) {
+                kept += line + '\n';
+            }
+        }
+        ASSERT_TRUE(kept.contains("\"made\""));
+        QFile file(journalPath());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        ASSERT_EQ(file.write(kept), kept.size());
+    }
+
+private:
+    [[nodiscard]] QString apdb() const { return package() + u"/Database/apdb"_s; }
+
+    [[nodiscard]] QString earlier() const { return folder() + u"/earlier"_s; }
+
+    [[nodiscard]] QString journalPath() const
+    {
+        QDirIterator walk(
+            folder() + u"/state"_s, {u"journal"_s}, QDir::Files, QDirIterator::Subdirectories);
+        return walk.hasNext() ? walk.next() : QString();
+    }
+
+    static void copyDatabases(const QString& from, const QString& to)
+    {
+        ASSERT_TRUE(QDir().mkpath(to));
+        for (const QString& name :
+             {u"/Library.apdb"_s, u"/Properties.apdb"_s, u"/ImageProxies.apdb"_s}) {
+            QFile::remove(to + name);
+            ASSERT_TRUE(QFile::copy(from + name, to + name));
+        }
+    }
+};
+
+TEST_F(RecoveryAfterGoingBack, filesOfACommittedTurnStayAfterACrash)
+{
+    crashAfterACommit();
+    const QStringList files = pictureFiles();
+    ASSERT_EQ(files.size(), 3);
+    goBack();
+    recover();
+    EXPECT_EQ(rows(u"RKMaster"_s), 0);
+    EXPECT_EQ(pictureFiles(), files) << "the copy may be the last picture of a deleted original";
+}
+
+TEST_F(RecoveryAfterGoingBack, filesOfACommittedTurnStayWhileTheCatalogueIsDamaged)
+{
+    damageCatalogue();
+    {
+        const auto library = open(Access::Write);
+        ASSERT_NE(library, nullptr);
+        const auto turn = library->beginPhotoTurn();
+        import(*library, makePicture(u"IMG_1.JPG"_s));
+        turn->commit();
+        EXPECT_TRUE(library->close().ok());
+    }
+    const QStringList files = pictureFiles();
+    ASSERT_EQ(files.size(), 3);
+    goBack();
+    recover();
+    EXPECT_EQ(pictureFiles(), files);
+}
+
+TEST_F(RecoveryAfterGoingBack,
+       whatARecoveryFoundCommittedIsNotAskedAgainThoughTheCatalogueIsDamaged)
+{
+    crashAfterACommit();
+    forgetThatItWasCommitted();
+    damageCatalogue();
+    recover();
+    const QStringList files = pictureFiles();
+    ASSERT_EQ(files.size(), 3);
+    const QList<QByteArray> lines = journal();
+    ASSERT_EQ(lines.size(), 2) << "one line, ended";
+    EXPECT_TRUE(lines.first().contains("\"catalogues\":true")) << lines.first().constData();
+    EXPECT_TRUE(lines.first().contains("\"masters\":[]")) << lines.first().constData();
+    goBack();
+    recover();
+    EXPECT_EQ(pictureFiles(), files);
 }
