@@ -1,5 +1,6 @@
 #include "Connection.h"
 
+#include "HotJournals.h"
 #include "LibraryErrors.h"
 #include "Queries.h"
 
@@ -95,6 +96,10 @@ Connection::open(const QString& packagePath, Mode mode, int busyMilliseconds)
                     u"The library \"%1\" is damaged: its database %2 is missing. Restore "
                     "the library from a backup."_s.arg(packagePath, QLatin1StringView(file))};
             }
+        }
+        if (const Result<void> decidable = HotJournals::canBeDecidedHere(packagePath);
+            !decidable.ok()) {
+            return decidable.error();
         }
     }
     std::size_t index = 0;

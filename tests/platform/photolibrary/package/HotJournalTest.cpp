@@ -1,5 +1,6 @@
 #include "ChildProcess.h"
 #include "Connection.h"
+#include "FlushRecorder.h"
 #include "OrdinaryUser.h"
 #include "QtPrinters.h"
 #include "WritableLibrary.h"
@@ -10,6 +11,7 @@
 
 #include <array>
 #include <filesystem>
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -183,6 +185,98 @@ TEST_F(HotJournal, whatCannotBeUndoneForLackOfPermissionIsNotReadHalfWay)
         EXPECT_EQ(journals(package()).size(), 3);
     }
     expectUndoneByOpening(package(), Access::Read);
+}
+
+/// A library whose writer ended in the midst of a commit, which is done as soon as the
+/// super-journal is gone that the three journals name by its path.
+class CutOffCommit : public HotJournal
+{
+protected:
+    /// Imports a second photo; its commit is cut off at the first flush that `isPoint` picks.
+    void cutOffAt(const std::function<bool(const QString&)>& isPoint) const
+    {
+        const QString picture = makePicture(u"IMG_2.JPG"_s);
+        ChildProcess writer([&](ChildProcess&) {
+            const auto library = PhotoLibrary::open(package(), {Access::Write, false});
+            FlushRecorder recorder;
+            recorder.failWhere([&isPoint](const QString& path) {
+                if (isPoint(path)) {
+                    ChildProcess::crash();
+                }
+                return false;
+            });
+            const auto turn = library.value()->beginPhotoTurn();
+            import(*library.value(), picture);
+            turn->commit();
+        });
+        ASSERT_TRUE(writer.crashed());
+    }
+
+    void cutOffBeforeItIsDone() const
+    {
+        const QString second =
+            QFileInfo(database(package(), kDatabaseFiles[1])).canonicalFilePath();
+        cutOffAt([&second](const QString& path) { return path == second; });
+        ASSERT_EQ(journals(package()).size(), 4) << "three journals and the super-journal";
+    }
+
+    [[nodiscard]] QString elsewhere() const { return folder() + u"/Elsewhere.photolibrary"_s; }
+};
+
+TEST_F(CutOffCommit, isNotTakenForDoneInAPackageThatWasMovedSince)
+{
+    cutOffBeforeItIsDone();
+    const QString real = QFileInfo(package()).canonicalFilePath();
+    ASSERT_TRUE(QDir().rename(package(), elsewhere()));
+    const QMap<QString, QByteArray> halfWay = databases(elsewhere());
+    const QStringList left = journals(elsewhere());
+    for (const Access access : {Access::Read, Access::Write}) {
+        const auto refused = PhotoLibrary::open(elsewhere(), {access, false});
+        ASSERT_FALSE(refused.ok());
+        EXPECT_EQ(refused.error().code, ErrorCode::Unreadable);
+        EXPECT_EQ(refused.error().message,
+                  u"A change to the library \"%1\" was interrupted when the library was at \"%2\", "
+                  "and can only be undone there: bring it back to that path, or mount its disk as "
+                  "it was, and open it there once. Open it nowhere else before that."_s.arg(
+                      elsewhere(), real));
+        EXPECT_TRUE(databases(elsewhere()) == halfWay);
+        EXPECT_EQ(journals(elsewhere()), left);
+    }
+    ASSERT_TRUE(QDir().rename(elsewhere(), package()));
+    expectUndoneByOpening(package(), Access::Write);
+    expectSound();
+}
+
+TEST_F(CutOffCommit, isUndoneInACopyWhileTheSuperJournalIsThereToTell)
+{
+    cutOffBeforeItIsDone();
+    std::filesystem::copy(package().toStdString(),
+                          elsewhere().toStdString(),
+                          std::filesystem::copy_options::recursive);
+    const auto copy = PhotoLibrary::open(elsewhere(), {Access::Write, false});
+    ASSERT_TRUE(copy.ok()) << copy.error().message.toStdString();
+    EXPECT_EQ(copy.value()->photos().value().size(), 1);
+    EXPECT_TRUE(copy.value()->close().ok());
+    expectUndoneByOpening(package(), Access::Write);
+}
+
+TEST_F(CutOffCommit, thatWasDoneIsDoneWhereverThePackageIsMoved)
+{
+    const QDir apdb(QFileInfo(package()).canonicalFilePath() + u"/Database/apdb"_s);
+    cutOffAt([&apdb, committing = false](const QString& path) mutable {
+        if (path != apdb.path()) {
+            return false;
+        }
+        const bool wasCommitting = committing;
+        committing = !apdb.entryList({u"*-mj*"_s}, QDir::Files).isEmpty();
+        return wasCommitting && !committing;
+    });
+    ASSERT_EQ(journals(package()).size(), 3);
+    ASSERT_TRUE(QDir().rename(package(), elsewhere()));
+    const auto opened = PhotoLibrary::open(elsewhere(), {Access::Read, false});
+    ASSERT_TRUE(opened.ok()) << opened.error().message.toStdString();
+    EXPECT_EQ(opened.value()->photos().value().size(), 2);
+    EXPECT_EQ(opened.value()->summary().value().problems, QStringList());
 }
 
 /// Journals that no transaction needs any more.

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Result.h"
+
+#include <QString>
+
+/// What a crash in the midst of a commit over the three databases left beside them. Any thread.
+namespace HotJournals
+{
+
+/// Whether SQLite can tell at the package's present path if that commit happened. It did when the
+/// super-journal is gone that the databases' journals name; they name it by its absolute path, so
+/// that in a package that was moved since, or lies on a disk mounted elsewhere, it seems gone
+/// though it is there, and a half-written commit would count as done. To be asked before SQLite
+/// opens the databases, also for reading. Nothing is changed. Errors: Unreadable, with the path at
+/// which the databases have to be opened.
+[[nodiscard]] Result<void> canBeDecidedHere(const QString& package);
+
+} // namespace HotJournals
