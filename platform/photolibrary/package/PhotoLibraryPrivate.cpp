@@ -426,15 +426,16 @@ PhotoLibraryPrivate::Following PhotoLibraryPrivate::follow()
     }
     Connection& connection = *mine.value()->connection;
     QString damagedCatalogue;
-    const Result<void> done = m_write->synchronise([&](const Changes& changes, Changes& left) {
-        Result<void> followed = LibraryErrors::caught(
-            path(), [&] { return writeFollowers(connection, changes, damagedCatalogue); });
-        if (!damagedCatalogue.isNull()) {
-            left = {};
-            left.catalogues = true;
-        }
-        return followed;
-    });
+    const Result<void> done =
+        m_write->synchronise(connection, [&](const Changes& changes, Changes& left) {
+            Result<void> followed = LibraryErrors::caught(
+                path(), [&] { return writeFollowers(connection, changes, damagedCatalogue); });
+            if (!damagedCatalogue.isNull()) {
+                left = {};
+                left.catalogues = true;
+            }
+            return followed;
+        });
     connection.resetStatements();
     if (done.ok()) {
         return {};

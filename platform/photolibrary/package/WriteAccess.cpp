@@ -2,6 +2,7 @@
 
 #include "AtomicFile.h"
 #include "Backup.h"
+#include "Catalogues.h"
 #include "Clock.h"
 #include "ForeignUse.h"
 #include "LibraryErrors.h"
@@ -271,9 +272,12 @@ Result<QString> WriteAccess::backUp(Connection& connection)
     if (m_shutDown) {
         return closedError();
     }
-    if (const Result<void> there = m_package.check(); !there.ok()) {
-        return there.error();
-    }
+    const Result<void> there = m_package.check();
+    return there.ok() ? backUpNow(connection) : Result<QString>(there.error());
+}
+
+Result<QString> WriteAccess::backUpNow(Connection& connection)
+{
     return LibraryErrors::caught(m_places.package, [&]() -> Result<QString> {
         connection.beginImmediate(); // so that the databases are of one moment
         Result<QString> made = Backup::make(m_places.package, m_places.backups);
@@ -281,6 +285,26 @@ Result<QString> WriteAccess::backUp(Connection& connection)
         m_backedUp = m_backedUp || made.ok();
         return made;
     });
+}
+
+Result<void> WriteAccess::readyToFollow(Connection& connection, const Changes& changes)
+{
+    if (Result<void> there = m_package.check(); !there.ok()) {
+        return there;
+    }
+    if (m_backedUp) {
+        return {};
+    }
+    // A damaged catalogue that waits to be mended is left as it is: a copy at each opening would
+    // take the place of older ones for nothing.
+    const bool onlyCatalogues = changes.masters.isEmpty() && changes.albums.isEmpty() &&
+                                changes.folders.isEmpty() && !changes.keywords &&
+                                !changes.adminData;
+    if (onlyCatalogues && !Catalogues::damage(m_places.package).isNull()) {
+        return {};
+    }
+    const Result<QString> made = backUpNow(connection);
+    return made.ok() ? Result<void>() : made.error();
 }
 
 Error WriteAccess::closedError() const

@@ -96,9 +96,10 @@ public:
 
     /// Runs `follow(const Changes&, Changes& left)`, which returns Result<void>, with what is
     /// pending while nobody writes; what succeeded is no longer pending, nor is, where it failed,
-    /// what it takes from `left`. Does nothing when nothing is pending.
+    /// what it takes from `left`. Does nothing when nothing is pending. What an earlier run left is
+    /// followed after a backup, as `connection` lets it be made, and not without.
     template <typename Follow>
-    [[nodiscard]] Result<void> synchronise(Follow&& follow);
+    [[nodiscard]] Result<void> synchronise(Connection& connection, Follow&& follow);
     void addPending(const Changes& changes);
 
     /// Notes that the files of a turn need no more attention, unless some could not be removed:
@@ -119,6 +120,10 @@ private:
                 std::unique_ptr<LibraryLock> lock,
                 std::unique_ptr<TurnJournal> journal);
     [[nodiscard]] Result<void> backUpOnce();
+    /// backUp() for one who has the writer's place.
+    [[nodiscard]] Result<QString> backUpNow(Connection& connection);
+    /// That the package is there and, when anything in it would be written, a backup of it.
+    [[nodiscard]] Result<void> readyToFollow(Connection& connection, const Changes& changes);
     [[nodiscard]] Error closedError() const;
     /// What became of a line in the journal, in words that name the library and the remedy.
     [[nodiscard]] Result<void> ofJournal(const Result<void>& noted) const;
@@ -143,16 +148,15 @@ private:
 };
 
 template <typename Follow>
-Result<void> WriteAccess::synchronise(Follow&& follow)
+Result<void> WriteAccess::synchronise(Connection& connection, Follow&& follow)
 {
     const WriterGate::Scope taken(m_gate);
     const Changes changes = pending();
     if (changes.isEmpty()) {
         return m_shutDown ? Result<void>() : clearJournal();
     }
-    const Result<void> there = m_package.check();
-    if (!there.ok()) {
-        return there;
+    if (const Result<void> ready = readyToFollow(connection, changes); !ready.ok()) {
+        return ready;
     }
     Changes left = changes;
     const Result<void> followed = follow(changes, left);
