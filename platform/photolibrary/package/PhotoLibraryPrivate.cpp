@@ -78,19 +78,28 @@ Result<void> makeFiles(WriteTransaction& transaction,
 struct Removal {
     qint64 bytes{0}; ///< that are free again
     QList<PackageFiles::NotRemoved> left;
+    bool isMoved{false}; ///< the package was taken away meanwhile
 };
 
-/// Removes what deleted photos left on disk.
-Removal removeLeftovers(const QString& package, const TrashRows::Leftovers& leftovers)
+/// Removes what deleted photos left on disk; nothing of another package that lies at its path now.
+Removal removeLeftovers(const WriteAccess& write, const TrashRows::Leftovers& leftovers)
 {
+    const QString& package = write.places().package;
     Removal removal;
     for (const QString& path : leftovers.folders + leftovers.files) {
+        removal.isMoved = removal.isMoved || !write.packageIsThere().ok();
+        if (removal.isMoved) {
+            removal.left.append({path, u"the library was moved, renamed or replaced"_s});
+            continue;
+        }
         const qint64 before = PackageFiles::bytesOf(package, path);
         const QList<PackageFiles::NotRemoved> left = PackageFiles::remove(package, path);
         removal.bytes += before - (left.isEmpty() ? 0 : PackageFiles::bytesOf(package, path));
         removal.left << left;
     }
-    PackageFiles::removeEmpty(package, leftovers.emptyFolders);
+    if (!removal.isMoved) {
+        PackageFiles::removeEmpty(package, leftovers.emptyFolders);
+    }
     return removal;
 }
 
@@ -100,11 +109,13 @@ Error notAllRemoved(const QString& package, qsizetype photos, const Removal& rem
     const QString freed =
         NumberValue::withTwoDecimals(static_cast<double>(removal.bytes) / kMegabyte) + " MB"_L1;
     const QString deleted = photos == 1 ? u"1 photo was"_s : u"%1 photos were"_s.arg(photos);
-    return {ErrorCode::NotWritable,
-            u"%1 deleted from the library \"%2\" for good and %3 are free again, but these files "
-            "could not be removed:\n%4\nMake their folders writable; the next run that writes to "
-            "the library tries again."_s.arg(
-                deleted, package, freed, PackageFiles::listed(removal.left))};
+    const QString remedy =
+        removal.isMoved ? u"Bring it back to that path"_s : u"Make their folders writable"_s;
+    return {
+        removal.isMoved ? ErrorCode::NotFound : ErrorCode::NotWritable,
+        u"%1 deleted from the library \"%2\" for good and %3 are free again, but these files "
+        "could not be removed:\n%4\n%5; the next run that writes to the library tries again."_s.arg(
+            deleted, package, freed, PackageFiles::listed(removal.left), remedy)};
 }
 
 /// Sidecars and catalogues; neither waits for the other. That a damaged catalogue was left as it is
@@ -377,7 +388,7 @@ Result<qint64> PhotoLibraryPrivate::emptyTrash()
     if (!deleted.ok()) {
         return deleted.error();
     }
-    const Removal removal = removeLeftovers(path(), leftovers);
+    const Removal removal = removeLeftovers(*m_write, leftovers);
     const Result<void> settled = m_write->settle(turn, removal.left.isEmpty());
     if (!removal.left.isEmpty()) {
         return notAllRemoved(path(), photos, removal);

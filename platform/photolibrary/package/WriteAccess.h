@@ -109,6 +109,10 @@ public:
     void addUnsettled(const QSet<qint64>& turns);
     /// Whether a turn was committed nobody knows: the journal tells of it until the next opening.
     void addInDoubt(qint64 turn);
+
+    /// Whether the path still leads to the package that was opened. Error: NotFound.
+    [[nodiscard]] Result<void> packageIsThere() const { return m_package.check(); }
+
     /// Waits for the writer, then gives up the lock; nothing is written afterwards.
     void shutDown();
 

@@ -1,7 +1,10 @@
+#include "FlushRecorder.h"
 #include "WritableLibrary.h"
 
 #include <QDir>
 #include <QFileInfo>
+
+#include <filesystem>
 
 using namespace Qt::StringLiterals;
 
@@ -90,4 +93,38 @@ TEST_F(MovedLibrary, anotherLibraryAtTheOldPathIsNotWrittenTo)
     EXPECT_FALSE(library->close().ok());
     EXPECT_EQ(QDir(package()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
               QStringList{u"Masters"_s});
+}
+
+TEST_F(MovedLibrary, anotherLibraryAtTheOldPathLosesNothingWhenTheTrashIsEmptied)
+{
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    import(*library, makePicture(u"IMG_1.JPG"_s));
+    lastImported(*library)->removeFrom(application(*library)->photoLibraryAlbum());
+    const QStringList files = pictureFiles();
+    ASSERT_EQ(files.size(), 3);
+    const QDir apdb(QFileInfo(package()).canonicalFilePath() + u"/Database/apdb"_s);
+    FlushRecorder recorder;
+    // The commit's last flush is the moment: then a copy, say from a disk, lies at the path.
+    recorder.failWhere([&, committing = false](const QString& path) mutable {
+        if (path != apdb.path()) {
+            return false;
+        }
+        const bool wasCommitting = committing;
+        committing = !apdb.entryList({u"*-mj*"_s}, QDir::Files).isEmpty();
+        if (wasCommitting && !committing) {
+            move();
+            std::filesystem::copy(elsewhere().toStdString(),
+                                  package().toStdString(),
+                                  std::filesystem::copy_options::recursive);
+        }
+        return false;
+    });
+    const Result<qint64> emptied = library->emptyTrash();
+    ASSERT_FALSE(emptied.ok());
+    EXPECT_EQ(emptied.error().code, ErrorCode::NotFound);
+    EXPECT_TRUE(emptied.error().message.contains(files.first() + u": the library was moved"_s))
+        << emptied.error().message.toStdString();
+    EXPECT_EQ(pictureFiles(), files);
+    EXPECT_FALSE(library->close().ok());
 }
