@@ -55,18 +55,19 @@ bool writeHolder(int descriptor, const QByteArray& holder)
                holder.size();
 }
 
-/// Takes the lock, waiting as long as a reader's look at its holder may last.
-bool takeLock(int descriptor)
+/// Takes the lock, waiting as long as a reader's look at its holder may last. Returns 0, or errno:
+/// EWOULDBLOCK where somebody holds it, anything else where the file system gives none.
+int takeLock(int descriptor)
 {
     constexpr int kAttempts = 5;
     constexpr std::chrono::milliseconds kPause{20};
     for (int attempt = 1; ::flock(descriptor, LOCK_EX | LOCK_NB) != 0; ++attempt) {
-        if (attempt == kAttempts) {
-            return false;
+        if (attempt == kAttempts || (errno != EWOULDBLOCK && errno != EINTR)) {
+            return errno;
         }
         std::this_thread::sleep_for(kPause);
     }
-    return true;
+    return 0;
 }
 
 Error heldBy(const QString& package, const QString& holder)
@@ -133,8 +134,11 @@ Result<std::unique_ptr<LibraryLock>> LibraryLock::take(const QString& package,
     if (!file->isOpen()) {
         return StateFolder::unusable(AtomicFile::errorFromErrno(errno, u"write"_s, path), package);
     }
-    if (!takeLock(file->number())) {
+    if (const int error = takeLock(file->number()); error == EWOULDBLOCK) {
         return heldBy(package, holderIn(file->number()));
+    } else if (error != 0) {
+        const Error cause = AtomicFile::errorFromErrno(error, u"lock"_s, path);
+        return StateFolder::unusable({ErrorCode::NotWritable, cause.message}, package);
     }
     Result<std::unique_ptr<FileDescriptor>> packageLock = lockPackage(package);
     if (!packageLock.ok()) {

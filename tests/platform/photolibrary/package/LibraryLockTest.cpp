@@ -1,5 +1,6 @@
 #include "LibraryLock.h"
 
+#include "ChildProcess.h"
 #include "FlushRecorder.h"
 #include "WritableLibrary.h"
 
@@ -8,10 +9,38 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <iostream>
+
 using namespace Qt::StringLiterals;
+
+namespace
+{
+
+/// From now on this process gets no lock of any file, as on a network drive without a lock service.
+bool giveNoLocks()
+{
+    std::array rules{
+        sock_filter{BPF_LD | BPF_W | BPF_ABS, 0, 0, offsetof(seccomp_data, nr)},
+        sock_filter{BPF_JMP | BPF_JEQ | BPF_K, 0, 1, SYS_flock}, // any other: the next but one
+        sock_filter{BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ERRNO | ENOLCK},
+        sock_filter{BPF_RET | BPF_K, 0, 0, SECCOMP_RET_ALLOW},
+    };
+    const sock_fprog program{static_cast<unsigned short>(rules.size()), rules.data()};
+    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+} // namespace
 
 TEST(LibraryLock, aHeldLockIsRefusedNamingLibraryAndHolder)
 {
@@ -52,6 +81,25 @@ TEST(LibraryLock, aCrashedHolderNoLongerHoldsItButIsNamed)
     ASSERT_TRUE(next.ok()) << next.error().message.toStdString();
     EXPECT_TRUE(next.value()->leftBehind().startsWith(u"process "_s))
         << next.value()->leftBehind().toStdString();
+}
+
+TEST(LibraryLock, aFileSystemThatGivesNoLocksIsNotTakenForAnotherCorvane)
+{
+    const QTemporaryDir folder;
+    ChildProcess child([&](ChildProcess&) {
+        const bool isSo = giveNoLocks();
+        const auto lock = LibraryLock::take(u"/pictures/A.photolibrary"_s, folder.path());
+        const QString message = lock.ok() ? QString() : lock.error().message;
+        std::cerr << message.toStdString() << '\n';
+        if (isSo && !lock.ok() && lock.error().code == ErrorCode::NotWritable &&
+            message.contains(
+                u"Could not lock \"%1/lock\": No locks available"_s.arg(folder.path())) &&
+            message.contains(u"/pictures/A.photolibrary"_s) &&
+            message.contains(u"XDG_STATE_HOME"_s)) {
+            ChildProcess::crash();
+        }
+    });
+    EXPECT_TRUE(child.crashed()) << "it was told otherwise";
 }
 
 TEST(LibraryLock, thePathToTheStateFolderIsFlushedThoughItWasThereBefore)
