@@ -20,10 +20,10 @@ namespace
 {
 
 /// Turns libjpeg's rows into sRGB rows of 16 bits.
-class RowConversion final
+class JpegRowConversion final
 {
 public:
-    RowConversion(const jpeg_decompress_struct& state, const QByteArray& icc)
+    JpegRowConversion(const jpeg_decompress_struct& state, const QByteArray& icc)
         : m_channels(static_cast<std::size_t>(state.output_components))
         , m_inverted(state.saw_Adobe_marker != 0)
         , m_widened(static_cast<std::size_t>(state.output_width) * m_channels)
@@ -84,7 +84,7 @@ private:
     std::optional<ColorProfile::ToSrgb> m_profile;
 };
 
-Error memoryTooShort()
+Error noMemoryToDecode()
 {
     return {ErrorCode::OutOfSpace, QStringLiteral("there is not enough memory to decode it")};
 }
@@ -92,7 +92,7 @@ Error memoryTooShort()
 Error errorOf(const JpegErrors& errors)
 {
     if (errors.outOfMemory()) {
-        return memoryTooShort();
+        return noMemoryToDecode();
     }
     return {ErrorCode::Damaged,
             QStringLiteral("its picture does not decode (%1)").arg(errors.text())};
@@ -122,7 +122,7 @@ Result<Bitmap> decodedBitmap(JpegDecompressor& source, const QByteArray& icc)
     Bitmap bitmap(static_cast<int>(state.output_width),
                   static_cast<int>(state.output_height),
                   Transfer::Srgb);
-    RowConversion conversion(state, icc);
+    JpegRowConversion conversion(state, icc);
     const auto failure = decodeRows(source, [&](std::span<const JSAMPLE> row, int y) {
         conversion.convert(row, bitmap.row(y));
     });
@@ -136,13 +136,13 @@ Result<QImage> decodedImage(JpegDecompressor& source, const QByteArray& icc)
                  static_cast<int>(state.output_height),
                  QImage::Format_RGB888);
     if (image.isNull()) {
-        return memoryTooShort();
+        return noMemoryToDecode();
     }
     if (source.statesColors()) {
         image.setColorSpace(QColorSpace::SRgb);
     }
     const bool isSrgb = state.output_components == 3 && icc.isEmpty();
-    RowConversion conversion(state, icc);
+    JpegRowConversion conversion(state, icc);
     std::vector<quint16> wide(std::size_t{3} * state.output_width);
     const auto failure = decodeRows(source, [&](std::span<const JSAMPLE> row, int y) {
         uchar* const into = image.scanLine(y);
@@ -185,7 +185,7 @@ Result<Picture> decodedBy(QByteArrayView bytes, int denominator, const Decode& d
         }
         return decode(source, icc);
     } catch (const std::bad_alloc&) {
-        return memoryTooShort();
+        return noMemoryToDecode();
     }
 }
 

@@ -14,7 +14,7 @@ namespace
 using Preview = RawPhoto::Preview;
 
 /// Enough for what previews are looked at for; fewer would show in the colours that are fitted.
-constexpr int kLongestSide = 1024;
+constexpr int kLongestPreviewSide = 1024;
 
 struct Candidate {
     QByteArrayView bytes;
@@ -54,7 +54,7 @@ QList<Candidate> candidates(const QByteArray& bytes)
 /// LibRaw's, where it shows something.
 std::optional<Preview> libRawPreview(const QByteArray& bytes)
 {
-    auto preview = RawPhoto::preview(bytes, kLongestSide);
+    auto preview = RawPhoto::preview(bytes, kLongestPreviewSide);
     const bool isOfUse = preview && SceneComparison::isStructured(SmallPicture::of(preview->image));
     return isOfUse ? std::move(preview) : std::nullopt;
 }
@@ -68,7 +68,7 @@ std::optional<QImage> PreviewFinder::largest(const QByteArray& bytes)
         if (best && candidate.pixels <= best->pixels) {
             break;
         }
-        const int denominator = JpegDecoder::denominatorFor(candidate.size, kLongestSide);
+        const int denominator = JpegDecoder::denominatorFor(candidate.size, kLongestPreviewSide);
         Result<QImage> image = JpegDecoder::decodeReduced(candidate.bytes, denominator);
         if (image.ok() && SceneComparison::isStructured(SmallPicture::of(image.value()))) {
             return std::move(image).value();

@@ -10,6 +10,8 @@
 
 #include <libraw/libraw.h>
 
+#include <array>
+#include <cstddef>
 #include <optional>
 
 /// LibRaw over a file in memory, which must outlive it. Half a megabyte: not for a stack. Any one
@@ -39,10 +41,15 @@ public:
     [[nodiscard]] const libraw_thumbnail_t* unpackPreview();
 
 private:
+    /// LibRaw's numbers of the filters of the first two rows' first two columns.
+    using Filters = std::array<std::size_t, 4>;
+
     static void onDataError(void* object, const char* file, int offset);
     [[nodiscard]] QRect statedCrop() const;
     [[nodiscard]] QRect keptArea(QSize visible) const;
     [[nodiscard]] std::optional<std::array<float, 4>> multipliers() const;
+    [[nodiscard]] bool
+    setLight(BayerMosaic& mosaic, const Filters& filters, const std::array<float, 4>& gains) const;
     [[nodiscard]] Bitmap copyArea(const QRect& area) const;
 
     const QByteArray& m_bytes;

@@ -3,33 +3,20 @@
 #include "ColorSamples.h"
 #include "LeastSquares.h"
 #include "ReducedPicture.h"
+#include "RenditionNumbers.h"
 #include "SceneComparison.h"
-#include "SrgbTransfer.h"
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <numeric>
 #include <optional>
 #include <span>
 #include <utility>
 
+using namespace RenditionNumbers;
+
 namespace
 {
-
-// What is fitted, in this order; all are 0 where nothing is to be changed. The gains and the
-// saturation are logarithms within bounds.
-constexpr std::size_t kStops = 0;
-constexpr std::size_t kRedGain = 1;
-constexpr std::size_t kBlueGain = 2;
-constexpr std::size_t kSaturation = 3;
-constexpr std::size_t kSlopes = 4;
-constexpr std::size_t kNumbers = kSlopes + ToneCurve::kPieces;
-
-/// Factors that no camera's rendering goes beyond.
-const double kGainBound = std::log(2.5);
-const double kSaturationBound = std::log(1.5);
-constexpr double kStopsBound = 5.0;
 
 // How firmly the numbers are held where the picture says little, in L* of the whole picture for one
 // unit: the curve's slopes to their neighbours, the gains and the saturation to what they are.
@@ -48,106 +35,6 @@ constexpr std::size_t kFewestSamples = 200;
 /// The share of chroma by which differences of colour count less
 /// (CIE94, CIE 116:1995, which leaves hue apart).
 constexpr double kChromaShare = 0.045;
-
-/// Luminance of linear sRGB (IEC 61966-2-1, 5.2).
-constexpr std::array<double, 3> kLuminance{0.2126, 0.7152, 0.0722};
-
-double bounded(double number, double bound)
-{
-    return bound * std::tanh(number / bound);
-}
-
-/// The steps of light of a curve, for many places: light in, light out.
-class LightTable final
-{
-public:
-    explicit LightTable(const std::function<double(double)>& toneOfEncoded, double gain)
-    {
-        for (std::size_t i = 0; i < m_values.size(); ++i) {
-            const double root = static_cast<double>(i) / kSteps;
-            m_values.at(i) = static_cast<float>(SrgbTransfer::linearFrom(std::clamp(
-                toneOfEncoded(SrgbTransfer::encodedFrom(std::min(root * root * gain, 1.0))),
-                0.0,
-                1.0)));
-        }
-    }
-
-    [[nodiscard]] float at(float light) const
-    {
-        const float place = std::sqrt(std::clamp(light, 0.0F, 1.0F)) * kSteps;
-        const auto below = std::min(static_cast<std::size_t>(place), kSteps - 1);
-        const float from = m_values[below];
-        return from + (m_values[below + 1] - from) * (place - static_cast<float>(below));
-    }
-
-private:
-    static constexpr std::size_t kSteps = 256;
-    std::array<float, kSteps + 1> m_values{};
-};
-
-ToneCurve::Slopes slopesOf(std::span<const double> numbers)
-{
-    ToneCurve::Slopes slopes = Rendition::kCommonSlopes;
-    for (std::size_t piece = 0; piece < slopes.size(); ++piece) {
-        slopes.at(piece) *= std::exp(std::clamp(numbers[kSlopes + piece], -4.0, 2.0));
-    }
-    return slopes;
-}
-
-double stopsOf(std::span<const double> numbers)
-{
-    return Rendition::kCommonStops + bounded(numbers[kStops], kStopsBound);
-}
-
-/// A saturation that keeps luminance.
-ColorMatrix mixingOf(std::span<const double> numbers)
-{
-    const double saturation = std::exp(bounded(numbers[kSaturation], kSaturationBound));
-    ColorMatrix mixing{};
-    for (std::size_t i = 0; i < mixing.size(); ++i) {
-        mixing.at(i) = (1.0 - saturation) * kLuminance.at(i % 3) + (i % 4 == 0 ? saturation : 0.0);
-    }
-    return mixing;
-}
-
-/// A rendition in parts.
-struct Parts {
-    std::array<double, 3> balance{1.0, 1.0, 1.0}; ///< of the light at hand, the least 1
-    ColorMatrix matrix{};                         ///< of linear sRGB
-    double stops{0.0};
-};
-
-/// The gains are those of the sensor's own colours, so that its primaries stay what they are.
-Parts partsOf(std::span<const double> numbers, const SensorColors& colors)
-{
-    const double red = std::exp(bounded(numbers[kRedGain], kGainBound));
-    const double blue = std::exp(bounded(numbers[kBlueGain], kGainBound));
-    const ColorMatrix mixing = mixingOf(numbers);
-    if (!colors.sensor) {
-        // Light that was clipped already.
-        const ColorMatrix gains{red, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, blue};
-        const ColorMatrix balanced =
-            multiplied(colors.toSrgb, multiplied(gains, inverted(colors.toSrgb)));
-        return {.matrix = multiplied(mixing, balanced), .stops = stopsOf(numbers)};
-    }
-    const auto& camera = colors.sensor->balance;
-    Parts parts{.balance = {camera[0] * red, camera[1], camera[2] * blue},
-                .matrix = mixing,
-                .stops = stopsOf(numbers)};
-    const double least = *std::ranges::min_element(parts.balance);
-    for (double& gain : parts.balance) {
-        gain /= least;
-    }
-    parts.stops += std::log2(least);
-    return parts;
-}
-
-Rendition renditionOf(std::span<const double> numbers, const SensorColors& colors)
-{
-    const Parts parts = partsOf(numbers, colors);
-    const Rendition rendition(parts.matrix, parts.stops, ToneCurve(slopesOf(numbers)));
-    return colors.sensor ? rendition.with(parts.balance) : rendition;
-}
 
 /// The fit to one set of samples.
 class Fit final

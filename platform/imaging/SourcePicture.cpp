@@ -50,7 +50,7 @@ Result<Bitmap> inSize(Bitmap bitmap, QSize size)
                                  : Resampler::scale(bitmap, size);
 }
 
-Error memoryTooShort()
+Error noMemoryForPicture()
 {
     return {ErrorCode::OutOfSpace, QStringLiteral("Memory is too short to make the picture")};
 }
@@ -58,7 +58,7 @@ Error memoryTooShort()
 Result<QImage> inBytes(const Bitmap& bitmap)
 {
     QImage image = BitmapImage::toImage(bitmap);
-    return image.isNull() ? Result<QImage>(memoryTooShort()) : Result<QImage>(std::move(image));
+    return image.isNull() ? Result<QImage>(noMemoryForPicture()) : Result<QImage>(std::move(image));
 }
 
 } // namespace
@@ -127,6 +127,6 @@ Result<QImage> SourcePicture::rendered(QSize size, const QList<QImage>& referenc
         const Result<Bitmap> scaled = inSize(std::get<Bitmap>(std::move(m_content)), size);
         return scaled.ok() ? inBytes(scaled.value()) : scaled.error();
     } catch (const std::bad_alloc&) {
-        return memoryTooShort();
+        return noMemoryForPicture();
     }
 }

@@ -2,6 +2,7 @@
 
 #include "BayerSamples.h"
 #include "BitmapImage.h"
+#include "DemosaicingSamples.h"
 #include "ImageBuilder.h"
 #include "QtPrinters.h"
 #include "RenditionSamples.h"
@@ -10,11 +11,7 @@
 
 #include <gtest/gtest.h>
 
-#include <libraw/libraw.h>
-
 #include <algorithm>
-#include <cmath>
-#include <memory>
 
 namespace
 {
@@ -31,51 +28,6 @@ Bitmap linearOf(const QByteArray& dng)
     return photo.ok() ? photo.value().linear() : Bitmap();
 }
 
-/// Light as LibRaw's pixel grouping finds it.
-Bitmap byPixelGrouping(const QByteArray& dng)
-{
-    const auto libRaw = std::make_unique<LibRaw>();
-    QByteArray bytes = dng;
-    auto& parameters = libRaw->imgdata.params;
-    EXPECT_EQ(libRaw->open_buffer(bytes.data(), static_cast<std::size_t>(bytes.size())), 0);
-    parameters.use_camera_wb = 1;
-    parameters.no_auto_bright = 1;
-    parameters.output_bps = 16;
-    parameters.gamm[0] = 1.0;
-    parameters.gamm[1] = 1.0;
-    parameters.user_qual = 2;
-    parameters.adjust_maximum_thr = 0.0F;
-    EXPECT_EQ(libRaw->unpack(), 0);
-    EXPECT_EQ(libRaw->dcraw_process(), 0);
-    const auto& sizes = libRaw->imgdata.sizes;
-    Bitmap bitmap(sizes.width, sizes.height, Transfer::Linear);
-    for (int y = 0; y < bitmap.pixelsHigh(); ++y) {
-        for (std::size_t i = 0; i < bitmap.row(y).size(); ++i) {
-            const std::size_t pixel = static_cast<std::size_t>(y) * sizes.width + i / 3;
-            bitmap.row(y)[i] = libRaw->imgdata.image[pixel][i % 3];
-        }
-    }
-    return bitmap;
-}
-
-/// Peak signal to noise, in decibels, without the rim.
-double closeness(const Bitmap& one, const Bitmap& other)
-{
-    constexpr int kRim = 4;
-    double squares = 0.0;
-    double count = 0.0;
-    for (int y = kRim; y < one.pixelsHigh() - kRim; ++y) {
-        const auto a = one.row(y);
-        const auto b = other.row(y);
-        for (std::size_t i = std::size_t{3} * kRim; i < a.size() - std::size_t{3} * kRim; ++i) {
-            const double step = (a[i] - b[i]) / 65535.0;
-            squares += step * step;
-            count += 1.0;
-        }
-    }
-    return 10.0 * std::log10(count / squares);
-}
-
 } // namespace
 
 TEST(RawPhotoTest, coloursBetweenTheFiltersAreAsCloseAsPixelGroupingFindsThem)
@@ -84,7 +36,9 @@ TEST(RawPhotoTest, coloursBetweenTheFiltersAreAsCloseAsPixelGroupingFindsThem)
         const Bitmap scene =
             SrgbTransfer::converted(SceneSamples::leaves({320, 240}, seed), Transfer::Linear);
         const QByteArray dng = ImageBuilder::dng(scene);
-        EXPECT_GE(closeness(linearOf(dng), scene), closeness(byPixelGrouping(dng), scene)) << seed;
+        EXPECT_GE(Demosaicing::closeness(linearOf(dng), scene),
+                  Demosaicing::closeness(Demosaicing::byPixelGrouping(dng), scene))
+            << seed;
     }
 }
 
