@@ -1,7 +1,9 @@
 #include "PictureIntake.h"
 
+#include "BitmapImage.h"
 #include "Clock.h"
 #include "ImageSource.h"
+#include "JpegDecoder.h"
 #include "JpegDestination.h"
 #include "JpegProof.h"
 #include "Resampler.h"
@@ -132,16 +134,34 @@ void takeFacts(PreparedPicture& picture, ImageFacts facts)
     }
 }
 
-/// What is kept of a picture beside the file, whose facts are known.
-Result<void> render(PreparedPicture& picture, const Bitmap& decoded)
+/// Whether the picture is to be shown in another way than it is stored.
+bool isTurned(const PreparedPicture& picture)
+{
+    return picture.facts.orientation >= 2 && picture.facts.orientation <= 8;
+}
+
+/// A JPEG file's picture, read whole, for what is made of it: where that are thumbnails alone, no
+/// larger than they need it.
+Result<Bitmap> decodedFor(const PreparedPicture& picture, QSize size)
+{
+    const int denominator = JpegDecoder::denominatorFor(size, kThumbnailSide);
+    if (isTurned(picture) || denominator == 1) {
+        return JpegProof::decodeWhole(picture.bytes);
+    }
+    const Result<QImage> decoded = JpegDecoder::decodeReduced(picture.bytes, denominator);
+    return decoded.ok() ? Result<Bitmap>(BitmapImage::fromImage(decoded.value())) : decoded.error();
+}
+
+/// What is kept of a picture of the size `stored` beside the file, whose facts are known.
+Result<void> render(PreparedPicture& picture, const Bitmap& decoded, QSize stored)
 {
     const int orientation = picture.facts.orientation;
-    picture.stored = decoded.size();
+    picture.stored = stored;
     picture.shown =
         Upright::isTransposed(orientation) ? picture.stored.transposed() : picture.stored;
     picture.rotation = Upright::rotation(orientation);
     Result<void> made = makeThumbnails(picture, decoded, orientation);
-    if (made.ok() && orientation >= 2 && orientation <= 8) {
+    if (made.ok() && isTurned(picture)) {
         made = encodeInto(picture.preview, Upright::turned(decoded, orientation));
     }
     return made;
@@ -168,13 +188,14 @@ Result<PreparedPicture> PictureIntake::jpeg(const QString& path, const QString& 
         return result;
     }
     PreparedPicture& picture = result.value();
-    const Result<Bitmap> decoded = JpegProof::decodeWhole(picture.bytes);
+    const Result<ImageProperties> properties = ImageProperties::fromBytes(picture.bytes);
+    takeFacts(picture, properties.ok() ? properties.value().facts() : ImageFacts());
+    const QSize stored = JpegDecoder::size(picture.bytes).value_or(QSize());
+    const Result<Bitmap> decoded = decodedFor(picture, stored);
     if (!decoded.ok()) {
         return noPicture(path, decoded.error());
     }
-    const Result<ImageProperties> properties = ImageProperties::fromBytes(picture.bytes);
-    takeFacts(picture, properties.ok() ? properties.value().facts() : ImageFacts());
-    const Result<void> made = render(picture, decoded.value());
+    const Result<void> made = render(picture, decoded.value(), stored);
     return made.ok() ? std::move(result) : Result<PreparedPicture>(made.error());
 }
 
@@ -216,6 +237,6 @@ Result<PreparedPicture> PictureIntake::rendered(const QString& path)
     PreparedPicture picture;
     const Result<ImageProperties> properties = ImageProperties::read(path);
     takeFacts(picture, properties.ok() ? properties.value().facts() : ImageFacts());
-    const Result<void> made = render(picture, decoded.value());
+    const Result<void> made = render(picture, decoded.value(), decoded.value().size());
     return made.ok() ? Result<PreparedPicture>(std::move(picture)) : made.error();
 }
