@@ -52,7 +52,7 @@ ProxiedPhoto photoOf(Connection& connection, qint64 version)
 }
 
 /// The picture that shows what the thumbnail should; empty where there is none.
-QString sourceOf(const ProxiedPhoto& photo, ProxyFiles::Kind kind)
+QString originalOf(const ProxiedPhoto& photo, ProxyFiles::Kind kind)
 {
     const bool showsItself = !photo.isRaw && !photo.isEdited;
     if (kind == ProxyFiles::Kind::Preview || photo.preview.isEmpty()) {
@@ -101,7 +101,7 @@ QList<ProxyFiles::Missing> ProxyFiles::missing(Connection& connection)
 bool ProxyFiles::canBeMade(Connection& connection, const Missing& missing)
 {
     const ProxiedPhoto photo = photoOf(connection, missing.version);
-    const QString source = sourceOf(photo, missing.kind);
+    const QString source = originalOf(photo, missing.kind);
     if (missing.leadsOut || source.isEmpty()) {
         return false;
     }
@@ -113,7 +113,7 @@ bool ProxyFiles::canBeMade(Connection& connection, const Missing& missing)
 Result<QByteArray> ProxyFiles::make(Connection& connection, const Missing& missing)
 {
     const ProxiedPhoto photo = photoOf(connection, missing.version);
-    const QString source = sourceOf(photo, missing.kind);
+    const QString source = originalOf(photo, missing.kind);
     const Error impossible{ErrorCode::Unsupported,
                            u"“%1” cannot be made from the original “%2”."_s.arg(
                                missing.relativePath, missing.fileName)};
