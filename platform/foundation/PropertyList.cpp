@@ -3,6 +3,7 @@
 #include "PropertyListForms.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QStringList>
 
 #include <limits>
@@ -22,7 +23,7 @@ Result<QVariant> PropertyList::read(const QString& path)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        const bool exists = file.exists();
+        const bool exists = QFileInfo::exists(path); // a link to nothing does not
         return Error{exists ? ErrorCode::Unreadable : ErrorCode::NotFound,
                      u"Could not read \"%1\": %2"_s.arg(path, file.errorString())};
     }

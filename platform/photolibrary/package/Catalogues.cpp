@@ -21,10 +21,10 @@ namespace
 /// The bytes of a file, none when it does not exist.
 Result<QByteArray> bytesOf(const QString& path)
 {
-    QFile file(path);
-    if (!file.exists()) {
-        return QByteArray(); // a null one
+    if (!QFileInfo::exists(path)) { // nor does a link to nothing
+        return QByteArray();        // a null one
     }
+    QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         return Error{
             ErrorCode::Unreadable,
