@@ -1,15 +1,15 @@
 #pragma once
 
-#include <QByteArray>
+#include <QByteArrayView>
 #include <QString>
 #include <QtEndian>
 
-/// Numbers and marks at offsets of a file that may end anywhere. It holds a reference to the bytes.
-/// Any thread.
+/// Numbers and marks at offsets of a file that may end anywhere. The bytes have to outlive it. Any
+/// thread.
 class FileBytes final
 {
 public:
-    explicit FileBytes(const QByteArray& bytes)
+    explicit FileBytes(QByteArrayView bytes)
         : m_bytes(bytes)
     {
     }
@@ -39,7 +39,7 @@ public:
     [[nodiscard]] bool has(quint64 offset, QByteArrayView mark) const
     {
         return holds(offset, static_cast<quint64>(mark.size())) &&
-               QByteArrayView(m_bytes).sliced(static_cast<qsizetype>(offset), mark.size()) == mark;
+               m_bytes.sliced(static_cast<qsizetype>(offset), mark.size()) == mark;
     }
 
     /// A clause for a picture that would end at that offset, beyond the file's end.
@@ -50,5 +50,5 @@ public:
     }
 
 private:
-    const QByteArray& m_bytes;
+    QByteArrayView m_bytes;
 };
