@@ -26,8 +26,8 @@ public:
     using NamedException::NamedException;
 };
 
-/// An instant with the name of the time zone it is shown in ("GMT": shown as it is). A photo without
-/// a date has one that is not a number; setting that changes nothing.
+/// An instant with the name of the time zone it is shown in ("GMT": shown as it is). A photo
+/// without a date has one that is not a number; setting that changes nothing.
 struct PhotoDate {
     double secondsSince2001{0.0};
     QString zoneName;

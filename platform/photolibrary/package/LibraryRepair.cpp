@@ -4,6 +4,7 @@
 #include "Catalogues.h"
 #include "DerivedRows.h"
 #include "LibraryVerification.h"
+#include "PackageFiles.h"
 #include "PhotoLibraryPrivate.h"
 #include "ProxyFiles.h"
 #include "Sidecars.h"
@@ -64,6 +65,11 @@ Result<void> makePicture(Connection& connection, const ProxyFiles::Missing& miss
     const Result<QByteArray> bytes = ProxyFiles::make(connection, missing);
     if (!bytes.ok()) {
         return bytes.error();
+    }
+    if (const Result<void> allowed =
+            PackageFiles::mayBeWritten(connection.packagePath(), missing.relativePath);
+        !allowed.ok()) {
+        return allowed;
     }
     const QString path = connection.packagePath() + u'/' + missing.relativePath;
     Result<void> folder = AtomicFile::makeFolder(QFileInfo(path).path());

@@ -186,7 +186,7 @@ QList<NotRemoved> PackageFiles::remove(const QString& package, const QString& re
 void PackageFiles::removeEmpty(const QString& package, const QStringList& folders)
 {
     for (const QString& folder : folders) {
-        if (!isInside(folder)) {
+        if (!isInside(folder) || leadsOut(package, folder)) {
             continue;
         }
         for (const QString& current : withParents(folder)) {

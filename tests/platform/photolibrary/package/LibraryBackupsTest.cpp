@@ -110,7 +110,8 @@ TEST_F(LibraryBackupsTest, theFolderOfTheCopiesIsKnownBeforeThereIsOne)
     const Result<QString> folder = LibraryBackups::folder(package());
     ASSERT_TRUE(folder.ok()) << folder.error().message.toStdString();
     EXPECT_EQ(QFileInfo(make().path).path(), folder.value());
-    EXPECT_EQ(LibraryBackups::folder(package() + u"/Masters"_s).error().code, ErrorCode::Unsupported);
+    EXPECT_EQ(LibraryBackups::folder(package() + u"/Masters"_s).error().code,
+              ErrorCode::Unsupported);
 }
 
 TEST_F(LibraryBackupsTest, aRestoredLibraryIsAsItWas)
