@@ -194,8 +194,8 @@ Result<void> fill(Connection& connection, int photos, Model& raw, Model& jpeg)
         }
     }
     LargeLibraryRows::multiply(writer, photos / imported);
-    LargeLibraryRows::assignKeywords(writer, photos / kPhotosOfKeyword);
-    LargeLibraryRows::fillAlbums(writer, photos / kPhotosOfAlbum);
+    LargeLibraryRows::assignKeywords(writer, std::max(1, photos / kPhotosOfKeyword));
+    LargeLibraryRows::fillAlbums(writer, std::max(1, photos / kPhotosOfAlbum));
     LargeLibraryRows::settle(writer);
     connection.commit();
     const Result<Catalogues::CarriedOver> catalogues = Catalogues::write(connection, now);
