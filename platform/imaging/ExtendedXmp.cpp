@@ -86,7 +86,7 @@ std::string wholeProperty(const std::string& key)
 
 bool decodePacket(const QByteArray& packet, Exiv2::XmpData& xmp)
 {
-    return !packet.isEmpty() && Exiv2::XmpParser::decodePacket(xmp, packet.toStdString()) == 0;
+    return !packet.isEmpty() && Exiv2::XmpParser::decode(xmp, packet.toStdString()) == 0;
 }
 
 } // namespace
@@ -105,7 +105,7 @@ void ExtendedXmp::merge(QByteArrayView jpeg, ImageProperties::Content& content)
     }
     const QByteArray packet = assembled(jpeg, QByteArray::fromStdString(note->toString()));
     Exiv2::XmpData rest;
-    if (!decodePacket(packet, rest) && !decode(XmpRepair::withoutDuplicates(packet), rest)) {
+    if (!decodePacket(packet, rest) && !decodePacket(XmpRepair::withoutDuplicates(packet), rest)) {
         content.isExtendedXmpLost = true;
         return;
     }
