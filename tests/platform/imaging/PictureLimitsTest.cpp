@@ -176,9 +176,7 @@ TEST(PictureLimits, aTiffThatClaimsAbsurdSidesTakesNoMemory)
     QBuffer buffer(&bytes);
     QImage image(kSmall, QImage::Format_Grayscale8);
     image.fill(99);
-    if (!image.save(&buffer, "TIFF")) {
-        GTEST_SKIP() << "Qt has no writer of TIFF here";
-    }
+    ASSERT_TRUE(image.save(&buffer, "TIFF"));
     const QByteArray width("\x00\x01\x03\x00\x01\x00\x00\x00\x20\x00", 10);
     const QByteArray height("\x01\x01\x03\x00\x01\x00\x00\x00\x20\x00", 10);
     ASSERT_TRUE(bytes.contains(width) && bytes.contains(height));
