@@ -1,6 +1,7 @@
 #include "BayerKernels.h"
 
 #include <cmath>
+#include <utility>
 
 // Compilers make a version of each function for the wider registers of newer processors as well;
 // both give the same values, since neither may fuse multiplications and additions.
@@ -38,6 +39,18 @@ inline float clipped(float light)
 inline quint16 stored(float light)
 {
     return static_cast<quint16>(static_cast<int>(clipped(light) + 0.5F));
+}
+
+/// The columns in the order of the site's colour, green and the other colour.
+BayerKernels::Matrix inOrderOfSite(const BayerKernels::Matrix& matrix, bool siteIsRed)
+{
+    BayerKernels::Matrix ordered = matrix;
+    if (!siteIsRed) {
+        for (const std::size_t row : {0, 3, 6}) {
+            std::swap(ordered[row], ordered[row + 2]);
+        }
+    }
+    return ordered;
 }
 
 } // namespace
@@ -106,18 +119,7 @@ void BayerKernels::pixelsAtSites(const float* __restrict site,
     const float* const greenBelow = corners.greenBelow;
     const float* const above = corners.above;
     const float* const below = corners.below;
-    // The columns of the matrix in the order of site, green and the other colour.
-    const std::size_t own = siteIsRed ? 0 : 2;
-    const std::size_t other = 2 - own;
-    const float redOwn = matrix[own];
-    const float redGreen = matrix[1];
-    const float redOther = matrix[other];
-    const float greenOwn = matrix[3 + own];
-    const float greenGreen = matrix[4];
-    const float greenOther = matrix[3 + other];
-    const float blueOwn = matrix[6 + own];
-    const float blueGreen = matrix[7];
-    const float blueOther = matrix[6 + other];
+    const Matrix m = inOrderOfSite(matrix, siteIsRed);
     quint16* __restrict const redInto = into.red;
     quint16* __restrict const greenInto = into.green;
     quint16* __restrict const blueInto = into.blue;
@@ -132,9 +134,9 @@ void BayerKernels::pixelsAtSites(const float* __restrict site,
             ((above[i] + below[i + 1]) * rising + (above[i + 1] + below[i]) * falling) /
             (falling + rising);
         const float otherLight = clipped(here + 0.5F * more);
-        redInto[i] = stored(redOwn * site[i] + redGreen * here + redOther * otherLight);
-        greenInto[i] = stored(greenOwn * site[i] + greenGreen * here + greenOther * otherLight);
-        blueInto[i] = stored(blueOwn * site[i] + blueGreen * here + blueOther * otherLight);
+        redInto[i] = stored(m[0] * site[i] + m[1] * here + m[2] * otherLight);
+        greenInto[i] = stored(m[3] * site[i] + m[4] * here + m[5] * otherLight);
+        blueInto[i] = stored(m[6] * site[i] + m[7] * here + m[8] * otherLight);
     }
 }
 
@@ -148,17 +150,7 @@ void BayerKernels::pixelsAtGreens(const float* __restrict green,
                                   const Matrix& matrix,
                                   const Planes& into)
 {
-    const std::size_t own = siteIsRed ? 0 : 2;
-    const std::size_t other = 2 - own;
-    const float redOwn = matrix[own];
-    const float redGreen = matrix[1];
-    const float redOther = matrix[other];
-    const float greenOwn = matrix[3 + own];
-    const float greenGreen = matrix[4];
-    const float greenOther = matrix[3 + other];
-    const float blueOwn = matrix[6 + own];
-    const float blueGreen = matrix[7];
-    const float blueOther = matrix[6 + other];
+    const Matrix m = inOrderOfSite(matrix, siteIsRed);
     quint16* __restrict const redInto = into.red;
     quint16* __restrict const greenInto = into.green;
     quint16* __restrict const blueInto = into.blue;
@@ -166,9 +158,9 @@ void BayerKernels::pixelsAtGreens(const float* __restrict green,
         const float here = green[i];
         const float ownLight = clipped(here + 0.5F * (left[i] + left[i + 1]));
         const float otherLight = clipped(here + 0.5F * (above[i] + below[i]));
-        redInto[i] = stored(redOwn * ownLight + redGreen * here + redOther * otherLight);
-        greenInto[i] = stored(greenOwn * ownLight + greenGreen * here + greenOther * otherLight);
-        blueInto[i] = stored(blueOwn * ownLight + blueGreen * here + blueOther * otherLight);
+        redInto[i] = stored(m[0] * ownLight + m[1] * here + m[2] * otherLight);
+        greenInto[i] = stored(m[3] * ownLight + m[4] * here + m[5] * otherLight);
+        blueInto[i] = stored(m[6] * ownLight + m[7] * here + m[8] * otherLight);
     }
 }
 
