@@ -46,7 +46,7 @@ BayerKernels::Matrix inOrderOfSite(const BayerKernels::Matrix& matrix, bool site
 {
     BayerKernels::Matrix ordered = matrix;
     if (!siteIsRed) {
-        for (const std::size_t row : {0, 3, 6}) {
+        for (std::size_t row = 0; row < ordered.size(); row += 3) {
             std::swap(ordered[row], ordered[row + 2]);
         }
     }
