@@ -14,12 +14,12 @@
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
+using Stage = CareProgress::Stage;
 
 namespace
 {
 
 using Findings = QList<Finding>;
-using Stage = CareProgress::Stage;
 
 /// Who watches the work, and may stop it.
 struct Watch {
