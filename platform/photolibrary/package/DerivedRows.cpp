@@ -49,7 +49,9 @@ constexpr const char* kMiscountedEvents =
 
 constexpr const char* kMiscountedAlbums =
     "SELECT a.modelId FROM RKAlbum a WHERE a.albumSubclass = 3 AND coalesce(a.versionCount, 0) <>"
-    " (SELECT count(*) FROM RKAlbumVersion v WHERE v.albumId = a.modelId)";
+    " (SELECT count(*) FROM RKAlbumVersion v WHERE v.albumId = a.modelId)"
+    " AND coalesce(a.versionCount, 0) <> (SELECT count(*) FROM RKAlbumVersion v JOIN RKVersion p"
+    " ON p.modelId = v.versionId WHERE v.albumId = a.modelId)";
 
 QString titleOf(Connection& connection, const QString& event)
 {

@@ -18,17 +18,18 @@ namespace IntegrityCheck
 /// Whether the databases are whole, as SQLite sees them.
 [[nodiscard]] QList<Finding> ofForm(Connection& connection);
 /// What is wrong with the rows of whole databases: counts, indexes, id counters, and rows that
-/// refer to each other.
+/// contradict each other.
 [[nodiscard]] QList<Finding> ofRows(Connection& connection);
 
 /// What is wrong with the databases themselves: their form, counts, indexes, id counters, and rows
-/// that refer to each other. A library with any of that is not written to. Looks at no other file.
-/// Takes about half a second for 1000 photos.
+/// that contradict each other. A library with any of that is not written to. Looks at no other
+/// file. Takes about half a second for 1000 photos.
 [[nodiscard]] QStringList ofDatabases(Connection& connection);
 
-/// What is wrong between databases and files: pictures that are missing, and files in Masters that
-/// belong to no photo. Missing masters are no problem here, nor are `namedFiles`.
-[[nodiscard]] QStringList ofFiles(Connection& connection, const NamedFiles& namedFiles);
+/// What leads nowhere: rows that belong to something that is gone (LooseRows), pictures that are
+/// missing, and files in Masters that belong to no photo. Missing masters are no problem here, nor
+/// are `namedFiles`. A library with any of that is written to, unless it was not closed properly.
+[[nodiscard]] QStringList ofLooseEnds(Connection& connection, const NamedFiles& namedFiles);
 
 /// Both, and a catalogue that cannot be read; empty for a sound library. Sidecars and catalogues
 /// that lag behind the databases are no problems, nor is what another process of this program is

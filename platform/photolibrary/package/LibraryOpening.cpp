@@ -79,13 +79,13 @@ Result<void> checkForWriting(Connection& connection,
                         "follows from the rest. Or let "
                         "iPhoto repair it, or restore it from a backup."_s);
     }
-    const QStringList ofFiles =
-        clean ? QStringList() : IntegrityCheck::ofFiles(connection, Recovery::named(turns));
-    return ofFiles.isEmpty() ? Result<void>()
-                             : notSound(package,
-                                        ofFiles,
-                                        u"Open it in iPhoto and quit; move files that belong to no "
-                                        "photo out of it."_s);
+    const QStringList looseEnds =
+        clean ? QStringList() : IntegrityCheck::ofLooseEnds(connection, Recovery::named(turns));
+    return looseEnds.isEmpty() ? Result<void>()
+                               : notSound(package,
+                                          looseEnds,
+                                          u"Open it in iPhoto and quit; move files that belong to "
+                                          "no photo out of it."_s);
 }
 
 /// With the write lock of the databases: what a crash left is cleared away.

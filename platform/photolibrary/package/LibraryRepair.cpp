@@ -4,6 +4,7 @@
 #include "Catalogues.h"
 #include "DerivedRows.h"
 #include "LibraryVerification.h"
+#include "LooseRows.h"
 #include "PackageFiles.h"
 #include "PhotoLibraryPrivate.h"
 #include "ProxyFiles.h"
@@ -49,6 +50,7 @@ Error interrupted(const QString& package)
 /// Rows, and the list of the sidecars and catalogues that are to follow.
 void mendRows(Writer& writer)
 {
+    LooseRows::mend(writer);
     DerivedRows::mend(writer);
     writer.changes.unite(
         Sidecars::compare(writer.connection, LibraryVerification::allObjects(writer.connection))

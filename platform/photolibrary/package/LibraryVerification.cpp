@@ -4,6 +4,7 @@
 #include "DerivedRows.h"
 #include "FileFindings.h"
 #include "IntegrityCheck.h"
+#include "LooseRows.h"
 #include "Queries.h"
 #include "RoomyCache.h"
 #include "Schema.h"
@@ -102,7 +103,8 @@ QList<Finding> LibraryVerification::findings(Connection& connection,
     if (!findings.isEmpty()) {
         return findings;
     }
-    findings << IntegrityCheck::ofRows(connection) << DerivedRows::findings(connection);
+    findings << IntegrityCheck::ofRows(connection) << LooseRows::findings(connection)
+             << DerivedRows::findings(connection);
     if (Schema::mismatches(connection).isEmpty()) { // of older ones sidecars look otherwise
         goOn(Stage::Sidecars);
         tellAllSidecars(connection, findings, [&goOn](qint64 done, qint64 total) {

@@ -15,17 +15,31 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+/// The highest ids by which other rows name photos, albums and keywords: what is gone may still be
+/// named.
+constexpr const char* kHighestPhotoNamed =
+    "SELECT max((SELECT coalesce(max(versionId), 0) FROM RKAlbumVersion),"
+    " (SELECT coalesce(max(versionId), 0) FROM RKKeywordForVersion),"
+    " (SELECT coalesce(max(versionId), 0) FROM RKImageProxyState),"
+    " (SELECT coalesce(max(versionId), 0) FROM RKIptcProperty),"
+    " (SELECT coalesce(max(versionId), 0) FROM RKOtherProperty),"
+    " (SELECT coalesce(max(versionId), 0) FROM RKExifStringProperty),"
+    " (SELECT coalesce(max(versionId), 0) FROM RKExifNumberProperty))";
+constexpr const char* kHighestAlbumNamed = "SELECT max(albumId) FROM RKAlbumVersion";
+constexpr const char* kHighestKeywordNamed = "SELECT max(keywordId) FROM RKKeywordForVersion";
+
 /// A table whose ids are counted and kept.
 struct Table {
     const char* name;
     bool isOfObjects;
+    const char* highestNamed{nullptr};
 };
 
 constexpr std::array kTables{Table{"RKMaster", true},
-                             Table{"RKVersion", true},
+                             Table{"RKVersion", true, kHighestPhotoNamed},
                              Table{"RKFolder", true},
-                             Table{"RKAlbum", true},
-                             Table{"RKKeyword", true},
+                             Table{"RKAlbum", true, kHighestAlbumNamed},
+                             Table{"RKKeyword", true, kHighestKeywordNamed},
                              Table{"RKImportGroup", true},
                              Table{"RKImageProxyState", true},
                              Table{"RKAlbumVersion", false},
@@ -77,6 +91,10 @@ std::optional<ModelIds::Lagging> laggingIn(Connection& connection, const Table& 
         QString::fromLatin1(table.name), table.isOfObjects, std::nullopt, 0, false};
     const QString counter = AdminData::text(connection, found.table, kNextId);
     found.highest = highestId(connection, table.name);
+    if (table.highestNamed != nullptr) {
+        found.highest =
+            std::max(found.highest, Sql::firstInteger(connection, table.highestNamed).value_or(0));
+    }
     if (!counter.isNull() && counter.toLongLong() <= found.highest) {
         found.counter = counter.toLongLong();
     }

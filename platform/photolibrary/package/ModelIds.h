@@ -25,7 +25,8 @@ void release(Writer& writer, const char* table, const QList<qint64>& ids);
 struct Lagging {
     QString table;
     bool isOfObjects{false};       ///< that other rows and files refer to
-    std::optional<qint64> counter; ///< stands at this, though `highest` is in use
+    std::optional<qint64> counter; ///< stands at this, though `highest` is in use, or was: a row
+                                   ///< that still names it would be taken for one of a new object
     qint64 highest{0};
     bool setLacksIds{false}; ///< or the set cannot be read
 };

@@ -132,7 +132,7 @@ TEST_F(OpenedLibrary, textsOfPhotosThatAreNotThereAreAProblem)
                                 "(modelId, versionId, propertyKey) VALUES(4711, 4711, 'x')";
         change(sql.c_str());
     }
-    EXPECT_EQ(problems().filter(u"name a photo or a string that is not there"_s).size(), 2)
+    EXPECT_EQ(problems().filter(u"text(s) belong to no photo"_s).size(), 2)
         << problems().join(u'\n').toStdString();
 }
 

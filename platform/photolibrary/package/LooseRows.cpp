@@ -1,0 +1,113 @@
+#include "LooseRows.h"
+
+#include "ModelIds.h"
+#include "Queries.h"
+
+#include <string>
+
+using namespace Qt::StringLiterals;
+
+namespace
+{
+
+constexpr const char* kLibrary = "Database/apdb/Library.apdb";
+constexpr const char* kOfProperties = "Database/apdb/Properties.apdb";
+constexpr const char* kOfPictures = "Database/apdb/ImageProxies.apdb";
+
+/// Rows of one kind.
+struct Loose {
+    const char* table;
+    const char* ids;      ///< asks for them
+    const char* sentence; ///< %1 is the first id, %2 how many there are
+    const char* file;     ///< of the database
+    bool isTie{true};     ///< tells of nothing but what is gone
+};
+
+constexpr Loose kKinds[] = {
+    {"RKVersion",
+     "SELECT v.modelId FROM RKVersion v LEFT JOIN RKMaster m ON m.uuid = v.masterUuid"
+     " WHERE m.modelId IS NULL",
+     "%2 photo version(s) have no master, the first is %1.",
+     kLibrary,
+     false},
+    {"RKVersion",
+     "SELECT v.modelId FROM RKVersion v LEFT JOIN RKFolder f ON f.uuid = v.projectUuid"
+     " WHERE f.modelId IS NULL",
+     "%2 photo version(s) belong to no event, the first is %1.",
+     kLibrary,
+     false},
+    {"RKMaster",
+     "SELECT m.modelId FROM RKMaster m LEFT JOIN RKImportGroup g ON g.uuid = m.importGroupUuid"
+     " WHERE g.modelId IS NULL",
+     "%2 master(s) have no import group, the first is %1.",
+     kLibrary,
+     false},
+    {"RKAlbumVersion",
+     "SELECT a.modelId FROM RKAlbumVersion a LEFT JOIN RKVersion v ON v.modelId = a.versionId"
+     " LEFT JOIN RKAlbum b ON b.modelId = a.albumId WHERE v.modelId IS NULL OR b.modelId IS NULL",
+     "%2 album entry(ies) name a photo or an album that is not there, the first is %1.",
+     kLibrary},
+    {"RKKeywordForVersion",
+     "SELECT k.modelId FROM RKKeywordForVersion k LEFT JOIN RKVersion v"
+     " ON v.modelId = k.versionId LEFT JOIN RKKeyword w ON w.modelId = k.keywordId"
+     " WHERE v.modelId IS NULL OR w.modelId IS NULL",
+     "%2 assigned keyword(s) name a photo or a keyword that is not there, the first is %1.",
+     kLibrary},
+    {"RKImageProxyState",
+     "SELECT p.modelId FROM RKImageProxyState p LEFT JOIN RKVersion v"
+     " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
+     "%2 record(s) of pictures belong to no photo, the first is %1.",
+     kOfPictures},
+    {"RKIptcProperty",
+     "SELECT p.modelId FROM RKIptcProperty p LEFT JOIN RKVersion v"
+     " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
+     "%2 text(s) belong to no photo, the first is %1.",
+     kOfProperties},
+    {"RKOtherProperty",
+     "SELECT p.modelId FROM RKOtherProperty p LEFT JOIN RKVersion v"
+     " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
+     "%2 other text(s) belong to no photo, the first is %1.",
+     kOfProperties},
+    {"RKExifStringProperty",
+     "SELECT p.modelId FROM RKExifStringProperty p LEFT JOIN RKVersion v"
+     " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
+     "%2 camera text(s) belong to no photo, the first is %1.",
+     kOfProperties},
+    {"RKExifNumberProperty",
+     "SELECT p.modelId FROM RKExifNumberProperty p LEFT JOIN RKVersion v"
+     " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
+     "%2 number(s) belong to no photo, the first is %1.",
+     kOfProperties},
+};
+
+} // namespace
+
+QList<Finding> LooseRows::findings(Connection& connection)
+{
+    QList<Finding> findings;
+    for (const Loose& kind : kKinds) {
+        const QList<qint64> ids = Sql::integers(connection, kind.ids);
+        if (!ids.isEmpty()) {
+            findings.append({QString::fromLatin1(kind.sentence)
+                                 .arg(QString::number(ids.first()), QString::number(ids.size())),
+                             QString::fromLatin1(kind.file),
+                             kind.isTie});
+        }
+    }
+    return findings;
+}
+
+void LooseRows::mend(Writer& writer)
+{
+    for (const Loose& kind : kKinds) {
+        const QList<qint64> ids =
+            kind.isTie ? Sql::integers(writer.connection, kind.ids) : QList<qint64>();
+        if (ids.isEmpty()) {
+            continue;
+        }
+        const std::string sql =
+            std::string("DELETE FROM ") + kind.table + " WHERE modelId IN (" + kind.ids + ")";
+        Sql::execute(writer.connection, sql.c_str());
+        ModelIds::release(writer, kind.table, ids);
+    }
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Finding.h"
+#include "Writer.h"
+
+#include <QList>
+
+/// Rows that lead to something that is gone: an album's entry for a photo that was deleted, a photo
+/// version without a master. They say nothing of any other photo, so that a library with some is
+/// written to. Its ids are never given out again (ModelIds), so that no new photo, album or keyword
+/// can come to what an old one left behind.
+/// Errors: SQLite::Exception.
+namespace LooseRows
+{
+
+/// One finding for each kind. Repairable are those that only tie two things together, one of which
+/// is gone; a version without a master holds what somebody wrote about a photo, and stays.
+[[nodiscard]] QList<Finding> findings(Connection& connection);
+
+/// Deletes the repairable ones. Counts, indexes and sidecars are not touched: DerivedRows::mend()
+/// and Sidecars follow.
+void mend(Writer& writer);
+
+} // namespace LooseRows

@@ -1,0 +1,216 @@
+#include "LooseRows.h"
+
+#include "LibraryBuilder.h"
+#include "PhotoLibrary.h"
+#include "QtPrinters.h"
+#include "Queries.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+/// A library of two photos, the first of them in an album, to which rows are added that lead to
+/// what is gone.
+class LooseRowsOfALibrary : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        m_photo = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+        m_gone = m_builder.addPhoto(u"B.JPG"_s, u"Trip"_s);
+        m_album = m_builder.addAlbum(u"Best"_s, {m_photo});
+        deletePhotoForGood(); // whose ids were given out, then
+        ASSERT_TRUE(repair().ok()) << "sidecars and catalogues follow";
+        ASSERT_EQ(findings(), QStringList());
+    }
+
+    [[nodiscard]] Result<std::unique_ptr<PhotoLibrary>> open(OpenOptions options) const
+    {
+        options.access = Access::Write;
+        return PhotoLibrary::open(m_builder.package(), options);
+    }
+
+    [[nodiscard]] Result<RepairReport> repair() const
+    {
+        auto library = open({.forRepair = true});
+        return library.ok() ? library.value()->repair() : Result<RepairReport>(library.error());
+    }
+
+    /// What verify() tells, with " *" behind what can be mended.
+    [[nodiscard]] QStringList findings() const
+    {
+        QStringList lines;
+        const auto library = PhotoLibrary::open(m_builder.package(), {});
+        const Result<QList<Finding>> found = library.value()->verify();
+        EXPECT_TRUE(found.ok());
+        for (const Finding& finding : found.value()) {
+            lines += finding.what + (finding.repairable ? u" *"_s : QString());
+        }
+        return lines;
+    }
+
+    void execute(const QString& sql)
+    {
+        m_builder.edit(
+            [&sql](Writer& writer) { writer.connection.database().exec(sql.toStdString()); });
+    }
+
+    [[nodiscard]] qint64 count(const char* sql) const
+    {
+        const auto connection = Connection::open(m_builder.package(), Connection::Mode::Read);
+        return Sql::firstInteger(*connection.value(), sql).value_or(-1);
+    }
+
+    /// One row of each kind for the photo that is gone.
+    void leaveTies()
+    {
+        execute(
+            u"INSERT INTO RKAlbumVersion(modelId,versionId,albumId) VALUES(900,%1,%2);"
+            "INSERT INTO RKKeywordForVersion(modelId,versionId,keywordId) VALUES(900,%1,1);"
+            "INSERT INTO RKImageProxyState(modelId,versionId,versionUuid) VALUES(900,%1,'none');"
+            "INSERT INTO RKIptcProperty(modelId,versionId,propertyKey,stringId)"
+            " VALUES(900,%1,'ObjectName',1);"
+            "INSERT INTO RKOtherProperty(modelId,versionId,propertyKey) VALUES(900,%1,'Flagged');"
+            "INSERT INTO RKExifStringProperty(modelId,versionId,propertyKey)"
+            " VALUES(900,%1,'Make');"
+            "INSERT INTO RKExifNumberProperty(modelId,versionId,propertyKey)"
+            " VALUES(900,%1,'Altitude');"
+            "UPDATE RKAdminData SET propertyValue='901' WHERE propertyName='nextModelId' AND"
+            " propertyArea IN ('RKAlbumVersion','RKKeywordForVersion','RKImageProxyState',"
+            "'RKIptcProperty','RKOtherProperty','RKExifStringProperty','RKExifNumberProperty')"_s
+                .arg(m_gone)
+                .arg(m_album));
+    }
+
+    QTemporaryDir m_folder;
+    LibraryBuilder m_builder{m_folder.filePath(u"Test.photolibrary"_s)};
+    qint64 m_photo{0};
+    qint64 m_gone{0};
+    qint64 m_album{0};
+
+private:
+    void deletePhotoForGood()
+    {
+        m_builder.moveToTrash(m_gone);
+        const auto library = open({});
+        ASSERT_TRUE(library.ok() && library.value()->emptyTrash().ok());
+    }
+};
+
+TEST_F(LooseRowsOfALibrary, tiesToAPhotoThatIsGoneAreToldAndKeepNoOtherFromBeingWritten)
+{
+    leaveTies();
+    const QStringList before = findings();
+    for (const QString& table : {u"album entry(ies) name"_s,
+                                 u"assigned keyword(s) name"_s,
+                                 u"record(s) of pictures belong"_s,
+                                 u"1 text(s) belong"_s,
+                                 u"1 other text(s) belong"_s,
+                                 u"camera text(s) belong"_s,
+                                 u"number(s) belong"_s}) {
+        EXPECT_EQ(before.filter(table).size(), 1) << table.toStdString();
+    }
+    for (const QString& finding : before) {
+        EXPECT_TRUE(finding.endsWith("*"_L1)) << finding.toStdString();
+    }
+    const qint64 added = m_builder.addPhoto(u"C.JPG"_s, u"Trip"_s);
+    EXPECT_GT(added, m_gone);
+    const auto library = open({});
+    ASSERT_TRUE(library.ok()) << library.error().message.toStdString();
+    EXPECT_TRUE(library.value()->summary().value().writable);
+    EXPECT_EQ(library.value()->summary().value().problems.size(), 7);
+}
+
+TEST_F(LooseRowsOfALibrary, aRepairDeletesTheTiesAndNothingElse)
+{
+    leaveTies();
+    const Result<RepairReport> report = repair();
+    ASSERT_TRUE(report.ok()) << report.error().message.toStdString();
+    EXPECT_EQ(report.value().left, QList<Finding>());
+    EXPECT_EQ(findings(), QStringList());
+    EXPECT_EQ(count("SELECT count(*) FROM RKAlbumVersion WHERE modelId=900"), 0);
+    EXPECT_EQ(count("SELECT versionId FROM RKAlbumVersion v JOIN RKAlbum a ON"
+                    " a.modelId=v.albumId WHERE a.name='Best'"),
+              m_photo);
+    EXPECT_EQ(count("SELECT versionCount FROM RKAlbum WHERE name='Best'"), 1);
+}
+
+TEST_F(LooseRowsOfALibrary, anAlbumMayCountEntriesOfPhotosThatAreGoneOrNot)
+{
+    leaveTies();
+    for (const int entries : {1, 2}) {
+        m_builder.set(u"RKAlbum"_s, m_album, u"versionCount=%1"_s.arg(entries));
+        EXPECT_TRUE(open({}).ok()) << entries;
+    }
+    m_builder.set(u"RKAlbum"_s, m_album, u"versionCount=3"_s);
+    EXPECT_EQ(open({}).error().code, ErrorCode::Damaged);
+}
+
+TEST_F(LooseRowsOfALibrary, whatNamesAnAlbumOrAKeywordThatIsGoneIsATieToo)
+{
+    execute(u"INSERT INTO RKAlbumVersion(modelId,versionId,albumId) VALUES(900,%1,1);"
+            "INSERT INTO RKKeywordForVersion(modelId,versionId,keywordId) VALUES(900,%1,1);"
+            "UPDATE RKVersion SET hasKeywords=1 WHERE modelId=%1;"
+            "DELETE FROM RKKeyword WHERE modelId=1; DELETE FROM RKAlbum WHERE modelId=1"_s.arg(
+                m_photo));
+    EXPECT_TRUE(open({}).ok());
+    ASSERT_TRUE(repair().ok());
+    EXPECT_EQ(count("SELECT count(*) FROM RKKeywordForVersion"), 0);
+    EXPECT_EQ(count("SELECT count(*) FROM RKAlbumVersion WHERE albumId=1"), 0);
+    EXPECT_EQ(count("SELECT sum(hasKeywords) FROM RKVersion"), 0);
+}
+
+TEST_F(LooseRowsOfALibrary, aVersionWithoutAMasterOrAnEventIsToldAndStays)
+{
+    const qint64 other = m_builder.addPhoto(u"C.JPG"_s, u"Trip"_s);
+    const qint64 third = m_builder.addPhoto(u"D.JPG"_s, u"Trip"_s);
+    m_builder.set(u"RKVersion"_s, other, u"masterUuid='gone'"_s);
+    m_builder.set(u"RKVersion"_s, third, u"projectUuid='gone'"_s);
+    execute(u"UPDATE RKFolder SET versionCount=(SELECT count(*) FROM RKVersion v WHERE"
+            " v.projectUuid=RKFolder.uuid AND v.showInLibrary=1 AND v.isInTrash=0)"
+            " WHERE folderType=2 AND isMagic=0"_s);
+    execute(u"DELETE FROM RKImportGroup WHERE uuid=(SELECT importGroupUuid FROM RKMaster WHERE"
+            " fileName='A.JPG')"_s);
+    static_cast<void>(m_builder.addPhoto(u"E.JPG"_s, u"Other"_s));
+    ASSERT_TRUE(repair().ok());
+    EXPECT_EQ(findings().filter(u"have no master, the first is %1."_s.arg(other)).size(), 1);
+    EXPECT_EQ(findings().filter(u"belong to no event, the first is %1."_s.arg(third)).size(), 1);
+    EXPECT_EQ(findings().filter(u"1 master(s) have no import group"_s).size(), 1);
+    EXPECT_EQ(findings().filter(u"*"_s), QStringList());
+    EXPECT_EQ(count("SELECT count(*) FROM RKVersion WHERE masterUuid='gone'"), 1);
+}
+
+TEST_F(LooseRowsOfALibrary, whatNamesAnIdThatIsYetToBeGivenOutStopsWritingUntilItIsMended)
+{
+    execute(u"INSERT INTO RKAlbumVersion(modelId,versionId,albumId) VALUES(1,700,%1);"
+            "UPDATE RKAlbum SET versionCount=2 WHERE modelId=%1"_s.arg(m_album));
+    const auto refused = open({});
+    ASSERT_FALSE(refused.ok()) << "the photo of that id would come into the album";
+    EXPECT_EQ(refused.error().code, ErrorCode::Damaged);
+    EXPECT_TRUE(refused.error().message.contains(u"though the id 700 is in use"_s))
+        << refused.error().message.toStdString();
+    ASSERT_TRUE(repair().ok());
+    EXPECT_EQ(findings(), QStringList());
+    EXPECT_TRUE(open({}).ok());
+}
+
+TEST_F(LooseRowsOfALibrary, ofALibraryThatWasNotClosedTheyAreAReasonToRefuse)
+{
+    leaveTies();
+    execute(u"UPDATE RKAdminData SET propertyValue='0' WHERE propertyName='closedClean'"_s);
+    const auto refused = open({.afterCrash = true});
+    ASSERT_FALSE(refused.ok());
+    EXPECT_EQ(refused.error().code, ErrorCode::Damaged);
+}
+
+TEST_F(LooseRowsOfALibrary, aTextThatIsLostWhileItsPhotoIsThereIsNoTie)
+{
+    execute(u"INSERT INTO RKIptcProperty(modelId,versionId,propertyKey,stringId)"
+            " VALUES(900,%1,'Caption/Abstract',899)"_s.arg(m_photo));
+    EXPECT_EQ(open({}).error().code, ErrorCode::Damaged);
+    ASSERT_TRUE(repair().ok());
+    EXPECT_EQ(findings().filter(u"name a string that is not there"_s).size(), 1);
+    EXPECT_EQ(count("SELECT count(*) FROM RKIptcProperty WHERE modelId=900"), 1);
+}
