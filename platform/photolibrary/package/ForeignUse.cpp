@@ -7,6 +7,7 @@
 #include <QFile>
 
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <sys/vfs.h>
 
 #include <algorithm>
@@ -36,6 +37,48 @@ constexpr std::array<qint64, 9> kSharedFileSystems{
     0x01021997, // 9P
     0x00C36400, // Ceph
 };
+
+/// File systems of FUSE with a server, a service or another system behind them, by the types that
+/// they bear in /proc/self/mountinfo. All of FUSE have one number for statfs, be it a share or a
+/// disk of this computer ("fuseblk" of NTFS and exFAT, "fuse.gocryptfs").
+constexpr std::array kSharedFuse{"fuse.sshfs",
+                                 "fuse.rclone",
+                                 "fuse.gvfsd-fuse",
+                                 "fuse.kio-fuse",
+                                 "fuse.davfs",
+                                 "fuse.smbnetfs",
+                                 "fuse.curlftpfs",
+                                 "fuse.glusterfs",
+                                 "fuse.ceph-fuse",
+                                 "fuse.juicefs",
+                                 "fuse.mfs",
+                                 "fuse.s3fs",
+                                 "fuse.goofys",
+                                 "fuse.gcsfuse",
+                                 "fuse.google-drive-ocamlfuse",
+                                 "fuse.onedriver",
+                                 "fuse.vmhgfs-fuse"};
+
+/// As the kernel writes them: "0:52".
+QByteArray numbersOf(dev_t device)
+{
+    return QByteArray::number(major(device)) + ':' + QByteArray::number(minor(device));
+}
+
+/// Whether the package lies where other computers may use it as well.
+bool liesOnShare(const QString& package)
+{
+    const QByteArray path = QFile::encodeName(package);
+    struct statfs fileSystem = {};
+    if (::statfs(path.constData(), &fileSystem) == 0 &&
+        ForeignUse::isShared(static_cast<qint64>(fileSystem.f_type))) {
+        return true;
+    }
+    struct stat status = {};
+    QFile mounts(u"/proc/self/mountinfo"_s);
+    return ::stat(path.constData(), &status) == 0 && mounts.open(QIODevice::ReadOnly) &&
+           ForeignUse::isSharedMount(mounts.readAll(), numbersOf(status.st_dev));
+}
 
 QString noteIn(const QString& stateFolder)
 {
@@ -94,9 +137,7 @@ ForeignUse::warnings(const QString& package, const QString& stateFolder, const T
             "before anything is "
             "written: it would write over what changes meanwhile."_s.arg(package);
     }
-    struct statfs status = {};
-    if (::statfs(QFile::encodeName(package).constData(), &status) == 0 &&
-        isShared(static_cast<qint64>(status.f_type))) {
+    if (liesOnShare(package)) {
         warnings.lasting
             << u"The library \"%1\" lies on a network file system, where it cannot be seen "
                "whether iPhoto on another computer has it open. Make sure that it is quit "
@@ -110,4 +151,16 @@ bool ForeignUse::isShared(qint64 fileSystemType)
     constexpr qint64 kWord = 0xFFFFFFFF; // some systems tell it with a sign
     return std::ranges::find(kSharedFileSystems, fileSystemType & kWord) !=
            kSharedFileSystems.end();
+}
+
+bool ForeignUse::isSharedMount(const QByteArray& mountInfo, const QByteArray& device)
+{
+    constexpr qsizetype kDevice = 2;
+    const QList<QByteArray> lines = mountInfo.split('\n');
+    return std::ranges::any_of(lines, [&device](const QByteArray& line) {
+        const QList<QByteArray> fields = line.split(' ');
+        const QByteArray type = fields.value(fields.indexOf("-") + 1);
+        return fields.value(kDevice) == device &&
+               std::ranges::any_of(kSharedFuse, [&type](const char* name) { return type == name; });
+    });
 }

@@ -39,5 +39,9 @@ warnings(const QString& package, const QString& stateFolder, const Traces& found
 
 /// Whether a file system of that type (f_type of statfs) may be in use by other computers too.
 [[nodiscard]] bool isShared(qint64 fileSystemType);
+/// The same of file systems of FUSE, which share one such type. `mountInfo`: what
+/// /proc/self/mountinfo tells (proc_pid_mountinfo(5)); `device`: numbers of the one that is asked
+/// about, "major:minor".
+[[nodiscard]] bool isSharedMount(const QByteArray& mountInfo, const QByteArray& device);
 
 } // namespace ForeignUse

@@ -108,6 +108,24 @@ TEST_F(UsedByOthers, aRunDoesNotWarnOfTheChangesOfTheOneBefore)
     EXPECT_EQ(warnings(Access::Write).toStdString(), changedRecently().toStdString());
 }
 
+TEST(SharedFileSystems, ofThoseOfFuseSharesAreTakenForThemAndDisksOfThisComputerAreNot)
+{
+    const QByteArray mounts =
+        "22 27 0:21 / /proc rw,relatime - proc proc rw\n"
+        "90 27 0:51 / /home/me/server rw,nosuid - fuse.sshfs me@server:/photos rw\n"
+        "91 27 0:52 / /home/me/cloud rw,nosuid shared:4 - fuse.rclone cloud: rw\n"
+        "92 27 0:53 / /run/user/1000/gvfs rw,nosuid - fuse.gvfsd-fuse gvfsd-fuse rw\n"
+        "93 27 8:17 / /media/me/NTFS\\040disk rw,nosuid - fuseblk /dev/sdb1 rw\n"
+        "94 27 0:54 / /home/me/private rw,nosuid - fuse.gocryptfs /home/me/cipher rw\n"
+        "95 27 0:5 / /home/me/fuse.sshfs rw - tmpfs tmpfs rw\n";
+    for (const char* device : {"0:51", "0:52", "0:53"}) {
+        EXPECT_TRUE(ForeignUse::isSharedMount(mounts, device)) << device;
+    }
+    for (const char* device : {"0:21", "8:17", "0:54", "0:5", "0:99", ""}) {
+        EXPECT_FALSE(ForeignUse::isSharedMount(mounts, device)) << device;
+    }
+}
+
 TEST(SharedFileSystems, onlyThoseThatOtherComputersMayUseAreTold)
 {
     constexpr qint64 kExt4 = 0xEF53;
