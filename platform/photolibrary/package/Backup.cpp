@@ -253,8 +253,15 @@ QStringList Backup::names(const QString& backupsFolder)
 
 QStringList Backup::parts(const QString& package)
 {
-    QStringList parts = filesBelow(package, u"Database"_s) + filesBelow(package, kDatabaseFolder) +
-                        filesBelow(package, u"iLifeShared"_s);
+    QStringList parts;
+    for (const QString& folder : {u"Database"_s,
+                                  u"Database/apdb"_s,
+                                  u"Database/Versions"_s,
+                                  u"Database/Albums"_s,
+                                  u"Database/Folders"_s,
+                                  u"iLifeShared"_s}) {
+        parts += filesBelow(package, folder);
+    }
     QStringList named{u"AlbumData.xml"_s, u"Info.plist"_s};
     for (const QString& database : openDatabases()) {
         named.append(kDatabaseFolder + database);

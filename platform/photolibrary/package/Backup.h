@@ -33,7 +33,8 @@ enum class OfDamaged : quint8 {
 /// The moment in UTC that the name of a copy tells; invalid for any other name.
 [[nodiscard]] QDateTime momentOf(const QString& name);
 /// The files of a finished copy, or of a package, that belong into a copy: relative, sorted. The
-/// folder of the databases, and each of the three, is found behind a link too.
+/// folder of the databases, each of the three, and the whole folders of sidecars are found behind
+/// links too; a link within those folders leads to what the library does not write.
 [[nodiscard]] QStringList parts(const QString& package);
 /// Copies a file that no connection has open, and flushes it.
 [[nodiscard]] Result<void> copyFile(const QString& from, const QString& to);

@@ -4,6 +4,7 @@
 #include "DamagedLibrary.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 
@@ -66,6 +67,20 @@ protected:
         struct stat status = {};
         EXPECT_EQ(::stat(native(relativePath).constData(), &status), 0);
         return status;
+    }
+
+    /// Names of all files in a folder and those within it, sorted.
+    [[nodiscard]] static QStringList namesBelow(const QString& folder)
+    {
+        QStringList names;
+        QDirIterator walk(folder, QDir::Files, QDirIterator::Subdirectories);
+        while (walk.hasNext()) {
+            walk.next();
+            names += walk.fileName();
+        }
+        names.sort();
+        EXPECT_FALSE(names.isEmpty()) << folder.toStdString();
+        return names;
     }
 
     /// That nothing of a restore is left in the package.
@@ -170,6 +185,25 @@ TEST_F(LibraryBackupsTest, databasesBehindLinksAreInTheCopy)
     const LibraryBackup backup = make();
     EXPECT_EQ(backup.photos, 3);
     EXPECT_FALSE(QFileInfo(backup.path + u"/Database/apdb/Library.apdb"_s).isSymLink());
+}
+
+TEST_F(LibraryBackupsTest, sidecarsBehindALinkedFolderAreInTheCopyAndNotReplaced)
+{
+    const QString elsewhere = folder() + u"/elsewhere"_s;
+    for (const QString& linked :
+         {u"Database/Versions"_s, u"Database/Albums"_s, u"Database/Folders"_s}) {
+        const QString path = package() + u'/' + linked;
+        ASSERT_TRUE(QDir().rename(path, elsewhere));
+        ASSERT_TRUE(QFile::link(elsewhere, path));
+        const LibraryBackup backup = make();
+        EXPECT_EQ(namesBelow(backup.path + u'/' + linked), namesBelow(elsewhere));
+        const Result<LibraryBackups::Restored> refused = restore(backup.name);
+        ASSERT_FALSE(refused.ok()) << linked.toStdString();
+        EXPECT_TRUE(refused.error().message.contains("in the place of the link"_L1));
+        ASSERT_TRUE(QFile::remove(path));
+        ASSERT_TRUE(QDir().rename(elsewhere, path));
+        EXPECT_TRUE(restore(backup.name).ok());
+    }
 }
 
 TEST_F(LibraryBackupsTest, theSecondOldestOfFourIsRestoredWithItsCatalogue)
