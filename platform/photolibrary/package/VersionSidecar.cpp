@@ -1,5 +1,6 @@
 #include "VersionSidecar.h"
 
+#include "AdminData.h"
 #include "PropertyList.h"
 #include "Queries.h"
 #include "SidecarFile.h"
@@ -12,8 +13,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-
-constexpr int kFormatMinorVersion = 226;
 
 /// The properties of a version, by key.
 QVariantMap properties(Connection& connection, const char* sql, qint64 version)
@@ -84,7 +83,10 @@ public:
             mirrorProxies();
         }
         m_content.insert(u"version"_s, qlonglong{SidecarValues::kFormatVersion});
-        m_content.insert(u"minorVersion"_s, qlonglong{kFormatMinorVersion});
+        // Sidecars are of the databases' own form: other minor versions have other columns.
+        m_content.insert(
+            u"minorVersion"_s,
+            AdminData::text(m_connection, u"database"_s, u"versionMinor"_s).toLongLong());
     }
 
 private:

@@ -158,6 +158,16 @@ TEST_F(SidecarsTest, aUuidThatLooksLikeAPlaceholderNamesItsFolderAsItIs)
     }
 }
 
+TEST_F(SidecarsTest, versionsTellTheMinorVersionOfTheDatabases)
+{
+    EXPECT_EQ(content(versionPath(1)).value(u"minorVersion"_s).toLongLong(), 226);
+    Sql::execute(connection(),
+                 "UPDATE RKAdminData SET propertyValue='221' WHERE propertyArea='database' AND"
+                 " propertyName='versionMinor'");
+    follow(kLater);
+    EXPECT_EQ(content(versionPath(1)).value(u"minorVersion"_s).toLongLong(), 221);
+}
+
 TEST_F(SidecarsTest, aDamagedSidecarIsMadeAnew)
 {
     QFile file(versionPath(1));
