@@ -103,24 +103,48 @@ void PhotoFiles::addRendered(const QString& root, const QString& path, const QSt
     m_groups.insert(folderOf(folder));
 }
 
+QString PhotoFiles::groupOf(const QString& master) const
+{
+    const bool isReference =
+        Sql::firstInteger(m_connection, "SELECT fileIsReference FROM RKMaster WHERE uuid=?", master)
+            .value_or(1) != 0;
+    // Sidecars lie by the group of the import, also those of an original outside the package.
+    const QString group =
+        isReference ? importGroup(m_connection, master)
+                    : folderOf(Sql::firstText(
+                          m_connection, "SELECT imagePath FROM RKMaster WHERE uuid=?", master));
+    return Uuid::isSafeName(master) && isInside(group) ? group : QString();
+}
+
 void PhotoFiles::addMaster(const QString& uuid)
 {
-    const QString path =
-        Sql::firstText(m_connection, "SELECT imagePath FROM RKMaster WHERE uuid=?", uuid);
-    const bool isReference =
-        Sql::firstInteger(m_connection, "SELECT fileIsReference FROM RKMaster WHERE uuid=?", uuid)
-            .value_or(1) != 0;
+    const QString path = Sql::firstText(
+        m_connection, "SELECT imagePath FROM RKMaster WHERE uuid=? AND fileIsReference=0", uuid);
     if (!Uuid::isSafeName(uuid)) {
         return;
     }
-    // Sidecars lie by the group of the import, also those of an original outside the package.
-    const QString group = isReference ? importGroup(m_connection, uuid) : folderOf(path);
-    if (isInside(group)) {
+    if (const QString group = groupOf(uuid); !group.isEmpty()) {
         m_sidecarFolders.append("Database/Versions/"_L1 + group + '/'_L1 + uuid);
         m_groups.insert(group);
     }
-    if (!isReference && isInside(path)) {
+    if (isInside(path)) {
         m_masters.append(path);
+    }
+}
+
+void PhotoFiles::addVersionSidecar(const QString& master, qint64 versionNumber)
+{
+    const QString group = groupOf(master);
+    const bool isTaken = Sql::firstInteger(m_connection,
+                                           "SELECT modelId FROM RKVersion WHERE masterUuid=? AND"
+                                           " versionNumber=?",
+                                           master,
+                                           versionNumber)
+                             .has_value();
+    if (!group.isEmpty() && !isTaken) {
+        // No pattern to fill in: a uuid may hold "%1" itself.
+        m_sidecars.append("Database/Versions/"_L1 + group + '/'_L1 + master + "/Version-"_L1 +
+                          QString::number(versionNumber) + ".apversion"_L1);
     }
 }
 
@@ -143,6 +167,7 @@ TrashRows::Leftovers PhotoFiles::leftovers()
         used.insert(alike(path));
     }
     TrashRows::Leftovers result;
+    result.files = m_sidecars;
     result.folders = m_sidecarFolders + m_renderedFolders;
     result.folders.removeDuplicates();
     result.folders.removeIf([this](const QString& folder) { return isKeptOutside(folder); });

@@ -124,8 +124,13 @@ bool isNeeded(Connection& connection, const QString& master)
 void deletePhoto(Writer& writer, qint64 versionId, PhotoFiles& files)
 {
     const QStringList masters = MastersOfPhoto::of(writer.connection, versionId);
+    const std::optional<qint64> number = Sql::firstInteger(
+        writer.connection, "SELECT versionNumber FROM RKVersion WHERE modelId=?", versionId);
     files.addVersion(versionId);
     deleteVersion(writer, versionId);
+    if (number && isNeeded(writer.connection, masters.first())) {
+        files.addVersionSidecar(masters.first(), *number);
+    }
     for (const QString& master : masters) {
         if (isNeeded(writer.connection, master)) {
             // It stays with the photo that still shows it.

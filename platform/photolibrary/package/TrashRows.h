@@ -15,7 +15,7 @@ namespace TrashRows
 /// that nothing can bring a deleted photo back.
 struct Leftovers {
     QStringList folders;      ///< of sidecars, then of rendered pictures; each of one photo alone
-    QStringList files;        ///< originals
+    QStringList files;        ///< sidecars of versions whose masters stay, then originals
     QStringList emptyFolders; ///< to be removed if nothing is left in them, inner ones first
 };
 

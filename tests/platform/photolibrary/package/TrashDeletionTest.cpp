@@ -145,6 +145,26 @@ TEST_F(TrashDeletionTest, bothOriginalsOfAPairGo)
     EXPECT_EQ(rowsOf(m_first), 0);
 }
 
+TEST_F(TrashDeletionTest, ofOneOfTwoPhotosOfAMasterTheSidecarGoesAndTheMasterStays)
+{
+    const auto makeSecond = [this](const Photo& photo, int number) {
+        Writer to = writer();
+        RowIdIndexes::follow(to, "RKVersion", {photo.imported}, [&] {
+            Sql::execute(connection(),
+                         "UPDATE RKVersion SET showInLibrary=1,versionNumber=? WHERE modelId=?",
+                         number,
+                         photo.imported);
+        });
+        TrashRows::moveToTrash(to, {photo.imported});
+        return TrashRows::deleteForGood(to, {photo.imported});
+    };
+    const QString folder = "Database/Versions/"_L1 + Kind{}.group + '/'_L1 + m_second.master;
+    const TrashRows::Leftovers left = makeSecond(m_second, 2);
+    EXPECT_EQ(left.files, QStringList{folder + "/Version-2.apversion"_L1});
+    EXPECT_FALSE(left.folders.contains(folder));
+    EXPECT_TRUE(makeSecond(m_first, 1).files.isEmpty()) << "that one tells of the other";
+}
+
 TEST_F(TrashDeletionTest, anOriginalOutsideThePackageIsNeverNamed)
 {
     Kind referenced;
