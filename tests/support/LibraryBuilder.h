@@ -41,7 +41,7 @@ public:
 
     /// A regular album of the user's with these photos; its id.
     qint64 addAlbum(const QString& name, const QList<qint64>& photos);
-    /// A folder of the user's, and an album in it.
+    /// A folder of the user's, and an album in it; the album's id.
     qint64
     addAlbumInFolder(const QString& folder, const QString& name, const QList<qint64>& photos);
     void addEmptyEvent(const QString& name);

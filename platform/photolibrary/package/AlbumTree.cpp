@@ -1,5 +1,6 @@
 #include "AlbumTree.h"
 
+#include "FoldersInTrash.h"
 #include "PropertyList.h"
 #include "Queries.h"
 
@@ -64,6 +65,7 @@ QList<CatalogueAlbum> AlbumTree::read()
 
 void AlbumTree::readAlbums()
 {
+    const QSet<QString> foldersInTrash = FoldersInTrash::of(m_connection);
     Sql::Query row(m_connection,
                    "SELECT modelId, uuid, name, folderUuid, albumSubclass, viewData FROM RKAlbum"
                    " WHERE albumSubclass IN (2, 3) AND isInTrash = 0 AND isHidden = 0"
@@ -75,6 +77,9 @@ void AlbumTree::readAlbums()
         node.album.guid = Sql::text(row.column(1));
         node.album.name = Sql::text(row.column(2));
         node.container = Sql::text(row.column(3));
+        if (foldersInTrash.contains(node.container)) {
+            continue;
+        }
         const std::optional<OldCatalogue::Album> old = m_carriedOver(node.album.guid);
         if (row.column(4).getInt() == kQuerySubclass) {
             if (!old) {

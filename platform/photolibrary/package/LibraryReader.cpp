@@ -1,6 +1,7 @@
 #include "LibraryReader.h"
 
 #include "AlternateSignalStack.h"
+#include "FoldersInTrash.h"
 #include "IntegrityCheck.h"
 #include "OpeningChecks.h"
 #include "PathMapping.h"
@@ -73,7 +74,7 @@ constexpr const char* kAltitudes = "SELECT versionId, numberProperty FROM prop.R
 /// or a folder of their own is concluded from the built-in folders and from what public readers
 /// know. In doubt an album is none of the user's own, and is left alone.
 constexpr const char* kRegularAlbums =
-    "SELECT modelId FROM RKAlbum WHERE modelId BETWEEN"
+    "SELECT modelId, folderUuid FROM RKAlbum WHERE modelId BETWEEN"
     " coalesce(?1, -9223372036854775808) AND coalesce(?1, 9223372036854775807)"
     " AND +albumSubclass = 3"
     " AND isMagic = 0 AND +isHidden = 0 AND +isInTrash = 0 AND coalesce(serviceName, '') = ''"
@@ -83,6 +84,18 @@ constexpr const char* kRegularAlbums =
     " 'allPhotosAlbum', 'allProjectsAlbum', 'flaggedAlbum', 'lastNMonthsAlbum', 'rejectedAlbum',"
     " 'eventFilterBarAlbum', 'peopleAlbum', 'allPlacedPhotosAlbum', 'libraryFolderImplicitAlbum')"
     " ORDER BY modelId";
+
+QList<qint64> regularAlbumsOf(Connection& connection, const QVariant& id)
+{
+    const QSet<QString> foldersInTrash = FoldersInTrash::of(connection);
+    QList<qint64> ids;
+    for (Sql::Query query(connection, kRegularAlbums, id); query.next();) {
+        if (!foldersInTrash.contains(Sql::text(query.column(1)))) {
+            ids.append(query.column(0).getInt64());
+        }
+    }
+    return ids;
+}
 
 /// Names by photo: keywords or albums.
 using NamesByPhoto = QHash<qint64, QStringList>;
@@ -569,12 +582,12 @@ QList<PhotoFacts> LibraryReader::trashedPhotos(Connection& connection)
 
 QList<qint64> LibraryReader::regularAlbums(Connection& connection)
 {
-    return Sql::integers(connection, kRegularAlbums, QVariant());
+    return regularAlbumsOf(connection, QVariant());
 }
 
 bool LibraryReader::isRegularAlbum(Connection& connection, qint64 id)
 {
-    return Sql::firstInteger(connection, kRegularAlbums, id).has_value();
+    return !regularAlbumsOf(connection, id).isEmpty();
 }
 
 LibrarySummary LibraryReader::summary(Connection& connection, const NamedFiles& namedFiles)

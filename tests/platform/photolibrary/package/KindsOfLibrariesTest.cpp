@@ -1,93 +1,14 @@
-#include "Connection.h"
-#include "IntegrityCheck.h"
-#include "LibraryBuilder.h"
-#include "PhotoLibrary.h"
+#include "KindsOfLibraries.h"
+
 #include "QtPrinters.h"
 #include "Queries.h"
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 #include <filesystem>
 
 using namespace Qt::StringLiterals;
-
-/// Photos and albums of every kind that people have.
-class KindsOfLibraries : public testing::Test
-{
-protected:
-    [[nodiscard]] std::unique_ptr<PhotoLibrary> open(Access access) const
-    {
-        OpenOptions options;
-        options.access = access;
-        options.volumeFolders = m_volumes;
-        auto library = PhotoLibrary::open(m_builder.package(), options);
-        EXPECT_TRUE(library.ok()) << library.error().message.toStdString();
-        return library.ok() ? std::move(library).value() : nullptr;
-    }
-
-    [[nodiscard]] static PhotoFacts find(const QList<PhotoFacts>& photos, qint64 id)
-    {
-        for (const PhotoFacts& photo : photos) {
-            if (photo.id == id) {
-                return photo;
-            }
-        }
-        return {};
-    }
-
-    /// As listings show it; without an id when it is not there.
-    [[nodiscard]] PhotoFacts shown(qint64 id) const
-    {
-        return find(open(Access::Read)->photos().value(), id);
-    }
-
-    [[nodiscard]] PhotoFacts trashed(qint64 id) const
-    {
-        return find(open(Access::Read)->trashedPhotos().value(), id);
-    }
-
-    /// As a scan removes it.
-    void remove(qint64 id) const
-    {
-        const auto library = open(Access::Write);
-        photo(*library, id)->removeFrom(application(*library)->photoLibraryAlbum());
-    }
-
-    [[nodiscard]] static PhotoApplicationPtr application(PhotoLibrary& library)
-    {
-        return library.applicationWithBundleIdentifier(u"com.apple.iPhoto"_s);
-    }
-
-    [[nodiscard]] static PhotoPtr photo(PhotoLibrary& library, qint64 id)
-    {
-        library.setSelection({id});
-        return std::dynamic_pointer_cast<Photo>(application(library)->selection().first());
-    }
-
-    [[nodiscard]] QString master(const QString& imagePath) const
-    {
-        return m_builder.package() + u"/Masters/"_s + imagePath;
-    }
-
-    [[nodiscard]] qint64 bytes(const QString& path) const { return QFileInfo(path).size(); }
-
-    void expectSound() const
-    {
-        const auto connection = Connection::open(m_builder.package(), Connection::Mode::Read);
-        ASSERT_TRUE(connection.ok());
-        EXPECT_EQ(IntegrityCheck::problems(*connection.value(), {}).filter(u"missing"_s).size(), 0);
-        EXPECT_EQ(IntegrityCheck::ofDatabases(*connection.value()).join(u'\n').toStdString(), "");
-    }
-
-    QTemporaryDir m_folder;
-    LibraryBuilder m_builder{m_folder.filePath(u"Test.photolibrary"_s)};
-    QMap<QString, QString> m_volumes;
-};
 
 TEST_F(KindsOfLibraries, ofAPairTheRawMasterIsTheOriginalWhicheverIsShown)
 {
@@ -243,6 +164,26 @@ TEST_F(KindsOfLibraries, anAlbumInAFolderIsOneOfTheUsersOwn)
     expectSound();
 }
 
+TEST_F(KindsOfLibraries, anAlbumInAFolderThatIsInTheTrashIsNoneOfTheUsersOwn)
+{
+    const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    const qint64 album = m_builder.addAlbumInFolder(u"Folder"_s, u"Inside"_s, {id});
+    m_builder.edit([](Writer& writer) {
+        writer.connection.database().exec("UPDATE RKFolder SET isInTrash=1 WHERE name='Folder'");
+    });
+    EXPECT_EQ(shown(id).albums, QStringList());
+    const auto library = open(Access::Write);
+    photo(*library, id)->setRating(3);
+    ASSERT_TRUE(library->close().ok());
+    QFile catalogue(m_builder.package() + u"/AlbumData.xml"_s);
+    ASSERT_TRUE(catalogue.open(QIODevice::ReadOnly));
+    const QByteArray bytes = catalogue.readAll();
+    EXPECT_TRUE(bytes.contains("<string>A</string>"));
+    EXPECT_FALSE(bytes.contains("<integer>" + QByteArray::number(album) + "</integer>"));
+    EXPECT_FALSE(bytes.contains("Inside"));
+    expectSound();
+}
+
 TEST_F(KindsOfLibraries, onlyARegularAlbumOfTheUsersOwnIsTakenForOneAndTakesPhotos)
 {
     const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Corvane For iPhoto"_s);
@@ -317,58 +258,25 @@ TEST_F(KindsOfLibraries, aMasterWithAnotherNameOnTheDiskFreesNothing)
     EXPECT_EQ(bytes(second), size);
 }
 
-TEST_F(KindsOfLibraries, databasesThatAnotherLibrarySharesAreReadButNotWritten)
+TEST_F(KindsOfLibraries, mastersAreFoundHoweverTheirNamesAreComposed)
 {
-    const QString database = m_builder.package() + u"/Database/apdb/Properties.apdb"_s;
-    const QString second = m_folder.filePath(u"Properties.apdb"_s);
-    std::filesystem::create_hard_link(database.toStdString(), second.toStdString());
-    const auto refused = PhotoLibrary::open(m_builder.package(), {Access::Write, false});
-    ASSERT_FALSE(refused.ok());
-    EXPECT_EQ(refused.error().code, ErrorCode::NotWritable);
-    EXPECT_EQ(refused.error().message,
-              u"The library \"%1\" is not written to: its database \"%2\" is the same file as "
-              "another one (a hard link), which would change with it. Copy the library, and use "
-              "the copy."_s.arg(m_builder.package(), database));
-    const LibrarySummary summary = open(Access::Read)->summary().value();
-    EXPECT_FALSE(summary.writable);
-    EXPECT_EQ(summary.whyReadOnly, refused.error().message);
-    ASSERT_TRUE(QFile::remove(second));
-    EXPECT_NE(open(Access::Write), nullptr);
-}
-
-TEST_F(KindsOfLibraries, anOlderSchemaIsReadAndSaysWhyItIsNotWritten)
-{
-    const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
-    m_builder.edit([](Writer& writer) {
-        writer.connection.database().exec(
-            "UPDATE RKAdminData SET propertyValue='207' WHERE propertyArea='database' AND"
-            " propertyName='versionMinor'");
-    });
-    EXPECT_EQ(shown(id).fileName, u"A.JPG"_s);
-    const LibrarySummary summary = open(Access::Read)->summary().value();
-    EXPECT_FALSE(summary.writable);
-    EXPECT_TRUE(summary.whyReadOnly.contains(u"(schema 110.207)"_s))
-        << summary.whyReadOnly.toStdString();
-}
-
-TEST_F(KindsOfLibraries, aLibraryThatIPhotoMayHaveOpenSaysSoUntilItIsAcceptedAsItIs)
-{
-    const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
-    m_builder.edit([](Writer& writer) {
-        writer.connection.database().exec(
-            "UPDATE RKAdminData SET propertyValue='0' WHERE propertyArea='database' AND"
-            " propertyName='closedClean'");
-    });
-    const LibrarySummary summary = open(Access::Read)->summary().value();
-    EXPECT_FALSE(summary.writable);
-    EXPECT_TRUE(summary.whyReadOnly.contains(u"or has it open now"_s));
-    const auto refused = PhotoLibrary::open(m_builder.package(), {Access::Write, false});
-    ASSERT_FALSE(refused.ok());
-    EXPECT_EQ(refused.error().code, ErrorCode::NotClosed);
-    EXPECT_EQ(refused.error().message, summary.whyReadOnly);
-    OpenOptions accepting;
-    accepting.access = Access::Write;
-    accepting.afterCrash = true;
-    EXPECT_TRUE(PhotoLibrary::open(m_builder.package(), accepting).ok());
-    EXPECT_EQ(shown(id).id, id);
+    const QString composed = u"Caf\u00e9.JPG"_s;
+    const QString decomposed = u"Cafe\u0301.JPG"_s;
+    for (const auto& [inDatabase, onDisk] :
+         {std::pair{composed, decomposed}, std::pair{decomposed, composed}}) {
+        const qint64 id = m_builder.addPhoto(inDatabase, inDatabase);
+        const QString path = master(m_builder.imagePath(id));
+        const QString copied = QFileInfo(path).path() + u'/' + onDisk;
+        ASSERT_TRUE(QFile::rename(path, copied)); // as copying from a Mac does
+        const PhotoFacts facts = shown(id);
+        EXPECT_FALSE(facts.missing);
+        EXPECT_EQ(facts.originalPath, copied);
+        EXPECT_EQ(facts.fileName, inDatabase);
+        EXPECT_EQ(facts.rollName, inDatabase);
+        EXPECT_EQ(findings().filter(QFileInfo(copied).fileName()), QStringList());
+        remove(id);
+        EXPECT_GT(open(Access::Write)->emptyTrash().value(), 0);
+        EXPECT_FALSE(QFile::exists(copied));
+    }
+    expectSound();
 }
