@@ -176,7 +176,8 @@ QJsonObject Documents::restored(const LibraryBackups::Restored& restored)
 {
     return {{u"restored"_s, backup(restored.from)},
             {u"before"_s, restored.before},
-            {u"kept"_s, QJsonArray::fromStringList(restored.kept)}};
+            {u"kept"_s, QJsonArray::fromStringList(restored.kept)},
+            {u"lagging"_s, QJsonArray::fromStringList(restored.lagging)}};
 }
 
 QByteArray Documents::text(const QJsonObject& document)

@@ -62,6 +62,15 @@ TEST_F(BackupCommandTest, aCatalogueThatDoesNotFollowARestoreIsTold)
     catalogue.close();
     EXPECT_EQ(run({u"backup"_s, library(), u"--restore"_s, made.value(u"date"_s).toString()}), 0);
     EXPECT_TRUE(m_err.contains("AlbumData.xml")) << m_err.toStdString();
+    EXPECT_EQ(run({u"backup"_s,
+                   library(),
+                   u"--restore"_s,
+                   made.value(u"date"_s).toString(),
+                   u"--json"_s}),
+              0);
+    const QJsonArray lagging = document().value(u"lagging"_s).toArray();
+    ASSERT_EQ(lagging.size(), 1);
+    EXPECT_TRUE(lagging.first().toString().contains(u"AlbumData.xml"_s));
 }
 
 TEST_F(BackupCommandTest, aDateThatThereIsNotIsRefused)
