@@ -58,7 +58,8 @@ void TrashDialogs::askToEmpty()
                     &m_window);
     box.setObjectName(u"emptyTrashQuestion"_s);
     box.setInformativeText(tr("Their files are deleted from the disk, which frees about %1. This "
-                              "cannot be undone.")
+                              "cannot be undone, and the library's own backups hold no photos: "
+                              "have a copy of the whole library on another disk first.")
                                .arg(PhotoTexts::size(bytes)));
     const QPushButton* const confirm = box.addButton(tr("&Delete"), QMessageBox::DestructiveRole);
     box.setDefaultButton(QMessageBox::Cancel);

@@ -53,6 +53,7 @@ TEST_F(TrashDialogsTest, theTrashIsEmptiedOnlyWhenThatIsConfirmed)
     const QString asked = askedToEmpty(QMessageBox::RejectRole);
     EXPECT_TRUE(asked.startsWith(u"Delete 1 photo for good?"_s)) << asked.toStdString();
     EXPECT_TRUE(asked.contains(PhotoTexts::size(bytes)));
+    EXPECT_TRUE(asked.contains(u"have a copy of the whole library on another disk first"_s));
     EXPECT_EQ(m_session.contents().trash.size(), 1);
     static_cast<void>(askedToEmpty(QMessageBox::DestructiveRole));
     EXPECT_EQ(m_session.contents().trash.size(), 0);
