@@ -10,6 +10,7 @@ enum class ErrorCode : quint8 {
     NotFound,    ///< no such file, photo, album
     Unreadable,  ///< exists but cannot be read
     NotWritable, ///< cannot be written, or only read access
+    LeadsOut,    ///< is not written: a link leads to what belongs to somebody else
     OutOfSpace,  ///< the disk or quota is full
     Damaged,     ///< content that contradicts itself or ends early
     Unsupported, ///< content of a kind or version that is not handled

@@ -159,15 +159,17 @@ Result<Catalogues::CarriedOver> Catalogues::write(Connection& connection, double
         return CarriedOver{false, damage};
     }
     const Wanted wanted = wantedOf(connection, old);
-    if (const Result<void> written = replace(package, kFull, oldFull.value(), wanted.full);
-        !written.ok()) {
-        return written.error();
+    const Result<void> full = replace(package, kFull, oldFull.value(), wanted.full);
+    if (!full.ok() && full.error().code != ErrorCode::LeadsOut) {
+        return full.error();
     }
-    if (const Result<void> written = replace(package, kBrief, oldBrief.value(), wanted.brief);
-        !written.ok()) {
-        return written.error();
-    }
+    const Result<void> brief = replace(package, kBrief, oldBrief.value(), wanted.brief);
     touch(package, now);
+    for (const Result<void>& written : {brief, full}) {
+        if (!written.ok()) {
+            return written.error();
+        }
+    }
     return CarriedOver{old.wasRead(), QString()};
 }
 

@@ -32,9 +32,9 @@ struct CarriedOver {
 /// Writes both anew from the databases, with what only the file before knows carried over from it,
 /// and marks the library as changed. A file that already says the same stays untouched, and both do
 /// when the one before is there but cannot be read as a catalogue. One that a link leads out of the
-/// package is not written, which is NotWritable.
-/// `now`: seconds since 2001-01-01T00:00:00 UTC. Errors: Unreadable, NotWritable, OutOfSpace;
-/// SQLite::Exception.
+/// package is not written, which is LeadsOut where nothing else went wrong; the other one is.
+/// `now`: seconds since 2001-01-01T00:00:00 UTC. Errors: Unreadable, NotWritable, OutOfSpace,
+/// LeadsOut; SQLite::Exception.
 [[nodiscard]] Result<CarriedOver> write(Connection& connection, double now);
 
 /// What the catalogues tell otherwise than write() would; nothing is changed. One that cannot be

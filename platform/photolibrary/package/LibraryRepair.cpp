@@ -131,8 +131,9 @@ Result<QStringList> mend(PhotoLibraryPrivate& library, const Watch& watch)
     if (!pictures.ok()) {
         return pictures.error();
     }
-    // A damaged catalogue stays as it is, and a finding.
-    if (!followed.ok() && followed.error().code != ErrorCode::Damaged) {
+    // A damaged catalogue stays as it is, and a finding, as does what a link leads out.
+    if (!followed.ok() && followed.error().code != ErrorCode::Damaged &&
+        followed.error().code != ErrorCode::LeadsOut) {
         return followed.error();
     }
     return pictures.value();

@@ -170,7 +170,7 @@ Result<void> PackageFiles::mayBeWritten(const QString& package, const QString& r
         return {};
     }
     const QString where = real.isEmpty() ? u"to nothing"_s : u"to \"%1\""_s.arg(real);
-    return Error{ErrorCode::NotWritable,
+    return Error{ErrorCode::LeadsOut,
                  u"\"%1\" was not written: a symbolic link leads from there out of the library, "
                  "%2. Put the file or folder itself in the place of the link."_s.arg(path, where)};
 }

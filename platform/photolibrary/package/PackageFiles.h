@@ -26,7 +26,7 @@ struct NotRemoved {
 /// Whether a file of the library may be written there: not where a symbolic link leads from there
 /// out of the package, or to nothing, since what lies there is not the library's. The library's
 /// whole folders down to the second level ("Masters", "Database/Versions") may be links themselves.
-/// Errors: NotWritable.
+/// Errors: LeadsOut; NotWritable for no path of a package.
 [[nodiscard]] Result<void> mayBeWritten(const QString& package, const QString& relativePath);
 /// What removing a file, or all files below a folder, frees: their bytes, without links and without
 /// files that have another name too (hard links). 0 when absent.

@@ -135,10 +135,11 @@ public:
     /// Brings sidecars, AlbumData.xml and AlbumData2.xml in step with the databases. Does nothing
     /// when nothing changed since the last call. Errors, each saying that the photos are safe: what
     /// could not be written is tried again at the next call and at the next opening; Damaged also
-    /// when AlbumData.xml cannot be read: it is never overwritten then.
+    /// when AlbumData.xml cannot be read: it is never overwritten then; LeadsOut for what a link
+    /// leads out of the package, which is said once and not tried again.
     [[nodiscard]] Result<void> synchronise();
     /// synchronise(), then gives up locks and connections. A damaged AlbumData.xml is no error
-    /// here, but a line of the log.
+    /// here, but a line of the log; so is what a link leads out.
     [[nodiscard]] Result<void> close();
 
 private:

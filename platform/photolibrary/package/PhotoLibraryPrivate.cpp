@@ -119,7 +119,13 @@ Error notAllRemoved(const QString& package, qsizetype photos, const Removal& rem
 }
 
 /// Sidecars and catalogues; neither waits for the other. That a damaged catalogue was left as it is
-/// is an error as well; `damagedCatalogue` is set when there is no other.
+bool isLedOut(const Result<void>& done)
+{
+    return !done.ok() && done.error().code == ErrorCode::LeadsOut;
+}
+
+/// is an error as well, as is what a link leads out; `damagedCatalogue` is set when there is no
+/// graver one.
 Result<void>
 writeFollowers(Connection& connection, const Changes& changes, QString& damagedCatalogue)
 {
@@ -129,7 +135,7 @@ writeFollowers(Connection& connection, const Changes& changes, QString& damagedC
         return sidecars;
     }
     const Result<Catalogues::CarriedOver> catalogues = Catalogues::write(connection, now);
-    if (!sidecars.ok()) {
+    if (!sidecars.ok() && !isLedOut(sidecars)) {
         return sidecars;
     }
     if (!catalogues.ok()) {
@@ -441,9 +447,9 @@ PhotoLibraryPrivate::Following PhotoLibraryPrivate::follow()
         m_write->synchronise(connection, [&](const Changes& changes, Changes& left) {
             Result<void> followed = LibraryErrors::caught(
                 path(), [&] { return writeFollowers(connection, changes, damagedCatalogue); });
-            if (!damagedCatalogue.isNull()) {
-                left = {};
-                left.catalogues = true;
+            if (!damagedCatalogue.isNull() || isLedOut(followed)) {
+                left = {}; // what lies behind a link can never follow
+                left.catalogues = !damagedCatalogue.isNull();
             }
             return followed;
         });
@@ -452,11 +458,13 @@ PhotoLibraryPrivate::Following PhotoLibraryPrivate::follow()
         return {};
     }
     const Error error{
+    const QString rest = isLedOut(done) ? u"."_s
+                                        : u", and the files that could not be written follow at "
+                                          "the next run that writes to it."_s;
         done.error().code,
         u"%1 Nothing is lost: the photos are safe in the databases of the library "
-        "\"%2\", and the files that could not be written follow at the next run that "
-        "writes to it."_s.arg(LibraryErrors::asSentence(done.error().message), path())};
-    return {error, !damagedCatalogue.isNull()};
+        "\"%2\"%3"_s.arg(LibraryErrors::asSentence(done.error().message), path(), rest)};
+    return {error, !damagedCatalogue.isNull() || isLedOut(done)};
 }
 
 Result<void> PhotoLibraryPrivate::close()
@@ -469,7 +477,7 @@ Result<void> PhotoLibraryPrivate::close()
         own->transaction.reset();
     }
     Following following = follow();
-    if (following.onlyCatalogueDamaged) {
+    if (following.onlyLeftAlone) {
         // It was so before, and nothing was lost by what was done now.
         systemLog(following.result.error().message);
         following.result = {};

@@ -101,7 +101,9 @@ public:
 private:
     struct Following {
         Result<void> result;
-        bool onlyCatalogueDamaged{false}; ///< the error, if any, is that the old one was left alone
+        /// The error, if any, is that a damaged catalogue, or what a link leads out, was left
+        /// alone.
+        bool onlyLeftAlone{false};
     };
 
     [[nodiscard]] Following follow();

@@ -37,7 +37,7 @@ Result<void> mayBeWritten(const QString& package, const SidecarFile& file)
     return PackageFiles::mayBeWritten(package, file.path().mid(package.size() + 1));
 }
 
-/// Writes them where they differ.
+/// Writes them where they differ, but for those that a link leads out of the package.
 class WritingOutput final : public SidecarOutput
 {
 public:
@@ -52,17 +52,22 @@ public:
         if (!file.differs()) {
             return {};
         }
-        if (Result<void> allowed = mayBeWritten(m_package, file); !allowed.ok()) {
-            return allowed;
+        if (const Result<void> allowed = mayBeWritten(m_package, file); !allowed.ok()) {
+            m_leftAlone = m_leftAlone.ok() ? allowed : m_leftAlone;
+            return {};
         }
         return stamp == Stamp::With ? file.saveStamped(m_now) : file.save();
     }
 
     Result<void> remove(const QString& path) override { return removeFile(path); }
 
+    /// Why the first of those is left alone.
+    [[nodiscard]] const Result<void>& leftAlone() const { return m_leftAlone; }
+
 private:
     QString m_package;
     double m_now;
+    Result<void> m_leftAlone;
 };
 
 /// How an album is shown: the application itself lets its sidecar lag in that.
@@ -115,7 +120,8 @@ QStringList sorted(const QSet<QString>& names)
 Result<void> Sidecars::write(Connection& connection, const Changes& changes, double now)
 {
     WritingOutput output(connection.packagePath(), now);
-    return SidecarWriter(connection, output).put(changes);
+    const Result<void> written = SidecarWriter(connection, output).put(changes);
+    return written.ok() ? output.leftAlone() : written;
 }
 
 Sidecars::Comparison Sidecars::compare(Connection& connection, const Changes& changes)

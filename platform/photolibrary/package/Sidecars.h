@@ -18,10 +18,10 @@ namespace Sidecars
 /// be committed. Existing files are edited, so keys unknown here survive; missing and damaged ones
 /// are made anew; those of albums and folders that are gone are removed. A file that already says
 /// what it should stays untouched, so calling again after an interruption costs little. One that
-/// cannot be written, or that a link leads out of the package, keeps no other from following; the
-/// first error is returned.
+/// cannot be written keeps those of no other object from following, one that a link leads out of
+/// the package is left alone; the first error is returned, LeadsOut where there is no other.
 /// `now`: the moment of writing, seconds since 2001-01-01T00:00:00 UTC.
-/// Errors: NotWritable, OutOfSpace, Unreadable; SQLite::Exception.
+/// Errors: NotWritable, OutOfSpace, Unreadable, LeadsOut; SQLite::Exception.
 [[nodiscard]] Result<void> write(Connection& connection, const Changes& changes, double now);
 
 /// A sidecar that is missing, damaged, or says otherwise than the databases.

@@ -117,7 +117,7 @@ TEST_F(CataloguesTest, whatALinkLeadsToOutsideThePackageIsNeverWritten)
         ASSERT_TRUE(QFile::link(foreign, link));
         const auto written = Catalogues::write(connection(), kNow);
         ASSERT_FALSE(written.ok());
-        EXPECT_EQ(written.error().code, ErrorCode::NotWritable);
+        EXPECT_EQ(written.error().code, ErrorCode::LeadsOut);
         EXPECT_TRUE(written.error().message.contains(link));
         bool isTold = false;
         for (const Finding& finding : Catalogues::compare(connection())) {

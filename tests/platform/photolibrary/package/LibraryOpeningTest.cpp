@@ -214,6 +214,34 @@ TEST_F(OpenedLibrary, aDamagedCatalogueIsAProblemThatStopsNothingAndStaysAsItIs)
     EXPECT_EQ(problems(), QStringList());
 }
 
+TEST_F(OpenedLibrary, whatALinkLeadsOutIsSaidOnceAndNothingIsLeftToFollow)
+{
+    importOne(u"IMG_1.JPG"_s);
+    const QString catalogue = package() + u"/AlbumData.xml"_s;
+    ASSERT_TRUE(QFile::rename(catalogue, folder() + u"/elsewhere.xml"_s));
+    ASSERT_TRUE(QFile::link(folder() + u"/elsewhere.xml"_s, catalogue));
+    {
+        const auto library = open(Access::Write);
+        import(*library, makePicture(u"IMG_2.JPG"_s));
+        const Result<void> followed = library->synchronise();
+        ASSERT_FALSE(followed.ok());
+        EXPECT_EQ(followed.error().code, ErrorCode::LeadsOut);
+        expectSays(followed.error().message, {"AlbumData.xml", "in the place of the link"});
+        EXPECT_FALSE(followed.error().message.contains("next run"_L1));
+        EXPECT_TRUE(library->synchronise().ok()) << "it was said";
+        EXPECT_TRUE(library->close().ok());
+    }
+    EXPECT_TRUE(content(u"iLifeShared/AlbumData2.xml"_s).contains("<string>1,3</string>"))
+        << "the other one follows";
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    testing::internal::CaptureStderr();
+    importOne(u"IMG_3.JPG"_s);
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_NE(log.find("in the place of the link"), std::string::npos) << log;
+}
+
 TEST_F(OpenedLibrary, synchroniseSaysThatTheCatalogueIsDamaged)
 {
     put(u"AlbumData.xml"_s, "torn");

@@ -192,8 +192,11 @@ TEST_F(SidecarsTest, whatALinkLeadsToOutsideThePackageIsNeverWritten)
         ASSERT_TRUE(QFile::link(target, path));
         const Result<void> written = Sidecars::write(connection(), changes(), m_now);
         ASSERT_FALSE(written.ok());
-        EXPECT_EQ(written.error().code, ErrorCode::NotWritable);
+        EXPECT_EQ(written.error().code, ErrorCode::LeadsOut);
         EXPECT_TRUE(written.error().message.contains(path));
+        EXPECT_TRUE(QFile::remove(versionPath(0)));
+        EXPECT_FALSE(Sidecars::write(connection(), changes(), m_now).ok());
+        EXPECT_TRUE(QFileInfo::exists(versionPath(0))) << "those beside it follow";
         const Sidecars::Comparison compared = Sidecars::compare(connection(), changes());
         EXPECT_TRUE(compared.lagging.masters.isEmpty());
         EXPECT_EQ(compared.unreadable, QStringList{written.error().message});
