@@ -1,14 +1,18 @@
 #include "PackageFiles.h"
 
+#include "AtomicFile.h"
+
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 
 #include <sys/stat.h>
 
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using PackageFiles::NotRemoved;
@@ -199,6 +203,30 @@ void PackageFiles::removeEmpty(const QString& package, const QStringList& folder
     }
 }
 
+QList<NotRemoved> PackageFiles::flushRemovals(const QString& package, const QStringList& paths)
+{
+    QSet<QString> folders;
+    for (const QString& path : paths) {
+        if (isRefused(package, path)) {
+            continue;
+        }
+        // What is left of the folders around it: one that is gone takes its names with it.
+        QString folder = path;
+        do {
+            folder = folder.section(u'/', 0, -2);
+        } while (!folder.isEmpty() && !QFileInfo::exists(absolute(package, folder)));
+        folders.insert(folder);
+    }
+    QList<NotRemoved> left;
+    for (const QString& folder : std::as_const(folders)) {
+        const Result<void> flushed = AtomicFile::flushFolder(absolute(package, folder));
+        if (!flushed.ok()) {
+            left.append({folder, flushed.error().message});
+        }
+    }
+    return left;
+}
+
 QList<NotRemoved> PackageFiles::removeMade(const QString& package, const QStringList& files)
 {
     QList<NotRemoved> left;
@@ -215,7 +243,7 @@ QList<NotRemoved> PackageFiles::removeMade(const QString& package, const QString
     }
     folders.removeDuplicates();
     removeEmpty(package, folders);
-    return left;
+    return left + flushRemovals(package, files);
 }
 
 void PackageFiles::removeUnfinished(const QString& package,

@@ -36,8 +36,11 @@ struct NotRemoved {
 [[nodiscard]] QList<NotRemoved> remove(const QString& package, const QString& relativePath);
 /// Removes those folders, and their parents up to the package's first level, that are empty.
 void removeEmpty(const QString& package, const QStringList& folders);
+/// Makes removals of paths durable: after a power cut none of them is there again. Returns the
+/// folders that could not be flushed.
+[[nodiscard]] QList<NotRemoved> flushRemovals(const QString& package, const QStringList& paths);
 /// Removes files that a turn made or was making, wherever the library's folders are, with the
-/// folders that this leaves empty. Returns what could not be removed.
+/// folders that this leaves empty, durably. Returns what could not be removed.
 [[nodiscard]] QList<NotRemoved> removeMade(const QString& package, const QStringList& files);
 /// Removes what AtomicFile left unfinished in a folder: of the file `name`, or of all its files.
 void removeUnfinished(const QString& package, const QString& folder, const QString& name = {});

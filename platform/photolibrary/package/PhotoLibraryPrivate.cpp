@@ -99,6 +99,7 @@ Removal removeLeftovers(const WriteAccess& write, const TrashRows::Leftovers& le
     }
     if (!removal.isMoved) {
         PackageFiles::removeEmpty(package, leftovers.emptyFolders);
+        removal.left << PackageFiles::flushRemovals(package, leftovers.folders + leftovers.files);
     }
     return removal;
 }
@@ -118,12 +119,12 @@ Error notAllRemoved(const QString& package, qsizetype photos, const Removal& rem
             deleted, package, freed, PackageFiles::listed(removal.left), remedy)};
 }
 
-/// Sidecars and catalogues; neither waits for the other. That a damaged catalogue was left as it is
 bool isLedOut(const Result<void>& done)
 {
     return !done.ok() && done.error().code == ErrorCode::LeadsOut;
 }
 
+/// Sidecars and catalogues; neither waits for the other. That a damaged catalogue was left as it is
 /// is an error as well, as is what a link leads out; `damagedCatalogue` is set when there is no
 /// graver one.
 Result<void>
@@ -142,7 +143,7 @@ writeFollowers(Connection& connection, const Changes& changes, QString& damagedC
         return catalogues.error();
     }
     damagedCatalogue = catalogues.value().leftAlone;
-    return damagedCatalogue.isNull() ? Result<void>() : Error{ErrorCode::Damaged, damagedCatalogue};
+    return damagedCatalogue.isNull() ? sidecars : Error{ErrorCode::Damaged, damagedCatalogue};
 }
 
 } // namespace
@@ -457,10 +458,10 @@ PhotoLibraryPrivate::Following PhotoLibraryPrivate::follow()
     if (done.ok()) {
         return {};
     }
-    const Error error{
     const QString rest = isLedOut(done) ? u"."_s
                                         : u", and the files that could not be written follow at "
                                           "the next run that writes to it."_s;
+    const Error error{
         done.error().code,
         u"%1 Nothing is lost: the photos are safe in the databases of the library "
         "\"%2\"%3"_s.arg(LibraryErrors::asSentence(done.error().message), path(), rest)};

@@ -100,7 +100,7 @@ QList<PackageFiles::NotRemoved> finishDeletion(const QString& package,
         left << PackageFiles::remove(package, path);
     }
     PackageFiles::removeEmpty(package, doomed.emptyFolders);
-    return left;
+    return left + PackageFiles::flushRemovals(package, doomed.folders + doomed.files);
 }
 
 void keepKnown(Connection& connection, QSet<QString>& uuids, const char* sql)
