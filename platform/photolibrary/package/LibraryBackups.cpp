@@ -231,7 +231,7 @@ replaced(const Places& places, const LibraryBackup& from, bool afterCrash)
     const Result<QStringList> lagging = ready.ok() ? LibraryRestore::putInPlace(package, from.path)
                                                    : Result<QStringList>(ready.error());
     locked.value().reset();
-    LibraryRestore::sweep(package, places.state);
+    LibraryRestore::sweep(package, places.state, lagging.ok() ? lagging.value() : QStringList());
     if (!lagging.ok()) {
         return lagging.error();
     }

@@ -322,7 +322,9 @@ Result<QStringList> LibraryRestore::putInPlace(const QString& package, const QSt
     return putCatalogues(package, copy);
 }
 
-void LibraryRestore::sweep(const QString& package, const QString& stateFolder)
+void LibraryRestore::sweep(const QString& package,
+                           const QString& stateFolder,
+                           const QStringList& lagging)
 {
     const bool hasDatabases = QFileInfo::exists(package + u'/' + kDatabases);
     if (!QFileInfo::exists(noteIn(stateFolder)) || !hasDatabases) {
@@ -335,8 +337,10 @@ void LibraryRestore::sweep(const QString& package, const QString& stateFolder)
             "removed; the next run tries again:\n%2"_s.arg(package, PackageFiles::listed(left)));
         return;
     }
-    QFile::remove(markIn(package));
-    QFile::remove(noteIn(stateFolder));
+    if (lagging.isEmpty()) {
+        QFile::remove(markIn(package));
+        QFile::remove(noteIn(stateFolder));
+    }
 }
 
 void LibraryRestore::resume(const QString& package)

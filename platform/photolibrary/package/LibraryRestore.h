@@ -23,8 +23,10 @@ stage(const QString& package, const QString& stateFolder, const QString& copy);
 /// that the copy does not hold, is made anew from the databases. Returns a sentence for each that
 /// does not follow them all the same. Errors: NotWritable, and the library is as it was.
 [[nodiscard]] Result<QStringList> putInPlace(const QString& package, const QString& copy);
-/// Removes what stage() made, and after putInPlace() what was there before.
-void sweep(const QString& package, const QString& stateFolder);
+/// Removes what stage() made, and after putInPlace() what was there before. `lagging`: what that
+/// returned; where something lags the note stays, by which the next run that writes to the library
+/// makes the catalogues follow.
+void sweep(const QString& package, const QString& stateFolder, const QStringList& lagging = {});
 
 /// Where a kill between two renames left a library without its databases, the second is made good.
 /// For every opening, also one that only reads: like SQLite's own undoing of what a crash cut off.

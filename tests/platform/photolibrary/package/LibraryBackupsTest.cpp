@@ -245,6 +245,25 @@ TEST_F(LibraryBackupsTest, aCatalogueThatTheCopyDoesNotHoldIsMadeAnewOrTold)
     EXPECT_TRUE(again.value().lagging.first().contains(damaged));
 }
 
+TEST_F(LibraryBackupsTest, aCatalogueThatCannotFollowDoesSoAtTheNextRunThatWrites)
+{
+    const LibraryBackup backup = make();
+    static_cast<void>(takePhoto());
+    const QString catalogue = u"iLifeShared/AlbumData2.xml"_s;
+    remove(catalogue);
+    const QString obstacle = package() + u'/' + catalogue + u"/a folder"_s;
+    ASSERT_TRUE(QDir().mkpath(obstacle));
+    const Result<LibraryBackups::Restored> restored = restore(backup.name);
+    ASSERT_TRUE(restored.ok()) << restored.error().message.toStdString();
+    ASSERT_EQ(restored.value().lagging.size(), 1);
+    EXPECT_TRUE(restored.value().lagging.first().contains(catalogue));
+    EXPECT_FALSE(QFileInfo::exists(package() + u"/.corvane-restore"_s));
+    ASSERT_TRUE(QDir(package() + u'/' + catalogue).removeRecursively());
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_EQ(findings().filter(u"AlbumData2"_s), QStringList());
+    expectSwept();
+}
+
 TEST_F(LibraryBackupsTest, aRestoreKeepsWhoseFilesAreAndWhoMayReadThem)
 {
     const LibraryBackup backup = make();
