@@ -115,6 +115,16 @@ void writeRoll(CatalogueXml& xml, const CatalogueRoll& roll, double offset)
     xml.line(2, "</dict>");
 }
 
+/// What was said of a face before under keys that are not known here.
+void writeOtherKeys(CatalogueXml& xml, const QVariantMap& face, const QStringList& known)
+{
+    for (auto entry = face.begin(); entry != face.end(); ++entry) {
+        if (!known.contains(entry.key())) {
+            xml.carriedOver(entry.key(), entry.value());
+        }
+    }
+}
+
 /// Names of faces as the catalogue before had them, without a key image that is gone.
 void writeFaceNames(CatalogueXml& xml, const QVariantMap& faces, const QSet<QString>& guids)
 {
@@ -139,6 +149,14 @@ void writeFaceNames(CatalogueXml& xml, const QVariantMap& faces, const QSet<QStr
         }
         xml.string(3, "PhotoCount", face.value(u"PhotoCount"_s).toString());
         xml.integer(3, "Order", place);
+        writeOtherKeys(xml,
+                       face,
+                       {u"key"_s,
+                        u"name"_s,
+                        u"key image"_s,
+                        u"key image face index"_s,
+                        u"PhotoCount"_s,
+                        u"Order"_s});
         xml.line(3, "</dict>");
     }
     xml.line(1, "</dict>");
@@ -159,6 +177,7 @@ void writeFaces(CatalogueXml& xml, const QVariantList& faces)
         xml.line(6,
                  "<key>face index</key><integer>" +
                      QByteArray::number(face.value(u"face index"_s).toLongLong()) + "</integer>");
+        writeOtherKeys(xml, face, {u"face key"_s, u"rectangle"_s, u"face index"_s});
         xml.line(5, "</dict>");
     }
     xml.line(5, "</array>");

@@ -1,5 +1,7 @@
 #include "CatalogueXml.h"
 
+#include "PropertyList.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -112,6 +114,17 @@ void CatalogueXml::inlineReal(int indentation, const char* key, const QByteArray
 void CatalogueXml::inlineBoolean(int indentation, const char* key, bool value)
 {
     line(indentation, "<key>" + QByteArray(key) + "</key>" + (value ? "<true/>" : "<false/>"));
+}
+
+void CatalogueXml::carriedOver(const QString& key, const QVariant& value)
+{
+    const Result<QByteArray> list = PropertyList::toXml(QVariantMap{{key, value}});
+    if (!list.ok()) {
+        return; // a date of a binary list that XML cannot tell
+    }
+    const QByteArray begin = "<dict>\n";
+    const qsizetype from = list.value().indexOf(begin) + begin.size();
+    m_bytes += list.value().mid(from, list.value().lastIndexOf("</dict>") - from);
 }
 
 void CatalogueXml::ids(int indentation,

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QList>
 #include <QString>
+#include <QVariant>
 
 /// Writes property-list XML as the photo application's catalogues have it, which differs from the
 /// usual form: some values stand on the line of their key. `indentation` is a number of tabs.
@@ -25,6 +26,9 @@ public:
     /// The value on the line of its key.
     void inlineReal(int indentation, const char* key, const QByteArray& text);
     void inlineBoolean(int indentation, const char* key, bool value);
+    /// What a catalogue before has under a key that is not known here, laid out as any property
+    /// list.
+    void carriedOver(const QString& key, const QVariant& value);
     /// An array of ids as strings, each indented by `itemIndentation`.
     void ids(int indentation, const char* key, const QList<qint64>& ids, int itemIndentation);
 

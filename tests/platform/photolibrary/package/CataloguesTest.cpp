@@ -180,13 +180,15 @@ TEST_F(CataloguesTest, whatOnlyTheOldFileKnowsIsCarriedOver)
         "</string></array></dict></array><key>List of Faces</key><dict><key>7</key><dict>"
         "<key>key</key><string>7</string><key>name</key><string>Ann</string>"
         "<key>key image</key><string>gone</string><key>PhotoCount</key><string>1</string>"
-        "<key>Order</key><integer>0</integer></dict></dict><key>Master Image List</key><dict>"
+        "<key>Order</key><integer>0</integer><key>address &amp; more</key><dict><key>town</key>"
+        "<string>Oslo\n\tcity</string></dict></dict></dict><key>Master Image List</key><dict>"
         "<key>" +
         id +
         "</key><dict><key>DateAsTimerInterval</key><real>3700.0</real>"
         "<key>DateAsTimerIntervalGMT</key><real>100.0</real><key>Faces</key><array><dict>"
         "<key>face key</key><string>7</string><key>rectangle</key><string>{{0, 0}, {1, 1}}"
-        "</string><key>face index</key><integer>0</integer></dict></array></dict></dict>"
+        "</string><key>face index</key><integer>0</integer><key>sure</key><true/></dict></array>"
+        "</dict></dict>"
         "</dict></plist>");
     writeCatalogues(true);
     EXPECT_EQ(catalogue().value(u"Application Version"_s).toString(), u"9.5"_s);
@@ -202,6 +204,10 @@ TEST_F(CataloguesTest, whatOnlyTheOldFileKnowsIsCarriedOver)
     const QVariantMap ann = catalogue().value(u"List of Faces"_s).toMap().value(u"7"_s).toMap();
     EXPECT_EQ(ann.value(u"name"_s).toString(), u"Ann"_s);
     EXPECT_FALSE(ann.contains(u"key image"_s)); // its photo is gone
+    EXPECT_EQ(ann.value(u"address & more"_s).toMap().value(u"town"_s).toString(),
+              u"Oslo\n\tcity"_s);
+    const QVariantList faces = record(m_photo.visible).value(u"Faces"_s).toList();
+    EXPECT_EQ(faces.first().toMap().value(u"sure"_s), QVariant(true));
 }
 
 TEST_F(CataloguesTest, settingsThatOnlyTheOldFileKnowsOfAnAlbumAreCarriedOver)
