@@ -17,6 +17,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
+/// No library with a hidden photo was at hand: that the catalogue leaves it out is concluded from
+/// what it is for, other programs' lists of photos to choose from.
 constexpr const char* kPhotos =
     "SELECT v.modelId, v.uuid, v.name, v.isFlagged, s.stringProperty, f.modelId, v.mainRating,"
     " p.fullSizePreviewPath, m.imagePath, m.fileIsReference, d.name, m.type,"

@@ -102,6 +102,8 @@ void updatePoster(Writer& writer, const Event& event)
     }
 }
 
+/// The one event in the trash of a library at hand went there with all its photos. That it also
+/// follows when they go one by one is concluded from that.
 void updateTrash(Writer& writer, const Event& event, const Census& photos)
 {
     const bool goes = !event.isInTrash && photos.present == 0 && photos.trashed > 0;

@@ -84,6 +84,8 @@ void insertMaster(const Import& import, const QString& group)
     const ImportIdentity& identity = import.identity;
     constexpr int kPixelFormatRaw = 6;
     constexpr int kPixelFormatOther = 9;
+    // In every row of a library at hand. What 9 stands for, and whether the application would look
+    // for faces in a master with 0, is concluded; a copy shows the same faces as its original.
     constexpr int kFaceDetectionDone = 9;
     const QString type = picture.raw ? picture.fileName.section(u'.', -1).toLower() : u"JPEG"_s;
     const QString profile = picture.facts.colorProfileName.isEmpty()
@@ -226,7 +228,8 @@ qint64 insertProxyState(const Import& import)
         .set("versionId", import.version)
         .set("thumbnailsCurrent", 1)
         .set("miniThumbnailsCurrent", 1)
-        // The packed tiny thumbnails are not written; the application makes them again.
+        // The packed tiny thumbnails are not written. That the application makes them again where
+        // none is current and their place is 0, the one that no photo has, is concluded.
         .set("tinyThumbnailsCurrent", 0)
         .set("fullSizePreviewUpToDate", 1)
         .set("thumbnailCacheIndex", 0)

@@ -31,7 +31,9 @@ namespace OpeningChecks
 /// virtual tables. Errors: Unsupported; SQLite::Exception.
 [[nodiscard]] Result<void> writableSchema(Connection& connection);
 
-/// Whether iPhoto closed the library properly.
+/// Whether iPhoto closed the library properly. It writes that mark last when it quits; that it
+/// takes it away while it runs, and so that a library without it is open or was cut off, is
+/// concluded: no such library was at hand.
 [[nodiscard]] bool closedClean(Connection& connection);
 /// What a person is told of one that it did not close, or has open: NotClosed.
 [[nodiscard]] Error notClosed(const QString& package);

@@ -139,6 +139,8 @@ void PhotoRows::setDate(Writer& writer, qint64 versionId, double date, const QSt
                      zone,
                      versionId);
     }
+    // No library with a date that its user had changed was at hand. The master and the version as
+    // imported keep theirs, as they keep every other value that the user changes.
     const QString shownIn = Sql::firstText(
         writer.connection, "SELECT imageTimeZoneName FROM RKVersion WHERE modelId=?", versionId);
     const QDateTime shown = WallClock::of(date, shownIn);
@@ -155,6 +157,8 @@ qint64 PhotoRows::defineKeyword(Writer& writer, const QString& name)
     if (known) {
         return *known;
     }
+    // RKKeyword_CharIndex is left to the application. That it makes that index again, so that its
+    // search knows the new keyword, is concluded: it was not seen to.
     const qint64 id = ModelIds::allocate(writer, "RKKeyword");
     Sql::execute(
         writer.connection,

@@ -149,6 +149,8 @@ void deletePhoto(Writer& writer, qint64 versionId, PhotoFiles& files)
 
 } // namespace
 
+/// No library before and after its trash was emptied was at hand: which rows go is concluded from
+/// which rows name a photo.
 TrashRows::Leftovers TrashRows::deleteForGood(Writer& writer, const QList<qint64>& versionIds)
 {
     PhotoFiles files(writer.connection);
