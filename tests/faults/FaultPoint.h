@@ -47,6 +47,7 @@ enum class FaultEffect : std::uint32_t {
     MakeFolder,   //
     RemoveFolder, //
     SymbolicLink, ///< `other` is what it leads to
+    Exchange,     ///< with `other`
 };
 
 /// Which errors a call can meet beside EIO and EROFS.

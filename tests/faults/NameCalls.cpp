@@ -33,7 +33,8 @@ int renaming(const char* call,
     const auto result =
         static_cast<int>(::syscall(SYS_renameat2, oldFolder, from, newFolder, to, flags));
     if (result == 0) {
-        point.did(FaultEffect::Rename, target);
+        const bool isExchange = (flags & RENAME_EXCHANGE) != 0;
+        point.did(isExchange ? FaultEffect::Exchange : FaultEffect::Rename, target);
     }
     return result;
 }

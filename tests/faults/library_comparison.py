@@ -1,6 +1,6 @@
-"""What must hold between a library before a scan and after one that was disturbed: each RAW photo is
-replaced with everything that belongs to it or untouched, nothing of any other photo changed, and every
-file belongs to something."""
+"""What must hold between a library before a work and after one that was disturbed. Of a scan: each RAW
+photo is replaced with everything that belongs to it or untouched. Of each work: nothing of any photo
+changed but of the chosen ones, and every file belongs to something."""
 
 import collections
 
@@ -82,27 +82,29 @@ def compare(before, after, reference):
         state = state_of(before, after, original, reference)
         if state not in ("whole", "untouched"):
             problems.append(f"photo {before.base_name(original)}: {state}")
-    return problems + other_photos(before, after) + other_rows(before, after) + files(before, after)
+    chosen = before.raw_masters()
+    return [*problems, *other_photos(before, after, chosen), *other_rows(before, after, chosen),
+            *files(before, after, chosen)]
 
 
-def other_photos(before, after):
+def other_photos(before, after, chosen):
     problems = []
-    for master in sorted(set(before.masters) - before.raw_masters()):
+    for master in sorted(set(before.masters) - chosen):
         if master not in after.masters or before.exact_rows(master) != after.exact_rows(master):
             problems.append(f"rows of another photo, {before.base_name(master)}, changed")
     return problems
 
 
-def other_rows(before, after):
-    """Rows that are of no RAW photo stay; of albums and folders all but counts."""
-    of_raw = {id(row) for master in before.raw_masters() for _, row in before.rows_of(master)}
+def other_rows(before, after, chosen):
+    """Rows that are of no chosen photo stay; of albums and folders all but counts."""
+    of_chosen = {id(row) for master in chosen for _, row in before.rows_of(master)}
     problems = []
     for table, rows in before.tables.items():
         if table in BOOKKEEPING or table.endswith("_RidIndexes"):
             continue
         left_out = COUNTED if table in ("RKAlbum", "RKFolder") else set()
         still = {_row(row, left_out) for row in after.tables[table]}
-        lost = [row for row in rows if id(row) not in of_raw and _row(row, left_out) not in still]
+        lost = [row for row in rows if id(row) not in of_chosen and _row(row, left_out) not in still]
         if lost:
             problems.append(f"{len(lost)} rows of {table} changed, such as {lost[0]}")
     return problems
@@ -112,14 +114,15 @@ def _row(row, left_out):
     return tuple((column, value) for column, value in row.items() if column not in left_out)
 
 
-def files(before, after):
+def files(before, after, chosen, gone=frozenset()):
+    """Files stay as they are, but for followers, sidecars of the chosen photos, and those that may go."""
     problems = []
-    of_raw = {name for master in before.raw_masters() for name in before.files_of(master)
-              if name.startswith("Database/")}
+    of_chosen = {name for master in chosen for name in before.files_of(master)
+                 if name.startswith("Database/")}
     for name, facts in before.files.items():
         if name not in after.files:
-            problems.append(f"the file {name} is gone")
-        elif name in FOLLOWERS or name.startswith(FOLLOWING_FOLDERS) or name in of_raw:
+            problems += [] if name in gone else [f"the file {name} is gone"]
+        elif name in FOLLOWERS or name.startswith(FOLLOWING_FOLDERS) or name in of_chosen:
             continue
         elif after.files[name] != facts:
             problems.append(f"the file {name} changed")

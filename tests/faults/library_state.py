@@ -67,13 +67,20 @@ class LibraryState:
         rows = [row for row in self.versions.values() if row["masterUuid"] == master]
         return sorted(rows, key=lambda row: row["versionNumber"])
 
+    def owners_of(self, master):
+        """The names by which rows tell that they are of a photo."""
+        owners = [("version", version[name]) for version in self.versions_of(master)
+                  for name in ("modelId", "uuid")]
+        return [*owners, ("master", self.masters[master]["modelId"]), ("master", master)]
+
+    def rows_linked_to(self, owners):
+        found = {id(row): (table, row) for owner in owners for table, row in self._linked.get(owner, ())}
+        return list(found.values())
+
     def rows_of(self, master):
         """Table and row of everything that the databases hold of one photo."""
-        versions = self.versions_of(master)
-        owners = [("version", version[name]) for version in versions for name in ("modelId", "uuid")]
-        owners += [("master", self.masters[master]["modelId"]), ("master", master)]
-        found = {id(row): (table, row) for owner in owners for table, row in self._linked.get(owner, ())}
-        return [("RKMaster", self.masters[master]), *(("RKVersion", row) for row in versions), *found.values()]
+        versions = (("RKVersion", row) for row in self.versions_of(master))
+        return [("RKMaster", self.masters[master]), *versions, *self.rows_linked_to(self.owners_of(master))]
 
     def is_last_import(self, table, row):
         return table == "RKAlbumVersion" and self.albums[row["albumId"]]["uuid"] == "lastImportAlbum"

@@ -9,7 +9,7 @@ from pathlib import Path
 
 HEADER = struct.Struct("<16sIIIIqQ")  # FaultPoint.cpp writes it
 (NONE, MAKE_FILE, TRUNCATE, WRITE, WHOLE_FILE, FLUSH_FILE, FLUSH_FOLDER, RENAME, LINK, REMOVE, MAKE_FOLDER,
- REMOVE_FOLDER, SYMBOLIC_LINK) = range(13)
+ REMOVE_FOLDER, SYMBOLIC_LINK, EXCHANGE) = range(14)
 OF_SPACE, OF_NAME = 1, 2
 MOMENT = 1_500_000_000  # when each file that the ring writes was last changed
 PAGE = 4096  # bytes that a disk writes at once or not at all
@@ -198,7 +198,11 @@ class RecordedDisk:
             self._play_second_name(effect, folder, name, *self._place(point.other))
 
     def _play_second_name(self, effect, folder, name, other_folder, other_name):
-        if effect == LINK:
+        if effect == EXCHANGE:
+            node, other = folder.live[name], other_folder.live[other_name]
+            folder.change(("set", name, other))
+            other_folder.change(("set", other_name, node))
+        elif effect == LINK:
             other_folder.change(("set", other_name, folder.live[name]))
         elif folder is other_folder:
             folder.change(("rename", name, other_name))

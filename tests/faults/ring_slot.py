@@ -33,12 +33,16 @@ class Slot:
     def make_library(self):
         """The sample library with two RAW photos and three others, and files that are not its own."""
         (self.disk / "temporary").mkdir()
-        self._must("sample", str(self.disk), "--photos", "2", "--megapixels", "0.05", "--quiet")
+        self.must("sample", str(self.disk), "--photos", "2", "--megapixels", "0.05", "--quiet")
         for name, content in FOREIGN.items():
             path = self.package / name
             path.parent.mkdir(parents=True, exist_ok=True)
             path.write_bytes(content)
-        shutil.rmtree(self.disk / "state")  # as if another machine had made it
+        self.forget_state()
+
+    def forget_state(self):
+        """As if another machine had made the library."""
+        shutil.rmtree(self.disk / "state")
 
     def clear(self):
         shutil.rmtree(self.disk)
@@ -59,7 +63,7 @@ class Slot:
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                               timeout=PATIENCE, check=False)
 
-    def _must(self, *arguments):
+    def must(self, *arguments):
         finished = self.run(*arguments)
         if finished.returncode != 0:
             raise AssertionError(f"{arguments}: exit {finished.returncode}\n{finished.stderr}")
