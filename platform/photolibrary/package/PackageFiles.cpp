@@ -269,6 +269,16 @@ bool PackageFiles::isUnfinished(const QString& name)
     return name.startsWith(u'.') && name.endsWith(kUnfinishedSuffix);
 }
 
+QString PackageFiles::finishedPath(const QString& path)
+{
+    const QString name = path.section(u'/', -1);
+    if (!isUnfinished(name)) {
+        return path;
+    }
+    const QString withMark = name.chopped(kUnfinishedSuffix.size()).mid(1);
+    return path.chopped(name.size()) + withMark.section(u'.', 0, -2);
+}
+
 QString PackageFiles::listed(const QList<NotRemoved>& notRemoved)
 {
     QStringList lines;

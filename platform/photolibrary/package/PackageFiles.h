@@ -47,6 +47,8 @@ void removeUnfinished(const QString& package, const QString& folder, const QStri
 
 /// Whether AtomicFile gave that name to a file that it was writing.
 [[nodiscard]] bool isUnfinished(const QString& name);
+/// The path that an unfinished file is to bear; that of any other is its own.
+[[nodiscard]] QString finishedPath(const QString& path);
 
 /// One line for each path with its reason, for a message; of many the first ones and a count.
 [[nodiscard]] QString listed(const QList<NotRemoved>& notRemoved);

@@ -86,10 +86,14 @@ QStringList StrayFiles::inMasters(Connection& connection, const NamedFiles& name
     for (const QString& file : files) {
         const QString relative = file.mid(root.size());
         const QString name = relative.normalized(QString::NormalizationForm_C).toCaseFolded();
-        if (!known.contains(name) && !named.contains(file)) {
+        if (!known.contains(name) && !named.contains(PackageFiles::finishedPath(file))) {
             strays << relative;
         }
     }
+    // An unfinished file has got its name, or was removed, meanwhile.
+    strays.removeIf([&](const QString& relative) {
+        return !QFileInfo::exists(connection.packagePath() + u'/' + root + relative);
+    });
     strays.sort();
     return strays;
 }

@@ -225,3 +225,14 @@ TEST_F(PackageFilesOnDisk, aFileThatHasAnotherNameTooFreesNothing)
     EXPECT_EQ(PackageFiles::bytesOf(package(), u"Masters"_s), 0);
     EXPECT_EQ(PackageFiles::bytesOf(package(), u"Masters/2010/a.jpg"_s), 0);
 }
+
+TEST(UnfinishedFile, isOfTheFileWhoseNameItIsToBear)
+{
+    EXPECT_EQ(PackageFiles::finishedPath(u"Masters/2010/.IMG_1.v2.JPG.a1B2c3.corvane-new"_s),
+              u"Masters/2010/IMG_1.v2.JPG"_s);
+    EXPECT_EQ(PackageFiles::finishedPath(u"Masters/.corvane-new"_s), u"Masters/"_s);
+    for (const QString& other :
+         {u"Masters/2010/IMG_1.JPG"_s, u".hidden"_s, u"Masters/a.corvane-new"_s, QString()}) {
+        EXPECT_EQ(PackageFiles::finishedPath(other), other);
+    }
+}
