@@ -7,8 +7,8 @@
 
 /// Rows that lead to something that is gone: an album's entry for a photo that was deleted, a photo
 /// version without a master. They say nothing of any other photo, so that a library with some is
-/// written to. Its ids are never given out again (ModelIds), so that no new photo, album or keyword
-/// can come to what an old one left behind.
+/// written to. The ids that they name are never given out again (ModelIds), so that no new photo,
+/// album or keyword can come to what an old one left behind.
 /// Errors: SQLite::Exception.
 namespace LooseRows
 {
