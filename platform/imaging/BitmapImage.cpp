@@ -4,6 +4,8 @@
 
 #include <QRgba64>
 
+#include <algorithm>
+
 namespace
 {
 
@@ -22,6 +24,18 @@ void copyRow(const QRgba64* from, std::span<quint16> into)
         into[i + 1] = onWhite(from->green(), alpha);
         into[i + 2] = onWhite(from->blue(), alpha);
     }
+}
+
+/// Bytes, all opaque.
+Bitmap widenedFrom(const QImage& image)
+{
+    Bitmap bitmap(image.width(), image.height(), Transfer::Srgb);
+    for (int y = 0; y < image.height(); ++y) {
+        const auto row = bitmap.row(y);
+        std::transform(
+            image.constScanLine(y), image.constScanLine(y) + std::ssize(row), row.begin(), widened);
+    }
+    return bitmap;
 }
 
 } // namespace
@@ -48,6 +62,9 @@ Bitmap BitmapImage::fromImage(const QImage& image)
 {
     if (image.isNull()) {
         return {};
+    }
+    if (image.format() == QImage::Format_RGB888) {
+        return widenedFrom(image);
     }
     Bitmap bitmap(image.width(), image.height(), Transfer::Srgb);
     // Row by row, so that no second picture of 64 bits a pixel is held.

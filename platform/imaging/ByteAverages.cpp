@@ -1,7 +1,9 @@
 #include "ByteAverages.h"
 
 #include <algorithm>
+#include <array>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace
@@ -19,26 +21,29 @@ void addRow(const uchar* __restrict row, std::span<quint16> sums)
     }
 }
 
-/// The means of squares of `side` columns, whose rows `sums` holds together.
-void meanRow(const Sums& sums, int width, int side, std::span<uchar> into)
+/// The means of squares of `kSide` columns, whose rows `sums` holds together. Compilers divide by a
+/// number that they know many times as fast.
+template <int kSide>
+void meanRow(const quint16* sums, std::span<uchar> into)
 {
-    const auto pixels = static_cast<quint32>(side) * static_cast<quint32>(side);
-    for (std::size_t i = 0; i < into.size(); i += 3) {
-        quint32 red = 0;
-        quint32 green = 0;
-        quint32 blue = 0;
-        const int first = static_cast<int>(i / 3) * side;
-        for (int x = first; x < first + side; ++x) {
-            const std::size_t at = 3 * static_cast<std::size_t>(std::min(x, width - 1));
-            red += sums[at];
-            green += sums[at + 1];
-            blue += sums[at + 2];
+    constexpr quint32 kPixels = kSide * kSide;
+    for (std::size_t i = 0; i < into.size(); i += 3, sums += std::ptrdiff_t{3} * kSide) {
+        for (std::size_t channel = 0; channel < 3; ++channel) {
+            quint32 sum = 0;
+            for (std::size_t x = 0; x < kSide; ++x) {
+                sum += sums[3 * x + channel];
+            }
+            into[i + channel] = static_cast<uchar>((sum + kPixels / 2) / kPixels);
         }
-        into[i] = static_cast<uchar>((red + pixels / 2) / pixels);
-        into[i + 1] = static_cast<uchar>((green + pixels / 2) / pixels);
-        into[i + 2] = static_cast<uchar>((blue + pixels / 2) / pixels);
     }
 }
+
+/// That for each side from 1 on.
+constexpr auto kMeanRows = []<std::size_t... kIndexes>(std::index_sequence<kIndexes...>)
+{
+    return std::array{&meanRow<static_cast<int>(kIndexes) + 1>...};
+}
+(std::make_index_sequence<16>());
 
 } // namespace
 
@@ -51,16 +56,20 @@ QImage ByteAverages::of(const QImage& picture, int side)
     if (means.isNull()) {
         return means;
     }
-    Sums sums(std::size_t{3} * static_cast<std::size_t>(width));
+    const auto meanRow = kMeanRows.at(static_cast<std::size_t>(side) - 1);
+    const auto values = std::size_t{3} * static_cast<std::size_t>(width);
+    const auto valuesOfMeans = std::size_t{3} * static_cast<std::size_t>(means.width());
+    Sums sums(valuesOfMeans * static_cast<std::size_t>(side));
     for (int y = 0; y < means.height(); ++y) {
         std::ranges::fill(sums, quint16{0});
         for (int line = y * side; line < (y + 1) * side; ++line) {
-            addRow(picture.constScanLine(std::min(line, height - 1)), sums);
+            addRow(picture.constScanLine(std::min(line, height - 1)),
+                   std::span(sums).first(values));
         }
-        meanRow(sums,
-                width,
-                side,
-                {means.scanLine(y), std::size_t{3} * static_cast<std::size_t>(means.width())});
+        for (std::size_t i = values; i < sums.size(); ++i) {
+            sums[i] = sums[i - 3];
+        }
+        meanRow(sums.data(), {means.scanLine(y), valuesOfMeans});
     }
     return means;
 }

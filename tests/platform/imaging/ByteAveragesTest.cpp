@@ -35,6 +35,22 @@ TEST(ByteAveragesTest, squaresThatAreCutAreFilledByTheLastPixels)
     EXPECT_EQ(means.pixelColor(1, 1), QColor(0, 0, 0));
 }
 
+TEST(ByteAveragesTest, eachMeanIsRoundedAsADivisionIs)
+{
+    const QImage picture = BitmapImage::toImage(ImageBuilder::noise({48, 48}));
+    for (int side = 1; side <= 16; ++side) {
+        const QImage means = ByteAverages::of(picture, side);
+        for (int place = 0; place < 48 / side; ++place) {
+            int sum = 0;
+            for (int pixel = 0; pixel < side * side; ++pixel) {
+                sum += qGreen(picture.pixel(place * side + pixel % side, pixel / side));
+            }
+            EXPECT_EQ(qGreen(means.pixel(place, 0)), (sum + side * side / 2) / (side * side))
+                << side;
+        }
+    }
+}
+
 TEST(ByteAveragesTest, aPictureAveragedBySquaresOfOnePixelIsItself)
 {
     const QImage scene = BitmapImage::toImage(ImageBuilder::scene({33, 21}));
