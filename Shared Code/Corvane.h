@@ -20,7 +20,7 @@ class SBUtils;
 class UserDefaults;
 class UserNotificationCenter;
 class helpers;
-struct ConvertedJpeg;
+struct ProvedJpeg;
 
 /// What an engine is given; everything outlives it.
 struct ScanServices {
@@ -80,8 +80,8 @@ private:
     /// Settles the file that the turn reads; answers the message for the user when it is missing.
     [[nodiscard]] std::optional<QString> findSource(const Scan& scan, Turn& turn);
     [[nodiscard]] bool isSupported(const Scan& scan, Turn& turn);
-    [[nodiscard]] Result<ConvertedJpeg> convert(const Scan& scan, const Turn& turn);
-    void import(Scan& scan, Turn& turn, const ConvertedJpeg& jpeg);
+    [[nodiscard]] Result<ProvedJpeg> convert(const Scan& scan, const Turn& turn);
+    void import(Scan& scan, Turn& turn, const ProvedJpeg& jpeg);
     void fileAndPropagate(const Scan& scan, Turn& turn);
     [[nodiscard]] AlbumPtr albumOfTurn(const Scan& scan, Turn& turn);
     void tagAndRemoveOriginal(const Scan& scan, const Turn& turn);

@@ -53,7 +53,7 @@ bool Corvane::takeTurn(Scan& scan, Turn& turn)
                               u".jpg"_s);
     setStatus(Texts::converting());
     {
-        const Result<ConvertedJpeg> jpeg = convert(scan, turn);
+        const Result<ProvedJpeg> jpeg = convert(scan, turn);
         if (!jpeg.ok()) {
             // On purpose the position stays: the next photo meets this one's list entries.
             scan.failedSources.insert(turn.outcome.source);
@@ -104,7 +104,7 @@ bool Corvane::isSupported(const Scan& scan, Turn& turn)
     return false;
 }
 
-Result<ConvertedJpeg> Corvane::convert(const Scan& scan, const Turn& turn)
+Result<ProvedJpeg> Corvane::convert(const Scan& scan, const Turn& turn)
 {
     if (scan.failedSources.contains(turn.outcome.source)) {
         return Error{ErrorCode::Damaged, Texts::failedEarlier(turn.outcome.source)};
@@ -112,14 +112,15 @@ Result<ConvertedJpeg> Corvane::convert(const Scan& scan, const Turn& turn)
     return JpegConversion::convert(turn.outcome.source, *turn.photo, *m_delegate);
 }
 
-void Corvane::import(Scan& scan, Turn& turn, const ConvertedJpeg& jpeg)
+void Corvane::import(Scan& scan, Turn& turn, const ProvedJpeg& jpeg)
 {
     setStatus(Texts::importing());
     turn.jpegFile.write(jpeg.bytes);
     scan.convertedTotal += jpeg.bytes.size();
     turn.outcome.jpegBytes = jpeg.bytes.size();
-    turn.outcome.pixels = jpeg.pixels;
+    turn.outcome.pixels = jpeg.picture.size();
     turn.outcome.importedAs = QFileInfo(turn.jpegFile.path()).fileName();
+    turn.transaction->expect(jpeg);
     scan.photoLibraryAlbum->importFrom(turn.jpegFile.path(), true, scan.photoLibraryAlbum);
 }
 

@@ -119,8 +119,7 @@ QList<QImage> referencesOf(const QString& source,
     return references;
 }
 
-Result<ConvertedJpeg>
-converted(const QString& source, Photo& photo, const CorvaneDelegate& delegate)
+Result<ProvedJpeg> converted(const QString& source, Photo& photo, const CorvaneDelegate& delegate)
 {
     const PhotoEvidence evidence = photo.evidence();
     if (!isFileOf(evidence, source)) {
@@ -154,12 +153,12 @@ converted(const QString& source, Photo& photo, const CorvaneDelegate& delegate)
     if (!proof.ok()) {
         return proof.error();
     }
-    return ConvertedJpeg{jpeg.value(), rendered.value().size()};
+    return ProvedJpeg{jpeg.value(), rendered.value()};
 }
 
 } // namespace
 
-Result<ConvertedJpeg>
+Result<ProvedJpeg>
 JpegConversion::convert(const QString& source, Photo& photo, const CorvaneDelegate& delegate)
 {
     try {

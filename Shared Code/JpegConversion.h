@@ -1,20 +1,13 @@
 #pragma once
 
 #include "ImageProperties.h"
+#include "ProvedJpeg.h"
 #include "Result.h"
 
-#include <QByteArray>
-#include <QSize>
 #include <QString>
 
 class CorvaneDelegate;
 class Photo;
-
-/// A finished JPEG in memory.
-struct ConvertedJpeg {
-    QByteArray bytes;
-    QSize pixels;
-};
 
 /// Turns a photo's file into a JPEG with its metadata, of the size and quality that the
 /// controller holds at that moment.
@@ -30,7 +23,7 @@ namespace JpegConversion
 /// Errors: the message is a sentence for a report; every failure is one of this photo alone,
 /// memory that is too short for it included.
 /// An encoder's failure is also written to the system log.
-[[nodiscard]] Result<ConvertedJpeg>
+[[nodiscard]] Result<ProvedJpeg>
 convert(const QString& source, Photo& photo, const CorvaneDelegate& delegate);
 
 /// Signed degrees as unsigned ones with references: 0 and above is "N" and "E".

@@ -58,7 +58,7 @@ int convert(const Task& task)
     delegate.scale = task.scale;
     QByteArray bytes;
     for (int time = 0; time < task.times; ++time) {
-        const Result<ConvertedJpeg> jpeg = JpegConversion::convert(task.source, *photo, delegate);
+        const Result<ProvedJpeg> jpeg = JpegConversion::convert(task.source, *photo, delegate);
         if (!jpeg.ok()) {
             return failure(jpeg.error().message);
         }

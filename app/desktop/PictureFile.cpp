@@ -1,6 +1,5 @@
 #include "PictureFile.h"
 
-#include "BitmapImage.h"
 #include "FileType.h"
 #include "ImageProperties.h"
 #include "PictureLimits.h"
@@ -90,8 +89,7 @@ Result<QImage> readWithOwnDecoders(const QString& path, QSize within, PictureFil
     if (!rendered.ok()) {
         return rendered.error();
     }
-    return BitmapImage::toImage(
-        Upright::turned(BitmapImage::fromImage(rendered.value()), orientation));
+    return Upright::turned(rendered.value(), orientation);
 }
 
 QImage forScreen(QImage image, QSize within)

@@ -63,10 +63,15 @@ JpegDestination::encode(const Bitmap& bitmap, const ImageProperties& properties,
     return encode(BitmapImage::toImage(bitmap), properties, quality);
 }
 
-Result<QByteArray> JpegDestination::encodePlain(const Bitmap& bitmap, double quality)
+Result<QByteArray> JpegDestination::encodePlain(const QImage& picture, double quality)
 {
     JpegEncoder::Options options;
     options.quality = JpegEncoder::libjpegQuality(quality);
     options.scans = JpegEncoder::Scans::Sequential;
-    return JpegEncoder::encode(bitmap, options);
+    return JpegEncoder::encode(picture, options);
+}
+
+Result<QByteArray> JpegDestination::encodePlain(const Bitmap& bitmap, double quality)
+{
+    return encodePlain(BitmapImage::toImage(bitmap), quality);
 }

@@ -28,6 +28,7 @@ encode(const Bitmap& bitmap, const ImageProperties& properties, double quality);
 
 /// A small JPEG (baseline, 4:2:0, sRGB, quality 0..1) without metadata but its size, for
 /// thumbnails.
+[[nodiscard]] Result<QByteArray> encodePlain(const QImage& picture, double quality);
 [[nodiscard]] Result<QByteArray> encodePlain(const Bitmap& bitmap, double quality);
 
 } // namespace JpegDestination

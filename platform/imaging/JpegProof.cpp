@@ -208,8 +208,3 @@ JpegProof::prove(const QByteArray& jpeg, const QImage& encoded, const QList<QIma
     }
     return {};
 }
-
-Result<Bitmap> JpegProof::decodeWhole(const QByteArray& jpeg)
-{
-    return JpegDecoder::decode(jpeg);
-}

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Bitmap.h"
 #include "Result.h"
 
 #include <QByteArray>
@@ -23,8 +22,5 @@ namespace JpegProof
 /// fell short, OutOfSpace.
 [[nodiscard]] Result<void>
 prove(const QByteArray& jpeg, const QImage& encoded, const QList<QImage>& references);
-
-/// Decodes a JPEG file's bytes in full. Errors: Damaged (also for one that ends early).
-[[nodiscard]] Result<Bitmap> decodeWhole(const QByteArray& jpeg);
 
 } // namespace JpegProof

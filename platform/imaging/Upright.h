@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Bitmap.h"
+#include <QImage>
 
 /// What an EXIF orientation (1..8, CIPA DC-008) does to a picture. Any thread.
 namespace Upright
@@ -10,7 +10,7 @@ namespace Upright
 [[nodiscard]] bool isTransposed(int orientation);
 /// Clockwise degrees of the turn, 0, 90, 180 or 270; a mirroring is not told.
 [[nodiscard]] int rotation(int orientation);
-/// The picture as it is to be shown.
-[[nodiscard]] Bitmap turned(const Bitmap& bitmap, int orientation);
+/// The picture as it is to be shown. Null where memory is too short.
+[[nodiscard]] QImage turned(const QImage& picture, int orientation);
 
 } // namespace Upright

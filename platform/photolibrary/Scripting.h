@@ -12,6 +12,8 @@
 #include <memory>
 #include <optional>
 
+struct ProvedJpeg;
+
 /// The scripting surface of the photo application: what the scan may ask of it. Two
 /// implementations exist: over a library package on disk (folder package/) and the recording fake
 /// of the tests.
@@ -172,6 +174,11 @@ class PhotoTurn
 {
 public:
     virtual ~PhotoTurn() = default;
+
+    /// Tells what the next import in the turn brings, so that its file is not decoded again. An
+    /// import of other bytes pays no attention to it. No scripting call.
+    virtual void expect(const ProvedJpeg& /*jpeg*/) {}
+
     /// Raises ScriptingException when it cannot be made durable; it is undone then.
     virtual void commit() = 0;
 };

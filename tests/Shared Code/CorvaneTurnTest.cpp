@@ -122,6 +122,19 @@ TEST_F(TurnTest, jpegsLargerThanTheOriginalsGiveNegativeSavings)
     EXPECT_EQ(m_delegate.finished.first().pixels, QSize(1920, 1280));
 }
 
+TEST_F(TurnTest, eachTurnIsToldWhatItsImportWillHold)
+{
+    addPicture(u"a.jpg"_s);
+    addPicture(u"b.jpg"_s);
+    m_delegate.quality = 0.5;
+    scan({1, 2});
+    ASSERT_EQ(m_library.imports().size(), 2);
+    for (const FakeImport& import : m_library.imports()) {
+        EXPECT_FALSE(import.bytes.isEmpty());
+        EXPECT_EQ(import.expected, import.bytes);
+    }
+}
+
 TEST_F(TurnTest, extensionsAreComparedExactly)
 {
     addPicture(u"a.JPG"_s);

@@ -59,7 +59,7 @@ protected:
         m_library.photo(1).evidence.previewPath = path;
     }
 
-    [[nodiscard]] Result<ConvertedJpeg> convert()
+    [[nodiscard]] Result<ProvedJpeg> convert()
     {
         const PhotoPtr photo = m_library.photoHandle(1);
         return JpegConversion::convert(m_source, *photo, m_delegate);
@@ -67,13 +67,13 @@ protected:
 
     void expectConverted()
     {
-        const Result<ConvertedJpeg> jpeg = convert();
+        const Result<ProvedJpeg> jpeg = convert();
         EXPECT_TRUE(jpeg.ok()) << qPrintable(jpeg.ok() ? QString() : jpeg.error().message);
     }
 
     void expectOtherColours()
     {
-        const Result<ConvertedJpeg> jpeg = convert();
+        const Result<ProvedJpeg> jpeg = convert();
         ASSERT_FALSE(jpeg.ok());
         EXPECT_EQ(jpeg.error().code, ErrorCode::Damaged);
         EXPECT_EQ(jpeg.error().message,
@@ -142,7 +142,7 @@ TEST_F(JpegConversionProofTest, theLibrarysPictureGuidesByTheColoursThatItShows)
     QList<Bitmap> converted;
     for (const QImage& preview : {narrow, wide}) {
         ASSERT_TRUE(preview.save(path));
-        const Result<ConvertedJpeg> jpeg = convert();
+        const Result<ProvedJpeg> jpeg = convert();
         ASSERT_TRUE(jpeg.ok()) << jpeg.error().message.toStdString();
         converted.append(BitmapImage::fromImage(QImage::fromData(jpeg.value().bytes, "JPG")));
     }

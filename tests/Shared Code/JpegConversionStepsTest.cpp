@@ -105,7 +105,7 @@ protected:
 
     [[nodiscard]] static ConversionSteps::Calls& calls() { return ConversionSteps::calls; }
 
-    [[nodiscard]] Result<ConvertedJpeg> convert()
+    [[nodiscard]] Result<ProvedJpeg> convert()
     {
         const PhotoPtr photo = m_library.photoHandle(1);
         return JpegConversion::convert(m_source, *photo, m_delegate);
@@ -180,7 +180,7 @@ TEST_F(JpegConversionStepsTest, theControllersQualityIsTheEncoders)
 TEST_F(JpegConversionStepsTest, anEncoderThatFailsIsLoggedAndGivesItsReason)
 {
     calls().encodingsToFail = 1;
-    const Result<ConvertedJpeg> jpeg = convert();
+    const Result<ProvedJpeg> jpeg = convert();
     ASSERT_FALSE(jpeg.ok());
     EXPECT_EQ(jpeg.error().message, u"The encoder gave up."_s);
     EXPECT_EQ(m_log.entries(), QStringList{kEncoderFailed});
@@ -232,7 +232,7 @@ TEST_F(JpegConversionStepsTest, onlyAJpegOfThePictureThatWasEncodedIsTaken)
         {"no bytes", [](const QImage&) { return QByteArray(); }}};
     for (const auto& [what, jpeg] : wrong) {
         calls().jpeg = jpeg;
-        const Result<ConvertedJpeg> converted = convert();
+        const Result<ProvedJpeg> converted = convert();
         ASSERT_FALSE(converted.ok()) << what;
         EXPECT_TRUE(converted.error().message.contains(u"did not pass its proof"_s)) << what;
     }

@@ -43,7 +43,7 @@ protected:
         image->writeMetadata();
     }
 
-    [[nodiscard]] Result<ConvertedJpeg> convert()
+    [[nodiscard]] Result<ProvedJpeg> convert()
     {
         const PhotoPtr photo = m_library.photoHandle(1);
         return JpegConversion::convert(m_source, *photo, m_delegate);
@@ -52,7 +52,7 @@ protected:
     /// Converts and opens the result.
     [[nodiscard]] std::unique_ptr<Exiv2::Image> converted()
     {
-        const Result<ConvertedJpeg> jpeg = convert();
+        const Result<ProvedJpeg> jpeg = convert();
         if (!jpeg.ok()) {
             ADD_FAILURE() << jpeg.error().message.toStdString();
             return nullptr;
@@ -79,9 +79,9 @@ protected:
 
 TEST_F(JpegConversionTest, anUnscaledPictureKeepsItsSize)
 {
-    const Result<ConvertedJpeg> jpeg = convert();
+    const Result<ProvedJpeg> jpeg = convert();
     ASSERT_TRUE(jpeg.ok()) << jpeg.error().message.toStdString();
-    EXPECT_EQ(jpeg.value().pixels, QSize(96, 64));
+    EXPECT_EQ(jpeg.value().picture.size(), QSize(96, 64));
     EXPECT_EQ(QImage::fromData(jpeg.value().bytes, "JPEG").size(), QSize(96, 64));
     EXPECT_TRUE(m_log.entries().isEmpty());
 }
@@ -89,16 +89,16 @@ TEST_F(JpegConversionTest, anUnscaledPictureKeepsItsSize)
 TEST_F(JpegConversionTest, aScaledPictureHasTheTargetSize)
 {
     m_delegate.scale = 0.5F;
-    const Result<ConvertedJpeg> jpeg = convert();
+    const Result<ProvedJpeg> jpeg = convert();
     ASSERT_TRUE(jpeg.ok()) << jpeg.error().message.toStdString();
-    EXPECT_EQ(jpeg.value().pixels, QSize(48, 32));
+    EXPECT_EQ(jpeg.value().picture.size(), QSize(48, 32));
     EXPECT_EQ(QImage::fromData(jpeg.value().bytes, "JPEG").size(), QSize(48, 32));
 }
 
 TEST_F(JpegConversionTest, aSizeThatLeavesNoPixelsIsAFailure)
 {
     m_delegate.scale = 0.0F;
-    const Result<ConvertedJpeg> jpeg = convert();
+    const Result<ProvedJpeg> jpeg = convert();
     ASSERT_FALSE(jpeg.ok());
     EXPECT_EQ(jpeg.error().message, u"The output size leaves no pixels of "_s + m_source);
     EXPECT_TRUE(m_log.entries().isEmpty());
@@ -107,7 +107,7 @@ TEST_F(JpegConversionTest, aSizeThatLeavesNoPixelsIsAFailure)
 TEST_F(JpegConversionTest, aSizeBeyondAJpegIsAFailureThatSaysSo)
 {
     m_delegate.scale = 400.0F;
-    const Result<ConvertedJpeg> jpeg = convert();
+    const Result<ProvedJpeg> jpeg = convert();
     ASSERT_FALSE(jpeg.ok());
     EXPECT_EQ(jpeg.error().message,
               u"The output size of %1 is larger than this program writes"_s.arg(m_source));
@@ -116,7 +116,7 @@ TEST_F(JpegConversionTest, aSizeBeyondAJpegIsAFailureThatSaysSo)
 TEST_F(JpegConversionTest, memoryThatIsTooShortFailsThePhotoAlone)
 {
     m_library.whenCalled(u"photo 1.latitude"_s, [] { throw std::bad_alloc(); });
-    const Result<ConvertedJpeg> jpeg = convert();
+    const Result<ProvedJpeg> jpeg = convert();
     ASSERT_FALSE(jpeg.ok());
     EXPECT_EQ(jpeg.error().code, ErrorCode::OutOfSpace);
     EXPECT_EQ(jpeg.error().message, u"There is not enough memory to convert "_s + m_source);
@@ -216,7 +216,7 @@ TEST_F(JpegConversionTest, keywordsNeverReachTheJpegWhileOtherTextsDo)
 TEST_F(JpegConversionTest, aFileOfAnotherPhotoIsAFailure)
 {
     m_library.photo(1).evidence.files = QStringList{m_folder.filePath(u"IMG_2.jpg"_s)};
-    const Result<ConvertedJpeg> jpeg = convert();
+    const Result<ProvedJpeg> jpeg = convert();
     ASSERT_FALSE(jpeg.ok());
     EXPECT_EQ(jpeg.error().message, m_source + u" is no file of this photo"_s);
     EXPECT_TRUE(m_library.calls().isEmpty());
@@ -234,7 +234,7 @@ TEST_F(JpegConversionTest, aFileThatIsCutShortIsAFailureThatNamesIt)
 {
     QFile file(m_source);
     ASSERT_TRUE(file.resize(file.size() / 2));
-    const Result<ConvertedJpeg> jpeg = convert();
+    const Result<ProvedJpeg> jpeg = convert();
     ASSERT_FALSE(jpeg.ok());
     EXPECT_TRUE(jpeg.error().message.contains(u"IMG_1.jpg"_s));
 }

@@ -1,5 +1,5 @@
 #include "FuzzTarget.h"
-#include "JpegProof.h"
+#include "JpegDecoder.h"
 
 #include <cstdint>
 
@@ -7,6 +7,6 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
-    static_cast<void>(JpegProof::decodeWhole(bytes).ok());
+    static_cast<void>(JpegDecoder::decode(bytes).ok());
     return 0;
 }

@@ -1,5 +1,7 @@
 #include "FakePhotoApplication.h"
 
+#include "ProvedJpeg.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
@@ -366,6 +368,8 @@ public:
     FakePhotoTurn(const FakePhotoTurn&) = delete;
     FakePhotoTurn& operator=(const FakePhotoTurn&) = delete;
 
+    void expect(const ProvedJpeg& jpeg) override { m_library.m_expected = jpeg.bytes; }
+
     void commit() override
     {
         for (auto& failure : m_library.m_commitFailures) {
@@ -547,8 +551,8 @@ QString FakePhotoApplication::knownKeyword(const QString& keyword) const
 void FakePhotoApplication::import(const QString& path)
 {
     QFile file(path);
-    m_imports.append(
-        FakeImport{path, file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray()});
+    m_imports.append(FakeImport{
+        path, file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray(), m_expected});
     m_importingLeft = m_importingAnswers;
     const QString fileName = QFileInfo(path).fileName();
     const auto [fromTime, keywords] = m_keywordsOfImport.value(fileName, {0, {}});

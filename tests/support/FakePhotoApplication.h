@@ -42,10 +42,11 @@ struct FakeAlbumRecord {
     QList<qint64> photos;
 };
 
-/// One file that was imported, and what it held.
+/// One file that was imported, what it held, and what its turn had been told that it would.
 struct FakeImport {
     QString path;
     QByteArray bytes;
+    QByteArray expected;
 };
 
 /// A photo application in memory that records what is asked of it: the scripting surface's double
@@ -174,6 +175,7 @@ private:
     QList<Failure> m_failures;
     QList<QPair<QString, std::function<void()>>> m_actions;
     QList<Failure> m_commitFailures;
+    QByteArray m_expected;
     QList<FakeImport> m_imports;
     QHash<QString, QPair<int, QStringList>> m_keywordsOfImport;
     QHash<QString, int> m_timesImported;

@@ -13,6 +13,11 @@ PackageTurn::~PackageTurn()
     end();
 }
 
+void PackageTurn::expect(const ProvedJpeg& jpeg)
+{
+    m_session->expected = jpeg;
+}
+
 void PackageTurn::commit()
 {
     if (!m_session->transaction) {
@@ -30,6 +35,7 @@ void PackageTurn::commit()
 void PackageTurn::end()
 {
     m_session->transaction.reset();
+    m_session->expected.reset();
     m_session->turnSelection.reset();
     m_session->turnOpen = false;
 }

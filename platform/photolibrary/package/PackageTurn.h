@@ -14,6 +14,7 @@ public:
     PackageTurn(const PackageTurn&) = delete;
     PackageTurn& operator=(const PackageTurn&) = delete;
 
+    void expect(const ProvedJpeg& jpeg) override;
     void commit() override;
 
 private:

@@ -293,7 +293,8 @@ Result<qint64> PhotoLibraryPrivate::importInTurn(const QString& path, std::optio
     if (m_stopRequested) {
         return interrupted;
     }
-    Result<PreparedPicture> picture = PictureIntake::jpeg(path, path.section(u'/', -1));
+    const std::optional<ProvedJpeg> expected = std::exchange(own.expected, std::nullopt);
+    Result<PreparedPicture> picture = PictureIntake::jpeg(path, path.section(u'/', -1), expected);
     if (!picture.ok()) {
         return picture.error();
     }

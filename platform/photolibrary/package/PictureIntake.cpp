@@ -1,11 +1,11 @@
 #include "PictureIntake.h"
 
 #include "BitmapImage.h"
+#include "ByteAverages.h"
 #include "Clock.h"
 #include "ImageSource.h"
 #include "JpegDecoder.h"
 #include "JpegDestination.h"
-#include "JpegProof.h"
 #include "Resampler.h"
 #include "Upright.h"
 #include "Uuid.h"
@@ -13,6 +13,8 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -23,6 +25,8 @@ namespace
 constexpr double kPictureQuality = 5.0 / 6.0;
 constexpr int kThumbnailSide = 1024;
 constexpr int kMiniatureSide = 360;
+/// Pixels a side that ByteAverages takes at most.
+constexpr int kMostAveraged = 16;
 /// Longest name in bytes on the file systems of Linux and the Mac, and room for "_1024.jpg".
 constexpr qsizetype kLongestName = 255;
 constexpr qsizetype kLongestBase = 240;
@@ -62,19 +66,36 @@ QString baseOf(const QString& fileName)
     return base;
 }
 
-/// The upright picture, its longest side at most `side`; never made larger.
-Result<Bitmap> reduced(const Bitmap& bitmap, int side)
+Error noMemory()
 {
-    const QSize limit = bitmap.size().scaled(side, side, Qt::KeepAspectRatio);
-    if (limit.width() >= bitmap.pixelsWide()) {
-        return Bitmap(bitmap);
-    }
-    return Resampler::scale(bitmap, limit.expandedTo(QSize(1, 1)));
+    return {ErrorCode::OutOfSpace, u"Memory is too short for the pictures that a library keeps"_s};
 }
 
-Result<void> encodeInto(QByteArray& target, const Bitmap& bitmap)
+/// The picture, its longest side at most `side`; never made larger.
+Result<QImage> reduced(const QImage& picture, int side)
 {
-    Result<QByteArray> encoded = JpegDestination::encodePlain(bitmap, kPictureQuality);
+    const QSize size = picture.size().scaled(side, side, Qt::KeepAspectRatio);
+    if (size.width() >= picture.width()) {
+        return picture;
+    }
+    // First by whole pixels as their values are, which is much faster.
+    const int whole =
+        std::clamp(std::max(picture.width(), picture.height()) / side, 1, kMostAveraged);
+    const QImage averaged = whole == 1 ? picture : ByteAverages::of(picture, whole);
+    if (averaged.isNull()) {
+        return noMemory();
+    }
+    const Result<Bitmap> scaled =
+        Resampler::scale(BitmapImage::fromImage(averaged), size.expandedTo(QSize(1, 1)));
+    return scaled.ok() ? Result<QImage>(BitmapImage::toImage(scaled.value())) : scaled.error();
+}
+
+Result<void> encodeInto(QByteArray& target, const QImage& picture)
+{
+    if (picture.isNull()) {
+        return noMemory();
+    }
+    Result<QByteArray> encoded = JpegDestination::encodePlain(picture, kPictureQuality);
     if (!encoded.ok()) {
         return encoded.error();
     }
@@ -82,16 +103,15 @@ Result<void> encodeInto(QByteArray& target, const Bitmap& bitmap)
     return {};
 }
 
-/// Thumbnails are made from the small picture, which is then turned: turning the large one costs
-/// as much memory again.
-Result<void> makeThumbnails(PreparedPicture& picture, const Bitmap& decoded, int orientation)
+/// Thumbnails are made from the small picture, which is then turned.
+Result<void> makeThumbnails(PreparedPicture& picture, const QImage& decoded, int orientation)
 {
-    const Result<Bitmap> large = reduced(decoded, kThumbnailSide);
+    const Result<QImage> large = reduced(decoded, kThumbnailSide);
     if (!large.ok()) {
         return large.error();
     }
-    const Bitmap upright = Upright::turned(large.value(), orientation);
-    const Result<Bitmap> small = reduced(upright, kMiniatureSide);
+    const QImage upright = Upright::turned(large.value(), orientation);
+    const Result<QImage> small = reduced(upright, kMiniatureSide);
     if (!small.ok()) {
         return small.error();
     }
@@ -140,20 +160,20 @@ bool isTurned(const PreparedPicture& picture)
     return picture.facts.orientation >= 2 && picture.facts.orientation <= 8;
 }
 
-/// A JPEG file's picture, read whole, for what is made of it: where that are thumbnails alone, no
-/// larger than they need it.
-Result<Bitmap> decodedFor(const PreparedPicture& picture, QSize size)
+/// A JPEG file's picture, all of it read, for what is made of it: where that are thumbnails alone,
+/// no larger than they need it.
+Result<QImage>
+pictureOf(const PreparedPicture& picture, QSize size, const std::optional<ProvedJpeg>& proved)
 {
-    const int denominator = JpegDecoder::denominatorFor(size, kThumbnailSide);
-    if (isTurned(picture) || denominator == 1) {
-        return JpegProof::decodeWhole(picture.bytes);
+    if (proved && proved->bytes == picture.bytes) {
+        return proved->picture;
     }
-    const Result<QImage> decoded = JpegDecoder::decodeReduced(picture.bytes, denominator);
-    return decoded.ok() ? Result<Bitmap>(BitmapImage::fromImage(decoded.value())) : decoded.error();
+    return JpegDecoder::decodeReduced(
+        picture.bytes, isTurned(picture) ? 1 : JpegDecoder::denominatorFor(size, kThumbnailSide));
 }
 
 /// What is kept of a picture of the size `stored` beside the file, whose facts are known.
-Result<void> render(PreparedPicture& picture, const Bitmap& decoded, QSize stored)
+Result<void> render(PreparedPicture& picture, const QImage& decoded, QSize stored)
 {
     const int orientation = picture.facts.orientation;
     picture.stored = stored;
@@ -181,7 +201,9 @@ bool PictureIntake::isUsableName(const QString& name)
     return Uuid::isSafeName(name) && name.toUtf8().size() <= kLongestName;
 }
 
-Result<PreparedPicture> PictureIntake::jpeg(const QString& path, const QString& fileName)
+Result<PreparedPicture> PictureIntake::jpeg(const QString& path,
+                                            const QString& fileName,
+                                            const std::optional<ProvedJpeg>& proved)
 {
     Result<PreparedPicture> result = taken(path, fileName);
     if (!result.ok()) {
@@ -191,7 +213,7 @@ Result<PreparedPicture> PictureIntake::jpeg(const QString& path, const QString& 
     const Result<ImageProperties> properties = ImageProperties::fromBytes(picture.bytes);
     takeFacts(picture, properties.ok() ? properties.value().facts() : ImageFacts());
     const QSize stored = JpegDecoder::size(picture.bytes).value_or(QSize());
-    const Result<Bitmap> decoded = decodedFor(picture, stored);
+    const Result<QImage> decoded = pictureOf(picture, stored, proved);
     if (!decoded.ok()) {
         return noPicture(path, decoded.error());
     }
@@ -211,7 +233,9 @@ PictureIntake::raw(const QString& path, const QString& fileName, const QByteArra
     if (!properties.ok()) {
         return properties.error();
     }
-    const Result<Bitmap> decoded = JpegProof::decodeWhole(preview);
+    const QSize shown = JpegDecoder::size(preview).value_or(QSize());
+    const Result<QImage> decoded =
+        JpegDecoder::decodeReduced(preview, JpegDecoder::denominatorFor(shown, kThumbnailSide));
     if (!decoded.ok()) {
         return noPicture(u"preview of "_s + path, decoded.error());
     }
@@ -219,7 +243,7 @@ PictureIntake::raw(const QString& path, const QString& fileName, const QByteArra
     const int orientation = picture.facts.orientation;
     picture.raw = true;
     picture.preview = preview;
-    picture.shown = decoded.value().size();
+    picture.shown = shown;
     picture.stored =
         Upright::isTransposed(orientation) ? picture.shown.transposed() : picture.shown;
     picture.rotation = Upright::rotation(orientation);
@@ -237,6 +261,7 @@ Result<PreparedPicture> PictureIntake::rendered(const QString& path)
     PreparedPicture picture;
     const Result<ImageProperties> properties = ImageProperties::read(path);
     takeFacts(picture, properties.ok() ? properties.value().facts() : ImageFacts());
-    const Result<void> made = render(picture, decoded.value(), decoded.value().size());
+    const QImage image = BitmapImage::toImage(decoded.value());
+    const Result<void> made = image.isNull() ? noMemory() : render(picture, image, image.size());
     return made.ok() ? Result<PreparedPicture>(std::move(picture)) : made.error();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ImageProperties.h"
+#include "ProvedJpeg.h"
 #include "Result.h"
 
 #include <QByteArray>
@@ -38,9 +39,11 @@ namespace PictureIntake
 /// Whether a file of that name can be kept: one path component, at most 255 bytes.
 [[nodiscard]] bool isUsableName(const QString& name);
 
-/// A JPEG, decoded whole before anything else. Errors: NotFound, Unreadable, Damaged (no JPEG that
-/// decodes), Unsupported (unusable name), OutOfSpace.
-[[nodiscard]] Result<PreparedPicture> jpeg(const QString& path, const QString& fileName);
+/// A JPEG, decoded whole before anything else, unless `proved` tells what its bytes hold. Errors:
+/// NotFound, Unreadable, Damaged (no JPEG that decodes), Unsupported (unusable name), OutOfSpace.
+[[nodiscard]] Result<PreparedPicture> jpeg(const QString& path,
+                                           const QString& fileName,
+                                           const std::optional<ProvedJpeg>& proved = std::nullopt);
 
 /// A RAW master with the JPEG that shows it upright in full size.
 [[nodiscard]] Result<PreparedPicture>

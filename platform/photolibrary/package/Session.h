@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Connection.h"
+#include "ProvedJpeg.h"
 #include "WriteAccess.h"
 
 #include <QList>
@@ -21,6 +22,7 @@ struct Session {
     bool turnOpen{false};
     /// The open transaction of the turn; declared after the connection, so it ends before it.
     std::unique_ptr<WriteTransaction> transaction;
+    std::optional<ProvedJpeg> expected;         ///< of the next import of the turn
     std::optional<QList<qint64>> turnSelection; ///< select() within a turn
     std::optional<QList<qint64>> lastImport;    ///< nothing before this thread's first import
 };

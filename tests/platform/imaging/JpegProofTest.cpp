@@ -276,15 +276,3 @@ TEST(JpegProofTest, referenceOfAnotherSceneOrOfNoneProvesNothing)
         QImage()};
     EXPECT_TRUE(proofOf(jpegOf(scene, 0.8), scene, references).ok());
 }
-
-TEST(JpegProofTest, decodeWholeGivesThePictureOrSaysWhatIsWrong)
-{
-    const Bitmap scene = ImageBuilder::scene(kProvedSize);
-    const QByteArray jpeg = jpegOf(scene, 1.0);
-    const auto whole = JpegProof::decodeWhole(jpeg);
-    ASSERT_TRUE(whole.ok());
-    EXPECT_LT(ImageBuilder::difference(whole.value(), scene), 0.02);
-    const auto early = JpegProof::decodeWhole(jpeg.chopped(40));
-    ASSERT_FALSE(early.ok());
-    EXPECT_EQ(early.error().code, ErrorCode::Damaged);
-}

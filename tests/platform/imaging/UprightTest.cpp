@@ -10,24 +10,23 @@ namespace
 {
 
 /// Three pixels wide, two high; their red values are 0 1 2 in the upper row, 3 4 5 below.
-Bitmap sixPixels()
+QImage sixPixels()
 {
-    Bitmap bitmap(3, 2, Transfer::Srgb);
+    QImage picture(3, 2, QImage::Format_RGB888);
     for (int y = 0; y < 2; ++y) {
         for (int x = 0; x < 3; ++x) {
-            bitmap.row(y)[std::size_t{3} * static_cast<std::size_t>(x)] =
-                static_cast<quint16>(3 * y + x);
+            picture.setPixelColor(x, y, QColor(3 * y + x, 0, 0));
         }
     }
-    return bitmap;
+    return picture;
 }
 
-QList<int> redValues(const Bitmap& bitmap)
+QList<int> redValues(const QImage& picture)
 {
     QList<int> values;
-    for (int y = 0; y < bitmap.pixelsHigh(); ++y) {
-        for (std::size_t i = 0; i < bitmap.row(y).size(); i += 3) {
-            values.append(bitmap.row(y)[i]);
+    for (int y = 0; y < picture.height(); ++y) {
+        for (int x = 0; x < picture.width(); ++x) {
+            values.append(qRed(picture.pixel(x, y)));
         }
     }
     return values;
@@ -46,7 +45,7 @@ TEST(UprightTest, everyOrientationPutsTheStoredPixelsWhereTheyAreShown)
                                            {5, 2, 4, 1, 3, 0},
                                            {2, 5, 1, 4, 0, 3}}};
     for (int orientation = 1; orientation <= 8; ++orientation) {
-        const Bitmap upright = Upright::turned(sixPixels(), orientation);
+        const QImage upright = Upright::turned(sixPixels(), orientation);
         EXPECT_EQ(redValues(upright), shown.at(static_cast<std::size_t>(orientation - 1)))
             << orientation;
         EXPECT_EQ(upright.size(), Upright::isTransposed(orientation) ? QSize(2, 3) : QSize(3, 2));

@@ -1,6 +1,6 @@
 #include "JpegRows.h"
 
-#include "JpegProof.h"
+#include "JpegDecoder.h"
 
 #include <gtest/gtest.h>
 
@@ -34,7 +34,7 @@ QByteArray encodeRamp(QSize size)
 TEST(JpegRowsTest, aPictureComesBackWithSizeAndColours)
 {
     const QSize size(66, 50);
-    const auto decoded = JpegProof::decodeWhole(encodeRamp(size));
+    const auto decoded = JpegDecoder::decode(encodeRamp(size));
     ASSERT_TRUE(decoded.ok());
     ASSERT_EQ(decoded.value().size(), size);
     // 16 bits hold 257 times the 8-bit level; a few levels are lost in coding.

@@ -2,7 +2,7 @@
 
 #include "ImageProperties.h"
 #include "ImageSource.h"
-#include "JpegProof.h"
+#include "JpegDecoder.h"
 #include "SamplePlan.h"
 
 #include <QFile>
@@ -112,7 +112,7 @@ TEST(PhotoRendererTest, lightBeyondWhiteIsWhiteInDecodeAndPreview)
 {
     const auto photo = PhotoRenderer::takeRaw(shotOf(Scenes::chart));
     ASSERT_TRUE(photo.ok());
-    const auto preview = JpegProof::decodeWhole(photo.value().preview);
+    const auto preview = JpegDecoder::decode(photo.value().preview);
     ASSERT_TRUE(preview.ok());
     const auto shown = meanAround(preview.value(), 8, 8, 4);
     const auto decoded = meanAround(decodeDng(photo.value().dng), 8, 8, 4);
@@ -128,7 +128,7 @@ TEST(PhotoRendererTest, theRenderingShowsWhatTheRawDataHolds)
          {Scenes::hills, Scenes::lake, Scenes::stillLife, Scenes::brickWall}) {
         const auto photo = PhotoRenderer::takeRaw(shotOf(scene));
         ASSERT_TRUE(photo.ok());
-        const auto preview = JpegProof::decodeWhole(photo.value().preview);
+        const auto preview = JpegDecoder::decode(photo.value().preview);
         ASSERT_TRUE(preview.ok());
         const Bitmap decoded = decodeDng(photo.value().dng);
         ASSERT_EQ(preview.value().size(), decoded.size());
@@ -149,7 +149,7 @@ TEST(PhotoRendererTest, aPortraitIsStoredLyingAndRenderedUpright)
 {
     const auto photo = PhotoRenderer::takeRaw(shotOf(Scenes::portrait, Orientation::TurnClockwise));
     ASSERT_TRUE(photo.ok());
-    const auto upright = JpegProof::decodeWhole(photo.value().preview);
+    const auto upright = JpegDecoder::decode(photo.value().preview);
     ASSERT_TRUE(upright.ok());
     ASSERT_EQ(upright.value().size(), QSize(400, 600));
     const Bitmap stored = decodeDng(photo.value().dng);
@@ -172,7 +172,7 @@ TEST(PhotoRendererTest, theOtherWayOfHoldingTurnsTheOtherWay)
     const auto photo =
         PhotoRenderer::takeRaw(shotOf(Scenes::portrait, Orientation::TurnAnticlockwise));
     ASSERT_TRUE(photo.ok());
-    const auto upright = JpegProof::decodeWhole(photo.value().preview);
+    const auto upright = JpegDecoder::decode(photo.value().preview);
     ASSERT_TRUE(upright.ok());
     const Bitmap stored = decodeDng(photo.value().dng);
     const auto shown = meanAround(upright.value(), 300, 100, 14);
@@ -204,7 +204,7 @@ TEST(PhotoRendererTest, aJpegPhotoCarriesItsOwnMetadata)
     shot.facts.position = Place{53.5, 10.5, 12.0};
     const auto jpeg = PhotoRenderer::takeJpeg(shot);
     ASSERT_TRUE(jpeg.ok());
-    EXPECT_EQ(JpegProof::decodeWhole(jpeg.value()).value().size(), QSize(600, 400));
+    EXPECT_EQ(JpegDecoder::decode(jpeg.value()).value().size(), QSize(600, 400));
     const ImageFacts facts = ImageProperties::fromBytes(jpeg.value()).value().facts();
     EXPECT_EQ(facts.keywords, QStringList{u"Garten"_s});
     EXPECT_NEAR(facts.latitude.value_or(0.0), 53.5, 1e-8);
