@@ -7,6 +7,7 @@
 #include "SourcePicture.h"
 #include "SystemLog.h"
 #include "TargetSize.h"
+#include "Tasks.h"
 #include "Texts.h"
 
 #include <QColorSpace>
@@ -38,13 +39,9 @@ bool isFileOf(const PhotoEvidence& evidence, const QString& path)
                                [&](const QString& file) { return isSameFile(file, path); });
 }
 
-Result<ImageProperties> propertiesForCopy(const QString& source, Photo& photo)
+/// What a copy of the photo tells of what its original tells.
+ImageProperties forCopy(ImageProperties properties, Photo& photo)
 {
-    Result<ImageProperties> read = ImageProperties::read(source);
-    if (!read.ok()) {
-        return read.error();
-    }
-    ImageProperties properties = std::move(read).value();
     if (!properties.hasGps()) {
         const double latitude = photo.latitude();
         const double longitude = photo.longitude();
@@ -100,24 +97,38 @@ QImage libraryPreview(const PhotoEvidence& evidence)
                             : upright.transformed(QTransform().rotate(-evidence.rotation));
 }
 
-/// What else shows the photo: the preview `embedded` in its file, and the library's.
-QList<QImage> referencesOf(const QString& source,
-                           const std::optional<QImage>& embedded,
-                           const PhotoEvidence& evidence)
+/// Whether the library's preview shows what the file does.
+bool isShownByLibrary(const QString& source, const PhotoEvidence& evidence)
 {
-    QList<QImage> references;
-    if (embedded) {
-        references.append(*embedded);
-    }
-    const bool isMaster = !isSameFile(source, evidence.previewPath);
-    if (isMaster && !evidence.edited && !evidence.previewPath.isEmpty()) {
-        const QImage preview = libraryPreview(evidence);
-        if (!preview.isNull()) {
-            references.append(preview);
-        }
-    }
-    return references;
+    return !evidence.edited && !evidence.previewPath.isEmpty() &&
+           !isSameFile(source, evidence.previewPath);
 }
+
+/// What is read of a photo beside the picture in its file.
+struct Surroundings {
+    Result<ImageProperties> properties;
+    QImage libraryPreview; ///< null where there is none that shows the same
+
+    [[nodiscard]] static Surroundings of(const QString& source, const PhotoEvidence& evidence)
+    {
+        return {.properties = ImageProperties::read(source),
+                .libraryPreview =
+                    isShownByLibrary(source, evidence) ? ::libraryPreview(evidence) : QImage()};
+    }
+
+    /// What else shows the photo: the preview `embedded` in its file, and the library's.
+    [[nodiscard]] QList<QImage> references(const std::optional<QImage>& embedded) const
+    {
+        QList<QImage> all;
+        if (embedded) {
+            all.append(*embedded);
+        }
+        if (!libraryPreview.isNull()) {
+            all.append(libraryPreview);
+        }
+        return all;
+    }
+};
 
 Result<ProvedJpeg> converted(const QString& source, Photo& photo, const CorvaneDelegate& delegate)
 {
@@ -125,26 +136,27 @@ Result<ProvedJpeg> converted(const QString& source, Photo& photo, const CorvaneD
     if (!isFileOf(evidence, source)) {
         return Error{ErrorCode::Damaged, Texts::pictureOfAnotherPhoto(source)};
     }
-    Result<SourcePicture> opened = SourcePicture::open(source);
+    auto [opened, surroundings] = Tasks::both([&] { return SourcePicture::open(source); },
+                                              [&] { return Surroundings::of(source, evidence); });
     if (!opened.ok()) {
         return opened.error();
     }
-    SourcePicture picture = std::move(opened).value();
-    const Result<ImageProperties> properties = propertiesForCopy(source, photo);
-    if (!properties.ok()) {
-        return properties.error();
+    if (!surroundings.properties.ok()) {
+        return surroundings.properties.error();
     }
+    SourcePicture picture = std::move(opened).value();
+    const ImageProperties properties = forCopy(std::move(surroundings.properties).value(), photo);
     const Result<QSize> size = wantedSize(picture.size(), source, OutputSize::of(delegate));
     if (!size.ok()) {
         return size.error();
     }
-    const QList<QImage> references = referencesOf(source, picture.preview(), evidence);
+    const QList<QImage> references = surroundings.references(picture.preview());
     const Result<QImage> rendered = std::move(picture).rendered(size.value(), references);
     if (!rendered.ok()) {
         return rendered.error();
     }
     const Result<QByteArray> jpeg =
-        JpegDestination::encode(rendered.value(), properties.value(), delegate.compressionFactor());
+        JpegDestination::encode(rendered.value(), properties, delegate.compressionFactor());
     if (!jpeg.ok()) {
         systemLog(u"***Could not create data from image destination ***"_s);
         return jpeg.error();

@@ -5,6 +5,7 @@
 #include "ReducedPicture.h"
 #include "SceneComparison.h"
 #include "SrgbTransfer.h"
+#include "Tasks.h"
 
 #include <algorithm>
 #include <array>
@@ -163,13 +164,12 @@ std::optional<Error> contradiction(const QImage& decoded, const QList<QImage>& r
     return std::nullopt;
 }
 
-/// `decoded`: averaged by `denominator`.
+/// `decoded`: averaged by `denominator`; `encodedBlocks`: what was encoded, by kBlock.
 std::optional<Error>
-difference(const QImage& decoded, int denominator, const QImage& encoded, double error)
+difference(const QImage& decoded, int denominator, const QImage& encodedBlocks, double error)
 {
     const QImage decodedBlocks =
         denominator == kBlock ? decoded : ByteAverages::of(decoded, kBlock / denominator);
-    const QImage encodedBlocks = ByteAverages::of(encoded, kBlock);
     if (decodedBlocks.isNull() || encodedBlocks.isNull()) {
         return Error{ErrorCode::OutOfSpace,
                      QStringLiteral("Memory is too short to prove the finished JPEG")};
@@ -188,7 +188,9 @@ JpegProof::prove(const QByteArray& jpeg, const QImage& encoded, const QList<QIma
 {
     const QSize size = JpegDecoder::size(jpeg).value_or(encoded.size());
     const int denominator = JpegDecoder::denominatorFor(size, kFewestBlocks) == kBlock ? kBlock : 1;
-    const Result<QImage> decoded = JpegDecoder::decodeReduced(jpeg, denominator);
+    const auto [decoded, encodedBlocks] =
+        Tasks::both([&] { return JpegDecoder::decodeReduced(jpeg, denominator); },
+                    [&] { return ByteAverages::of(encoded, kBlock); });
     if (!decoded.ok()) {
         return Error{decoded.error().code, damaged(decoded.error().message).message};
     }
@@ -200,7 +202,7 @@ JpegProof::prove(const QByteArray& jpeg, const QImage& encoded, const QList<QIma
                            .arg(encoded.height()));
     }
     if (const auto failure =
-            difference(decoded.value(), denominator, encoded, JpegDecoder::meanError(jpeg))) {
+            difference(decoded.value(), denominator, encodedBlocks, JpegDecoder::meanError(jpeg))) {
         return *failure;
     }
     if (const auto failure = contradiction(decoded.value(), references)) {

@@ -9,6 +9,7 @@
 #include "Resampler.h"
 #include "SceneComparison.h"
 #include "SourceFile.h"
+#include "Tasks.h"
 
 #include <new>
 #include <utility>
@@ -78,11 +79,12 @@ Result<SourcePicture> SourcePicture::open(const QString& path)
     if (const auto complaint = FileStructure::complaint(file.value().bytes, file.value().type)) {
         return SourceFile::errorOf(path, ErrorCode::Damaged, *complaint);
     }
-    Result<Content> decoded = content<Content>(file.value());
+    auto [decoded, preview] = Tasks::both([&] { return content<Content>(file.value()); },
+                                          [&] { return file.value().preview(); });
     if (!decoded.ok()) {
         return SourceFile::errorOf(path, decoded.error().code, decoded.error().message);
     }
-    SourcePicture picture(std::move(decoded).value(), file.value().preview());
+    SourcePicture picture(std::move(decoded).value(), std::move(preview));
     if (const auto complaint = picture.complaint()) {
         return SourceFile::errorOf(path, ErrorCode::Damaged, *complaint);
     }
