@@ -9,6 +9,7 @@
 #include "JpegDestination.h"
 #include "JpegProof.h"
 #include "LargeLibrary.h"
+#include "PictureMemory.h"
 #include "SourcePicture.h"
 
 #include <QCommandLineParser>
@@ -106,6 +107,7 @@ int makeLibrary(const Task& task)
 
 int main(int argc, char** argv)
 {
+    PictureMemory::prepare();
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.addHelpOption();

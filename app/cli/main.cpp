@@ -9,6 +9,7 @@
 #include "Interruption.h"
 #include "LoginPowerManagement.h"
 #include "MessageLog.h"
+#include "PictureMemory.h"
 #include "SignalWatcher.h"
 
 #include <QCoreApplication>
@@ -19,6 +20,7 @@
 
 int main(int argc, char** argv)
 {
+    PictureMemory::prepare();
     // A closed pipe is an error of a write, not the end of the process in the midst of a turn.
     std::signal(SIGPIPE, SIG_IGN);
     const Bundle bundle(QStringLiteral(":/corvane"));
