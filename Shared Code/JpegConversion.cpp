@@ -1,5 +1,6 @@
 #include "JpegConversion.h"
 
+#include "BitmapImage.h"
 #include "CorvaneDelegate.h"
 #include "JpegDestination.h"
 #include "JpegProof.h"
@@ -10,7 +11,6 @@
 #include "Tasks.h"
 #include "Texts.h"
 
-#include <QColorSpace>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QTransform>
@@ -89,10 +89,7 @@ QImage libraryPreview(const PhotoEvidence& evidence)
             size.scaled(kLongestSideCompared, kLongestSideCompared, Qt::KeepAspectRatio));
     }
     QImage upright = reader.read();
-    const QColorSpace colors(QColorSpace::SRgb);
-    if (upright.colorSpace().isValid() && upright.colorSpace() != colors) {
-        upright.convertToColorSpace(colors);
-    }
+    BitmapImage::convertToSrgb(upright);
     return upright.isNull() ? upright
                             : upright.transformed(QTransform().rotate(-evidence.rotation));
 }

@@ -7,7 +7,6 @@
 #include "Texts.h"
 #include "Upright.h"
 
-#include <QColorSpace>
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QImageReader>
@@ -98,10 +97,7 @@ QImage forScreen(QImage image, QSize within)
     if (size != image.size()) {
         image = image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
     }
-    const QColorSpace screen(QColorSpace::SRgb);
-    if (image.colorSpace().isValid() && image.colorSpace() != screen) {
-        image.convertToColorSpace(screen);
-    }
+    BitmapImage::convertToSrgb(image);
     image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
                                             : QImage::Format_RGB32);
     return image;

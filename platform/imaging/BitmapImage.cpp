@@ -2,6 +2,7 @@
 
 #include "SrgbTransfer.h"
 
+#include <QColorSpace>
 #include <QRgba64>
 
 #include <algorithm>
@@ -74,4 +75,12 @@ Bitmap BitmapImage::fromImage(const QImage& image)
         copyRow(reinterpret_cast<const QRgba64*>(row.constScanLine(0)), bitmap.row(y));
     }
     return bitmap;
+}
+
+void BitmapImage::convertToSrgb(QImage& image)
+{
+    const QColorSpace sRgb(QColorSpace::SRgb);
+    if (image.colorSpace().isValid() && image.colorSpace() != sRgb) {
+        image.convertToColorSpace(sRgb);
+    }
 }

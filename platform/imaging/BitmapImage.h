@@ -15,4 +15,7 @@ namespace BitmapImage
 /// image's colour space is not looked at. Null for a null image.
 [[nodiscard]] Bitmap fromImage(const QImage& image);
 
+/// Turns the colours into those of sRGB where the image says that they are others.
+void convertToSrgb(QImage& image);
+
 } // namespace BitmapImage
