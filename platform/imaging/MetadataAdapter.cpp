@@ -17,6 +17,7 @@
 #include <exiv2/crwimage.hpp>
 #include <exiv2/error.hpp>
 #include <exiv2/image.hpp>
+#include <exiv2/xmpsidecar.hpp>
 #include <mutex>
 
 using namespace Qt::StringLiterals;
@@ -101,17 +102,24 @@ void take(Exiv2::Image& image, ImageProperties::Content& content)
     }));
 }
 
-/// False where Exiv2 does not know the type.
+/// False where Exiv2 does not know the type, or takes the file for metadata without a picture, as
+/// it does any XML.
 template <typename Open>
 bool readWithExiv2(const Open& open, ImageProperties::Content& content)
 {
-    return guarded([&] {
+    bool isPicture = false;
+    static_cast<void>(guarded([&] {
         auto image = open();
+        isPicture = image->imageType() != Exiv2::ImageType::xmp;
+        if (!isPicture) {
+            return;
+        }
         // Damage in the middle leaves what stood before it.
         static_cast<void>(guarded([&] { image->readMetadata(); }));
         take(*image, content);
         content.isOfCrwFile = image->imageType() == Exiv2::ImageType::crw;
-    });
+    }));
+    return isPicture;
 }
 
 /// Whether the file says something that Exiv2 does not read.
@@ -130,11 +138,12 @@ bool completeFrom(const QByteArray& bytes, FileType type, ImageProperties::Conte
     return false;
 }
 
-/// For pictures of types that only Qt reads: they have no blocks that would be carried over.
+/// For pictures of types that only Qt reads: they have no blocks that would be carried over. Qt
+/// takes any XML for a drawing.
 Result<void> readWithQt(QIODevice& device, const QString& name, ImageProperties::Content& content)
 {
     QImageReader reader(&device);
-    if (!reader.canRead()) {
+    if (!reader.canRead() || reader.format().startsWith("svg")) {
         return Error{ErrorCode::Unsupported, u"%1 is no picture of a known type"_s.arg(name)};
     }
     content.pixels = reader.size();

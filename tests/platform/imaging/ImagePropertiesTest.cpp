@@ -79,6 +79,25 @@ TEST(ImageProperties, whatIsNoPictureIsUnsupported)
     EXPECT_EQ(nothing.error().code, ErrorCode::Unsupported);
 }
 
+TEST(ImageProperties, metadataWithoutAPictureAreUnsupported)
+{
+    const QByteArray xml = "<?xml version=\"1.0\"?>\n<plist><dict/></plist>\n";
+    const QByteArray xmp = "<x:xmpmeta xmlns:x=\"adobe:ns:meta/\"></x:xmpmeta>\n";
+    const QTemporaryDir folder;
+    for (const QByteArray& bytes : {xml, xmp}) {
+        const Result<ImageProperties> fromBytes = ImageProperties::fromBytes(bytes);
+        ASSERT_FALSE(fromBytes.ok());
+        EXPECT_EQ(fromBytes.error().code, ErrorCode::Unsupported);
+        QFile file(folder.filePath(u"catalogue.xml"_s));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        file.close();
+        const Result<ImageProperties> read = ImageProperties::read(file.fileName());
+        ASSERT_FALSE(read.ok());
+        EXPECT_EQ(read.error().code, ErrorCode::Unsupported);
+    }
+}
+
 TEST(ImageProperties, aFileInTheCurrentFolderNamedLikeStandardInputIsReadAsAFile)
 {
     const QTemporaryDir folder;
