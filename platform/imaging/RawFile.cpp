@@ -119,12 +119,15 @@ QRect cropOfDng(const QByteArray& bytes)
 } // namespace
 
 RawFile::RawFile(const QByteArray& bytes)
-    : m_bytes(bytes)
+    : m_fileSize(bytes.size())
 {
     set_dataerror_handler(&RawFile::onDataError, this);
     // LibRaw reads the buffer and never writes it, whatever its signature says.
     m_openStatus = open_buffer(const_cast<char*>(bytes.constData()), // NOLINT
                                static_cast<std::size_t>(bytes.size()));
+    if (imgdata.idata.dng_version != 0) {
+        m_cropOfDng = cropOfDng(bytes);
+    }
 }
 
 void RawFile::onDataError(void* object, const char* /*file*/, int /*offset*/)
@@ -142,13 +145,14 @@ std::optional<Error> RawFile::unpackSensor()
         !PictureLimits::holds(sizes.width, sizes.height)) {
         return errorOf(LIBRAW_TOO_BIG);
     }
-    if (!PictureLimits::isHeldBy(m_bytes.size(), sizes.raw_width, sizes.raw_height)) {
+    if (!PictureLimits::isHeldBy(m_fileSize, sizes.raw_width, sizes.raw_height)) {
         return errorOf(LIBRAW_IO_ERROR);
     }
     setParameters(imgdata.params);
     const std::string_view make(&imgdata.idata.make[0]);
     const FujiOnOneThread oneThread(make.starts_with("Fuji"));
     const int status = unpack();
+    recycle_datastream();
     if (status != LIBRAW_SUCCESS) {
         return errorOf(status);
     }
@@ -210,7 +214,7 @@ QRect RawFile::statedCrop() const
     if (imgdata.idata.dng_version != 0) {
         // A maker note within speaks of the sensor, not of the pixels that were made of it: DNG
         // files come reduced and enlarged.
-        return cropOfDng(m_bytes);
+        return m_cropOfDng;
     }
     const auto& sizes = imgdata.sizes;
     const auto& inset = sizes.raw_inset_crop;

@@ -14,15 +14,15 @@
 #include <cstddef>
 #include <optional>
 
-/// LibRaw over a file in memory, which must outlive it. Half a megabyte: not for a stack. Any one
-/// thread at a time.
+/// LibRaw over a file in memory, which must live until the sensor's data, or a preview, are
+/// unpacked. Half a megabyte: not for a stack. Any one thread at a time.
 class RawFile final : private LibRaw
 {
 public:
     explicit RawFile(const QByteArray& bytes);
 
-    /// Reads the sensor's data. Errors: Damaged (also for data that LibRaw complains of),
-    /// Unsupported, OutOfSpace; they name no file.
+    /// Reads the sensor's data and is done with the file. Errors: Damaged (also for data that
+    /// LibRaw complains of), Unsupported, OutOfSpace; they name no file.
     [[nodiscard]] std::optional<Error> unpackSensor();
 
     /// The sensor's data where they lie in plain cells of red, green and blue, as the camera's
@@ -52,7 +52,8 @@ private:
     setLight(BayerMosaic& mosaic, const Filters& filters, const std::array<float, 4>& gains) const;
     [[nodiscard]] Bitmap copyArea(const QRect& area) const;
 
-    const QByteArray& m_bytes;
+    qsizetype m_fileSize{0};
+    QRect m_cropOfDng; ///< as cropOfDng() finds it
     int m_openStatus{0};
     bool m_dataErrors{false};
 };
