@@ -27,7 +27,6 @@ constexpr std::array kSubjectProperties{
     std::string_view("Xmp.expressionmedia.CatalogSets"),
     std::string_view("Xmp.acdsee.categories"),
     std::string_view("Xmp.acdsee.keywords"),
-    std::string_view("Xmp.photoshop.SupplementalCategories"),
     std::string_view("Xmp.mwg-kw.Keywords"),
     std::string_view("Xmp.pdf.Keywords"),
 };

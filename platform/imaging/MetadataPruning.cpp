@@ -1,6 +1,7 @@
 #include "MetadataPruning.h"
 
 #include "ImagePropertiesContent.h"
+#include "MetadataTags.h"
 
 #include <algorithm>
 #include <array>
@@ -14,97 +15,10 @@
 namespace
 {
 
-/// Tags of the first directory that describe the file's own pictures (TIFF 6.0; DNG 1.4).
-constexpr std::array<uint16_t, 53> kStructureTags{
-    0x00fe, // NewSubfileType
-    0x00ff, // SubfileType
-    0x0100, // ImageWidth
-    0x0101, // ImageLength
-    0x0102, // BitsPerSample
-    0x0103, // Compression
-    0x0106, // PhotometricInterpretation
-    0x0107, // Thresholding
-    0x0108, // CellWidth
-    0x0109, // CellLength
-    0x010a, // FillOrder
-    0x0111, // StripOffsets
-    0x0115, // SamplesPerPixel
-    0x0116, // RowsPerStrip
-    0x0117, // StripByteCounts
-    0x0118, // MinSampleValue
-    0x0119, // MaxSampleValue
-    0x011c, // PlanarConfiguration
-    0x0120, // FreeOffsets
-    0x0121, // FreeByteCounts
-    0x0122, // GrayResponseUnit
-    0x0123, // GrayResponseCurve
-    0x012d, // TransferFunction
-    0x013d, // Predictor
-    0x013e, // WhitePoint
-    0x013f, // PrimaryChromaticities
-    0x0140, // ColorMap
-    0x0142, // TileWidth
-    0x0143, // TileLength
-    0x0144, // TileOffsets
-    0x0145, // TileByteCounts
-    0x014a, // SubIFDs
-    0x0152, // ExtraSamples
-    0x0153, // SampleFormat
-    0x015b, // JPEGTables
-    0x0200, // JPEGProc
-    0x0201, // JPEGInterchangeFormat
-    0x0202, // JPEGInterchangeFormatLength
-    0x0203, // JPEGRestartInterval
-    0x0205, // JPEGLosslessPredictors
-    0x0206, // JPEGPointTransforms
-    0x0207, // JPEGQTables
-    0x0208, // JPEGDCTables
-    0x0209, // JPEGACTables
-    0x0211, // YCbCrCoefficients
-    0x0212, // YCbCrSubSampling
-    0x0214, // ReferenceBlackWhite
-    0x02bc, // XMLPacket, written as a segment
-    0x83bb, // IPTCNAA, written as a segment
-    0x8649, // ImageResources, written as a segment
-    0x8773, // InterColorProfile
-    0x9216, // TIFF/EPStandardID
-    0xea1c, // Padding
-};
-
-/// Blocks of numbers that only RAW files use: from SonyRawFileType and CFA descriptions to the
-/// last tag of DNG 1.7.
-struct TagRange {
-    uint16_t first;
-    uint16_t last;
-};
-
-constexpr std::array kRawRanges{
-    TagRange{0x7000, 0x7fff}, // Sony's RAW tags
-    TagRange{0x828d, 0x828e}, // CFARepeatPatternDim, CFAPattern
-    TagRange{0xc5d8, 0xc5ff}, // Canon's RAW tags
-    TagRange{0xc612, 0xc7ff}, // DNG 1.0 to 1.4
-    TagRange{0xcd2d, 0xcd4f}, // DNG 1.6 and 1.7
-};
-
-/// Tags within those blocks that tell of the photo, not of its RAW data.
-constexpr std::array<uint16_t, 10> kTrueTags{
-    0xc614, // UniqueCameraModel
-    0xc615, // LocalizedCameraModel
-    0xc68b, // OriginalRawFileName
-    0xc6d2, // Panasonic's title
-    0xc6d3, // and its second one
-    0xc763, // TimeCodes
-    0xc764, // FrameRate
-    0xc772, // TStop
-    0xc789, // ReelName
-    0xc7a1, // CameraLabel
-};
-
-/// Directories of pictures that the JPEG does not have.
+/// Directories of pictures that the JPEG does not have, beside the standard's.
 constexpr std::array kPictureGroups{
     std::string_view("Image2"),
     std::string_view("Image3"),
-    std::string_view("Thumbnail"),
     std::string_view("PanasonicRaw"),
     std::string_view("MpfInfo"),
     std::string_view("NikonPreview"),
@@ -116,17 +30,8 @@ constexpr std::array kPictureGroupBeginnings{
     std::string_view("SubThumb"),
 };
 
-/// Single tags outside the first directory that describe the original's picture or point into it.
-/// Exiv2 finds a tag by its name where it has one, by its number else.
+/// Tags of maker notes that describe the original's picture or point into it.
 constexpr std::array kUntrueKeys{
-    std::string_view("Exif.Photo.CompressedBitsPerPixel"),
-    std::string_view("Exif.Photo.CFAPattern"),
-    std::string_view("Exif.Photo.Gamma"),
-    std::string_view("Exif.Photo.0xea1c"), // Padding
-    std::string_view("Exif.Photo.0xea1d"), // OffsetSchema: how far the maker note was moved
-    std::string_view("Exif.Iop.RelatedImageFileFormat"),
-    std::string_view("Exif.Iop.RelatedImageWidth"),
-    std::string_view("Exif.Iop.RelatedImageLength"),
     std::string_view("Exif.Nikon3.Preview"),
     std::string_view("Exif.Canon.PreviewImageInfo"),
     std::string_view("Exif.Canon.ThumbnailImageValidArea"),
@@ -225,27 +130,20 @@ bool contains(const List& list, std::string_view text)
     return std::ranges::find(list, text) != list.end();
 }
 
-bool isUntrueInFirstDirectory(uint16_t tag)
-{
-    const bool isOfRaw = std::ranges::any_of(kRawRanges, [tag](const TagRange& range) {
-        return tag >= range.first && tag <= range.last;
-    });
-    return std::ranges::find(kStructureTags, tag) != kStructureTags.end() ||
-           (isOfRaw && std::ranges::find(kTrueTags, tag) == kTrueTags.end());
-}
-
-bool isUntrue(const Exiv2::Exifdatum& datum)
+/// Of the standard's directories what is known to hold is carried, of maker notes what is not known
+/// not to: nobody knows all that makers write.
+bool isCarried(const Exiv2::Exifdatum& datum)
 {
     const std::string group = datum.groupName();
-    if (group == "Image") {
-        return isUntrueInFirstDirectory(datum.tag());
+    if (!MetadataPruning::isOfMakerNote(group)) {
+        return MetadataTags::isCarried(group, datum.tag());
     }
     const bool isPicture =
         contains(kPictureGroups, group) ||
         std::ranges::any_of(kPictureGroupBeginnings, [&group](std::string_view beginning) {
             return std::string_view(group).starts_with(beginning);
         });
-    return isPicture || contains(kUntrueKeys, datum.key());
+    return !isPicture && !contains(kUntrueKeys, datum.key());
 }
 
 /// Damaged directories hold entries of types that no reader takes (TIFF 6.0 knows 1 to 12, its
@@ -356,7 +254,7 @@ void makeExifTrue(ImageProperties::Content& content, QSize pixels)
     Exiv2::ExifData& exif = content.exif;
     moveTags(exif);
     MetadataData::eraseWhere(exif, [](const Exiv2::Exifdatum& datum) {
-        return isUntrue(datum) || !isOfKnownType(datum);
+        return !isCarried(datum) || !isOfKnownType(datum);
     });
     if (!hasScaleOfOriginal(content, pixels)) {
         MetadataData::eraseWhere(

@@ -12,8 +12,9 @@
 namespace MetadataPruning
 {
 
-/// Removes the tags that describe how the original file was built (strips and tiles, sub-images,
-/// RAW and DNG data, thumbnails and previews, profiles) and sets those that describe the JPEG.
+/// Leaves the tags that MetadataTags names and the maker note without its pictures, and sets those
+/// that describe the JPEG: nothing tells any more how the original file was built (strips and
+/// tiles, sub-images, RAW and DNG data, thumbnails and previews, profiles, private tags).
 /// Tags of the photo that stand where only RAW files have them move to where a JPEG has them.
 void makeExifTrue(ImageProperties::Content& content, QSize pixels);
 

@@ -64,6 +64,14 @@ uint16_t orientationOfFlip(int flip)
     }
 }
 
+/// Backs of these makers note in data of their own how they were turned, which Exiv2 does not read.
+bool isOfCameraBack(const Exiv2::ExifData& exif)
+{
+    const auto make = exif.findKey(Exiv2::ExifKey("Exif.Image.Make"));
+    const std::string name = make == exif.end() ? std::string() : make->toString();
+    return name.starts_with("Leaf") || name.starts_with("Phase One");
+}
+
 void complete(const LibRaw& raw, ImageProperties::Content& content)
 {
     const libraw_data_t& data = raw.imgdata;
@@ -83,7 +91,7 @@ void complete(const LibRaw& raw, ImageProperties::Content& content)
     if (speed >= 1.0F && speed < 65535.0F && !isTold(exif, "Exif.Photo.ISOSpeedRatings")) {
         exif["Exif.Photo.ISOSpeedRatings"] = static_cast<uint16_t>(std::lround(speed));
     }
-    if (!isTold(exif, "Exif.Image.Orientation")) {
+    if (!isTold(exif, "Exif.Image.Orientation") || isOfCameraBack(exif)) {
         exif["Exif.Image.Orientation"] = orientationOfFlip(data.sizes.flip);
     }
     if (content.pixels.isEmpty()) {
@@ -126,7 +134,7 @@ void ignoreDataError(void* /*object*/, const char* /*file*/, int /*offset*/) {}
 template <typename Open>
 bool completeWith(const Open& open, ImageProperties::Content& content)
 {
-    if (saysEnough(content) && !content.isOfCrwFile) {
+    if (saysEnough(content) && !content.isOfCrwFile && !isOfCameraBack(content.exif)) {
         return false;
     }
     // LibRaw's object is too large for the stack of a thread.

@@ -10,8 +10,9 @@ namespace RawMetadata
 {
 
 /// Adds maker, model, date, exposure and orientation where the content says nothing of a camera;
-/// tags that are there stay as they are (but exposure and serial number of CRW files), and a file
-/// of another type with a camera's name is not opened at all. True when the picture is a RAW file
+/// tags that are there stay as they are (but exposure and serial number of CRW files, and the
+/// orientation of Leaf's and Phase One's backs), and a file of another type with another camera's
+/// name is not opened at all. True when the picture is a RAW file
 /// that LibRaw knows. `path` in the file system's encoding.
 bool completeFromFile(const QByteArray& path, ImageProperties::Content& content);
 bool completeFromBytes(const QByteArray& bytes, ImageProperties::Content& content);

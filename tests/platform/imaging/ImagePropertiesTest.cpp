@@ -45,7 +45,7 @@ Blocks everything()
     blocks.xmp["Xmp.lr.hierarchicalSubject"] = std::string("all|first");
     blocks.xmp["Xmp.digiKam.TagsList"] = std::string("all/first");
     blocks.xmp["Xmp.MicrosoftPhoto.LastKeywordXMP"] = std::string("first");
-    blocks.xmp["Xmp.photoshop.SupplementalCategories"] = std::string("first");
+    blocks.xmp["Xmp.photoshop.SupplementalCategories"] = std::string("sport");
     blocks.xmp["Xmp.xmp.Rating"] = std::string("4");
     return blocks;
 }
@@ -223,8 +223,10 @@ TEST(ImageProperties, onlyTheSubjectKeywordsLeaveXmp)
     ImageProperties properties = readBack(jpegWith(everything()));
     ASSERT_EQ(properties.content().xmp.count(), 6);
     properties.removeXmpSubjects();
-    EXPECT_EQ(properties.content().xmp.count(), 1);
+    EXPECT_EQ(properties.content().xmp.count(), 2);
     EXPECT_EQ(xmpText(properties, "Xmp.xmp.Rating"), "4");
+    // IPTC has them too, where they stay.
+    EXPECT_EQ(xmpText(properties, "Xmp.photoshop.SupplementalCategories"), "sport");
 }
 
 TEST(ImageProperties, aCopyIsIndependentOfItsOrigin)

@@ -62,8 +62,7 @@ constexpr std::array kLeftOut{
     // Keywords reach the copy through the library.
     LeftOut{"IPTC", "Keywords"},
     LeftOut{"XMP-(dc|lr|digiKam|acdsee|mediapro|microsoft|photoshop)",
-            "Subject|HierarchicalSubject|TagsList|Categories|CatalogSets|LastKeywordXMP|"
-            "SupplementalCategories"},
+            "Subject|HierarchicalSubject|TagsList|Categories|CatalogSets|LastKeywordXMP"},
     // Development of RAW files, digests of blocks that are others now, the original's structure.
     LeftOut{"XMP-crs|XMP-rdf", ".*"},
     LeftOut{"XMP-exif", "CompressedBitsPerPixel|NativeDigest|ComponentsConfiguration"},

@@ -238,6 +238,23 @@ TEST(MetadataSegments, placesInPixelsHoldForACopyOfFullSizeOnly)
     EXPECT_NE(xmpText(whole, "Xmp.exif.SubjectArea"), "(none)");
 }
 
+TEST(MetadataSegments, ofTheStandardsDirectoriesOnlyKnownTagsAreCarried)
+{
+    constexpr std::array kPrivate{"Exif.Image.0xfde8", "Exif.Image.0x8001", "Exif.Photo.0xfe01"};
+    Blocks blocks;
+    for (const char* const key : kPrivate) {
+        blocks.exif[key] = std::string("private");
+    }
+    blocks.exif["Exif.Image.Artist"] = std::string("Artist");
+    const ImageProperties original = holding(blocks);
+    const ImageProperties carried = asCarried(original, kCopy);
+    for (const char* const key : kPrivate) {
+        ASSERT_TRUE(hasExif(original, key)) << key;
+        EXPECT_FALSE(hasExif(carried, key)) << key;
+    }
+    EXPECT_EQ(exifText(carried, "Exif.Image.Artist"), "Artist");
+}
+
 TEST(MetadataSegments, whatTellsOfThePhotoAmongTagsOfRawFilesStays)
 {
     constexpr std::array kTrue{"Exif.Image.UniqueCameraModel",

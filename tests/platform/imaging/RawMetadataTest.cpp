@@ -1,11 +1,15 @@
+#include "ImageBuilder.h"
 #include "ImageProperties.h"
 #include "ImagePropertiesContent.h"
 #include "MetadataSamples.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <exiv2/exiv2.hpp>
 
 using namespace Qt::StringLiterals;
 using namespace MetadataSamples;
@@ -46,6 +50,32 @@ TEST(RawMetadata, theSerialNumberOfACrwFileIsOneNumber)
     const Result<ImageProperties> read = ImageProperties::read(path);
     ASSERT_TRUE(read.ok());
     EXPECT_EQ(exifText(read.value(), "Exif.Canon.SerialNumber"), "305465770");
+}
+
+TEST(RawMetadata, theOrientationOfACameraBackIsWhatItsOwnDataSay)
+{
+    // One entry of Leaf's data, little-endian: mark, version, name, length, text.
+    QByteArray data("STKP\1\0\0\0", 8);
+    data += QByteArray("CaptProf_raw_data_rotation").leftJustified(40, '\0');
+    data += QByteArray("\4\0\0\0", 4) + QByteArray("90\n\0", 4);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"back.dng"_s);
+    const Bitmap light = ImageBuilder::scene({240, 180}, Transfer::Linear);
+    ImageBuilder::write(path, ImageBuilder::dng(light));
+    for (const auto& [make, orientation] : {std::pair("Leaf", "6"), std::pair("Other", "1")}) {
+        const auto image = Exiv2::ImageFactory::open(path.toStdString());
+        image->readMetadata();
+        image->exifData()["Exif.Image.Make"] = std::string(make);
+        Exiv2::DataValue value(Exiv2::undefined);
+        value.read(reinterpret_cast<const Exiv2::byte*>(data.constData()),
+                   static_cast<long>(data.size()),
+                   Exiv2::littleEndian);
+        image->exifData()["Exif.Image.0x8606"].setValue(&value);
+        image->writeMetadata();
+        const Result<ImageProperties> read = ImageProperties::read(path);
+        ASSERT_TRUE(read.ok());
+        EXPECT_EQ(exifText(read.value(), "Exif.Image.Orientation"), orientation) << make;
+    }
 }
 
 TEST(RawMetadata, brokenFilesAreReadInSilence)
