@@ -6,6 +6,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
 namespace
 {
 
@@ -20,7 +25,118 @@ double meanOf(const Bitmap& bitmap)
     return sum / (3.0 * bitmap.pixelsWide() * bitmap.pixelsHigh());
 }
 
+constexpr quint16 kLight = 50000;
+constexpr quint16 kDark = 10000;
+
+/// A frame of that many pixels around another light.
+Bitmap framed(QSize size, int frame, quint16 outside, quint16 inside)
+{
+    Bitmap bitmap = ImageBuilder::flat(size, outside, Transfer::Linear);
+    for (int y = frame; y < size.height() - frame; ++y) {
+        const auto row = bitmap.row(y);
+        std::fill(row.begin() + 3 * frame, row.end() - 3 * frame, inside);
+    }
+    return bitmap;
+}
+
+/// How far Lanczos' filter of three lobes, sin(x) / x windowed by the same three times as wide,
+/// goes beyond a step between two pixels, in parts of it, wherever between them it is taken.
+double overshootOfLanczos()
+{
+    const auto sinc = [](double x) { return x == 0.0 ? 1.0 : std::sin(M_PI * x) / (M_PI * x); };
+    double highest = 0.0;
+    for (double place = 0.0; place < 1.0; place += 0.01) {
+        double sum = 0.0;
+        double highestSum = 0.0;
+        for (int pixel = -3; pixel < 3; ++pixel) {
+            const double x = pixel + place;
+            sum += sinc(x) * sinc(x / 3.0);
+            highestSum = std::max(highestSum, sum);
+        }
+        highest = std::max(highest, highestSum / sum - 1.0);
+    }
+    return highest;
+}
+
+/// The least and the greatest value of the rows [from, end).
+std::pair<int, int> rangeOf(const Bitmap& bitmap, int from, int end)
+{
+    std::pair<int, int> range{65535, 0};
+    for (int y = from; y < end; ++y) {
+        const auto [least, greatest] = std::ranges::minmax(bitmap.row(y));
+        range = {std::min<int>(range.first, least), std::max<int>(range.second, greatest)};
+    }
+    return range;
+}
+
+const std::array kSizes{QSize(100, 67), QSize(150, 100), QSize(299, 199), QSize(450, 300)};
+
 } // namespace
+
+TEST(ResamplerTest, aFrameStaysUniformToTheEdgeOfThePicture)
+{
+    constexpr int kFrame = 36;
+    for (const quint16 outside : {quint16{0}, kDark, kLight, quint16{65535}}) {
+        const Bitmap picture = framed({300, 200}, kFrame, outside, kDark + 20000);
+        for (const QSize size : kSizes) {
+            const auto scaled = Resampler::scale(picture, size);
+            ASSERT_TRUE(scaled.ok());
+            // The filter reaches three pixels of the smaller of both pictures.
+            const int reach = size.width() < 300 ? 4 : 4 * size.width() / 300;
+            const int uniform = kFrame * size.height() / 200 - reach;
+            ASSERT_GT(uniform, 1);
+            const auto upper = rangeOf(scaled.value(), 0, uniform);
+            const auto lower = rangeOf(scaled.value(), size.height() - uniform, size.height());
+            EXPECT_NEAR(upper.first, outside, 2) << size.width();
+            EXPECT_NEAR(upper.second, outside, 2) << size.width();
+            EXPECT_NEAR(lower.first, outside, 2) << size.width();
+            EXPECT_NEAR(lower.second, outside, 2) << size.width();
+            for (int y = 0; y < size.height(); ++y) {
+                EXPECT_NEAR(scaled.value().row(y).front(), outside, 2);
+                EXPECT_NEAR(scaled.value().row(y).back(), outside, 2);
+            }
+        }
+    }
+}
+
+TEST(ResamplerTest, aSharpEdgeOvershootsByNoMoreThanItsFilterDoes)
+{
+    const double bound = overshootOfLanczos() * (kLight - kDark) + 2.0;
+    Bitmap picture = ImageBuilder::flat({300, 200}, kDark, Transfer::Linear);
+    for (int y = 0; y < 200; ++y) {
+        const auto row = picture.row(y);
+        std::fill(row.begin() + 450, row.end(), kLight);
+    }
+    for (const QSize size : kSizes) {
+        const auto scaled = Resampler::scale(picture, size);
+        ASSERT_TRUE(scaled.ok());
+        const auto [least, greatest] = rangeOf(scaled.value(), 0, size.height());
+        EXPECT_GE(least, kDark - bound) << size.width();
+        EXPECT_LE(greatest, kLight + bound) << size.width();
+        // Lanczos it is, not a filter that smears.
+        EXPECT_GT(greatest, kLight + 400) << size.width();
+    }
+}
+
+TEST(ResamplerTest, lightBeyondBlackAndWhiteIsCutOffWithoutARim)
+{
+    for (const QSize size : kSizes) {
+        const auto scaled = Resampler::scale(framed({300, 200}, 60, 65535, 0), size);
+        ASSERT_TRUE(scaled.ok());
+        // Across the middle: white, one fall, black, one rise, white; ripples of the filter are a
+        // part of the step.
+        const auto row = scaled.value().row(size.height() / 2);
+        const int slack = static_cast<int>(overshootOfLanczos() * 65535.0);
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const double place = (static_cast<double>(i / 3) + 0.5) / size.width() * 300.0;
+            const double reach = 2.0 * std::max(1.0, 300.0 / size.width());
+            if (std::abs(place - 60.0) > reach && std::abs(place - 240.0) > reach) {
+                const bool isWhite = place < 60.0 || place > 240.0;
+                EXPECT_NEAR(row[i], isWhite ? 65535 : 0, slack) << size.width() << ' ' << place;
+            }
+        }
+    }
+}
 
 TEST(ResamplerTest, resultHasTheAskedSizeAndLinearValues)
 {
