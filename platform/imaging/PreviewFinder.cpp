@@ -6,26 +6,30 @@
 #include "TiffStructure.h"
 
 #include <algorithm>
-#include <utility>
+#include <functional>
+#include <iterator>
+#include <span>
+#include <vector>
 
 namespace
 {
 
-using Preview = RawPhoto::Preview;
-
 /// Enough for what previews are looked at for; fewer would show in the colours that are fitted.
 constexpr int kLongestPreviewSide = 1024;
 
+/// How many are looked at: cameras write three at most.
+constexpr std::size_t kMostTried = 6;
+
 struct Candidate {
-    QByteArrayView bytes;
-    QSize size;
     qint64 pixels{0};
+    QByteArrayView jpeg; ///< a file of its own, to be decoded
+    QImage decoded{};    ///< where LibRaw has decoded it
 };
 
-/// JPEG files that the directories point to, the largest first.
-QList<Candidate> candidates(const QByteArray& bytes)
+/// JPEG files that the directories point to.
+std::vector<Candidate> ofDirectories(const QByteArray& bytes)
 {
-    QList<Candidate> found;
+    std::vector<Candidate> found;
     const auto tiff = TiffStructure::parse(bytes);
     if (!tiff) {
         return found;
@@ -44,35 +48,55 @@ QList<Candidate> candidates(const QByteArray& bytes)
             continue;
         }
         if (const auto size = JpegDecoder::size(view)) {
-            found.append({view, *size, qint64{size->width()} * size->height()});
+            found.push_back({.pixels = qint64{size->width()} * size->height(), .jpeg = view});
         }
     }
-    std::ranges::stable_sort(found, std::greater(), &Candidate::pixels);
     return found;
 }
 
-/// LibRaw's, where it shows something.
-std::optional<Preview> libRawPreview(const QByteArray& bytes)
+/// The largest first, each size once: what LibRaw finds stands in a directory as well.
+std::vector<Candidate> candidates(const QByteArray& bytes)
 {
-    auto preview = RawPhoto::preview(bytes, kLongestPreviewSide);
-    const bool isOfUse = preview && SceneComparison::isStructured(SmallPicture::of(preview->image));
-    return isOfUse ? std::move(preview) : std::nullopt;
+    std::vector<Candidate> found;
+    if (const auto preview = RawPhoto::preview(bytes, kLongestPreviewSide)) {
+        found.push_back({.pixels = preview->pixels, .jpeg = {}, .decoded = preview->image});
+    }
+    std::ranges::move(ofDirectories(bytes), std::back_inserter(found));
+    std::ranges::stable_sort(found, std::greater(), &Candidate::pixels);
+    const auto repeated = std::ranges::unique(found, {}, &Candidate::pixels);
+    found.erase(repeated.begin(), repeated.end());
+    return found;
+}
+
+QImage imageOf(const Candidate& candidate)
+{
+    if (!candidate.decoded.isNull()) {
+        return candidate.decoded;
+    }
+    const QSize size = JpegDecoder::size(candidate.jpeg).value_or(QSize());
+    const Result<QImage> image = JpegDecoder::decodeReduced(
+        candidate.jpeg, JpegDecoder::denominatorFor(size, kLongestPreviewSide));
+    return image.ok() ? image.value() : QImage();
 }
 
 } // namespace
 
-std::optional<QImage> PreviewFinder::largest(const QByteArray& bytes)
+std::optional<QImage> PreviewFinder::largest(const QByteArray& bytes, const Predicate& isWanted)
 {
-    const std::optional<Preview> best = libRawPreview(bytes);
-    for (const Candidate& candidate : candidates(bytes)) {
-        if (best && candidate.pixels <= best->pixels) {
-            break;
+    std::optional<QImage> first;
+    const std::vector<Candidate> all = candidates(bytes);
+    for (const Candidate& candidate : std::span(all).first(std::min(all.size(), kMostTried))) {
+        const QImage image = imageOf(candidate);
+        const SmallPicture shown = SmallPicture::of(image);
+        if (!SceneComparison::isStructured(shown)) {
+            continue;
         }
-        const int denominator = JpegDecoder::denominatorFor(candidate.size, kLongestPreviewSide);
-        Result<QImage> image = JpegDecoder::decodeReduced(candidate.bytes, denominator);
-        if (image.ok() && SceneComparison::isStructured(SmallPicture::of(image.value()))) {
-            return std::move(image).value();
+        if (isWanted(shown)) {
+            return image;
+        }
+        if (!first) {
+            first = image;
         }
     }
-    return best ? std::optional(best->image) : std::nullopt;
+    return first;
 }

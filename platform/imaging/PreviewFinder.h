@@ -1,19 +1,31 @@
 #pragma once
 
+#include "SmallPicture.h"
+
 #include <QByteArray>
 #include <QImage>
-#include <QList>
 
+#include <functional>
 #include <optional>
 
 /// The previews inside RAW files. Any thread.
 namespace PreviewFinder
 {
 
-/// The largest preview, as it lies in the file, of those that decode whole and show something;
-/// nothing where there is none. Looked for where LibRaw knows of one and in the file's own TIFF
-/// directories. A large one is averaged down, to no less than 1024 pixels on its longest
-/// side.
-[[nodiscard]] std::optional<QImage> largest(const QByteArray& bytes);
+/// Whether a preview, averaged down, is what is looked for.
+using Predicate = std::function<bool(const SmallPicture&)>;
+
+/// The predicate that holds for any preview.
+[[nodiscard]] inline bool isAny(const SmallPicture& /*preview*/)
+{
+    return true;
+}
+
+/// The largest preview that is wanted, as it lies in the file, of those that decode whole and show
+/// something; where none of the six largest is wanted, the largest; nothing where there is none.
+/// Looked for where LibRaw knows of one and in the file's own TIFF directories. A large one is
+/// averaged down, to no less than 1024 pixels on its longest side. `isWanted` is asked of the
+/// largest first, and of none after it held.
+[[nodiscard]] std::optional<QImage> largest(const QByteArray& bytes, const Predicate& isWanted);
 
 } // namespace PreviewFinder

@@ -1,6 +1,7 @@
 #include "RawPhoto.h"
 
 #include "JpegDecoder.h"
+#include "PictureNoise.h"
 #include "RawFile.h"
 #include "ReducedPicture.h"
 #include "Resampler.h"
@@ -104,7 +105,7 @@ Bitmap RawPhoto::linear() const
 Bitmap RawPhoto::someRows() const
 {
     constexpr int kBands = 16;
-    constexpr int kRows = 16;
+    constexpr int kRows = PictureNoise::kBandRows;
     const int height = size().height();
     if (!m_renderer || height <= kBands * kRows) {
         return linear();

@@ -5,12 +5,11 @@
 
 #include <QImage>
 #include <QRectF>
-#include <QString>
 
-#include <functional>
-#include <optional>
+#include <utility>
+#include <vector>
 
-/// Tells whether pictures show the same scene, and garbage from pictures. Any thread.
+/// Tells whether pictures show the same scene, in the same colours. Any thread.
 namespace SceneComparison
 {
 
@@ -35,8 +34,15 @@ struct Match {
     double likeness{-1.0};
 };
 
-/// Of the four turns and of the ways to fit one picture's shape into the other's (previews have
-/// black bars, or leave the sides out) the one in which the pictures are most alike.
+/// The four turns, as far as the shapes allow, and the ways to fit one picture's shape into the
+/// other's (previews have black bars, or leave the sides out).
+[[nodiscard]] std::vector<Overlay> overlays(const SmallPicture& first, const SmallPicture& second);
+
+/// The values of both pictures at the same places, a grid of them.
+[[nodiscard]] std::pair<SmallPicture, SmallPicture>
+laidOver(const SmallPicture& first, const SmallPicture& second, const Overlay& overlay, QSize grid);
+
+/// Of the overlays the one in which the pictures are most alike.
 [[nodiscard]] Match bestMatch(const SmallPicture& first, const SmallPicture& second);
 
 /// The likeness of the best match.
@@ -58,27 +64,5 @@ struct Views {
 /// Whether a picture that shows the same scene as `shown` has its colours wrong: far off on the
 /// whole, or exchanged. False where `shown` is in black and white, or toned in one colour.
 [[nodiscard]] bool hasOtherColors(const Views& picture, const Views& shown);
-
-/// Whether the pixels are unrelated to their neighbours, as after decoding corrupt data. The noise
-/// of a dark frame and the stars of a night sky are none.
-[[nodiscard]] bool isNoise(const Bitmap& bitmap);
-
-/// The same of a picture of `size`, judged by what it is averaged down and by some of its rows.
-[[nodiscard]] bool isNoise(const SmallPicture& small, QSize size, const Bitmap& rows);
-
-/// A clause that says what is wrong with a decoded picture, judged by the file's own preview where
-/// that shows a scene, else by itself; nothing where it may be right.
-[[nodiscard]] std::optional<QString> complaint(const Bitmap& decoded,
-                                               const std::optional<QImage>& preview);
-
-/// The same of a picture that is at hand averaged down; `isNoise` tells whether it is noise.
-[[nodiscard]] std::optional<QString> complaint(const SmallPicture& decoded,
-                                               const std::optional<QImage>& preview,
-                                               const std::function<bool()>& isNoise);
-
-/// The same by a thumbnail that was made of the very picture, as HEIF files have one: also a clause
-/// where only places differ. Nothing where the thumbnail shows no scene, or another.
-[[nodiscard]] std::optional<QString> thumbnailComplaint(const Bitmap& decoded,
-                                                        const QImage& thumbnail);
 
 } // namespace SceneComparison

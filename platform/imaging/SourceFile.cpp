@@ -1,8 +1,8 @@
 #include "SourceFile.h"
 
+#include "BitmapImage.h"
 #include "ExifColor.h"
 #include "HeifDecoder.h"
-#include "PreviewFinder.h"
 
 #include <QColorSpace>
 #include <QFile>
@@ -57,17 +57,17 @@ Error SourceFile::errorOf(const QString& path, ErrorCode code, const QString& re
     return {code, QStringLiteral("The file \"%1\" cannot be used: %2.").arg(path, reason)};
 }
 
-std::optional<QImage> SourceFile::preview() const
+std::optional<QImage> SourceFile::preview(const PreviewFinder::Predicate& isWanted) const
 {
     if (type == FileType::Heif) {
         return HeifDecoder::thumbnail(bytes);
     }
     std::optional<QImage> preview =
-        type == FileType::Raw ? PreviewFinder::largest(bytes) : std::nullopt;
+        type == FileType::Raw ? PreviewFinder::largest(bytes, isWanted) : std::nullopt;
     // Previews without an Exif block of their own are in the colours that the camera was set to.
     if (preview && !preview->colorSpace().isValid() && ExifColor::isAdobeRgb(bytes)) {
         preview->setColorSpace(QColorSpace::AdobeRgb);
-        preview->convertToColorSpace(QColorSpace::SRgb);
+        BitmapImage::convertToSrgb(*preview);
     }
     return preview;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileType.h"
+#include "PreviewFinder.h"
 #include "Result.h"
 
 #include <QByteArray>
@@ -20,7 +21,8 @@ struct SourceFile {
     /// An error that names the file; `reason` is a clause.
     [[nodiscard]] static Error errorOf(const QString& path, ErrorCode code, const QString& reason);
 
-    /// What the file shows of its picture beside it, in sRGB: a RAW file's largest preview, as
-    /// stored; a HEIF file's thumbnail, as it is to be shown.
-    [[nodiscard]] std::optional<QImage> preview() const;
+    /// What the file shows of its picture beside it, in sRGB: a RAW file's largest preview that is
+    /// wanted (PreviewFinder), as stored; a HEIF file's thumbnail, as it is to be shown.
+    [[nodiscard]] std::optional<QImage>
+    preview(const PreviewFinder::Predicate& isWanted = PreviewFinder::isAny) const;
 };

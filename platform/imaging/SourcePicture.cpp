@@ -4,12 +4,13 @@
 #include "FileStructure.h"
 #include "HeifDecoder.h"
 #include "JpegDecoder.h"
+#include "PictureDamage.h"
+#include "PictureNoise.h"
 #include "QtImageDecoder.h"
 #include "RenditionFit.h"
 #include "Resampler.h"
 #include "SceneComparison.h"
 #include "SourceFile.h"
-#include "Tasks.h"
 
 #include <new>
 #include <utility>
@@ -64,9 +65,8 @@ Result<QImage> inBytes(const Bitmap& bitmap)
 
 } // namespace
 
-SourcePicture::SourcePicture(Content content, std::optional<QImage> preview)
+SourcePicture::SourcePicture(Content content)
     : m_content(std::move(content))
-    , m_preview(std::move(preview))
 {
 }
 
@@ -79,29 +79,43 @@ Result<SourcePicture> SourcePicture::open(const QString& path)
     if (const auto complaint = FileStructure::complaint(file.value().bytes, file.value().type)) {
         return SourceFile::errorOf(path, ErrorCode::Damaged, *complaint);
     }
-    auto [decoded, preview] = Tasks::both([&] { return content<Content>(file.value()); },
-                                          [&] { return file.value().preview(); });
+    Result<Content> decoded = content<Content>(file.value());
     if (!decoded.ok()) {
         return SourceFile::errorOf(path, decoded.error().code, decoded.error().message);
     }
-    SourcePicture picture(std::move(decoded).value(), std::move(preview));
-    if (const auto complaint = picture.complaint()) {
+    SourcePicture picture(std::move(decoded).value());
+    if (const auto complaint = picture.judge(file.value())) {
         return SourceFile::errorOf(path, ErrorCode::Damaged, *complaint);
     }
     return picture;
 }
 
-// A RAW file is also judged without a preview, since its sensor's data could be any values.
-std::optional<QString> SourcePicture::complaint() const
+std::optional<QString> SourcePicture::judge(const SourceFile& file)
 {
     if (const auto* const raw = std::get_if<RawPhoto>(&m_content)) {
-        const SmallPicture small = SmallPicture::of(raw->reduced());
-        return SceneComparison::complaint(small, m_preview, [&] {
-            return SceneComparison::isNoise(small, raw->size(), raw->someRows());
-        });
+        return judgeRaw(*raw, file);
     }
-    return m_preview ? SceneComparison::thumbnailComplaint(std::get<Bitmap>(m_content), *m_preview)
-                     : std::nullopt;
+    m_preview = file.preview();
+    return m_preview
+               ? PictureDamage::thumbnailComplaint(SmallPicture::of(std::get<Bitmap>(m_content)),
+                                                   SmallPicture::of(*m_preview))
+               : std::nullopt;
+}
+
+// A RAW file is also judged without a preview, since its sensor's data could be any values.
+std::optional<QString> SourcePicture::judgeRaw(const RawPhoto& photo, const SourceFile& file)
+{
+    const SmallPicture small = SmallPicture::of(photo.reduced());
+    const Bitmap rows = photo.someRows();
+    if (PictureNoise::isNoise(small, photo.size(), rows) || PictureNoise::isNoiseInPlaces(rows)) {
+        return QStringLiteral("it decodes to noise, its picture data is corrupt");
+    }
+    std::optional<QString> complaint;
+    m_preview = file.preview([&](const SmallPicture& shown) {
+        complaint = PictureDamage::complaint(small, shown);
+        return complaint || SceneComparison::likeness(small, shown) >= SceneComparison::kSameScene;
+    });
+    return complaint;
 }
 
 QSize SourcePicture::size() const

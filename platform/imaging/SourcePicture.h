@@ -11,6 +11,8 @@
 #include <optional>
 #include <variant>
 
+struct SourceFile;
+
 /// A picture file that was read, decoded and found whole; its picture is made for a size. What
 /// ImageSource tells of types, errors and damage holds here. Any one thread at a time.
 class SourcePicture final
@@ -21,7 +23,8 @@ public:
     /// In pixels, as they lie in the file.
     [[nodiscard]] QSize size() const;
 
-    /// What the file shows of its picture beside it, as ImageSource::embeddedPreview gives it.
+    /// What the file shows of its picture beside it, in sRGB: of a RAW file's previews the largest
+    /// that shows the scene, where none does the largest; a HEIF file's thumbnail.
     [[nodiscard]] const std::optional<QImage>& preview() const { return m_preview; }
 
     /// The decoded picture: linear light for RAW.
@@ -36,10 +39,11 @@ public:
 private:
     using Content = std::variant<Bitmap, RawPhoto>;
 
-    SourcePicture(Content content, std::optional<QImage> preview);
+    explicit SourcePicture(Content content);
 
-    /// A clause that says what is wrong with the picture, judged by the preview.
-    [[nodiscard]] std::optional<QString> complaint() const;
+    /// Takes the file's preview, and gives a clause that says what is wrong with the picture.
+    [[nodiscard]] std::optional<QString> judge(const SourceFile& file);
+    [[nodiscard]] std::optional<QString> judgeRaw(const RawPhoto& photo, const SourceFile& file);
 
     Content m_content;
     std::optional<QImage> m_preview;

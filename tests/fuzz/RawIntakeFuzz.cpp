@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     static_cast<void>(ImageProperties::fromBytes(bytes).ok());
-    static_cast<void>(PreviewFinder::largest(bytes));
+    static_cast<void>(PreviewFinder::largest(bytes, PreviewFinder::isAny));
     Result<RawPhoto> photo = RawPhoto::open(bytes);
     if (!photo.ok()) {
         return 0;

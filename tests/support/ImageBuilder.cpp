@@ -158,6 +158,16 @@ Directory rawDirectory(const Bitmap& linear, const ImageBuilder::RawFile& detail
     return raw;
 }
 
+Directory previewDirectory(const QByteArray& jpeg, quint32 start)
+{
+    Directory preview;
+    preview.longs(0x00FE, {1});
+    preview.shorts(0x0103, {6});
+    preview.longs(0x0201, {start});
+    preview.longs(0x0202, {static_cast<quint32>(jpeg.size())});
+    return preview;
+}
+
 QByteArray sensorData(const Bitmap& linear, bool demosaiced)
 {
     QByteArray data;
@@ -240,24 +250,25 @@ Bitmap ImageBuilder::night(QSize size, int stars, quint32 seed)
 QByteArray ImageBuilder::dng(const Bitmap& linear, const RawFile& details)
 {
     constexpr quint32 kHeader = 8;
-    Directory previewDirectory;
-    previewDirectory.longs(0x00FE, {1});
-    previewDirectory.shorts(0x0103, {6});
-    previewDirectory.longs(0x0201, {0});
-    previewDirectory.longs(0x0202, {static_cast<quint32>(details.preview.size())});
-    const quint32 rawLength = rawDirectory(linear, details, 0).length();
-    const quint32 second = kHeader + rawLength;
-    const quint32 previewStart = second + previewDirectory.length();
-    const auto dataStart =
-        (previewStart + static_cast<quint32>(details.preview.size()) + 1) / 2 * 2;
-    previewDirectory.longs(0x0201, {previewStart});
+    QList<QByteArray> previews{details.preview, details.secondPreview};
+    previews.removeAll(QByteArray());
+    quint32 directory = kHeader + rawDirectory(linear, details, 0).length();
+    quint32 data =
+        directory + static_cast<quint32>(previews.size()) * previewDirectory({}, 0).length();
+    QByteArray directories;
+    QByteArray pictures;
+    for (qsizetype i = 0; i < previews.size(); ++i) {
+        const Directory written = previewDirectory(previews[i], data);
+        directory += written.length();
+        directories +=
+            written.written(directory - written.length(), i + 1 < previews.size() ? directory : 0);
+        pictures += previews[i] + QByteArray(previews[i].size() % 2, '\0');
+        data += static_cast<quint32>(previews[i].size() + previews[i].size() % 2);
+    }
     QByteArray file("II*\0\x08\0\0\0", kHeader);
-    file += rawDirectory(linear, details, dataStart)
-                .written(kHeader, details.preview.isEmpty() ? 0 : second);
-    file += previewDirectory.written(second, 0);
-    file += details.preview;
-    file += QByteArray(static_cast<qsizetype>(dataStart) - file.size(), '\0');
-    return file + sensorData(linear, details.demosaiced);
+    const Directory raw = rawDirectory(linear, details, data);
+    file += raw.written(kHeader, previews.isEmpty() ? 0 : kHeader + raw.length());
+    return file + directories + pictures + sensorData(linear, details.demosaiced);
 }
 
 double ImageBuilder::difference(const Bitmap& first, const Bitmap& second)

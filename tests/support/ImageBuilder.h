@@ -30,6 +30,7 @@ namespace ImageBuilder
 struct RawFile {
     std::optional<QSize> crop; ///< DefaultCropSize, 2 pixels from the left and 4 from the top
     QByteArray preview;        ///< a JPEG file, in a directory of its own; none if empty
+    QByteArray secondPreview{};
     int orientation{1};
     std::array<double, 3> neutral{1.0, 1.0, 1.0}; ///< what the sensor measures of grey
     bool demosaiced{false};                       ///< all three colours in each pixel

@@ -114,6 +114,23 @@ TEST_F(SourcePictureTest, aPreviewOfAnotherSceneChangesNothing)
     EXPECT_TRUE(isSame(rendered(jpegOf(ImageBuilder::flat(kSourceSize, 30000))), alone));
 }
 
+TEST_F(SourcePictureTest, theLargestPreviewThatShowsTheSceneIsFollowed)
+{
+    const Rendition camera(kIdentityMatrix, 0.7, ToneCurve(kSourceCurve));
+    const Bitmap wanted = RenditionSamples::applied(camera, leaves());
+    const QByteArray small = jpegOf(BitmapImage::fromImage(BitmapImage::toImage(wanted).scaled(
+        160, 120, Qt::KeepAspectRatio, Qt::SmoothTransformation)));
+    const QByteArray other = jpegOf(SceneSamples::leaves(kSourceSize, 2));
+    const QByteArray flat = jpegOf(ImageBuilder::flat(kSourceSize, 30000));
+    const QByteArray damaged = jpegOf(wanted).first(1500);
+    for (const QByteArray& largest : {other, flat, damaged}) {
+        const Bitmap picture = renderedOf(
+            ImageBuilder::dng(leaves(), {.crop = {}, .preview = largest, .secondPreview = small}),
+            kSourceSize);
+        EXPECT_LT(ImageBuilder::difference(picture, wanted), 0.03);
+    }
+}
+
 TEST_F(SourcePictureTest, thePreviewGivesTonesAndNoDetail)
 {
     const Bitmap alone = rendered({});

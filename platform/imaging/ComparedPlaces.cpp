@@ -1,0 +1,182 @@
+#include "ComparedPlaces.h"
+
+#include "Correlation.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <functional>
+#include <numeric>
+#include <span>
+
+namespace
+{
+
+constexpr int kValuesASide = ComparedPlaces::kSide;
+
+/// Means of seven values each along lines, whose values are `step` apart and which are `line`
+/// apart.
+std::vector<float>
+meansAlong(const std::vector<float>& values, std::ptrdiff_t step, std::ptrdiff_t line)
+{
+    constexpr int kAround = 3;
+    std::vector<float> result(values.size());
+    for (std::ptrdiff_t start = 0; start < kValuesASide; ++start) {
+        for (int place = 0; place < kValuesASide; ++place) {
+            const int from = std::max(0, place - kAround);
+            const int end = std::min(kValuesASide, place + kAround + 1);
+            float sum = 0.0F;
+            for (int i = from; i < end; ++i) {
+                sum += values[static_cast<std::size_t>(start * line + i * step)];
+            }
+            result[static_cast<std::size_t>(start * line + place * step)] =
+                sum / static_cast<float>(end - from);
+        }
+    }
+    return result;
+}
+
+std::vector<float> less(std::vector<float> values, const std::vector<float>& others)
+{
+    std::ranges::transform(values, others, values.begin(), std::minus<float>());
+    return values;
+}
+
+/// The lightness less its mean around: what has a shape.
+std::vector<float> detailOf(const SmallPicture& lightness)
+{
+    return less(lightness.values(),
+                meansAlong(meansAlong(lightness.values(), 1, kValuesASide), kValuesASide, 1));
+}
+
+/// How far a place is looked for, in values. Lenses bend pictures, and cameras bend their previews
+/// back.
+constexpr int kSearched = 4;
+
+/// The ways to go there, the shortest first.
+std::vector<QPoint> stepsAround()
+{
+    std::vector<QPoint> steps;
+    for (int down = -kSearched; down <= kSearched; ++down) {
+        for (int right = -kSearched; right <= kSearched; ++right) {
+            steps.emplace_back(right, down);
+        }
+    }
+    std::ranges::stable_sort(steps, std::less(), &QPoint::manhattanLength);
+    return steps;
+}
+
+std::size_t valueAt(int x, int y)
+{
+    return static_cast<std::size_t>(y * kValuesASide + x);
+}
+
+} // namespace
+
+ComparedPlaces::ComparedPlaces(const SmallPicture& picture, const SmallPicture& shown)
+    : m_picture(picture)
+    , m_shown(shown)
+    , m_pictureDetail(detailOf(picture))
+    , m_shownDetail(detailOf(shown))
+    , m_pictureAlong(less(picture.values(), meansAlong(picture.values(), 1, kValuesASide)))
+    , m_shownAlong(less(shown.values(), meansAlong(shown.values(), 1, kValuesASide)))
+{
+}
+
+std::vector<ComparedPlace> ComparedPlaces::places() const
+{
+    std::vector<ComparedPlace> all;
+    for (int index = 0; index < kPlaces * kPlaces; ++index) {
+        all.push_back(at(index % kPlaces, index / kPlaces));
+    }
+    return all;
+}
+
+int ComparedPlaces::alikeRows() const
+{
+    int longest = 0;
+    int run = 0;
+    for (int row = 0; row < kValuesASide; ++row) {
+        const bool isAtEdge = row < kPlaceSide || row >= kValuesASide - kPlaceSide;
+        run = isAtEdge && isAlikeRow(row) ? run + 1 : 0;
+        longest = std::max(longest, run);
+    }
+    return longest;
+}
+
+bool ComparedPlaces::isAlikeRow(int row) const
+{
+    constexpr double kAlikeRow = 0.8;
+    const auto rowOf = [row](const std::vector<float>& values) {
+        return std::span(values).subspan(valueAt(0, row), kValuesASide);
+    };
+    const auto shown = rowOf(m_shownAlong);
+    const float squares = std::inner_product(shown.begin(), shown.end(), shown.begin(), 0.0F);
+    return squares >= kDetail * kDetail * kValuesASide &&
+           Correlation::ofValues(rowOf(m_pictureAlong), shown) >= kAlikeRow;
+}
+
+ComparedPlace ComparedPlaces::at(int column, int row) const
+{
+    const QRect area(column * kPlaceSide, row * kPlaceSide, kPlaceSide, kPlaceSide);
+    ComparedPlace place;
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            const float picture = m_pictureDetail[valueAt(x, y)];
+            const float shown = m_shownDetail[valueAt(x, y)];
+            place.pictureDetail += picture * picture;
+            place.shownDetail += shown * shown;
+            place.shownMean += m_shown.at(x, y);
+            place.darkest = std::min(place.darkest, m_picture.at(x, y));
+            place.lightest = std::max(place.lightest, m_picture.at(x, y));
+        }
+    }
+    constexpr float kValues = kPlaceSide * kPlaceSide;
+    place.pictureDetail = std::sqrt(place.pictureDetail / kValues);
+    place.shownDetail = std::sqrt(place.shownDetail / kValues);
+    place.shownMean /= kValues;
+    if (place.shownDetail >= kDetail) {
+        place.likeness = likeness(area);
+    }
+    return place;
+}
+
+/// The best, or one that is enough.
+float ComparedPlaces::likeness(const QRect& area) const
+{
+    static const std::vector<QPoint> kSteps = stepsAround();
+    float best = -1.0F;
+    for (const QPoint& step : kSteps) {
+        best =
+            std::max(best, likeness(area & QRect(-step, QSize(kValuesASide, kValuesASide)), step));
+        if (best >= kAlike) {
+            break;
+        }
+    }
+    return best;
+}
+
+float ComparedPlaces::likeness(const QRect& area, const QPoint& step) const
+{
+    float pictures = 0.0F;
+    float shown = 0.0F;
+    float pictureSquares = 0.0F;
+    float shownSquares = 0.0F;
+    float products = 0.0F;
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        const float* const picture =
+            &m_pictureDetail[valueAt(area.left() + step.x(), y + step.y())];
+        const float* const other = &m_shownDetail[valueAt(area.left(), y)];
+        for (int x = 0; x < area.width(); ++x) {
+            pictures += picture[x];
+            shown += other[x];
+            pictureSquares += picture[x] * picture[x];
+            shownSquares += other[x] * other[x];
+            products += picture[x] * other[x];
+        }
+    }
+    const auto count = static_cast<float>(area.width() * area.height());
+    const float spread =
+        (pictureSquares - pictures * pictures / count) * (shownSquares - shown * shown / count);
+    return spread > 0.0F ? (products - pictures * shown / count) / std::sqrt(spread) : 0.0F;
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "SmallPicture.h"
+
+#include <QString>
+
+#include <optional>
+
+/// Tells damage by what a picture's file shows of it beside it. Any thread.
+namespace PictureDamage
+{
+
+/// A clause that says what is wrong with a decoded picture, judged by a preview of it; nothing
+/// where it may be right, where the preview shows nothing, or another scene. A preview of another
+/// scene tells damage only where large parts of the picture are empty.
+[[nodiscard]] std::optional<QString> complaint(const SmallPicture& decoded,
+                                               const SmallPicture& shown);
+
+/// The same by a thumbnail that was made of the very picture, as HEIF files have one: also a clause
+/// where only the lightness of places differs.
+[[nodiscard]] std::optional<QString> thumbnailComplaint(const SmallPicture& decoded,
+                                                        const SmallPicture& shown);
+
+} // namespace PictureDamage

@@ -1,0 +1,89 @@
+#include "Correlation.h"
+#include "SceneComparison.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+// What pictures of a scene say of each other's colours.
+
+using SceneComparison::Overlay;
+
+namespace
+{
+
+constexpr QSize kColorGrid(64, 64);
+
+/// Whether one view of the colour depends on lightness alone.
+bool isTonedIn(const SmallPicture& lightness, const SmallPicture& color)
+{
+    constexpr std::size_t kSteps = 16;
+    constexpr double kColored = 0.015;
+    std::array<double, kSteps> sums{};
+    std::array<double, kSteps> squares{};
+    std::array<double, kSteps> counts{};
+    for (std::size_t i = 0; i < color.values().size(); ++i) {
+        const auto part = static_cast<double>(lightness.values()[i]) * kSteps;
+        const auto step = static_cast<std::size_t>(std::clamp(part, 0.0, kSteps - 1.0));
+        const auto value = static_cast<double>(color.values()[i]);
+        sums.at(step) += value;
+        squares.at(step) += value * value;
+        counts.at(step) += 1.0;
+    }
+    double rest = 0.0;
+    for (std::size_t step = 0; step < kSteps; ++step) {
+        rest += squares.at(step) - sums.at(step) * sums.at(step) / std::max(counts.at(step), 1.0);
+    }
+    return rest <= kColored * kColored * static_cast<double>(color.values().size());
+}
+
+/// Whether the colours are far apart on the whole, or one picture's are where the other's are not,
+/// as after an exchange of channels.
+bool isContrary(const std::pair<SmallPicture, SmallPicture>& colors)
+{
+    constexpr double kBound = 0.4;
+    constexpr double kColored = 0.03;
+    constexpr double kContrary = -0.5;
+    if (std::abs(colors.first.mean() - colors.second.mean()) > kBound) {
+        return true;
+    }
+    return colors.first.deviation() >= kColored && colors.second.deviation() >= kColored &&
+           Correlation::ofRanks(colors.first.values(), colors.second.values()) <= kContrary;
+}
+
+} // namespace
+
+bool SceneComparison::isToned(const Views& shown)
+{
+    return isTonedIn(shown.lightness, shown.redBlue) &&
+           isTonedIn(shown.lightness, shown.greenMagenta);
+}
+
+SceneComparison::Views SceneComparison::Views::of(const Bitmap& bitmap)
+{
+    return {.lightness = SmallPicture::of(bitmap),
+            .redBlue = SmallPicture::of(bitmap, SmallPicture::View::RedBlue),
+            .greenMagenta = SmallPicture::of(bitmap, SmallPicture::View::GreenMagenta)};
+}
+
+SceneComparison::Views SceneComparison::Views::of(const QImage& image)
+{
+    return {.lightness = SmallPicture::of(image),
+            .redBlue = SmallPicture::of(image, SmallPicture::View::RedBlue),
+            .greenMagenta = SmallPicture::of(image, SmallPicture::View::GreenMagenta)};
+}
+
+bool SceneComparison::hasOtherColors(const Views& picture, const Views& shown)
+{
+    const Overlay overlay = bestMatch(picture.lightness, shown.lightness).overlay;
+    const SmallPicture lightness =
+        laidOver(picture.lightness, shown.lightness, overlay, kColorGrid).second;
+    const auto redBlue = laidOver(picture.redBlue, shown.redBlue, overlay, kColorGrid);
+    const auto greenMagenta =
+        laidOver(picture.greenMagenta, shown.greenMagenta, overlay, kColorGrid);
+    if (isTonedIn(lightness, redBlue.second) && isTonedIn(lightness, greenMagenta.second)) {
+        return false;
+    }
+    return isContrary(redBlue) || isContrary(greenMagenta);
+}

@@ -1,0 +1,206 @@
+#include "PictureDamage.h"
+
+#include "BitmapImage.h"
+#include "ImageBuilder.h"
+#include "SceneSamples.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <random>
+
+namespace
+{
+
+constexpr std::array kModes{Qt::SmoothTransformation, Qt::FastTransformation};
+
+void fill(Bitmap& bitmap, const QRect& area, quint16 value)
+{
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        std::ranges::fill(bitmap.row(y).subspan(3 * static_cast<std::size_t>(area.left()),
+                                                3 * static_cast<std::size_t>(area.width())),
+                          value);
+    }
+}
+
+void fillWithNoise(Bitmap& bitmap, const QRect& area)
+{
+    std::mt19937 random(5);
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (quint16& value : bitmap.row(y).subspan(3 * static_cast<std::size_t>(area.left()),
+                                                    3 * static_cast<std::size_t>(area.width()))) {
+            value = static_cast<quint16>(random() & 0xFFFFU);
+        }
+    }
+}
+
+std::optional<QString> complaint(const Bitmap& picture, const QImage& preview)
+{
+    return PictureDamage::complaint(SmallPicture::of(picture), SmallPicture::of(preview));
+}
+
+std::optional<QString> thumbnailComplaint(const Bitmap& picture, const QImage& thumbnail)
+{
+    return PictureDamage::thumbnailComplaint(SmallPicture::of(picture),
+                                             SmallPicture::of(thumbnail));
+}
+
+} // namespace
+
+TEST(PictureDamageTest, aSceneIsNotDoubtedForThePreviewOfAnother)
+{
+    const Bitmap picture = ImageBuilder::scene({320, 240});
+    const QImage other = BitmapImage::toImage(picture).mirrored(false, true);
+    EXPECT_FALSE(complaint(picture, other).has_value());
+    EXPECT_FALSE(complaint(picture, QImage()).has_value());
+}
+
+TEST(PictureDamageTest, aPlaceThatDiffersFromTheThumbnailIsDamage)
+{
+    const Bitmap picture = ImageBuilder::scene({640, 480});
+    const QImage thumbnail = BitmapImage::toImage(ImageBuilder::scene({160, 120}));
+    EXPECT_FALSE(thumbnailComplaint(picture, thumbnail).has_value());
+    Bitmap smeared = picture;
+    for (int y = 200; y < 260; ++y) {
+        std::ranges::fill(smeared.row(y).subspan(300, 180), quint16{9000});
+    }
+    EXPECT_TRUE(thumbnailComplaint(smeared, thumbnail).has_value());
+    // Nothing to go by: a thumbnail of another scene, or of nothing.
+    const QImage other = thumbnail.mirrored(false, true);
+    EXPECT_FALSE(thumbnailComplaint(smeared, other).has_value());
+    EXPECT_FALSE(thumbnailComplaint(smeared, QImage()).has_value());
+}
+
+TEST(PictureDamageTest, photosPassByTheirThumbnailsHoweverMade)
+{
+    for (const QSize size : {QSize(1200, 800), QSize(801, 601), QSize(333, 500), QSize(96, 72)}) {
+        const Bitmap picture = SceneSamples::leaves(size);
+        for (const int side : {64, 96, 128, 160, 256, 320}) {
+            for (const auto mode : kModes) {
+                const QImage thumbnail = SceneSamples::thumbnailOf(picture, side, mode);
+                EXPECT_FALSE(thumbnailComplaint(picture, thumbnail).has_value())
+                    << size.width() << ' ' << side << ' ' << mode;
+            }
+        }
+    }
+}
+
+TEST(PictureDamageTest, garbageInAPhotoIsFoundByItsThumbnail)
+{
+    const QSize size(1200, 800);
+    const Bitmap picture = SceneSamples::leaves(size);
+    Bitmap band = picture;
+    fillWithNoise(band, {0, 500, 1200, 100});
+    Bitmap block = picture;
+    fill(block, {400, 150, 200, 150}, 0);
+    Bitmap quarter = picture;
+    fill(quarter, {600, 400, 600, 400}, 32768);
+    for (const int side : {96, 128, 160, 256, 320}) {
+        for (const auto mode : kModes) {
+            const QImage thumbnail = SceneSamples::thumbnailOf(picture, side, mode);
+            for (const Bitmap& damaged : {band, block, quarter}) {
+                EXPECT_TRUE(thumbnailComplaint(damaged, thumbnail).has_value())
+                    << side << ' ' << mode;
+            }
+        }
+    }
+}
+
+TEST(PictureDamageTest, aThumbnailTooSmallToShowPlacesProvesNothingOfThem)
+{
+    const Bitmap picture = ImageBuilder::scene({640, 480});
+    Bitmap smeared = picture;
+    fill(smeared, {100, 200, 60, 60}, 9000);
+    const QImage thumbnail = BitmapImage::toImage(ImageBuilder::scene({60, 45}));
+    EXPECT_FALSE(thumbnailComplaint(smeared, thumbnail).has_value());
+}
+
+TEST(PictureDamageTest, aThumbnailOfAnotherToneProvesNothing)
+{
+    const Bitmap linear = ImageBuilder::scene({640, 480}, Transfer::Linear);
+    Bitmap darker = linear;
+    for (int y = 0; y < darker.pixelsHigh(); ++y) {
+        for (quint16& value : darker.row(y)) {
+            value = static_cast<quint16>(value / 2);
+        }
+    }
+    const QImage thumbnail = BitmapImage::toImage(ImageBuilder::scene({160, 120}));
+    EXPECT_FALSE(thumbnailComplaint(darker, thumbnail).has_value());
+}
+
+TEST(PictureDamageTest, aPictureThatShowsItsPreviewInAPartOnlyIsDamaged)
+{
+    const QSize size(1200, 800);
+    const Bitmap picture = SceneSamples::leaves(size);
+    const Bitmap other = SceneSamples::leaves(size, 2);
+    const QImage preview = SceneSamples::thumbnailOf(picture, 1024, Qt::SmoothTransformation);
+    EXPECT_FALSE(complaint(picture, preview).has_value());
+    for (const int good : {160, 300, 500, 650}) {
+        Bitmap below = picture;
+        Bitmap right = picture;
+        for (int y = 0; y < size.height(); ++y) {
+            const auto from = other.row(y);
+            if (y >= good) {
+                std::ranges::copy(from, below.row(y).begin());
+            }
+            std::ranges::copy(from.subspan(3 * static_cast<std::size_t>(good)),
+                              right.row(y).begin() + 3 * good);
+        }
+        EXPECT_TRUE(complaint(below, preview).has_value()) << good;
+        EXPECT_TRUE(complaint(right, preview).has_value()) << good;
+    }
+}
+
+TEST(PictureDamageTest, noScenesAreTakenForPartsOfEachOther)
+{
+    constexpr quint32 kScenes = 6;
+    const QSize size(600, 400);
+    for (quint32 one = 1; one <= kScenes; ++one) {
+        const Bitmap picture = SceneSamples::leaves(size, one);
+        for (quint32 other = 1; other <= kScenes; ++other) {
+            const QImage preview = SceneSamples::thumbnailOf(
+                SceneSamples::leaves(size, other), 300, Qt::SmoothTransformation);
+            EXPECT_FALSE(complaint(picture, preview).has_value()) << one << ' ' << other;
+        }
+    }
+}
+
+TEST(PictureDamageTest, aPreviewBentBackFromItsLensIsAlike)
+{
+    const QSize size(900, 600);
+    const Bitmap picture = SceneSamples::leaves(size);
+    // A barrel: three hundredths of the way to the middle at the corners.
+    Bitmap bent = picture;
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            const double right = x - size.width() / 2.0;
+            const double down = y - size.height() / 2.0;
+            const double part = std::hypot(right, down) / std::hypot(450.0, 300.0);
+            const double by = 1.0 - 0.03 * part * part;
+            const int fromX = static_cast<int>(size.width() / 2.0 + right * by);
+            const int fromY = static_cast<int>(size.height() / 2.0 + down * by);
+            std::copy_n(&picture.row(fromY)[3 * static_cast<std::size_t>(fromX)],
+                        3,
+                        &bent.row(y)[3 * static_cast<std::size_t>(x)]);
+        }
+    }
+    const QImage preview = SceneSamples::thumbnailOf(bent, 600, Qt::SmoothTransformation);
+    EXPECT_FALSE(complaint(picture, preview).has_value());
+}
+
+TEST(PictureDamageTest, emptyPlacesAreDamageWhateverThePreviewShows)
+{
+    const QSize size(600, 400);
+    Bitmap picture = ImageBuilder::scene(size);
+    const QImage other =
+        SceneSamples::thumbnailOf(SceneSamples::leaves(size, 3), 300, Qt::SmoothTransformation);
+    EXPECT_FALSE(complaint(picture, other).has_value());
+    Bitmap black = picture;
+    fill(black, {0, 150, 600, 250}, 0);
+    EXPECT_TRUE(complaint(black, other).has_value());
+    // Sensors clip at white.
+    fill(picture, {0, 150, 600, 250}, 65535);
+    EXPECT_FALSE(complaint(picture, other).has_value());
+}
