@@ -29,22 +29,27 @@ bool isAlike(const Place& place)
            place.likeness >= ComparedPlaces::kAlike;
 }
 
+/// Whether the picture has nothing there where the other has a shape, or light.
+bool isLost(const Place& place)
+{
+    constexpr float kBlack = 0.01F;
+    constexpr float kLight = 0.2F;
+    const bool isBlack = place.lightest < kBlack && place.shownMean > kLight;
+    return isBlack || (place.shownDetail >= kDetail && place.pictureDetail < kNothing);
+}
+
 bool isUnlike(const Place& place)
 {
     constexpr float kFlatDetail = 0.004F;
     constexpr float kBusy = 0.03F;
-    constexpr float kBlack = 0.01F;
-    constexpr float kLight = 0.2F;
     constexpr float kDarkest = 0.05F;
     constexpr float kLightest = 0.93F;
-    const bool isBlack = place.lightest < kBlack && place.shownMean > kLight;
     // Where the preview is clipped the photo may have more.
     const bool isClipped = place.shownMean < kDarkest || place.shownMean > kLightest;
     const bool isBusy =
         place.shownDetail < kFlatDetail && place.pictureDetail > kBusy && !isClipped;
-    const bool isOther = place.shownDetail >= kDetail &&
-                         (place.pictureDetail < kNothing || place.likeness < kUnlike);
-    return isBlack || isBusy || isOther;
+    const bool isOther = place.shownDetail >= kDetail && place.likeness < kUnlike;
+    return isBusy || isOther || isLost(place);
 }
 
 /// Whether a row or a column of places, `step` apart, has none that is alike nearly.
@@ -124,6 +129,7 @@ PlaceComparison::PlaceComparison(const SmallPicture& picture, const SmallPicture
             m_alike = alike;
             m_alikeRows = rows;
             m_unlike = largestPatch(places, isUnlike);
+            m_lost = largestPatch(places, isLost);
             m_hasUnlikeLine = hasUnlikeLine(places);
         }
         m_constant = std::max(m_constant, largestPatch(places, isConstant));
@@ -138,10 +144,11 @@ bool PlaceComparison::isDamaged() const
     // scene 18 and more are, and all that have a shape.
     constexpr int kFewestAlike = 4;
     constexpr int kFewestRows = 3;
-    // Fewer may be retouched.
+    // Fewer may be retouched, which takes no place away.
     constexpr int kFewestUnlike = 7;
-    return (m_alike >= kFewestAlike || m_alikeRows >= kFewestRows) &&
-           (m_unlike >= kFewestUnlike || m_hasUnlikeLine);
+    constexpr int kFewestLost = 2;
+    const bool isSameScene = m_alike >= kFewestAlike || m_alikeRows >= kFewestRows;
+    return isSameScene && (m_unlike >= kFewestUnlike || m_lost >= kFewestLost || m_hasUnlikeLine);
 }
 
 bool PlaceComparison::isEmptyInPlaces() const

@@ -22,6 +22,7 @@ private:
     // Places of the largest patches that touch by a side.
     int m_alike{0};
     int m_unlike{0};
+    int m_lost{0}; ///< of the unlike those where the picture has nothing
     int m_constant{0};
     int m_constantBelowWhite{0};
     int m_alikeRows{0};          ///< that follow each other
