@@ -1,5 +1,6 @@
 #include "PictureFile.h"
 
+#include "BitmapImage.h"
 #include "FileType.h"
 #include "ImageProperties.h"
 #include "PictureLimits.h"
