@@ -73,6 +73,26 @@ void BayerKernels::prepare(const quint16* __restrict values,
 }
 
 CORVANE_VECTORS
+quint16 BayerKernels::highest(const quint16* values, int count)
+{
+    quint16 most = 0;
+    for (int i = 0; i < count; ++i) {
+        most = values[2 * i] > most ? values[2 * i] : most;
+    }
+    return most;
+}
+
+CORVANE_VECTORS
+int BayerKernels::countFrom(quint16 bound, const quint16* values, int count)
+{
+    int found = 0;
+    for (int i = 0; i < count; ++i) {
+        found += values[2 * i] >= bound ? 1 : 0;
+    }
+    return found;
+}
+
+CORVANE_VECTORS
 void BayerKernels::greensAtSites(const SiteRows& rows,
                                  int count,
                                  float* __restrict green,

@@ -22,6 +22,12 @@ struct Light {
 /// Light of `count` pairs of values, clipped to 0..white.
 void prepare(const quint16* values, int count, Light first, Light second, float* even, float* odd);
 
+/// The highest of `count` values of one filter in a row, each the second after the one before.
+[[nodiscard]] quint16 highest(const quint16* values, int count);
+
+/// How many of them are at least `bound`.
+[[nodiscard]] int countFrom(quint16 bound, const quint16* values, int count);
+
 /// The row of a site and its surroundings; each pointer stands at the first site's.
 struct SiteRows {
     const float* site{nullptr};     ///< the sites of this row

@@ -1,3 +1,4 @@
+#include "BayerKernels.h"
 #include "RawFile.h"
 
 #include <algorithm>
@@ -36,20 +37,17 @@ float whiteOf(const BayerMosaic& mosaic, float limit)
     const auto eachRow = [&](const auto& work) {
         for (int y = 0; y < mosaic.visible.height(); ++y) {
             const quint16* const row = mosaic.values + y * mosaic.stride;
-            work(row, (start + y) % 2);
+            const int first = (start + y) % 2;
+            work(row + first, (mosaic.visible.width() - first + 1) / 2);
         }
     };
-    eachRow([&](const quint16* row, int first) {
-        for (int x = first; x < mosaic.visible.width(); x += 2) {
-            highest = std::max(highest, row[x]);
-        }
+    eachRow([&](const quint16* greens, int number) {
+        highest = std::max(highest, BayerKernels::highest(greens, number));
     });
     const auto gathered = static_cast<quint16>(static_cast<float>(highest) * kSpread);
     qint64 count = 0;
-    eachRow([&](const quint16* row, int first) {
-        for (int x = first; x < mosaic.visible.width(); x += 2) {
-            count += row[x] >= gathered ? 1 : 0;
-        }
+    eachRow([&](const quint16* greens, int number) {
+        count += BayerKernels::countFrom(gathered, greens, number);
     });
     const qint64 pixels = qint64{mosaic.visible.width()} * mosaic.visible.height();
     const bool isGathered = count >= std::max(kFewest, pixels / kPart);
