@@ -2,6 +2,7 @@
 
 #include "AdminData.h"
 #include "Queries.h"
+#include "RowIdBlob.h"
 #include "RowIdSet.h"
 
 #include <sqlite3.h>
@@ -75,14 +76,19 @@ bool setLacksIds(Connection& connection, const char* table)
     return !set || !set->containsAll(idsOfRows(connection, table));
 }
 
-/// The set of all ids; where it cannot be read, it is made anew from the rows, as it is a cache.
-RowIdSet allIds(Connection& connection, const char* table, const QByteArray& blob)
+/// Changes the set of all ids; where it cannot be read, it is made anew from the rows, as it is a
+/// cache.
+void writeAllIds(Writer& writer,
+                 const char* table,
+                 decltype(&RowIdBlob::united) change,
+                 const QByteArray& stored,
+                 const RowIdSet& ids)
 {
-    std::optional<RowIdSet> set = RowIdSet::fromBlob(blob);
-    if (set) {
-        return *set;
+    std::optional<QByteArray> changed = change(stored, ids);
+    if (!changed) {
+        changed = change(idsOfRows(writer.connection, table).toBlob(), ids);
     }
-    return idsOfRows(connection, table);
+    AdminData::setBlob(writer, QString::fromLatin1(table), kAllIds, changed.value_or(stored));
 }
 
 std::optional<ModelIds::Lagging> laggingIn(Connection& connection, const Table& table)
@@ -116,9 +122,7 @@ qint64 ModelIds::allocate(Writer& writer, const char* table)
     AdminData::setText(writer, area, kNextId, QString::number(id + 1), AdminData::kInteger);
     const QByteArray blob = AdminData::blob(writer.connection, area, kAllIds);
     if (!blob.isNull()) {
-        RowIdSet set = allIds(writer.connection, table, blob);
-        set.insert(id);
-        AdminData::setBlob(writer, area, kAllIds, set.toBlob());
+        writeAllIds(writer, table, &RowIdBlob::united, blob, RowIdSet({id}));
     }
     return id;
 }
@@ -127,14 +131,9 @@ void ModelIds::release(Writer& writer, const char* table, const QList<qint64>& i
 {
     const QString area = QString::fromLatin1(table);
     const QByteArray blob = AdminData::blob(writer.connection, area, kAllIds);
-    if (ids.isEmpty() || blob.isNull()) {
-        return;
+    if (!ids.isEmpty() && !blob.isNull()) {
+        writeAllIds(writer, table, &RowIdBlob::without, blob, RowIdSet(ids));
     }
-    RowIdSet set = allIds(writer.connection, table, blob);
-    for (const qint64 id : ids) {
-        set.remove(id);
-    }
-    AdminData::setBlob(writer, area, kAllIds, set.toBlob());
 }
 
 QList<ModelIds::Lagging> ModelIds::lagging(Connection& connection)

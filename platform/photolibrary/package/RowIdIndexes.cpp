@@ -1,6 +1,7 @@
 #include "RowIdIndexes.h"
 
 #include "Queries.h"
+#include "RowIdBlob.h"
 #include "RowIdCollection.h"
 
 #include <QSet>
@@ -17,26 +18,20 @@ namespace
 
 using namespace RowIdCollection;
 
-RowIdSet decoded(const QByteArray& blob, const Source& source, const Key& key)
-{
-    std::optional<RowIdSet> set = RowIdSet::fromBlob(blob);
-    if (!set) {
-        const QString what = u"index %1/%2/%3 holds no set of rows"_s.arg(
-            QLatin1StringView(source.indexes), key.index, key.value);
-        throw SQLite::Exception(what.toStdString(), SQLITE_CORRUPT);
-    }
-    return std::move(*set);
-}
-
-std::optional<RowIdSet> load(Connection& connection, const Source& source, const Key& key)
+/// The stored bytes of a set; nothing where there is none.
+std::optional<QByteArray> load(Connection& connection, const Source& source, const Key& key)
 {
     const std::string sql =
         std::string("SELECT ridIndex FROM ") + source.indexes + " WHERE indexName=? AND value=?";
     Sql::Query query(connection, sql.c_str(), key.index, key.value);
-    if (!query.next()) {
-        return std::nullopt;
-    }
-    return decoded(Sql::blob(query.column(0)), source, key);
+    return query.next() ? std::optional(Sql::blob(query.column(0))) : std::nullopt;
+}
+
+[[noreturn]] void raiseNoSet(const Source& source, const Key& key)
+{
+    const QString what = u"index %1/%2/%3 holds no set of rows"_s.arg(
+        QLatin1StringView(source.indexes), key.index, key.value);
+    throw SQLite::Exception(what.toStdString(), SQLITE_CORRUPT);
 }
 
 void insert(Connection& connection, const Source& source, const Key& key, const RowIdSet& set)
@@ -46,11 +41,11 @@ void insert(Connection& connection, const Source& source, const Key& key, const 
     Sql::execute(connection, sql.c_str(), key.index, key.value, set.toBlob());
 }
 
-void update(Connection& connection, const Source& source, const Key& key, const RowIdSet& set)
+void update(Connection& connection, const Source& source, const Key& key, const QByteArray& set)
 {
     const std::string sql =
         std::string("UPDATE ") + source.indexes + " SET ridIndex=? WHERE indexName=? AND value=?";
-    Sql::execute(connection, sql.c_str(), set.toBlob(), key.index, key.value);
+    Sql::execute(connection, sql.c_str(), set, key.index, key.value);
 }
 
 void erase(Connection& connection, const Source& source, const Key& key)
@@ -62,39 +57,41 @@ void erase(Connection& connection, const Source& source, const Key& key)
 
 void addSet(Connection& connection, const Source& source, const Key& key, const RowIdSet& ids)
 {
-    std::optional<RowIdSet> set = load(connection, source, key);
-    if (!set) {
+    const std::optional<QByteArray> stored = load(connection, source, key);
+    if (!stored) {
         insert(connection, source, key, ids);
-    } else if (!set->containsAll(ids)) {
-        set->unite(ids);
-        update(connection, source, key, *set);
+        return;
+    }
+    const std::optional<QByteArray> united = RowIdBlob::united(*stored, ids);
+    if (!united) {
+        raiseNoSet(source, key);
+    }
+    if (*united != *stored) {
+        update(connection, source, key, *united);
     }
 }
 
 void removeSet(Connection& connection, const Source& source, const Key& key, const RowIdSet& ids)
 {
-    std::optional<RowIdSet> set = load(connection, source, key);
-    if (!set) {
+    const std::optional<QByteArray> stored = load(connection, source, key);
+    if (!stored) {
         return;
     }
-    bool changed = false;
-    for (const qint64 id : ids.ids()) {
-        changed = changed || set->contains(id);
-        set->remove(id);
+    const std::optional<QByteArray> left = RowIdBlob::without(*stored, ids);
+    if (!left) {
+        raiseNoSet(source, key);
     }
-    if (set->isEmpty()) {
+    if (RowIdBlob::isEmpty(*left)) {
         erase(connection, source, key);
-    } else if (changed) {
-        update(connection, source, key, *set);
+    } else if (*left != *stored) {
+        update(connection, source, key, *left);
     }
 }
 
 /// The ids of the first set that are not in the second.
-RowIdSet without(RowIdSet set, const RowIdSet& other)
+RowIdSet difference(RowIdSet set, const RowIdSet& other)
 {
-    for (const qint64 id : other.ids()) {
-        set.remove(id);
-    }
+    set.subtract(other);
     return set;
 }
 
@@ -231,12 +228,12 @@ void RowIdIndexes::follow(Writer& writer,
     change();
     const Sets after = ofRows(writer.connection, source, modelIds);
     for (auto set = before.cbegin(); set != before.cend(); ++set) {
-        if (const RowIdSet left = without(*set, after.value(set.key())); !left.isEmpty()) {
+        if (const RowIdSet left = difference(*set, after.value(set.key())); !left.isEmpty()) {
             removeSet(writer.connection, source, set.key(), left);
         }
     }
     for (auto set = after.cbegin(); set != after.cend(); ++set) {
-        if (const RowIdSet joined = without(*set, before.value(set.key())); !joined.isEmpty()) {
+        if (const RowIdSet joined = difference(*set, before.value(set.key())); !joined.isEmpty()) {
             addSet(writer.connection, source, set.key(), joined);
         }
     }

@@ -1,5 +1,7 @@
 #include "RowIdSet.h"
 
+#include "Leb128.h"
+
 #include <algorithm>
 #include <bit>
 #include <iterator>
@@ -10,62 +12,17 @@
 namespace
 {
 
-constexpr quint64 kFormat = 1;
 constexpr quint64 kLastWord = std::numeric_limits<quint32>::max();
 
-/// Reads LEB128 numbers; a set of a large library has thousands, and a photo's turn reads dozens of
-/// such sets. After a failure every further one fails too.
-class NumberReader final
+/// Words are stored plus one.
+bool nextWord(Leb128Reader& reader, quint32& word)
 {
-public:
-    explicit NumberReader(const QByteArray& bytes)
-        : m_next(bytes.constBegin())
-        , m_end(bytes.constEnd())
-    {
-    }
-
-    [[nodiscard]] bool next(quint64& number)
-    {
-        number = 0;
-        for (unsigned shift = 0; shift < 63; shift += 7) {
-            if (m_next == m_end) {
-                return false;
-            }
-            const auto byte = static_cast<quint8>(*m_next++);
-            number |= static_cast<quint64>(byte & 0x7FU) << shift;
-            if ((byte & 0x80U) == 0) {
-                return true;
-            }
-        }
-        m_next = m_end;
+    quint64 stored = 0;
+    if (!reader.next(stored) || stored == 0 || stored - 1 > kLastWord) {
         return false;
     }
-
-    /// Words are stored plus one.
-    [[nodiscard]] bool nextWord(quint32& word)
-    {
-        quint64 stored = 0;
-        if (!next(stored) || stored == 0 || stored - 1 > kLastWord) {
-            return false;
-        }
-        word = static_cast<quint32>(stored - 1);
-        return true;
-    }
-
-    [[nodiscard]] bool atEnd() const { return m_next == m_end; }
-
-private:
-    QByteArray::const_iterator m_next;
-    QByteArray::const_iterator m_end;
-};
-
-void append(QByteArray& bytes, quint64 number)
-{
-    while (number > 0x7FU) {
-        bytes.append(static_cast<char>((number & 0x7FU) | 0x80U));
-        number >>= 7U;
-    }
-    bytes.append(static_cast<char>(number));
+    word = static_cast<quint32>(stored - 1);
+    return true;
 }
 
 } // namespace
@@ -79,7 +36,7 @@ RowIdSet::RowIdSet(const QList<qint64>& ids)
 
 std::optional<RowIdSet> RowIdSet::fromBlob(const QByteArray& blob)
 {
-    NumberReader reader(blob);
+    Leb128Reader reader(blob);
     quint64 format = 0;
     quint64 total = 0;
     quint64 chunks = 0;
@@ -98,7 +55,7 @@ std::optional<RowIdSet> RowIdSet::fromBlob(const QByteArray& blob)
         }
         Chunk chunk{static_cast<qint64>(number), {}};
         for (quint32& word : chunk.words) {
-            if (!reader.nextWord(word)) {
+            if (!nextWord(reader, word)) {
                 return std::nullopt;
             }
         }
@@ -112,18 +69,18 @@ QByteArray RowIdSet::toBlob() const
     constexpr std::size_t kMostBytes = 5UL * kWords + 12UL; // of a chunk
     QByteArray bytes;
     bytes.reserve(static_cast<qsizetype>(m_chunks.size() * kMostBytes));
-    append(bytes, kFormat);
-    append(bytes, 0);
-    append(bytes, static_cast<quint64>(m_chunks.size()));
+    appendLeb128(bytes, kFormat);
+    appendLeb128(bytes, 0);
+    appendLeb128(bytes, static_cast<quint64>(m_chunks.size()));
     for (const Chunk& chunk : m_chunks) {
-        append(bytes, static_cast<quint64>(chunk.number));
+        appendLeb128(bytes, static_cast<quint64>(chunk.number));
         const int count =
             std::accumulate(chunk.words.begin(), chunk.words.end(), 0, [](int sum, quint32 word) {
                 return sum + std::popcount(word);
             });
-        append(bytes, static_cast<quint64>(count));
+        appendLeb128(bytes, static_cast<quint64>(count));
         for (const quint32 word : chunk.words) {
-            append(bytes, static_cast<quint64>(word) + 1);
+            appendLeb128(bytes, static_cast<quint64>(word) + 1);
         }
     }
     return bytes;
@@ -182,6 +139,22 @@ void RowIdSet::unite(const RowIdSet& other)
 {
     for (const Chunk& chunk : other.m_chunks) {
         unite(chunk);
+    }
+}
+
+void RowIdSet::subtract(const RowIdSet& other)
+{
+    for (const Chunk& chunk : other.m_chunks) {
+        const auto mine = placeOf(chunk.number);
+        if (mine == m_chunks.end() || mine->number != chunk.number) {
+            continue;
+        }
+        for (std::size_t word = 0; word < mine->words.size(); ++word) {
+            mine->words[word] &= ~chunk.words[word];
+        }
+        if (mine->words == Words{}) {
+            m_chunks.erase(mine);
+        }
     }
 }
 

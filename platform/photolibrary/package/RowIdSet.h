@@ -16,6 +16,11 @@
 class RowIdSet final
 {
 public:
+    static constexpr quint64 kFormat = 1; ///< the first number
+    static constexpr int kWords = 32;     ///< of a chunk
+    static constexpr qint64 kIdsPerWord = 32;
+    static constexpr qint64 kIdsPerChunk = kWords * kIdsPerWord;
+
     RowIdSet() = default;
     /// Negative ids are left out: there is no such row.
     explicit RowIdSet(const QList<qint64>& ids);
@@ -28,6 +33,7 @@ public:
     void insert(qint64 id);
     void remove(qint64 id);
     void unite(const RowIdSet& other);
+    void subtract(const RowIdSet& other);
 
     [[nodiscard]] bool isEmpty() const { return m_chunks.empty(); }
 
@@ -40,9 +46,6 @@ public:
     friend bool operator==(const RowIdSet&, const RowIdSet&) = default;
 
 private:
-    static constexpr int kWords = 32;
-    static constexpr qint64 kIdsPerWord = 32;
-    static constexpr qint64 kIdsPerChunk = kWords * kIdsPerWord;
     using Words = std::array<quint32, kWords>;
 
     struct Chunk {
