@@ -66,6 +66,9 @@ void Connection::prepare(std::size_t index, Mode mode)
         // EXTRA also flushes the folder after the journal is gone, so that a power cut cannot
         // bring back, and then undo, what was reported as done.
         m_database.exec(pragma(schema, "synchronous=EXTRA").toStdString());
+        // A photo's turn in a large library comes back to more pages than SQLite's usual two
+        // megabytes hold.
+        m_database.exec(pragma(schema, "cache_size=-16384").toStdString());
         // A page that is not committed stays in memory, so a full disk meets no half-written
         // database.
         m_database.exec("PRAGMA cache_spill=OFF");
