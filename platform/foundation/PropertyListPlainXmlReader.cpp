@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <string_view>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -15,15 +16,31 @@ namespace
 
 using namespace PropertyListForms;
 
+bool holds(std::string_view text, std::string_view token)
+{
+    return text.find(token) != std::string_view::npos;
+}
+
+/// Whether there are control characters. It looks at all bytes without a branch, so that the
+/// processor takes many at once.
+bool hasControl(std::string_view text)
+{
+    unsigned found = 0;
+    for (const char byte : text) {
+        found |= static_cast<unsigned>(static_cast<unsigned char>(byte) < 0x20) &
+                 static_cast<unsigned>(byte != '\t') & static_cast<unsigned>(byte != '\n');
+    }
+    return found != 0;
+}
+
 /// Whether the bytes are free of all that a general reader of XML would look into: other encodings,
-/// control characters, line ends of other systems, and what no XML may hold.
+/// control characters, line ends of other systems, and what no XML may hold. A catalogue has a
+/// hundred megabytes, in which std::string_view finds rare bytes far faster than Qt's views do.
 bool isPlain(QByteArrayView bytes)
 {
-    const bool hasControl = std::ranges::any_of(bytes, [](char byte) {
-        return static_cast<unsigned char>(byte) < 0x20 && byte != '\t' && byte != '\n';
-    });
-    return !hasControl && bytes.isValidUtf8() && !bytes.contains("\xEF\xBF\xBE") &&
-           !bytes.contains("\xEF\xBF\xBF") && !bytes.contains("]]>");
+    const std::string_view text(bytes.data(), static_cast<std::size_t>(bytes.size()));
+    return !hasControl(text) && bytes.isValidUtf8() && !holds(text, "\xEF\xBF\xBE") &&
+           !holds(text, "\xEF\xBF\xBF") && !holds(text, "]]>");
 }
 
 /// Reads the elements one after another. Whatever is not as programs write it ends the whole.

@@ -2,6 +2,7 @@
 
 #include "PropertyList.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -19,6 +20,32 @@ bool fitsXml(QChar character)
     return (code >= u' ' || isBlank) && code != 0xFFFE && code != 0xFFFF;
 }
 
+/// What stands for a character that XML reserves; empty for any other.
+QLatin1StringView entityOf(QChar character)
+{
+    switch (character.unicode()) {
+    case u'&':
+        return QLatin1StringView("&amp;");
+    case u'<':
+        return QLatin1StringView("&lt;");
+    case u'>':
+        return QLatin1StringView("&gt;");
+    case u'\'':
+        return QLatin1StringView("&apos;");
+    case u'"':
+        return QLatin1StringView("&quot;");
+    case u'\r':
+        return QLatin1StringView("&#13;"); // a bare one would be read as a line feed
+    default:
+        return {};
+    }
+}
+
+bool isPlain(QChar character)
+{
+    return fitsXml(character) && entityOf(character).isEmpty();
+}
+
 QByteArray numberText(double number, std::chars_format format, int precision)
 {
     std::array<char, kNumberRoom> room{};
@@ -32,32 +59,16 @@ QByteArray numberText(double number, std::chars_format format, int precision)
 
 QByteArray CatalogueXml::escaped(const QString& text)
 {
+    if (std::ranges::all_of(text, isPlain)) { // nearly all are
+        return text.toUtf8();
+    }
     QString safe;
     safe.reserve(text.size());
     for (const QChar character : text) {
-        switch (character.unicode()) {
-        case u'&':
-            safe += QLatin1StringView("&amp;");
-            break;
-        case u'<':
-            safe += QLatin1StringView("&lt;");
-            break;
-        case u'>':
-            safe += QLatin1StringView("&gt;");
-            break;
-        case u'\'':
-            safe += QLatin1StringView("&apos;");
-            break;
-        case u'"':
-            safe += QLatin1StringView("&quot;");
-            break;
-        case u'\r':
-            safe += QLatin1StringView("&#13;"); // a bare one would be read as a line feed
-            break;
-        default:
-            if (fitsXml(character)) {
-                safe += character;
-            }
+        if (const QLatin1StringView entity = entityOf(character); !entity.isEmpty()) {
+            safe += entity;
+        } else if (fitsXml(character)) {
+            safe += character;
         }
     }
     return safe.toUtf8();
@@ -74,36 +85,49 @@ QByteArray CatalogueXml::shortest(double number)
     return numberText(number, std::chars_format::general, kDigits);
 }
 
-void CatalogueXml::line(int indentation, const QByteArray& text)
+void CatalogueXml::indent(int indentation)
 {
     if (m_layout == Layout::Indented) {
         m_bytes.append(indentation, '\t');
     }
-    m_bytes += text;
-    m_bytes += '\n';
+}
+
+void CatalogueXml::line(int indentation, const QByteArray& text)
+{
+    line(indentation, "", text, "");
+}
+
+void CatalogueXml::line(int indentation,
+                        const char* before,
+                        const QByteArray& text,
+                        const char* after)
+{
+    indent(indentation);
+    m_bytes.append(before).append(text).append(after).append('\n');
 }
 
 void CatalogueXml::keyLine(int indentation, const char* key)
 {
-    line(indentation, "<key>" + QByteArray(key) + "</key>");
+    indent(indentation);
+    m_bytes.append("<key>").append(key).append("</key>\n");
 }
 
 void CatalogueXml::string(int indentation, const char* key, const QString& value)
 {
     keyLine(indentation, key);
-    line(indentation, "<string>" + escaped(value) + "</string>");
+    line(indentation, "<string>", escaped(value), "</string>");
 }
 
 void CatalogueXml::integer(int indentation, const char* key, qint64 value)
 {
     keyLine(indentation, key);
-    line(indentation, "<integer>" + QByteArray::number(value) + "</integer>");
+    line(indentation, "<integer>", QByteArray::number(value), "</integer>");
 }
 
 void CatalogueXml::real(int indentation, const char* key, const QByteArray& text)
 {
     keyLine(indentation, key);
-    line(indentation, "<real>" + text + "</real>");
+    line(indentation, "<real>", text, "</real>");
 }
 
 void CatalogueXml::inlineReal(int indentation, const char* key, const QByteArray& text)
@@ -135,7 +159,7 @@ void CatalogueXml::ids(int indentation,
     keyLine(indentation, key);
     line(indentation, "<array>");
     for (const qint64 id : ids) {
-        line(itemIndentation, "<string>" + QByteArray::number(id) + "</string>");
+        line(itemIndentation, "<string>", QByteArray::number(id), "</string>");
     }
     line(indentation, "</array>");
 }

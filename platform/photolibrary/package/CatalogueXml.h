@@ -42,6 +42,8 @@ public:
     [[nodiscard]] static QByteArray shortest(double number);
 
 private:
+    void indent(int indentation);
+    void line(int indentation, const char* before, const QByteArray& text, const char* after);
     void keyLine(int indentation, const char* key);
 
     Layout m_layout;
