@@ -33,9 +33,10 @@ struct Question {
 
 constexpr Question kQuestions[] = {
     {"SELECT v.modelId FROM RKVersion v JOIN RKMaster m ON m.uuid = v.masterUuid"
-     // A master stays where another photo that shows it is not in the trash.
+     // A master stays where another photo that shows it is not in the trash. The signs keep SQLite
+     // from going to nearly all photos by way of the index of the trash.
      " WHERE v.isInTrash <> m.isInTrash AND NOT (v.isInTrash <> 0 AND v.showInLibrary <> 0"
-     " AND EXISTS (SELECT 1 FROM RKVersion o WHERE o.showInLibrary <> 0 AND o.isInTrash = 0"
+     " AND EXISTS (SELECT 1 FROM RKVersion o WHERE +o.showInLibrary <> 0 AND +o.isInTrash = 0"
      " AND (o.masterUuid = m.uuid OR o.rawMasterUuid = m.uuid OR o.nonRawMasterUuid = m.uuid)))",
      "%2 photo version(s) contradict their masters about being in the trash, the first is %1."},
     {"SELECT v.modelId FROM RKVersion v JOIN RKMaster m ON m.uuid = v.masterUuid"
