@@ -1,13 +1,41 @@
 #include "Measurement.h"
 
+#include "Figure.h"
+
 #include <QFile>
 
 #include <malloc.h>
 #include <time.h>
 
-#include <cstdio>
-
 using namespace Qt::StringLiterals;
+
+namespace
+{
+
+double processorSeconds()
+{
+    timespec time{};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+} // namespace
+
+Stopwatch::Stopwatch()
+    : m_cpuBefore(processorSeconds())
+{
+    m_timer.start();
+}
+
+double Stopwatch::wallSeconds() const
+{
+    return static_cast<double>(m_timer.nsecsElapsed()) * 1e-9;
+}
+
+double Stopwatch::cpuSeconds() const
+{
+    return processorSeconds() - m_cpuBefore;
+}
 
 Measurement::Measurement()
 {
@@ -16,25 +44,7 @@ Measurement::Measurement()
     if (marks.open(QIODevice::WriteOnly)) {
         marks.write("5"); // the highest mark of resident memory
     }
-    m_cpuBefore = processorSeconds();
-    m_timer.start();
-}
-
-double Measurement::wallSeconds() const
-{
-    return static_cast<double>(m_timer.nsecsElapsed()) * 1e-9;
-}
-
-double Measurement::cpuSeconds() const
-{
-    return processorSeconds() - m_cpuBefore;
-}
-
-double Measurement::processorSeconds()
-{
-    timespec time{};
-    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+    m_watch = Stopwatch();
 }
 
 double Measurement::peakMegabytes()
@@ -49,12 +59,9 @@ double Measurement::peakMegabytes()
     return text.sliced(begin, text.indexOf("kB", begin) - begin).trimmed().toDouble() / 1024.0;
 }
 
-void Measurement::print(const char* what) const
+void Measurement::print(const std::string& what, const Aims& aims) const
 {
-    std::printf("%8.2f s (%6.2f s of processors), %4.0f MB at most: %s\n",
-                wallSeconds(),
-                cpuSeconds(),
-                peakMegabytes(),
-                what);
-    std::fflush(stdout);
+    Figure{m_watch.cpuSeconds(), "s", what + ", of processors", aims.cpuSeconds}.print();
+    Figure{m_watch.wallSeconds(), "s", what + ", on the clock"}.print();
+    Figure{peakMegabytes(), "MB", what + ", at most", aims.megabytes}.print();
 }

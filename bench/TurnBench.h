@@ -8,18 +8,18 @@
 namespace TurnBench
 {
 
+/// Medians of the turns, in milliseconds.
 struct Figures {
-    double opening{0.0}; ///< seconds of processors for the opening with its check
-    double turn{0.0};    ///< milliseconds of processors for a turn, without the picture's intake
-    double slowest{0.0}; ///< the same of the slowest turn
-    double intake{0.0}; ///< milliseconds of processors for reading a JPEG and making its thumbnails
-    double wall{0.0};   ///< milliseconds of a turn on the clock: commits and intake too
-    double followers{0.0}; ///< seconds on the clock for sidecars and catalogues at the end
-    double followersCpu{0.0};
+    double turn{0.0};   ///< of processors, without the commit and the picture's intake
+    double intake{0.0}; ///< of processors, to read a JPEG and make its thumbnails
+    double commit{0.0}; ///< of processors: the journal's line and the databases
+    double commitWall{0.0};
+    double wall{0.0}; ///< all of it
 };
 
 /// Replaces `turns` photos, spread over the library, by copies of the JPEG at `jpeg`, with albums,
-/// keywords and removal. Writes to the library.
+/// keywords and removal. Prints, each with its aim, what it took to open the library and to make
+/// catalogues and sidecars follow. Writes to the library.
 [[nodiscard]] Result<Figures> run(const QString& package, int turns, const QString& jpeg);
 
 } // namespace TurnBench

@@ -1,8 +1,10 @@
 // What a large library takes: library_bench PACKAGE [PHOTOS RAWFILE] or library_bench --turns
-// PACKAGE With a number of photos and a RAW file the library is made first, and written to
-// afterwards: the turns of a scan in it and in one of 1,000 photos that is made beside it. With
-// --turns a library that is there is written to, and nothing else is measured.
+// PACKAGE. With a number of photos and a RAW file the library is made first, and written to
+// afterwards: the turns of a scan in it and in Small.photolibrary of 1,000 photos, made beside it.
+// With --turns a library that is there is written to, and nothing else is measured. The aims are
+// those of 100,000 photos.
 
+#include "Figure.h"
 #include "LargeLibrary.h"
 #include "LibraryActions.h"
 #include "LibrarySession.h"
@@ -17,12 +19,13 @@
 #include "UserDefaults.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
+#include <QFileInfo>
 #include <QScrollBar>
 #include <QTemporaryDir>
 
 #include <algorithm>
 #include <cstdio>
+#include <string>
 
 using namespace Qt::StringLiterals;
 
@@ -32,11 +35,6 @@ namespace
 constexpr int kSmall = 1000; ///< photos of the library beside which the large one is looked at
 constexpr int kLookUps = 1000;
 constexpr int kTurns = 40;
-
-double seconds(const QElapsedTimer& timer)
-{
-    return static_cast<double>(timer.nsecsElapsed()) * 1e-9;
-}
 
 int fails(const Error& error)
 {
@@ -56,7 +54,8 @@ Result<QStringList> measureReading(const QString& package)
     if (!photos.ok()) {
         return photos.error();
     }
-    measurement.print("opening it for reading, and reading its photos");
+    measurement.print("opening for reading, and reading the photos",
+                      {.cpuSeconds = 3.0, .megabytes = 600.0});
     QStringList guids;
     const qsizetype distance = std::max<qsizetype>(1, photos.value().size() / kLookUps);
     for (qsizetype index = 0; index < photos.value().size(); index += distance) {
@@ -70,17 +69,13 @@ void measureLookUps(const QString& package, const QStringList& guids)
     const Measurement measurement;
     const Result<QVariant> content = PropertyList::read(package + "/AlbumData.xml"_L1);
     const RollCatalogue catalogue(content.ok() ? content.value() : QVariant());
-    const Measurement lookUps;
-    qsizetype found = 0;
-    for (const QString& guid : guids) {
-        found += catalogue.rollName(guid) ? 1 : 0;
-    }
-    const double searching = lookUps.wallSeconds();
-    measurement.print("reading the catalogue, and looking up rolls");
-    std::printf("%8.3f s of that to find the rolls of %lld of %lld photos\n",
-                searching,
-                static_cast<long long>(found),
-                static_cast<long long>(guids.size()));
+    const qsizetype found = std::ranges::count_if(
+        guids, [&](const QString& guid) { return catalogue.rollName(guid).has_value(); });
+    measurement.print("reading the catalogue, and looking up rolls", {.cpuSeconds = 5.0});
+    Figure{static_cast<double>(found),
+           "",
+           "rolls found, of " + std::to_string(guids.size()) + " photos"}
+        .print();
 }
 
 /// Waits for a signal while the windows live on.
@@ -100,12 +95,11 @@ double longestStall(PhotoGrid& grid)
     double longest = 0.0;
     QScrollBar& bar = *grid.verticalScrollBar();
     for (int step = 0; step <= kSteps; ++step) {
-        QElapsedTimer timer;
-        timer.start();
+        const Stopwatch watch;
         bar.setValue(static_cast<int>(static_cast<qint64>(bar.maximum()) * step / kSteps));
         grid.viewport()->repaint();
         QCoreApplication::processEvents();
-        longest = std::max(longest, seconds(timer));
+        longest = std::max(longest, watch.wallSeconds());
     }
     return longest;
 }
@@ -125,59 +119,55 @@ void measureWindow(const QString& package)
     session.open(package);
     waitFor(session, &LibrarySession::contentsChanged);
     window.repaint();
-    measurement.print("opening it in the window until its photos are shown");
+    measurement.print("opening in the window until the photos are shown");
     if (session.isBusy()) {
         waitFor(session, &LibrarySession::busyChanged);
     }
     measurement.print("the same until it has been checked and can be written to");
-    QElapsedTimer timer;
     auto* const grid = window.findChild<PhotoGrid*>();
-    std::printf("%8.3f s is the longest step in paging through all of it\n", longestStall(*grid));
-    timer.restart();
+    Figure{longestStall(*grid), "s", "the longest step in paging through all of it"}.print();
+    const Stopwatch all;
     grid->selectAll();
-    std::printf("%8.3f s to select all\n", seconds(timer));
-    timer.restart();
+    Figure{all.wallSeconds(), "s", "to select all"}.print();
+    const Stopwatch raw;
     window.actions().selectRaw->trigger();
-    std::printf("%8.3f s to select its RAW photos\n", seconds(timer));
+    Figure{raw.wallSeconds(), "s", "to select the RAW photos"}.print();
 }
 
-/// Turns of a scan in both libraries, the small one first.
-Result<void> measureTurns(const QStringList& packages)
+/// Turns of a scan. The aim is that of 100,000 photos.
+Result<TurnBench::Figures> measureTurns(const QString& package)
 {
+    constexpr double kAim = 20.0;
     const QTemporaryDir folder;
     const QString jpeg = folder.filePath(u"picture.jpg"_s);
-    QImage picture(1024, 683, QImage::Format_RGB32);
+    // A small one, so that thumbnails do not hide what the library takes.
+    QImage picture(160, 107, QImage::Format_RGB32);
     picture.fill(Qt::darkCyan);
     picture.save(jpeg, "JPEG");
-    for (const QString& package : packages) {
-        const Result<TurnBench::Figures> run = TurnBench::run(package, kTurns, jpeg);
-        if (!run.ok()) {
-            return run.error();
-        }
+    Result<TurnBench::Figures> run = TurnBench::run(package, kTurns, jpeg);
+    if (run.ok()) {
         const TurnBench::Figures& figures = run.value();
-        std::printf("%s:\n", qPrintable(package.section(u'/', -1)));
-        std::printf("%8.2f s of processors for the opening for writing, with the check\n",
-                    figures.opening);
-        std::printf("%8.2f ms of processors for a photo's turn, %.2f for the slowest (of %d)\n",
-                    figures.turn,
-                    figures.slowest,
-                    kTurns);
-        std::printf("%8.2f ms for a turn on the clock, with commits and the JPEG's intake (%.2f)\n",
-                    figures.wall,
-                    figures.intake);
-        std::printf("%8.2f s (%.2f s of processors) for sidecars and catalogues\n",
-                    figures.followers,
-                    figures.followersCpu);
+        const std::string name = QFileInfo(package).baseName().toStdString();
+        Figure{figures.turn, "ms", name + ": a photo's turn, of processors", kAim}.print();
+        Figure{figures.commit, "ms", name + ": its durable commits, of processors"}.print();
+        Figure{figures.commitWall, "ms", name + ": its durable commits, on the clock"}.print();
+        Figure{figures.intake, "ms", name + ": its JPEG's intake, of processors"}.print();
+        Figure{figures.wall, "ms", name + ": all of it, on the clock"}.print();
     }
-    return {};
+    return run;
 }
 
-Result<void> make(const QString& package, int photos, const QString& raw)
+Result<void> compareTurns(const QString& small, const QString& large)
 {
-    const Measurement measurement;
-    Result<void> made = LargeLibrary::make(package, photos, raw);
-    measurement.print("making the library");
-    return made;
+    constexpr double kAim = 1.1;
+    const Result<TurnBench::Figures> ofSmall = measureTurns(small);
+    const Result<TurnBench::Figures> ofLarge = measureTurns(large);
+    if (!ofSmall.ok() || !ofLarge.ok()) {
+        return ofSmall.ok() ? ofLarge.error() : ofSmall.error();
+    }
+    const double growth = ofLarge.value().turn / ofSmall.value().turn;
+    Figure{growth, "×", "a turn in the large library over one in the small", kAim}.print();
+    return {};
 }
 
 } // namespace
@@ -188,7 +178,7 @@ int main(int argc, char** argv)
     const QApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() == 3 && arguments.at(1) == "--turns"_L1) {
-        const Result<void> turns = measureTurns({arguments.at(2)});
+        const Result<TurnBench::Figures> turns = measureTurns(arguments.at(2));
         return turns.ok() ? 0 : fails(turns.error());
     }
     if (arguments.size() != 2 && arguments.size() != 4) {
@@ -199,11 +189,13 @@ int main(int argc, char** argv)
     }
     const QString& package = arguments.at(1);
     const bool makes = arguments.size() == 4;
-    const QString small = package + ".small.photolibrary"_L1;
+    const QString small = QFileInfo(package).path() + "/Small.photolibrary"_L1;
     if (makes) {
         const QString& raw = arguments.at(3);
-        Result<void> made = make(package, arguments.at(2).toInt(), raw);
-        made = made.ok() ? make(small, kSmall, raw) : made;
+        const Measurement making;
+        Result<void> made = LargeLibrary::make(package, arguments.at(2).toInt(), raw);
+        made = made.ok() ? LargeLibrary::make(small, kSmall, raw) : made;
+        making.print("making the library, and the small one");
         if (!made.ok()) {
             return fails(made.error());
         }
@@ -214,7 +206,7 @@ int main(int argc, char** argv)
     }
     measureLookUps(package, guids.value());
     measureWindow(package);
-    if (const Result<void> turns = makes ? measureTurns({small, package}) : Result<void>();
+    if (const Result<void> turns = makes ? compareTurns(small, package) : Result<void>();
         !turns.ok()) {
         return fails(turns.error());
     }
