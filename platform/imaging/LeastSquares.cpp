@@ -14,7 +14,7 @@ namespace
 constexpr double kDifference = 1e-3;
 
 /// An improvement of the sum by less than this part ends the search.
-constexpr double kEnough = 1e-4;
+constexpr double kLeastGain = 1e-4;
 
 using Numbers = std::vector<double>;
 
@@ -134,7 +134,7 @@ std::vector<double> LeastSquares::minimised(std::vector<double> start,
                 damping /= 32.0;
             }
         }
-        if (gained < kEnough) {
+        if (gained < kLeastGain) {
             break;
         }
     }
