@@ -235,7 +235,7 @@ Bitmap BayerRenderer::halved(const ColorMatrix& matrix) const
 Bitmap BayerRenderer::reduced() const
 {
     const int block = ReducedPicture::blockSide(halfSize());
-    const QSize into = halfSize() / block;
+    const QSize into(halfSize().width() / block, halfSize().height() / block); // whole blocks
     const int left = halfSize().width() % block / 2;
     const int top = halfSize().height() % block / 2;
     Bitmap picture(into.width(), into.height(), Transfer::Linear);

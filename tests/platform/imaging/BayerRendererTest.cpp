@@ -210,3 +210,12 @@ TEST(BayerRendererTest, theReducedPictureIsTheMeanOfTheCells)
     EXPECT_EQ(renderer.reduced().size(), wanted.size());
     EXPECT_LT(ImageBuilder::difference(renderer.reduced(), wanted), 1e-4);
 }
+
+TEST(BayerRendererTest, columnsAndRowsThatFillNoBlockAreLeftOut)
+{
+    const QSize cells(7 * ReducedPicture::kLongestSide + 6, 7 * 20 + 6);
+    const BayerSamples sensor(BayerSamples::flat(2 * cells, {9000, 20000, 30000}),
+                              BayerSamples::kPhases[0]);
+    const Bitmap reduced = BayerRenderer(sensor.mosaic(), kIdentityMatrix).reduced();
+    EXPECT_EQ(reduced.size(), QSize(ReducedPicture::kLongestSide, 20));
+}
