@@ -152,7 +152,6 @@ std::optional<Error> RawFile::unpackSensor()
     const std::string_view make(&imgdata.idata.make[0]);
     const FujiOnOneThread oneThread(make.starts_with("Fuji"));
     const int status = unpack();
-    recycle_datastream();
     if (status != LIBRAW_SUCCESS) {
         return errorOf(status);
     }
@@ -170,7 +169,8 @@ Result<Bitmap> RawFile::processed()
     const QSize visible(imgdata.sizes.width, imgdata.sizes.height);
     const std::string_view make(&imgdata.idata.make[0]);
     const FujiOnOneThread oneThread(make.starts_with("Fuji"));
-    const int status = dcraw_process();
+    const int status = dcraw_process(); // reads some makers' corrections from the file
+    recycle_datastream();
     if (status != LIBRAW_SUCCESS) {
         return errorOf(status);
     }

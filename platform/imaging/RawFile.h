@@ -14,24 +14,24 @@
 #include <cstddef>
 #include <optional>
 
-/// LibRaw over a file in memory, which must live until the sensor's data, or a preview, are
-/// unpacked. Half a megabyte: not for a stack. Any one thread at a time.
+/// LibRaw over a file in memory, which must live until mosaic() gave one, or processed() or
+/// unpackPreview() are done. Half a megabyte: not for a stack. Any one thread at a time.
 class RawFile final : private LibRaw
 {
 public:
     explicit RawFile(const QByteArray& bytes);
 
-    /// Reads the sensor's data and is done with the file. Errors: Damaged (also for data that
-    /// LibRaw complains of), Unsupported, OutOfSpace; they name no file.
+    /// Reads the sensor's data. Errors: Damaged (also for data that LibRaw complains of),
+    /// Unsupported, OutOfSpace; they name no file.
     [[nodiscard]] std::optional<Error> unpackSensor();
 
     /// The sensor's data where they lie in plain cells of red, green and blue, as the camera's
     /// white balance or, unknown, daylight has them; nothing where they are any other. They live as
-    /// long as this.
+    /// long as this, which is done with the file then.
     [[nodiscard]] std::optional<BayerMosaic> mosaic();
 
     /// The picture as LibRaw makes it of unpacked data of any kind: Transfer::Linear, camera white
-    /// balance. Errors as above.
+    /// balance. Reads more of the file, and is done with it. Errors as above.
     [[nodiscard]] Result<Bitmap> processed();
 
     [[nodiscard]] SensorColors colors() const;

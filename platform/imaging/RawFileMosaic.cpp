@@ -96,8 +96,11 @@ std::optional<BayerMosaic> RawFile::mosaic()
         filters.at(static_cast<std::size_t>(place)) = filter;
         mosaic.colors.at(static_cast<std::size_t>(place)) = *colorAt;
     }
-    return mosaic.isValid() && setLight(mosaic, filters, *gains) ? std::optional(mosaic)
-                                                                 : std::nullopt;
+    if (!mosaic.isValid() || !setLight(mosaic, filters, *gains)) {
+        return std::nullopt;
+    }
+    recycle_datastream();
+    return mosaic;
 }
 
 /// What the values of each filter are as light; false where there is none between black and white.

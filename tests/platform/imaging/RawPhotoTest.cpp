@@ -9,9 +9,12 @@
 #include "SceneSamples.h"
 #include "SrgbTransfer.h"
 
+#include <QDataStream>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 
 namespace
 {
@@ -26,6 +29,46 @@ Bitmap linearOf(const QByteArray& dng)
     const auto photo = RawPhoto::open(dng);
     EXPECT_TRUE(photo.ok());
     return photo.ok() ? photo.value().linear() : Bitmap();
+}
+
+/// A black photo of a medium-format back: compressed data whose corrections lie elsewhere in the
+/// file.
+QByteArray photoOfABack(QSize size)
+{
+    constexpr quint32 kHeader = 12;
+    constexpr quint32 kCorrections = kHeader + 8 + 9 * 16;
+    constexpr quint32 kStrips = kCorrections + 64;
+    constexpr quint32 kCompressed = 3;
+    const auto width = static_cast<quint32>(size.width());
+    const auto height = static_cast<quint32>(size.height());
+    const quint32 data = kStrips + 4 * height;
+
+    struct Entry {
+        quint32 tag;
+        quint32 length;
+        quint32 value;
+    };
+
+    const std::array<Entry, 9> entries{{{0x108, 4, width},
+                                        {0x109, 4, height},
+                                        {0x10c, 4, width},
+                                        {0x10d, 4, height},
+                                        {0x10e, 4, kCompressed},
+                                        {0x10f, 0, data},
+                                        {0x110, 64, kCorrections},
+                                        {0x21c, 4 * height, kStrips},
+                                        {0x21d, 4, 0}}};
+    QByteArray bytes;
+    QDataStream stream(&bytes, QIODevice::WriteOnly);
+    stream.setByteOrder(QDataStream::LittleEndian);
+    stream << 0x49494949U << 0x52617754U << kHeader << static_cast<quint32>(entries.size()) << 0U;
+    for (const Entry& entry : entries) {
+        stream << entry.tag << 4U << entry.length << entry.value;
+    }
+    // No corrections, strips that begin at the data, and codes of zeros, all zeros.
+    return bytes +
+           QByteArray(qsizetype{data} + qsizetype{4} * size.width() * size.height() - bytes.size(),
+                      '\0');
 }
 
 } // namespace
@@ -54,6 +97,13 @@ TEST(RawPhotoTest, photosWithoutAMosaicAreTakenAsLibRawHasThem)
     const auto small = std::move(photo).value().rendered(Rendition::neutral(), {70, 50});
     ASSERT_TRUE(small.ok());
     EXPECT_EQ(small.value().size(), QSize(70, 50));
+}
+
+TEST(RawPhotoTest, correctionsThatLieElsewhereInTheFileAreRead)
+{
+    const auto photo = RawPhoto::open(photoOfABack({128, 96}));
+    ASSERT_TRUE(photo.ok()) << qPrintable(photo.error().message);
+    EXPECT_EQ(photo.value().size(), QSize(128, 96));
 }
 
 TEST(RawPhotoTest, aSensorThatClipsBelowItsLimitStillGivesWhite)
