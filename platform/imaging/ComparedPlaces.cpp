@@ -71,6 +71,21 @@ std::size_t valueAt(int x, int y)
     return static_cast<std::size_t>(y * kValuesASide + x);
 }
 
+/// The root of the mean square of a part of the detail.
+float strengthOf(const std::vector<float>& detail, const QRect& area)
+{
+    float squares = 0.0F;
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            const float value = detail[valueAt(x, y)];
+            squares += value * value;
+        }
+    }
+    return std::sqrt(squares / static_cast<float>(area.width() * area.height()));
+}
+
+constexpr QRect kAllValues(0, 0, kValuesASide, kValuesASide);
+
 } // namespace
 
 ComparedPlaces::ComparedPlaces(const SmallPicture& picture, const SmallPicture& shown)
@@ -122,23 +137,32 @@ ComparedPlace ComparedPlaces::at(int column, int row) const
     ComparedPlace place;
     for (int y = area.top(); y <= area.bottom(); ++y) {
         for (int x = area.left(); x <= area.right(); ++x) {
-            const float picture = m_pictureDetail[valueAt(x, y)];
-            const float shown = m_shownDetail[valueAt(x, y)];
-            place.pictureDetail += picture * picture;
-            place.shownDetail += shown * shown;
             place.shownMean += m_shown.at(x, y);
             place.darkest = std::min(place.darkest, m_picture.at(x, y));
             place.lightest = std::max(place.lightest, m_picture.at(x, y));
         }
     }
-    constexpr float kValues = kPlaceSide * kPlaceSide;
-    place.pictureDetail = std::sqrt(place.pictureDetail / kValues);
-    place.shownDetail = std::sqrt(place.shownDetail / kValues);
-    place.shownMean /= kValues;
+    place.shownMean /= kPlaceSide * kPlaceSide;
+    place.pictureDetail = strengthOf(m_pictureDetail, area);
+    place.shownDetail = strengthOf(m_shownDetail, area);
     if (place.shownDetail >= kDetail) {
+        place.sureDetail = sureDetail(area);
         place.likeness = likeness(area);
     }
     return place;
+}
+
+/// At the edge of a smooth part the shape beyond it may be taken for the place's own.
+float ComparedPlaces::sureDetail(const QRect& area) const
+{
+    float least = strengthOf(m_shownDetail, area);
+    for (const int down : {-kSearched, 0, kSearched}) {
+        for (const int right : {-kSearched, 0, kSearched}) {
+            const QRect moved = area.translated(right, down) & kAllValues;
+            least = std::min(least, strengthOf(m_shownDetail, moved));
+        }
+    }
+    return least;
 }
 
 /// The best, or one that is enough.
@@ -147,8 +171,7 @@ float ComparedPlaces::likeness(const QRect& area) const
     static const std::vector<QPoint> kSteps = stepsAround();
     float best = -1.0F;
     for (const QPoint& step : kSteps) {
-        best =
-            std::max(best, likeness(area & QRect(-step, QSize(kValuesASide, kValuesASide)), step));
+        best = std::max(best, likeness(area & kAllValues.translated(-step), step));
         if (best >= kAlike) {
             break;
         }

@@ -11,8 +11,9 @@
 struct ComparedPlace {
     float pictureDetail{0.0F}; ///< lightness less its mean around, root of the mean square
     float shownDetail{0.0F};
-    float shownMean{0.0F}; ///< of the lightness
-    float darkest{1.0F};   ///< of the picture's lightness
+    float sureDetail{0.0F}; ///< the least of shownDetail where the place may lie in truth
+    float shownMean{0.0F};  ///< of the lightness
+    float darkest{1.0F};    ///< of the picture's lightness
     float lightest{0.0F};
     float likeness{-1.0F}; ///< correlation of the details, near the place
 };
@@ -46,6 +47,7 @@ public:
 private:
     [[nodiscard]] bool isAlikeRow(int row) const;
     [[nodiscard]] ComparedPlace at(int column, int row) const;
+    [[nodiscard]] float sureDetail(const QRect& area) const;
     [[nodiscard]] float likeness(const QRect& area) const;
     [[nodiscard]] float likeness(const QRect& area, const QPoint& step) const;
 

@@ -35,7 +35,7 @@ bool isLost(const Place& place)
     constexpr float kBlack = 0.01F;
     constexpr float kLight = 0.2F;
     const bool isBlack = place.lightest < kBlack && place.shownMean > kLight;
-    return isBlack || (place.shownDetail >= kDetail && place.pictureDetail < kNothing);
+    return isBlack || (place.sureDetail >= kDetail && place.pictureDetail < kNothing);
 }
 
 bool isUnlike(const Place& place)
@@ -48,7 +48,7 @@ bool isUnlike(const Place& place)
     const bool isClipped = place.shownMean < kDarkest || place.shownMean > kLightest;
     const bool isBusy =
         place.shownDetail < kFlatDetail && place.pictureDetail > kBusy && !isClipped;
-    const bool isOther = place.shownDetail >= kDetail && place.likeness < kUnlike;
+    const bool isOther = place.sureDetail >= kDetail && place.likeness < kUnlike;
     return isBusy || isOther || isLost(place);
 }
 
@@ -64,7 +64,7 @@ bool isUnlikeLine(const std::vector<Place>& places, int first, int step)
             place.pictureDetail >= kNothing) {
             return false;
         }
-        shaped += place.shownDetail >= kDetail ? 1 : 0;
+        shaped += place.sureDetail >= kDetail ? 1 : 0;
     }
     return shaped >= kFewestShaped;
 }

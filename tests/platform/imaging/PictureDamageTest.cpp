@@ -4,6 +4,8 @@
 #include "ImageBuilder.h"
 #include "SceneSamples.h"
 
+#include <QMarginsF>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,6 +15,8 @@
 
 namespace
 {
+
+constexpr QSize kLandscape(1200, 800);
 
 constexpr std::array kModes{Qt::SmoothTransformation, Qt::FastTransformation};
 
@@ -34,6 +38,34 @@ void fillWithNoise(Bitmap& bitmap, const QRect& area)
             value = static_cast<quint16>(random() & 0xFFFFU);
         }
     }
+}
+
+/// Leaves below a smooth sky that ends sharply at the row `horizon`.
+Bitmap landscape(int horizon)
+{
+    Bitmap picture = SceneSamples::leaves(kLandscape);
+    for (int x = 0; x < kLandscape.width(); ++x) {
+        fill(picture, {x, 0, 1, horizon}, static_cast<quint16>(50000 + x));
+    }
+    return picture;
+}
+
+/// What such parts of the sides leave of a picture, in fractions.
+QImage croppedBy(const Bitmap& picture, const QMarginsF& parts)
+{
+    const QRectF all(0.0, 0.0, picture.pixelsWide(), picture.pixelsHigh());
+    const QMarginsF margins(parts.left() * all.width(),
+                            parts.top() * all.height(),
+                            parts.right() * all.width(),
+                            parts.bottom() * all.height());
+    return BitmapImage::toImage(picture)
+        .copy((all - margins).toAlignedRect())
+        .scaled(600, 600, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+}
+
+QMarginsF evenly(double part)
+{
+    return {part, part, part, part};
 }
 
 std::optional<QString> complaint(const Bitmap& picture, const QImage& preview)
@@ -188,6 +220,34 @@ TEST(PictureDamageTest, aPreviewBentBackFromItsLensIsAlike)
     }
     const QImage preview = SceneSamples::thumbnailOf(bent, 600, Qt::SmoothTransformation);
     EXPECT_FALSE(complaint(picture, preview).has_value());
+}
+
+TEST(PictureDamageTest, aSmoothSkyIsNoDamageWhereThePreviewIsCropped)
+{
+    for (const int horizon : {127, 227, 327}) {
+        const Bitmap picture = landscape(horizon);
+        for (const QMarginsF& parts : {evenly(0.02),
+                                       evenly(0.024), // enlarged by a twentieth
+                                       evenly(0.03),
+                                       QMarginsF(0.0, 0.03, 0.0, 0.0),
+                                       QMarginsF(0.0, 0.04, 0.0, 0.0)}) {
+            EXPECT_FALSE(complaint(picture, croppedBy(picture, parts)).has_value())
+                << horizon << ' ' << parts.left() << ' ' << parts.top();
+        }
+    }
+}
+
+TEST(PictureDamageTest, garbageBelowASmoothSkyIsFound)
+{
+    const Bitmap picture = landscape(227);
+    for (const double cropped : {0.0, 0.02, 0.03}) {
+        const QImage preview = croppedBy(picture, evenly(cropped));
+        for (const QRect& area : {QRect(0, 500, 1200, 100), QRect(0, 480, 1200, 320)}) {
+            Bitmap damaged = picture;
+            fillWithNoise(damaged, area);
+            EXPECT_TRUE(complaint(damaged, preview).has_value()) << cropped << ' ' << area.height();
+        }
+    }
 }
 
 TEST(PictureDamageTest, emptyPlacesAreDamageWhateverThePreviewShows)
