@@ -134,10 +134,10 @@ bool differsInPlaces(const SmallPicture& decoded, const SmallPicture& shown)
     return marked.largestPatch() >= kEnough;
 }
 
-} // namespace
-
-std::optional<QString> PictureDamage::complaint(const SmallPicture& decoded,
-                                                const SmallPicture& shown)
+/// `isFiltered` tells whether the lightness of single colours may be any in what is shown.
+std::optional<QString> complaintOf(const SmallPicture& decoded,
+                                   const SmallPicture& shown,
+                                   const std::function<bool()>& isFiltered)
 {
     if (!SceneComparison::isStructured(shown)) {
         return std::nullopt;
@@ -146,7 +146,7 @@ std::optional<QString> PictureDamage::complaint(const SmallPicture& decoded,
         return QStringLiteral("a part of it decodes to nothing that its preview shows");
     }
     const PlaceComparison places(decoded, shown);
-    if (places.isDamaged()) {
+    if (places.hasLostPlaces() || (places.isDamaged() && !isFiltered())) {
         return QStringLiteral("a part of it does not show what its preview shows, its picture data "
                               "is corrupt");
     }
@@ -164,13 +164,24 @@ std::optional<QString> PictureDamage::complaint(const SmallPicture& decoded,
     return QStringLiteral("it decodes to noise, though its preview shows a picture");
 }
 
+} // namespace
+
+std::optional<QString> PictureDamage::complaint(const SmallPicture& decoded,
+                                                const SmallPicture& shown,
+                                                const QImage& preview)
+{
+    return complaintOf(decoded, shown, [&] {
+        return SceneComparison::isToned(SceneComparison::Views::of(preview));
+    });
+}
+
 std::optional<QString> PictureDamage::thumbnailComplaint(const SmallPicture& decoded,
                                                          const SmallPicture& shown)
 {
     if (!SceneComparison::isStructured(shown)) {
         return std::nullopt;
     }
-    if (auto found = complaint(decoded, shown)) {
+    if (auto found = complaintOf(decoded, shown, [] { return false; })) {
         return found;
     }
     return differsInPlaces(decoded, shown)

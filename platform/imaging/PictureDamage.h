@@ -2,6 +2,7 @@
 
 #include "SmallPicture.h"
 
+#include <QImage>
 #include <QString>
 
 #include <optional>
@@ -10,11 +11,12 @@
 namespace PictureDamage
 {
 
-/// A clause that says what is wrong with a decoded picture, judged by a preview of it; nothing
-/// where it may be right, where the preview shows nothing, or another scene. A preview of another
-/// scene tells damage only where large parts of the picture are empty.
-[[nodiscard]] std::optional<QString> complaint(const SmallPicture& decoded,
-                                               const SmallPicture& shown);
+/// A clause that says what is wrong with a decoded picture, judged by a preview of it, which
+/// `shown` is the lightness of; nothing where it may be right, where the preview shows nothing, or
+/// another scene. A preview of another scene tells damage only where large parts of the picture are
+/// empty; one in black and white, or toned, whose filter may lighten any colour, where they are.
+[[nodiscard]] std::optional<QString>
+complaint(const SmallPicture& decoded, const SmallPicture& shown, const QImage& preview);
 
 /// The same by a thumbnail that was made of the very picture, as HEIF files have one: also a clause
 /// where only the lightness of places differs.

@@ -40,14 +40,15 @@ bool isLost(const Place& place)
 
 bool isUnlike(const Place& place)
 {
-    constexpr float kFlatDetail = 0.004F;
     constexpr float kBusy = 0.03F;
+    constexpr float kTimes = 4.0F; // a rendering's contrast differs by less
     constexpr float kDarkest = 0.05F;
     constexpr float kLightest = 0.93F;
     // Where the preview is clipped the photo may have more.
     const bool isClipped = place.shownMean < kDarkest || place.shownMean > kLightest;
-    const bool isBusy =
-        place.shownDetail < kFlatDetail && place.pictureDetail > kBusy && !isClipped;
+    const bool isBusy = place.shownDetail < kDetail &&
+                        place.pictureDetail > std::max(kBusy, kTimes * place.shownDetail) &&
+                        !isClipped;
     const bool isOther = place.sureDetail >= kDetail && place.likeness < kUnlike;
     return isBusy || isOther || isLost(place);
 }
@@ -138,17 +139,26 @@ PlaceComparison::PlaceComparison(const SmallPicture& picture, const SmallPicture
     }
 }
 
-bool PlaceComparison::isDamaged() const
+bool PlaceComparison::isSameScene() const
 {
     // Measured on 780 pairs of different scenes: 3 places at most are alike; of 27 of the same
     // scene 18 and more are, and all that have a shape.
     constexpr int kFewestAlike = 4;
     constexpr int kFewestRows = 3;
+    return m_alike >= kFewestAlike || m_alikeRows >= kFewestRows;
+}
+
+bool PlaceComparison::isDamaged() const
+{
     // Fewer may be retouched, which takes no place away.
     constexpr int kFewestUnlike = 7;
+    return hasLostPlaces() || (isSameScene() && (m_unlike >= kFewestUnlike || m_hasUnlikeLine));
+}
+
+bool PlaceComparison::hasLostPlaces() const
+{
     constexpr int kFewestLost = 2;
-    const bool isSameScene = m_alike >= kFewestAlike || m_alikeRows >= kFewestRows;
-    return isSameScene && (m_unlike >= kFewestUnlike || m_lost >= kFewestLost || m_hasUnlikeLine);
+    return isSameScene() && m_lost >= kFewestLost;
 }
 
 bool PlaceComparison::isEmptyInPlaces() const

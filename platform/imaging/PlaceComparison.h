@@ -13,12 +13,17 @@ public:
     /// Whether the picture shows the scene in some places that touch, and in others not.
     [[nodiscard]] bool isDamaged() const;
 
+    /// Whether that is so because the picture has nothing at all there.
+    [[nodiscard]] bool hasLostPlaces() const;
+
     /// Whether a quarter of the picture is without any variation where `shown` has some, as data
     /// that were overwritten are; of white, which sensors clip at, three quarters. Such a picture
     /// is damaged even where `shown` shows another scene.
     [[nodiscard]] bool isEmptyInPlaces() const;
 
 private:
+    [[nodiscard]] bool isSameScene() const;
+
     // Places of the largest patches that touch by a side.
     int m_alike{0};
     int m_unlike{0};

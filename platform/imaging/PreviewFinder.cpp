@@ -91,7 +91,7 @@ std::optional<QImage> PreviewFinder::largest(const QByteArray& bytes, const Pred
         if (!SceneComparison::isStructured(shown)) {
             continue;
         }
-        if (isWanted(shown)) {
+        if (isWanted(image, shown)) {
             return image;
         }
         if (!first) {

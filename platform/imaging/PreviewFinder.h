@@ -12,11 +12,11 @@
 namespace PreviewFinder
 {
 
-/// Whether a preview, averaged down, is what is looked for.
-using Predicate = std::function<bool(const SmallPicture&)>;
+/// Whether a preview, whose lightness is `shown`, is what is looked for.
+using Predicate = std::function<bool(const QImage& preview, const SmallPicture& shown)>;
 
 /// The predicate that holds for any preview.
-[[nodiscard]] inline bool isAny(const SmallPicture& /*preview*/)
+[[nodiscard]] inline bool isAny(const QImage& /*preview*/, const SmallPicture& /*shown*/)
 {
     return true;
 }

@@ -111,8 +111,8 @@ std::optional<QString> SourcePicture::judgeRaw(const RawPhoto& photo, const Sour
         return QStringLiteral("it decodes to noise, its picture data is corrupt");
     }
     std::optional<QString> complaint;
-    m_preview = file.preview([&](const SmallPicture& shown) {
-        complaint = PictureDamage::complaint(small, shown);
+    m_preview = file.preview([&](const QImage& preview, const SmallPicture& shown) {
+        complaint = PictureDamage::complaint(small, shown, preview);
         return complaint || SceneComparison::likeness(small, shown) >= SceneComparison::kSameScene;
     });
     return complaint;

@@ -50,6 +50,19 @@ Bitmap landscape(int horizon)
     return picture;
 }
 
+/// Leaves, and from the row `from` on squares that hardly differ.
+Bitmap faintBelow(int from)
+{
+    Bitmap picture = SceneSamples::leaves(kLandscape);
+    for (int y = from; y < kLandscape.height(); ++y) {
+        for (int x = 0; x < kLandscape.width(); ++x) {
+            const int value = (x / 40 + y / 40) % 2 == 0 ? 30000 : 30800;
+            fill(picture, {x, y, 1, 1}, static_cast<quint16>(value));
+        }
+    }
+    return picture;
+}
+
 /// What such parts of the sides leave of a picture, in fractions.
 QImage croppedBy(const Bitmap& picture, const QMarginsF& parts)
 {
@@ -70,7 +83,7 @@ QMarginsF evenly(double part)
 
 std::optional<QString> complaint(const Bitmap& picture, const QImage& preview)
 {
-    return PictureDamage::complaint(SmallPicture::of(picture), SmallPicture::of(preview));
+    return PictureDamage::complaint(SmallPicture::of(picture), SmallPicture::of(preview), preview);
 }
 
 std::optional<QString> thumbnailComplaint(const Bitmap& picture, const QImage& thumbnail)
@@ -248,6 +261,42 @@ TEST(PictureDamageTest, garbageBelowASmoothSkyIsFound)
             EXPECT_TRUE(complaint(damaged, preview).has_value()) << cropped << ' ' << area.height();
         }
     }
+}
+
+TEST(PictureDamageTest, aPreviewThroughAColourFilterTellsOnlyWhatIsLost)
+{
+    Bitmap picture = SceneSamples::leaves(kLandscape);
+    for (int y = 480; y < kLandscape.height(); ++y) {
+        const auto row = picture.row(y);
+        for (std::size_t i = 0; i < row.size(); i += 3) {
+            row[i] = static_cast<quint16>(65535 - row[i + 1]);
+        }
+    }
+    Bitmap red = picture;
+    for (int y = 0; y < kLandscape.height(); ++y) {
+        const auto row = red.row(y);
+        for (std::size_t i = 0; i < row.size(); i += 3) {
+            row[i + 1] = row[i];
+            row[i + 2] = row[i];
+        }
+    }
+    const QImage preview = croppedBy(red, {});
+    EXPECT_FALSE(complaint(picture, preview).has_value());
+    fill(picture, {150, 100, 600, 300}, 20000);
+    EXPECT_TRUE(complaint(picture, preview).has_value());
+}
+
+TEST(PictureDamageTest, detailWhereThePreviewHasHardlyAnyIsDamage)
+{
+    const Bitmap good = faintBelow(500);
+    const QImage preview = croppedBy(good, {});
+    EXPECT_FALSE(complaint(good, preview).has_value());
+    Bitmap damaged = good;
+    const Bitmap other = SceneSamples::leaves(kLandscape, 2);
+    for (int y = 500; y < kLandscape.height(); ++y) {
+        std::ranges::copy(other.row(y), damaged.row(y).begin());
+    }
+    EXPECT_TRUE(complaint(damaged, preview).has_value());
 }
 
 TEST(PictureDamageTest, emptyPlacesAreDamageWhateverThePreviewShows)
