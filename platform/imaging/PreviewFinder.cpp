@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <iterator>
 #include <span>
 #include <vector>
 
@@ -20,13 +19,17 @@ constexpr int kLongestPreviewSide = 1024;
 /// How many are looked at: cameras write three at most.
 constexpr std::size_t kMostTried = 6;
 
+/// Larger ones of a directory are left alone: to decode them takes long, and cameras write smaller
+/// ones beside them.
+constexpr qint64 kMostPixels = 64LL * 1024 * 1024;
+
 struct Candidate {
     qint64 pixels{0};
     QByteArrayView jpeg; ///< a file of its own, to be decoded
     QImage decoded{};    ///< where LibRaw has decoded it
 };
 
-/// JPEG files that the directories point to.
+/// JPEG files that the directories point to, each once.
 std::vector<Candidate> ofDirectories(const QByteArray& bytes)
 {
     std::vector<Candidate> found;
@@ -44,27 +47,31 @@ std::vector<Candidate> ofDirectories(const QByteArray& bytes)
         const auto view =
             QByteArrayView(bytes).sliced(static_cast<qsizetype>(ranges.first().offset),
                                          static_cast<qsizetype>(ranges.first().length));
-        if (!view.startsWith("\xFF\xD8\xFF")) {
+        const bool isKnown = std::ranges::any_of(
+            found, [view](const Candidate& other) { return other.jpeg.data() == view.data(); });
+        if (isKnown || !view.startsWith("\xFF\xD8\xFF")) {
             continue;
         }
-        if (const auto size = JpegDecoder::size(view)) {
-            found.push_back({.pixels = qint64{size->width()} * size->height(), .jpeg = view});
+        const QSize size = JpegDecoder::size(view).value_or(QSize(0, 0));
+        const qint64 pixels = qint64{size.width()} * size.height();
+        if (pixels > 0 && pixels <= kMostPixels) {
+            found.push_back({.pixels = pixels, .jpeg = view});
         }
     }
     return found;
 }
 
-/// The largest first, each size once: what LibRaw finds stands in a directory as well.
+/// The largest first.
 std::vector<Candidate> candidates(const QByteArray& bytes)
 {
-    std::vector<Candidate> found;
+    std::vector<Candidate> found = ofDirectories(bytes);
     if (const auto preview = RawPhoto::preview(bytes, kLongestPreviewSide)) {
+        // What LibRaw finds stands in a directory as well.
+        std::erase_if(found,
+                      [&](const Candidate& other) { return other.pixels == preview->pixels; });
         found.push_back({.pixels = preview->pixels, .jpeg = {}, .decoded = preview->image});
     }
-    std::ranges::move(ofDirectories(bytes), std::back_inserter(found));
     std::ranges::stable_sort(found, std::greater(), &Candidate::pixels);
-    const auto repeated = std::ranges::unique(found, {}, &Candidate::pixels);
-    found.erase(repeated.begin(), repeated.end());
     return found;
 }
 

@@ -131,6 +131,18 @@ TEST_F(SourcePictureTest, theLargestPreviewThatShowsTheSceneIsFollowed)
     }
 }
 
+TEST_F(SourcePictureTest, ofTwoPreviewsOfOneSizeTheOneThatDecodesIsFollowed)
+{
+    const Rendition camera(kIdentityMatrix, 0.7, ToneCurve(kSourceCurve));
+    const Bitmap wanted = RenditionSamples::applied(camera, leaves());
+    const QByteArray good = jpegOf(wanted);
+    const Bitmap picture =
+        renderedOf(ImageBuilder::dng(
+                       leaves(), {.crop = {}, .preview = good.first(1500), .secondPreview = good}),
+                   kSourceSize);
+    EXPECT_LT(ImageBuilder::difference(picture, wanted), 0.03);
+}
+
 TEST_F(SourcePictureTest, thePreviewGivesTonesAndNoDetail)
 {
     const Bitmap alone = rendered({});
