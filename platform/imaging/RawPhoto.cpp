@@ -107,15 +107,16 @@ Bitmap RawPhoto::someRows() const
     constexpr int kBands = 16;
     constexpr int kRows = PictureNoise::kBandRows;
     const int height = size().height();
-    if (!m_renderer || height <= kBands * kRows) {
+    if (height <= kBands * kRows) {
         return linear();
     }
     Bitmap rows(size().width(), kBands * kRows, Transfer::Linear);
     for (int band = 0; band < kBands; ++band) {
         const int from = static_cast<int>(qint64{band} * (height - kRows) / (kBands - 1));
-        const Bitmap part = m_renderer->linearRows(from, from + kRows);
+        const Bitmap part = m_renderer ? m_renderer->linearRows(from, from + kRows) : Bitmap();
         for (int y = 0; y < kRows; ++y) {
-            std::ranges::copy(part.row(y), rows.row(band * kRows + y).begin());
+            const auto row = m_renderer ? part.row(y) : m_linear.row(from + y);
+            std::ranges::copy(row, rows.row(band * kRows + y).begin());
         }
     }
     return rows;

@@ -144,12 +144,15 @@ TEST(RawPhotoTest, everySizeIsMadeFromLightOfTheWholePicture)
 TEST(RawPhotoTest, someRowsAreRowsOfThePicture)
 {
     const Bitmap scene = leaves({64, 700});
-    const auto photo = RawPhoto::open(ImageBuilder::dng(scene));
-    ASSERT_TRUE(photo.ok());
-    const Bitmap rows = photo.value().someRows();
-    const Bitmap whole = photo.value().linear();
-    EXPECT_LT(rows.pixelsHigh(), whole.pixelsHigh());
-    EXPECT_TRUE(std::ranges::equal(rows.row(5), whole.row(5)));
-    EXPECT_TRUE(
-        std::ranges::equal(rows.row(rows.pixelsHigh() - 1), whole.row(whole.pixelsHigh() - 1)));
+    for (const bool demosaiced : {false, true}) {
+        const auto photo = RawPhoto::open(
+            ImageBuilder::dng(scene, {.crop = {}, .preview = {}, .demosaiced = demosaiced}));
+        ASSERT_TRUE(photo.ok());
+        const Bitmap rows = photo.value().someRows();
+        const Bitmap whole = photo.value().linear();
+        EXPECT_LT(rows.pixelsHigh(), whole.pixelsHigh());
+        EXPECT_TRUE(std::ranges::equal(rows.row(5), whole.row(5)));
+        EXPECT_TRUE(
+            std::ranges::equal(rows.row(rows.pixelsHigh() - 1), whole.row(whole.pixelsHigh() - 1)));
+    }
 }
