@@ -25,10 +25,12 @@ constexpr std::array kOfExposure{
     one(0x8824),              // SpectralSensitivity
     one(0x8827),              // ISOSpeedRatings
     one(0x8828),              // OECF
+    TagRange{0x8829, 0x882b}, // Interlace, TimeZoneOffset, SelfTimerMode of TIFF/EP
     TagRange{0x8830, 0x8835}, // SensitivityType to ISOSpeedLatitudezzz
     TagRange{0x9003, 0x9004}, // DateTimeOriginal, DateTimeDigitized
     TagRange{0x9010, 0x9012}, // OffsetTime, OffsetTimeOriginal, OffsetTimeDigitized
     TagRange{0x9201, 0x920a}, // ShutterSpeedValue to FocalLength
+    TagRange{0x9211, 0x9213}, // ImageNumber, SecurityClassification, ImageHistory of TIFF/EP
     one(0x9214),              // SubjectArea
     one(0x9286),              // UserComment
     TagRange{0x9290, 0x9292}, // SubSecTime, SubSecTimeOriginal, SubSecTimeDigitized
@@ -55,6 +57,7 @@ constexpr std::array kOfExifDirectory{
 };
 
 constexpr std::array kOfFirstDirectory{
+    one(0x000b),              // ProcessingSoftware
     TagRange{0x010d, 0x0110}, // DocumentName, ImageDescription, Make, Model
     one(0x0112),              // Orientation
     TagRange{0x011a, 0x011b}, // XResolution, YResolution
@@ -71,7 +74,6 @@ constexpr std::array kOfFirstDirectory{
     one(0x8298),              // Copyright
     one(0x8769),              // ExifTag
     one(0x8825),              // GPSTag
-    TagRange{0x8829, 0x882b}, // Interlace, TimeZoneOffset, SelfTimerMode
     TagRange{0x920b, 0x9215}, // FlashEnergy to ExposureIndex of TIFF/EP
     one(0x9217),              // SensingMethod of TIFF/EP
     TagRange{0x9c9b, 0x9c9f}, // XPTitle, XPComment, XPAuthor, XPKeywords, XPSubject

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <exiv2/exiv2.hpp>
 
 using namespace Qt::StringLiterals;
@@ -75,6 +76,25 @@ TEST(RawMetadata, theOrientationOfACameraBackIsWhatItsOwnDataSay)
         const Result<ImageProperties> read = ImageProperties::read(path);
         ASSERT_TRUE(read.ok());
         EXPECT_EQ(exifText(read.value(), "Exif.Image.Orientation"), orientation) << make;
+    }
+}
+
+TEST(RawMetadata, tagsOfTiffEpAreCarriedFromTheExifDirectoryToo)
+{
+    constexpr std::array kKeys{"Exif.Photo.0x8829",
+                               "Exif.Photo.0x882a",
+                               "Exif.Photo.0x882b",
+                               "Exif.Photo.0x9211",
+                               "Exif.Photo.0x9212",
+                               "Exif.Photo.0x9213",
+                               "Exif.Image.ProcessingSoftware"};
+    Blocks blocks;
+    for (const char* const key : kKeys) {
+        blocks.exif[key] = std::string("7");
+    }
+    const ImageProperties carried = asCarried(holding(blocks), {320, 240});
+    for (const char* const key : kKeys) {
+        EXPECT_EQ(exifText(carried, key), "7") << key;
     }
 }
 
