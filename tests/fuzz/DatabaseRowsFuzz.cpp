@@ -3,6 +3,7 @@
 #include "FuzzTarget.h"
 #include "LibraryReader.h"
 #include "LibraryVerification.h"
+#include "ModelIds.h"
 #include "OpeningChecks.h"
 #include "PackageFiles.h"
 #include "Queries.h"
@@ -87,6 +88,7 @@ void changeAll(Connection& connection)
 {
     Changes changes;
     Writer writer{connection, changes, 800000000.0};
+    attempt([&] { ModelIds::mend(writer); });
     attempt([&] { DerivedRows::mend(writer); });
     const QList<qint64> ids = Sql::integers(connection, "SELECT modelId FROM RKVersion");
     attempt([&] { static_cast<void>(TrashRows::restore(writer, ids)); });

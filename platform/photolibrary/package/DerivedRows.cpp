@@ -88,6 +88,11 @@ void mendVersions(Writer& writer)
                  "UPDATE RKVersion SET masterId = (SELECT m.modelId FROM RKMaster m"
                  " WHERE m.uuid = RKVersion.masterUuid) WHERE EXISTS (SELECT 1 FROM RKMaster m"
                  " WHERE m.uuid = RKVersion.masterUuid AND m.modelId IS NOT RKVersion.masterId)");
+    Sql::execute(writer.connection,
+                 "UPDATE RKImageProxyState SET versionId = (SELECT v.modelId FROM RKVersion v"
+                 " WHERE v.uuid = RKImageProxyState.versionUuid) WHERE EXISTS (SELECT 1"
+                 " FROM RKVersion v WHERE v.uuid = RKImageProxyState.versionUuid"
+                 " AND v.modelId IS NOT RKImageProxyState.versionId)");
 }
 
 void mendStatistics(Writer& writer)
@@ -134,7 +139,6 @@ void DerivedRows::mend(Writer& writer)
 {
     mendVersions(writer);
     mendStatistics(writer);
-    ModelIds::mend(writer);
     if (Schema::mismatches(writer.connection).isEmpty()) {
         RowIdIndexes::mend(writer);
     }

@@ -6,7 +6,7 @@
 #include <QList>
 
 /// What in the databases follows from other rows: statistics of events and albums, what photo
-/// versions repeat of their masters and keywords, indexes, id counters and sets of ids.
+/// versions and records of pictures repeat of others, indexes, id counters and sets of ids.
 /// Errors: SQLite::Exception.
 namespace DerivedRows
 {
@@ -17,6 +17,7 @@ namespace DerivedRows
 [[nodiscard]] QList<Finding> findings(Connection& connection);
 
 /// Mends all that is wrong, as those and IntegrityCheck::ofRows() tell, and changes nothing else.
+/// The counters and sets are left to ModelIds::mend().
 void mend(Writer& writer);
 
 } // namespace DerivedRows

@@ -2,6 +2,7 @@
 
 #include "Catalogues.h"
 #include "LooseRows.h"
+#include "MastersOfPhoto.h"
 #include "ModelIds.h"
 #include "ProxyFiles.h"
 #include "Queries.h"
@@ -56,6 +57,11 @@ constexpr Question kQuestions[] = {
      "%2 photo(s) have no record of their pictures, the first is %1.",
      false,
      kProxies},
+    {"SELECT p.modelId FROM prox.RKImageProxyState p JOIN RKVersion v ON v.uuid = p.versionUuid"
+     " WHERE p.versionId IS NOT v.modelId",
+     "%2 record(s) of pictures name their photos by a wrong id, the first is %1.",
+     true,
+     kProxies},
     // What a row of a photo that is there should tell is lost in these, and perhaps kept in the
     // photo's sidecar, which would follow the databases.
     {"SELECT p.modelId FROM prop.RKIptcProperty p JOIN RKVersion v ON v.modelId = p.versionId"
@@ -75,6 +81,9 @@ constexpr Question kQuestions[] = {
      "%2 camera text(s) of photos name a string that is not there, the first is %1.",
      false,
      kProperties},
+    {"SELECT k.modelId FROM RKKeywordForVersion k JOIN RKVersion v ON v.modelId = k.versionId"
+     " LEFT JOIN RKKeyword w ON w.modelId = k.keywordId WHERE w.modelId IS NULL",
+     "%2 assigned keyword(s) of photos are not there, the first is %1."},
     // Entries whose photo is gone may be counted or not.
     {"SELECT a.name FROM RKAlbum a WHERE a.albumSubclass = 3 AND coalesce(a.versionCount, 0) <>"
      " (SELECT count(*) FROM RKAlbumVersion v WHERE v.albumId = a.modelId)"
@@ -103,6 +112,18 @@ void askQuestions(Connection& connection, QList<Finding>& findings)
                              QString::fromLatin1(question.file),
                              question.isDerived});
         }
+    }
+}
+
+void checkUnshownMasters(Connection& connection, QList<Finding>& findings)
+{
+    const QList<qint64> masters = MastersOfPhoto::shownByNone(connection);
+    if (!masters.isEmpty()) {
+        findings.append(
+            {u"%1 master(s) are shown by no photo, the first is %2."_s.arg(masters.size())
+                 .arg(masters.first()),
+             QString::fromLatin1(kMain),
+             false});
     }
 }
 
@@ -181,6 +202,7 @@ QList<Finding> IntegrityCheck::ofRows(Connection& connection)
 {
     QList<Finding> findings;
     askQuestions(connection, findings);
+    checkUnshownMasters(connection, findings);
     checkCounters(connection, findings);
     if (Schema::mismatches(connection).isEmpty()) { // older schemas lack columns that are indexed
         const QStringList mismatches = RowIdIndexes::mismatches(connection);

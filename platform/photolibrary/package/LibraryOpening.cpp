@@ -81,11 +81,13 @@ Result<void> checkForWriting(Connection& connection,
     }
     const QStringList looseEnds =
         clean ? QStringList() : IntegrityCheck::ofLooseEnds(connection, Recovery::named(turns));
-    return looseEnds.isEmpty() ? Result<void>()
-                               : notSound(package,
-                                          looseEnds,
-                                          u"Open it in iPhoto and quit; move files that belong to "
-                                          "no photo out of it."_s);
+    return looseEnds.isEmpty()
+               ? Result<void>()
+               : notSound(package,
+                          looseEnds,
+                          u"Mend it first: \"corvane-cli verify --repair --after-crash\" does "
+                          "what follows from the databases and names what is left; move files that "
+                          "belong to no photo out of it. Or open it in iPhoto and quit."_s);
 }
 
 /// With the write lock of the databases: what a crash left is cleared away.

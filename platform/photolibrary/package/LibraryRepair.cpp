@@ -5,9 +5,11 @@
 #include "DerivedRows.h"
 #include "LibraryVerification.h"
 #include "LooseRows.h"
+#include "ModelIds.h"
 #include "PackageFiles.h"
 #include "PhotoLibraryPrivate.h"
 #include "ProxyFiles.h"
+#include "Queries.h"
 #include "Sidecars.h"
 
 #include <QFileInfo>
@@ -47,14 +49,35 @@ Error interrupted(const QString& package)
         u"The repair of the library \"%1\" was interrupted; what was mended stays."_s.arg(package)};
 }
 
+/// Masters of photos with a row that names a text or a keyword that is gone.
+constexpr const char* kWithLostWords =
+    "SELECT v.masterUuid FROM RKKeywordForVersion k JOIN RKVersion v ON v.modelId = k.versionId"
+    " LEFT JOIN RKKeyword w ON w.modelId = k.keywordId WHERE w.modelId IS NULL"
+    " UNION SELECT v.masterUuid FROM RKIptcProperty p JOIN RKVersion v ON v.modelId = p.versionId"
+    " LEFT JOIN RKUniqueString s ON s.modelId = p.stringId WHERE s.modelId IS NULL"
+    " UNION SELECT v.masterUuid FROM RKExifStringProperty p"
+    " JOIN RKVersion v ON v.modelId = p.versionId"
+    " LEFT JOIN RKUniqueString s ON s.modelId = p.stringId"
+    " WHERE p.stringId IS NOT NULL AND s.modelId IS NULL";
+
+/// What the databases have lost may still be told by sidecars: these stay.
+void keepLostWords(Writer& writer)
+{
+    const QStringList masters = Sql::texts(writer.connection, kWithLostWords);
+    writer.changes.masters.subtract(QSet<QString>(masters.begin(), masters.end()));
+    writer.changes.keywords = writer.changes.keywords && masters.isEmpty();
+}
+
 /// Rows, and the list of the sidecars and catalogues that are to follow.
 void mendRows(Writer& writer)
 {
+    ModelIds::mend(writer); // before the rows go that tell which ids were given out
     LooseRows::mend(writer);
     DerivedRows::mend(writer);
     writer.changes.unite(
         Sidecars::compare(writer.connection, LibraryVerification::allObjects(writer.connection))
             .lagging);
+    keepLostWords(writer);
     const Findings ofCatalogues = Catalogues::compare(writer.connection);
     writer.changes.catalogues =
         writer.changes.catalogues || std::ranges::any_of(ofCatalogues, isRepairable);

@@ -1,5 +1,6 @@
 #include "LooseRows.h"
 
+#include "MastersOfPhoto.h"
 #include "ModelIds.h"
 #include "Queries.h"
 
@@ -49,13 +50,14 @@ constexpr Loose kKinds[] = {
      kLibrary},
     {"RKKeywordForVersion",
      "SELECT k.modelId FROM RKKeywordForVersion k LEFT JOIN RKVersion v"
-     " ON v.modelId = k.versionId LEFT JOIN RKKeyword w ON w.modelId = k.keywordId"
-     " WHERE v.modelId IS NULL OR w.modelId IS NULL",
-     "%2 assigned keyword(s) name a photo or a keyword that is not there, the first is %1.",
+     " ON v.modelId = k.versionId WHERE v.modelId IS NULL",
+     "%2 assigned keyword(s) name a photo that is not there, the first is %1.",
      kLibrary},
+    // Pictures are found by the uuid of their photo: the number alone may be wrong.
     {"RKImageProxyState",
      "SELECT p.modelId FROM RKImageProxyState p LEFT JOIN RKVersion v"
-     " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
+     " ON v.modelId = p.versionId LEFT JOIN RKVersion u ON u.uuid = p.versionUuid"
+     " WHERE v.modelId IS NULL AND u.modelId IS NULL",
      "%2 record(s) of pictures belong to no photo, the first is %1.",
      kOfPictures},
     {"RKIptcProperty",
@@ -80,10 +82,17 @@ constexpr Loose kKinds[] = {
      kOfProperties},
 };
 
+/// Where the row of a photo is lost, what seems to tie nothing tells of that photo.
+bool mayBeMended(Connection& connection)
+{
+    return MastersOfPhoto::shownByNone(connection).isEmpty();
+}
+
 } // namespace
 
 QList<Finding> LooseRows::findings(Connection& connection)
 {
+    const bool mendable = mayBeMended(connection);
     QList<Finding> findings;
     for (const Loose& kind : kKinds) {
         const QList<qint64> ids = Sql::integers(connection, kind.ids);
@@ -91,7 +100,7 @@ QList<Finding> LooseRows::findings(Connection& connection)
             findings.append({QString::fromLatin1(kind.sentence)
                                  .arg(QString::number(ids.first()), QString::number(ids.size())),
                              QString::fromLatin1(kind.file),
-                             kind.isTie});
+                             kind.isTie && mendable});
         }
     }
     return findings;
@@ -99,6 +108,9 @@ QList<Finding> LooseRows::findings(Connection& connection)
 
 void LooseRows::mend(Writer& writer)
 {
+    if (!mayBeMended(writer.connection)) {
+        return;
+    }
     for (const Loose& kind : kKinds) {
         const QList<qint64> ids =
             kind.isTie ? Sql::integers(writer.connection, kind.ids) : QList<qint64>();

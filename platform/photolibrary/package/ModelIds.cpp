@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <limits>
 
 using namespace Qt::StringLiterals;
@@ -16,31 +17,40 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-/// The highest ids by which other rows name photos, albums and keywords: what is gone may still be
-/// named.
-constexpr const char* kHighestPhotoNamed =
-    "SELECT max((SELECT coalesce(max(versionId), 0) FROM RKAlbumVersion),"
-    " (SELECT coalesce(max(versionId), 0) FROM RKKeywordForVersion),"
-    " (SELECT coalesce(max(versionId), 0) FROM RKImageProxyState),"
-    " (SELECT coalesce(max(versionId), 0) FROM RKIptcProperty),"
-    " (SELECT coalesce(max(versionId), 0) FROM RKOtherProperty),"
-    " (SELECT coalesce(max(versionId), 0) FROM RKExifStringProperty),"
-    " (SELECT coalesce(max(versionId), 0) FROM RKExifNumberProperty))";
-constexpr const char* kHighestAlbumNamed = "SELECT max(albumId) FROM RKAlbumVersion";
-constexpr const char* kHighestKeywordNamed = "SELECT max(keywordId) FROM RKKeywordForVersion";
+/// A column by which rows name others by their ids: what is gone may still be named.
+struct Reference {
+    const char* named;
+    const char* table;
+    const char* column;
+};
+
+constexpr std::array kReferences{Reference{"RKMaster", "RKVersion", "masterId"},
+                                 Reference{"RKVersion", "RKAlbumVersion", "versionId"},
+                                 Reference{"RKVersion", "RKKeywordForVersion", "versionId"},
+                                 Reference{"RKVersion", "RKPlaceForVersion", "versionId"},
+                                 Reference{"RKVersion", "RKVersionFaceContent", "versionId"},
+                                 Reference{"RKVersion", "RKGroupsForVersions", "versionId"},
+                                 Reference{"RKVersion", "RKImageProxyState", "versionId"},
+                                 Reference{"RKVersion", "RKIptcProperty", "versionId"},
+                                 Reference{"RKVersion", "RKOtherProperty", "versionId"},
+                                 Reference{"RKVersion", "RKExifStringProperty", "versionId"},
+                                 Reference{"RKVersion", "RKExifNumberProperty", "versionId"},
+                                 Reference{"RKVersion", "RKStatistic", "versionId"},
+                                 Reference{"RKAlbum", "RKAlbumVersion", "albumId"},
+                                 Reference{"RKKeyword", "RKKeywordForVersion", "keywordId"},
+                                 Reference{"RKKeyword", "RKKeyword", "parentId"}};
 
 /// A table whose ids are counted and kept.
 struct Table {
     const char* name;
     bool isOfObjects;
-    const char* highestNamed{nullptr};
 };
 
 constexpr std::array kTables{Table{"RKMaster", true},
-                             Table{"RKVersion", true, kHighestPhotoNamed},
+                             Table{"RKVersion", true},
                              Table{"RKFolder", true},
-                             Table{"RKAlbum", true, kHighestAlbumNamed},
-                             Table{"RKKeyword", true, kHighestKeywordNamed},
+                             Table{"RKAlbum", true},
+                             Table{"RKKeyword", true},
                              Table{"RKImportGroup", true},
                              Table{"RKImageProxyState", true},
                              Table{"RKAlbumVersion", false},
@@ -60,10 +70,33 @@ RowIdSet idsOfRows(Connection& connection, const char* table)
     return RowIdSet(Sql::integers(connection, sql.c_str()));
 }
 
+qint64 highestIn(Connection& connection, const char* table, const char* column)
+{
+    const std::string sql = std::string("SELECT max(") + column + ") FROM " + table;
+    return Sql::firstInteger(connection, sql.c_str()).value_or(0);
+}
+
 qint64 highestId(Connection& connection, const char* table)
 {
-    const std::string sql = std::string("SELECT max(modelId) FROM ") + table;
-    return Sql::firstInteger(connection, sql.c_str()).value_or(0);
+    return highestIn(connection, table, "modelId");
+}
+
+/// The highest id of the table's that any row names; older schemas lack some of the columns.
+qint64 highestNamed(Connection& connection, const char* table)
+{
+    qint64 highest = 0;
+    for (const Reference& reference : kReferences) {
+        const bool isThere = std::strcmp(reference.named, table) == 0 &&
+                             Sql::firstInteger(connection,
+                                               "SELECT 1 FROM pragma_table_info(?) WHERE name = ?",
+                                               QString::fromLatin1(reference.table),
+                                               QString::fromLatin1(reference.column))
+                                 .has_value();
+        if (isThere) {
+            highest = std::max(highest, highestIn(connection, reference.table, reference.column));
+        }
+    }
+    return highest;
 }
 
 bool setLacksIds(Connection& connection, const char* table)
@@ -96,12 +129,10 @@ std::optional<ModelIds::Lagging> laggingIn(Connection& connection, const Table& 
     ModelIds::Lagging found{
         QString::fromLatin1(table.name), table.isOfObjects, std::nullopt, 0, false};
     const QString counter = AdminData::text(connection, found.table, kNextId);
-    found.highest = highestId(connection, table.name);
-    if (table.highestNamed != nullptr) {
-        found.highest =
-            std::max(found.highest, Sql::firstInteger(connection, table.highestNamed).value_or(0));
-    }
-    if (!counter.isNull() && counter.toLongLong() <= found.highest) {
+    const qint64 ofRows = highestId(connection, table.name);
+    found.highest = std::max(ofRows, highestNamed(connection, table.name));
+    // Without a counter allocate() counts from the rows on.
+    if (counter.isNull() ? ofRows < found.highest : counter.toLongLong() <= found.highest) {
         found.counter = counter.toLongLong();
     }
     found.setLacksIds = setLacksIds(connection, table.name);

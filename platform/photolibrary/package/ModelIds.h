@@ -24,9 +24,10 @@ void release(Writer& writer, const char* table, const QList<qint64>& ids);
 /// What counters and sets of ids get wrong.
 struct Lagging {
     QString table;
-    bool isOfObjects{false};       ///< that other rows and files refer to
-    std::optional<qint64> counter; ///< stands at this, though `highest` is in use, or was: a row
-                                   ///< that still names it would be taken for one of a new object
+    bool isOfObjects{false}; ///< that other rows and files refer to
+    /// Stands at this, 0 where there is none, though `highest` is in use, or was: a row that still
+    /// names it would be taken for one of a new object.
+    std::optional<qint64> counter;
     qint64 highest{0};
     bool setLacksIds{false}; ///< or the set cannot be read
 };

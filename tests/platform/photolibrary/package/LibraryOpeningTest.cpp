@@ -155,7 +155,11 @@ TEST_F(OpenedLibrary, aLibraryThatWasNotClosedIsRefusedWithTheConditionOfAccepti
                {"iPhoto did not close", "--after-crash", "integrity check passes"});
     put(u"Masters/stray.jpg"_s, "somebody's");
     expectSays(refusal(ErrorCode::Damaged, true),
-               {"is 1 problem", "corvane-cli info", "stray.jpg", "move files"});
+               {"is 1 problem",
+                "corvane-cli info",
+                "stray.jpg",
+                "verify --repair --after-crash",
+                "move files"});
     ASSERT_TRUE(QFile::remove(package() + u"/Masters/stray.jpg"_s));
     const auto library = PhotoLibrary::open(package(), {Access::Write, true});
     EXPECT_TRUE(library.ok()) << library.error().message.toStdString();

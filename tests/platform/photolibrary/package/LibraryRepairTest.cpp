@@ -1,9 +1,11 @@
 #include "LibraryRepair.h"
 
 #include "DamagedLibrary.h"
+#include "PropertyList.h"
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -277,4 +279,19 @@ TEST_F(LibraryRepairTest, eachStageOfARepairIsTold)
     const QList<CareProgress::Stage> look{Databases, Sidecars, Catalogues, Files};
     EXPECT_EQ(stages, look + QList<CareProgress::Stage>({Backup, Mending}) + look);
     EXPECT_EQ(sidecars, 4);
+}
+
+TEST_F(LibraryRepairTest, aKeywordThatTheDatabasesHaveLostStaysInTheSidecars)
+{
+    execute(u"DELETE FROM RKKeyword WHERE name='Water'"_s);
+    const auto told = [](const QStringList& files, const QString& package) {
+        return std::ranges::count_if(files, [&package](const QString& file) {
+            const Result<QVariant> read = PropertyList::read(package + u'/' + file);
+            return read.ok() && PropertyList::toXml(read.value()).value().contains("Water");
+        });
+    };
+    const QStringList files = versionSidecars() + QStringList{u"Database/Keywords.plist"_s};
+    ASSERT_EQ(told(files, package()), 2);
+    EXPECT_FALSE(repair().left.isEmpty());
+    EXPECT_EQ(told(files, package()), 2);
 }

@@ -148,18 +148,60 @@ TEST_F(LooseRowsOfALibrary, anAlbumMayCountEntriesOfPhotosThatAreGoneOrNot)
     EXPECT_EQ(open({}).error().code, ErrorCode::Damaged);
 }
 
-TEST_F(LooseRowsOfALibrary, whatNamesAnAlbumOrAKeywordThatIsGoneIsATieToo)
+TEST_F(LooseRowsOfALibrary, whatNamesAnAlbumThatIsGoneIsATieToo)
 {
     execute(u"INSERT INTO RKAlbumVersion(modelId,versionId,albumId) VALUES(900,%1,1);"
-            "INSERT INTO RKKeywordForVersion(modelId,versionId,keywordId) VALUES(900,%1,1);"
-            "UPDATE RKVersion SET hasKeywords=1 WHERE modelId=%1;"
-            "DELETE FROM RKKeyword WHERE modelId=1; DELETE FROM RKAlbum WHERE modelId=1"_s.arg(
-                m_photo));
+            "DELETE FROM RKAlbum WHERE modelId=1"_s.arg(m_photo));
     EXPECT_TRUE(open({}).ok());
     ASSERT_TRUE(repair().ok());
-    EXPECT_EQ(count("SELECT count(*) FROM RKKeywordForVersion"), 0);
     EXPECT_EQ(count("SELECT count(*) FROM RKAlbumVersion WHERE albumId=1"), 0);
-    EXPECT_EQ(count("SELECT sum(hasKeywords) FROM RKVersion"), 0);
+}
+
+TEST_F(LooseRowsOfALibrary, aKeywordThatIsLostWhileItsPhotoIsThereIsNoTie)
+{
+    execute(u"INSERT INTO RKKeywordForVersion(modelId,versionId,keywordId) VALUES(900,%1,1);"
+            "UPDATE RKVersion SET hasKeywords=1 WHERE modelId=%1;"
+            "DELETE FROM RKKeyword WHERE modelId=1"_s.arg(m_photo));
+    EXPECT_EQ(open({}).error().code, ErrorCode::Damaged);
+    ASSERT_TRUE(repair().ok());
+    EXPECT_TRUE(
+        findings().contains(u"1 assigned keyword(s) of photos are not there, the first is 900."_s));
+    EXPECT_EQ(count("SELECT count(*) FROM RKKeywordForVersion WHERE modelId=900"), 1);
+}
+
+TEST_F(LooseRowsOfALibrary, aRecordOfPicturesWithAWrongNumberIsMendedByItsUuid)
+{
+    execute(
+        u"UPDATE RKImageProxyState SET versionId=%1 WHERE versionId=%2"_s.arg(m_gone).arg(m_photo));
+    EXPECT_EQ(open({}).error().code, ErrorCode::Damaged);
+    EXPECT_EQ(findings().filter(u"name their photos by a wrong id"_s).filter(u"*"_s).size(), 1);
+    EXPECT_EQ(findings().filter(u"belong to no photo"_s), QStringList());
+    ASSERT_TRUE(repair().ok());
+    EXPECT_EQ(count("SELECT versionId FROM RKImageProxyState"), m_photo);
+    EXPECT_EQ(findings(), QStringList());
+}
+
+TEST_F(LooseRowsOfALibrary, whereThePhotoOfAMasterIsLostNothingIsATie)
+{
+    const qint64 kept = m_builder.addPhoto(u"C.JPG"_s, u"Trip"_s);
+    execute(u"DELETE FROM RKVersion WHERE modelId=%1"_s.arg(m_photo));
+    ASSERT_TRUE(repair().ok());
+    const QString refusal = open({}).error().message;
+    EXPECT_TRUE(refusal.contains("1 master(s) are shown by no photo"_L1)) << refusal.toStdString();
+    EXPECT_EQ(count("SELECT count(*) FROM RKAlbumVersion v JOIN RKAlbum a ON a.modelId=v.albumId"
+                    " WHERE a.name='Best'"),
+              1);
+    EXPECT_EQ(findings().filter(u"album entry(ies) name"_s).size(), 1);
+    EXPECT_EQ(findings().filter(u"album entry(ies) name"_s).filter(u"*"_s), QStringList());
+    EXPECT_EQ(count("SELECT max(modelId) FROM RKVersion WHERE showInLibrary=1"), kept);
+}
+
+TEST_F(LooseRowsOfALibrary, bothMastersOfAPairAreShownByTheirPhoto)
+{
+    const qint64 pair = m_builder.addPair(u"P"_s, u"Trip"_s, LibraryBuilder::Active::Jpeg);
+    EXPECT_TRUE(open({}).ok());
+    m_builder.set(u"RKVersion"_s, pair, u"rawMasterUuid=NULL, nonRawMasterUuid=NULL"_s);
+    EXPECT_EQ(findings().filter(u"shown by no photo"_s), QStringList());
 }
 
 TEST_F(LooseRowsOfALibrary, aVersionWithoutAMasterOrAnEventIsToldAndStays)
@@ -193,7 +235,33 @@ TEST_F(LooseRowsOfALibrary, whatNamesAnIdThatIsYetToBeGivenOutStopsWritingUntilI
         << refused.error().message.toStdString();
     ASSERT_TRUE(repair().ok());
     EXPECT_EQ(findings(), QStringList());
-    EXPECT_TRUE(open({}).ok());
+    EXPECT_GT(m_builder.addPhoto(u"C.JPG"_s, u"Trip"_s), 700) << "the id was given out once";
+}
+
+TEST_F(LooseRowsOfALibrary, withoutACounterNoIdIsGivenOutThatARowStillNames)
+{
+    execute(u"INSERT INTO RKAlbumVersion(modelId,versionId,albumId) VALUES(1,700,%1);"
+            "UPDATE RKAlbum SET versionCount=2 WHERE modelId=%1;"
+            "DELETE FROM RKAdminData WHERE propertyArea='RKVersion' AND"
+            " propertyName='nextModelId'"_s.arg(m_album));
+    EXPECT_EQ(open({}).error().code, ErrorCode::Damaged);
+    ASSERT_TRUE(repair().ok());
+    EXPECT_GT(m_builder.addPhoto(u"C.JPG"_s, u"Trip"_s), 700);
+}
+
+TEST_F(LooseRowsOfALibrary, rowsOfEveryKindTellWhichIdsWereGivenOut)
+{
+    for (const QString& row :
+         {u"RKPlaceForVersion(modelId,versionId) VALUES(1,700)"_s,
+          u"RKVersionFaceContent(modelId,versionId) VALUES(1,800)"_s,
+          u"RKGroupsForVersions(modelId,versionId) VALUES(1,900)"_s,
+          u"RKStatistic(modelId,versionId) VALUES(1,1000)"_s,
+          u"RKKeyword(modelId,uuid,name,parentId) VALUES(40,'k','k',1100)"_s}) {
+        execute("INSERT INTO "_L1 + row);
+        EXPECT_EQ(findings().filter(u"The id counter of"_s).size(), 1) << row.toStdString();
+        ASSERT_TRUE(repair().ok());
+        EXPECT_EQ(findings().filter(u"The id counter of"_s), QStringList()) << row.toStdString();
+    }
 }
 
 TEST_F(LooseRowsOfALibrary, ofALibraryThatWasNotClosedTheyAreAReasonToRefuse)
@@ -203,6 +271,11 @@ TEST_F(LooseRowsOfALibrary, ofALibraryThatWasNotClosedTheyAreAReasonToRefuse)
     const auto refused = open({.afterCrash = true});
     ASSERT_FALSE(refused.ok());
     EXPECT_EQ(refused.error().code, ErrorCode::Damaged);
+    {
+        const auto library = open({.afterCrash = true, .forRepair = true});
+        ASSERT_TRUE(library.ok() && library.value()->repair().ok()) << "as the refusal advises";
+    }
+    EXPECT_TRUE(open({.afterCrash = true}).ok());
 }
 
 TEST_F(LooseRowsOfALibrary, aTextThatIsLostWhileItsPhotoIsThereIsNoTie)
