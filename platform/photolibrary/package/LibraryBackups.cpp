@@ -218,7 +218,7 @@ replaced(const Places& places, const LibraryBackup& from, bool afterCrash)
     if (!locked.ok()) {
         return locked.error();
     }
-    static_cast<void>(LibraryRestore::finishInterrupted(package, places.state));
+    LibraryRestore::sweep(package, places.state);
     if (const Result<void> staged = LibraryRestore::stage(package, places.state, from.path);
         !staged.ok()) {
         return staged.error();
@@ -227,13 +227,22 @@ replaced(const Places& places, const LibraryBackup& from, bool afterCrash)
     // whose catalogues are still to be put in place.
     const Result<QString> before =
         Backup::make(package, places.backups, Backup::OfDamaged::CopyAsIs, from.name);
+    const QByteArray turns = TurnJournal::content(places.state);
     const Result<void> ready = before.ok() ? forgetTurns(places) : Result<void>(before.error());
     const Result<QStringList> lagging = ready.ok() ? LibraryRestore::putInPlace(package, from.path)
                                                    : Result<QStringList>(ready.error());
+    if (before.ok() && !lagging.ok()) {
+        if (const Result<void> known = TurnJournal::putBack(places.state, turns); !known.ok()) {
+            systemLog(known.error().message);
+        }
+    }
     locked.value().reset();
-    LibraryRestore::sweep(package, places.state, lagging.ok() ? lagging.value() : QStringList());
+    LibraryRestore::sweep(package, places.state);
     if (!lagging.ok()) {
         return lagging.error();
+    }
+    if (lagging.value().isEmpty()) {
+        LibraryRestore::followed(package, places.state);
     }
     ForeignUse::leave(package, places.state); // it is this program's own change
     return LibraryBackups::Restored{from, before.value(), {}, lagging.value()};

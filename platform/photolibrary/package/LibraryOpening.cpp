@@ -132,7 +132,8 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
     if (!outcome.value().notRemoved.isEmpty()) {
         systemLog(notRemoved(places.package, outcome.value().notRemoved));
     }
-    if (LibraryRestore::finishInterrupted(places.package, places.state)) {
+    const bool wasRestored = LibraryRestore::sweep(places.package, places.state);
+    if (wasRestored) {
         outcome.value().changes.catalogues = true;
     }
     connection->database().setBusyTimeout(Connection::kBusyMilliseconds);
@@ -147,9 +148,15 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
         places, version, std::move(connection), write.value());
     library->setWarnings(warnings.lasting);
     library->setPassingWarning(warnings.passing, warnings.milliseconds);
-    if (const Result<void> followed = library->synchronise(); !followed.ok()) {
+    const Result<void> followed = library->synchronise();
+    if (!followed.ok()) {
         // They are tried again at the end; the databases are what counts.
         systemLog(followed.error().message);
+    }
+    const bool canNever = !followed.ok() && (followed.error().code == ErrorCode::LeadsOut ||
+                                             followed.error().code == ErrorCode::Damaged);
+    if (wasRestored && (followed.ok() || canNever)) {
+        LibraryRestore::followed(places.package, places.state);
     }
     return library;
 }

@@ -322,22 +322,27 @@ Result<QStringList> LibraryRestore::putInPlace(const QString& package, const QSt
     return putCatalogues(package, copy);
 }
 
-void LibraryRestore::sweep(const QString& package,
-                           const QString& stateFolder,
-                           const QStringList& lagging)
+bool LibraryRestore::sweep(const QString& package, const QString& stateFolder)
 {
     const bool hasDatabases = QFileInfo::exists(package + u'/' + kDatabases);
     if (!QFileInfo::exists(noteIn(stateFolder)) || !hasDatabases) {
-        return;
+        return false;
     }
+    const bool wasPutInPlace = QFileInfo::exists(markIn(package));
     const QList<PackageFiles::NotRemoved> left = PackageFiles::remove(package, kStaging);
     if (!left.isEmpty()) {
         systemLog(
             u"These files in the library \"%1\" are of no use any more but could not be "
             "removed; the next run tries again:\n%2"_s.arg(package, PackageFiles::listed(left)));
-        return;
+    } else if (!wasPutInPlace) {
+        QFile::remove(noteIn(stateFolder));
     }
-    if (lagging.isEmpty()) {
+    return wasPutInPlace;
+}
+
+void LibraryRestore::followed(const QString& package, const QString& stateFolder)
+{
+    if (!QFileInfo::exists(stagingOf(package))) { // which could not be swept without the note
         QFile::remove(markIn(package));
         QFile::remove(noteIn(stateFolder));
     }
@@ -353,14 +358,4 @@ void LibraryRestore::resume(const QString& package)
             systemLog(done.error().message);
         }
     }
-}
-
-bool LibraryRestore::finishInterrupted(const QString& package, const QString& stateFolder)
-{
-    if (!QFileInfo::exists(noteIn(stateFolder))) {
-        return false;
-    }
-    const bool wasPutInPlace = QFileInfo::exists(markIn(package));
-    sweep(package, stateFolder);
-    return wasPutInPlace;
 }

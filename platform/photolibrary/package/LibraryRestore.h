@@ -23,18 +23,17 @@ stage(const QString& package, const QString& stateFolder, const QString& copy);
 /// that the copy does not hold, is made anew from the databases. Returns a sentence for each that
 /// does not follow them all the same. Errors: NotWritable, and the library is as it was.
 [[nodiscard]] Result<QStringList> putInPlace(const QString& package, const QString& copy);
-/// Removes what stage() made, and after putInPlace() what was there before. `lagging`: what that
-/// returned; where something lags the note stays, by which the next run that writes to the library
-/// makes the catalogues follow.
-void sweep(const QString& package, const QString& stateFolder, const QStringList& lagging = {});
+/// Removes what stage() made, or a restore that was cut off left, and after putInPlace() what was
+/// there before. Returns whether databases were put in place that the catalogues may not have
+/// followed yet: the note stays then, by which each run that writes to the library makes them
+/// follow, until followed().
+bool sweep(const QString& package, const QString& stateFolder);
+/// The catalogues follow what was put in place, or cannot: the note goes.
+void followed(const QString& package, const QString& stateFolder);
 
 /// Where a kill between two renames left a library without its databases, the second is made good.
 /// For every opening, also one that only reads: like SQLite's own undoing of what a crash cut off.
 /// No lock is needed: the folder has its name or it has not.
 void resume(const QString& package);
-
-/// Sweeps what a restore that was cut off left. Returns whether databases were put in place by it,
-/// so that the catalogues may not have followed.
-[[nodiscard]] bool finishInterrupted(const QString& package, const QString& stateFolder);
 
 } // namespace LibraryRestore

@@ -3,6 +3,7 @@
 #include "ChildProcess.h"
 #include "DamagedLibrary.h"
 #include "LibraryBackups.h"
+#include "OrdinaryUser.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -31,6 +32,16 @@ protected:
         const QStringList names = states.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
         ASSERT_EQ(names.size(), 1);
         m_state = states.filePath(names.first());
+    }
+
+    /// The databases of the backup are in place, and nothing has followed them.
+    void cutOffAfterTheExchange() const
+    {
+        ASSERT_TRUE(LibraryRestore::stage(package(), m_state, m_backup.path).ok());
+        const QString staged = package() + u"/.corvane-restore/Database"_s;
+        ASSERT_TRUE(QDir().rename(package() + u"/Database"_s, package() + u"/aside"_s));
+        ASSERT_TRUE(QDir().rename(staged, package() + u"/Database"_s));
+        ASSERT_TRUE(QDir().rename(package() + u"/aside"_s, staged));
     }
 
     /// That the library opens, is of one of the two states and whole, and that the next run that
@@ -85,14 +96,34 @@ TEST_F(LibraryRestoreTest, cutOffWhileStagingTheLibraryIsAsItWas)
 
 TEST_F(LibraryRestoreTest, cutOffAfterTheExchangeTheLibraryIsAsItIsToBe)
 {
-    ASSERT_TRUE(LibraryRestore::stage(package(), m_state, m_backup.path).ok());
-    ASSERT_TRUE(QDir().rename(package() + u"/Database"_s, package() + u"/aside"_s));
-    ASSERT_TRUE(
-        QDir().rename(package() + u"/.corvane-restore/Database"_s, package() + u"/Database"_s));
-    ASSERT_TRUE(
-        QDir().rename(package() + u"/aside"_s, package() + u"/.corvane-restore/Database"_s));
+    cutOffAfterTheExchange();
     expectEitherState();
     EXPECT_EQ(rows(u"RKMaster"_s), 4);
+}
+
+TEST_F(LibraryRestoreTest, thatCataloguesLagIsNotForgottenUntilTheyFollow)
+{
+    cutOffAfterTheExchange();
+    const OrdinaryUser user({folder()});
+    {
+        const WithPermissions closed(QFileInfo(m_backup.path).path(), 0555);
+        const auto library = open(Access::Write);
+        ASSERT_NE(library, nullptr);
+        EXPECT_FALSE(library->close().ok()) << "without a copy nothing follows";
+    }
+    EXPECT_TRUE(QFileInfo::exists(m_state + u"/restore"_s));
+    EXPECT_TRUE(QFileInfo::exists(package() + u"/Database/.corvane-restore"_s));
+    expectEitherState();
+}
+
+TEST_F(LibraryRestoreTest, aStagingThatFailsForgetsNoLagOfAnEarlierRestore)
+{
+    cutOffAfterTheExchange();
+    EXPECT_TRUE(LibraryRestore::sweep(package(), m_state));
+    EXPECT_FALSE(LibraryRestore::stage(package(), m_state, folder() + u"/none"_s).ok());
+    EXPECT_FALSE(QFileInfo::exists(package() + u"/.corvane-restore"_s));
+    EXPECT_TRUE(QFileInfo::exists(m_state + u"/restore"_s));
+    EXPECT_TRUE(QFileInfo::exists(package() + u"/Database/.corvane-restore"_s));
 }
 
 TEST_F(LibraryRestoreTest, cutOffBetweenTwoRenamesTheNextOpeningMakesItGood)
