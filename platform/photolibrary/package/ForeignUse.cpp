@@ -65,10 +65,11 @@ QByteArray numbersOf(dev_t device)
     return QByteArray::number(major(device)) + ':' + QByteArray::number(minor(device));
 }
 
-/// Whether the package lies where other computers may use it as well.
-bool liesOnShare(const QString& package)
+/// Whether a file or folder, or what a link at its path leads to, lies where other computers may
+/// use it as well.
+bool liesOnShare(const QString& file)
 {
-    const QByteArray path = QFile::encodeName(package);
+    const QByteArray path = QFile::encodeName(file);
     struct statfs fileSystem = {};
     if (::statfs(path.constData(), &fileSystem) == 0 &&
         ForeignUse::isShared(static_cast<qint64>(fileSystem.f_type))) {
@@ -137,7 +138,7 @@ ForeignUse::warnings(const QString& package, const QString& stateFolder, const T
             "before anything is "
             "written: it would write over what changes meanwhile."_s.arg(package);
     }
-    if (liesOnShare(package)) {
+    if (liesOnShare(package) || liesOnShare(package + "/Database/apdb"_L1)) {
         warnings.lasting
             << u"The library \"%1\" lies on a network file system, where it cannot be seen "
                "whether iPhoto on another computer has it open. Make sure that it is quit "

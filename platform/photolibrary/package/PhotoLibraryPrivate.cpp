@@ -380,14 +380,26 @@ QString PhotoLibraryPrivate::runEventName()
 
 Result<qint64> PhotoLibraryPrivate::emptyTrash()
 {
+    const Result<std::shared_ptr<Session>> mine = session();
+    if (!mine.ok()) {
+        return mine.error();
+    }
+    if (mine.value()->transaction) {
+        // Files would be gone though the turn may yet be undone.
+        return Error{ErrorCode::Internal,
+                     u"The trash cannot be emptied in the midst of a photo's turn."_s};
+    }
     TrashRows::Leftovers leftovers;
     qsizetype photos = 0;
     qint64 turn = 0;
     const Result<void> deleted = tryWrite([&](WriteTransaction& transaction) -> Result<void> {
         Writer writer = transaction.writer();
+        // What is without a master was not shown to whom was asked.
         const QList<qint64> ids = Sql::integers(writer.connection,
-                                                "SELECT modelId FROM RKVersion WHERE"
-                                                " showInLibrary = 1 AND isInTrash <> 0");
+                                                "SELECT v.modelId FROM RKVersion v WHERE"
+                                                " v.showInLibrary = 1 AND v.isInTrash <> 0"
+                                                " AND EXISTS (SELECT 1 FROM RKMaster m WHERE m.uuid"
+                                                " = coalesce(v.rawMasterUuid, v.masterUuid))");
         photos = ids.size();
         leftovers = TrashRows::deleteForGood(writer, ids);
         turn = transaction.turn();

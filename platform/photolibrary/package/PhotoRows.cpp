@@ -152,8 +152,12 @@ void PhotoRows::setDate(Writer& writer, qint64 versionId, double date, const QSt
 qint64 PhotoRows::defineKeyword(Writer& writer, const QString& name)
 {
     const QString searchName = name.toLower();
-    const std::optional<qint64> known = Sql::firstInteger(
-        writer.connection, "SELECT min(modelId) FROM RKKeyword WHERE searchName=?", searchName);
+    const std::optional<qint64> known =
+        Sql::firstInteger(writer.connection,
+                          "SELECT modelId FROM RKKeyword WHERE searchName=?1 OR name=?2"
+                          " ORDER BY name=?2 DESC, modelId LIMIT 1",
+                          searchName,
+                          name);
     if (known) {
         return *known;
     }

@@ -50,8 +50,13 @@ QString SidecarWriter::folderOfMaster(const QString& uuid)
         " ON g.uuid=m.importGroupUuid WHERE m.uuid=? AND m.fileIsReference<>0",
         uuid);
     if (group.isEmpty()) {
-        const QString path =
-            Sql::firstText(m_connection, "SELECT imagePath FROM RKMaster WHERE uuid=?", uuid);
+        const QString path = Sql::firstText(
+            m_connection,
+            "SELECT imagePath FROM RKMaster WHERE uuid=? AND coalesce(fileIsReference,0)=0",
+            uuid);
+        if (path.isNull()) {
+            return {};
+        }
         group = path.section(u'/', 0, -2);
     }
     return PathMapping::inside(
@@ -68,7 +73,9 @@ Result<void> SidecarWriter::putMaster(const QString& uuid)
         Sql::firstInteger(m_connection, "SELECT modelId FROM RKMaster WHERE uuid=?", uuid)
             .has_value();
     if (!exists || folder.isEmpty()) {
-        return {}; // deleted for good, files and all; or a path that leads out of the package
+        // Deleted for good, files and all; or a path that leads out of the package; or a reference
+        // without an import group, of which nothing tells where its sidecars lie.
+        return {};
     }
     if (Result<void> written = putMasterFile(uuid, folder); !written.ok()) {
         return written;

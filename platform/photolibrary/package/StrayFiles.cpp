@@ -92,7 +92,8 @@ QStringList StrayFiles::inMasters(Connection& connection, const NamedFiles& name
     }
     // An unfinished file has got its name, or was removed, meanwhile.
     strays.removeIf([&](const QString& relative) {
-        return !QFileInfo::exists(connection.packagePath() + u'/' + root + relative);
+        const QFileInfo entry(connection.packagePath() + u'/' + root + relative);
+        return !entry.exists() && !entry.isSymLink();
     });
     strays.sort();
     return strays;

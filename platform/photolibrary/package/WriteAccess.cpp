@@ -14,6 +14,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <cerrno>
 
 using namespace Qt::StringLiterals;
 
@@ -36,6 +37,12 @@ Writer WriteTransaction::writer()
 
 Result<void> WriteTransaction::announceFiles(const QStringList& relativePaths)
 {
+    for (const QString& relative : relativePaths) {
+        const QFileInfo entry(m_access->places().package + u'/' + relative);
+        if (entry.exists() || entry.isSymLink()) {
+            return AtomicFile::errorFromErrno(EEXIST, u"write"_s, entry.filePath());
+        }
+    }
     const Result<void> noted = m_access->m_journal->filesWillBeMade(m_turn, relativePaths);
     if (noted.ok()) {
         m_made << relativePaths;

@@ -31,7 +31,8 @@ public:
     /// What row operations work on; the moment is now.
     [[nodiscard]] Writer writer();
 
-    /// Notes in the journal, before any of them exists, the files that will be made.
+    /// Notes in the journal, before any of them exists, the files that will be made. One that is
+    /// there already is somebody else's, and an error: undoing the turn would remove it.
     [[nodiscard]] Result<void> announceFiles(const QStringList& relativePaths);
     /// Makes an announced file with its folders, flushed. Errors: NotWritable, OutOfSpace, NotFound
     /// where the package was moved.

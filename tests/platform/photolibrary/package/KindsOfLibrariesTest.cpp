@@ -1,5 +1,6 @@
 #include "KindsOfLibraries.h"
 
+#include "ModelIds.h"
 #include "QtPrinters.h"
 #include "Queries.h"
 
@@ -94,6 +95,47 @@ TEST_F(KindsOfLibraries, aReferencedMasterIsNeverDeletedNorCountedAsFreed)
     EXPECT_TRUE(open(Access::Write)->emptyTrash().ok());
     EXPECT_EQ(trashed(id).id, 0);
     EXPECT_TRUE(QFile::exists(disk + u"/A.dng"_s));
+}
+
+TEST_F(KindsOfLibraries, whatIsWithoutAMasterStaysWhenTheTrashIsEmptied)
+{
+    const qint64 without = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    const qint64 whole = m_builder.addPhoto(u"B.JPG"_s, u"Trip"_s);
+    m_builder.moveToTrash(without);
+    m_builder.moveToTrash(whole);
+    m_builder.edit([without](Writer& writer) {
+        Sql::execute(writer.connection,
+                     "DELETE FROM RKMaster WHERE uuid=(SELECT masterUuid FROM RKVersion"
+                     " WHERE modelId=?)",
+                     without);
+    });
+    EXPECT_EQ(trashed(without).id, 0) << "it is not shown";
+    EXPECT_TRUE(open(Access::Write)->emptyTrash().ok());
+    const auto connection = Connection::open(m_builder.package(), Connection::Mode::Read);
+    EXPECT_EQ(
+        Sql::integers(*connection.value(), "SELECT modelId FROM RKVersion WHERE showInLibrary=1"),
+        QList<qint64>{without});
+}
+
+TEST_F(KindsOfLibraries, ofTwoKeywordsOfOneSpellingTheOneOfThatNameIsAssigned)
+{
+    const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    m_builder.edit([](Writer& writer) {
+        for (const QString& name : {u"raw"_s, u"RAW"_s}) {
+            Sql::execute(
+                writer.connection,
+                "INSERT INTO RKKeyword(modelId,uuid,name,searchName) VALUES(?1,?2,?2,'raw')",
+                ModelIds::allocate(writer, "RKKeyword"),
+                name);
+        }
+    });
+    {
+        const auto library = open(Access::Write);
+        library->setSelection({id});
+        application(*library)->assignKeywordString(u"RAW"_s);
+        ASSERT_TRUE(library->close().ok());
+    }
+    EXPECT_EQ(shown(id).keywords, QStringList{u"RAW"_s});
 }
 
 TEST_F(KindsOfLibraries, ofAnEditedPhotoThePreviewIsShownAndTheMasterIsTheOriginal)

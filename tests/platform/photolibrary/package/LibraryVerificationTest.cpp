@@ -62,3 +62,9 @@ TEST_F(LibraryVerificationTest, whatTheFinderLeavesIsNoFinding)
     write(u"Previews/.DS_Store"_s, "a view");
     EXPECT_EQ(findings(), QStringList());
 }
+
+TEST_F(LibraryVerificationTest, aLinkInMastersThatLeadsNowhereIsTold)
+{
+    ASSERT_TRUE(QFile::link(folder() + u"/nowhere.jpg"_s, package() + u"/Masters/link.jpg"_s));
+    EXPECT_EQ(findings().filter(u"link.jpg"_s).size(), 1);
+}

@@ -1,6 +1,8 @@
 #include "WritableLibrary.h"
+#include "WriteAccess.h"
 
 #include <QDate>
+#include <QDir>
 #include <QFile>
 #include <QThread>
 
@@ -180,4 +182,39 @@ TEST_F(PhotoLibraryTurn, catalogueAndSidecarsAreWrittenOnceAfterAllTurns)
     EXPECT_EQ(versionSidecars().size(), sidecars.size() + 3 * 3); // a master and two versions each
     ASSERT_TRUE(library->synchronise().ok());
     EXPECT_EQ(catalogue(), after);
+}
+
+TEST_F(PhotoLibraryTurn, theTrashIsNotEmptiedInTheMidstOfOne)
+{
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    import(*library, makePicture(u"IMG_1.JPG"_s));
+    const QStringList files = pictureFiles();
+    lastImported(*library)->removeFrom(application(*library)->photoLibraryAlbum());
+    {
+        const auto turn = library->beginPhotoTurn();
+        import(*library, makePicture(u"IMG_2.JPG"_s));
+        const Result<qint64> emptied = library->emptyTrash();
+        ASSERT_FALSE(emptied.ok());
+        EXPECT_EQ(emptied.error().code, ErrorCode::Internal);
+    }
+    EXPECT_EQ(pictureFiles(), files);
+    EXPECT_EQ(library->trashedPhotos().value().size(), 1);
+}
+
+TEST_F(PhotoLibraryTurn, aFileThatWasThereBeforeIsNoneOfIts)
+{
+    const QString file = u"Masters/IMG_1.JPG"_s;
+    ASSERT_TRUE(QDir().mkpath(package() + u"/Masters"_s) && QDir(folder()).mkpath(u"turns"_s));
+    ASSERT_TRUE(QFile::copy(makePicture(u"IMG_1.JPG"_s), package() + u'/' + file));
+    const auto connection = Connection::open(package(), Connection::Mode::Write);
+    const auto access =
+        WriteAccess::open({package(), folder() + u"/turns"_s, folder() + u"/copies"_s}, nullptr);
+    ASSERT_TRUE(connection.ok() && access.ok());
+    {
+        const auto transaction = access.value()->begin(*connection.value());
+        ASSERT_TRUE(transaction.ok());
+        EXPECT_FALSE(transaction.value()->announceFiles({u"Masters/new.JPG"_s, file}).ok());
+    }
+    EXPECT_TRUE(QFile::exists(package() + u'/' + file));
 }

@@ -242,6 +242,17 @@ TEST_F(SidecarsTest, aMasterThatIsGoneOrLeadsOutOfThePackageIsPassedOver)
     EXPECT_FALSE(QFileInfo::exists(package() + u"/outside"_s));
 }
 
+TEST_F(SidecarsTest, ofAReferenceWithoutAnImportGroupNothingIsWritten)
+{
+    changes().masters.insert(m_photo.master);
+    Sql::execute(connection(),
+                 "UPDATE RKMaster SET fileIsReference=1, importGroupUuid=NULL,"
+                 " imagePath='Pictures/x.jpg' WHERE uuid=?",
+                 m_photo.master);
+    follow(kLater);
+    EXPECT_FALSE(QFileInfo::exists(package() + u"/Database/Versions/Pictures"_s));
+}
+
 TEST_F(SidecarsTest, anAlbumTellsItsPhotosAndGoesWithItsRow)
 {
     Writer to = writer();
