@@ -54,16 +54,19 @@ std::vector<float> detailOf(const SmallPicture& lightness)
 constexpr int kSearched = 4;
 
 /// The ways to go there, the shortest first.
-std::vector<QPoint> stepsAround()
+const std::vector<QPoint>& stepsAround()
 {
-    std::vector<QPoint> steps;
-    for (int down = -kSearched; down <= kSearched; ++down) {
-        for (int right = -kSearched; right <= kSearched; ++right) {
-            steps.emplace_back(right, down);
+    static const std::vector<QPoint> kSteps = [] {
+        std::vector<QPoint> steps;
+        for (int down = -kSearched; down <= kSearched; ++down) {
+            for (int right = -kSearched; right <= kSearched; ++right) {
+                steps.emplace_back(right, down);
+            }
         }
-    }
-    std::ranges::stable_sort(steps, std::less(), &QPoint::manhattanLength);
-    return steps;
+        std::ranges::stable_sort(steps, std::less(), &QPoint::manhattanLength);
+        return steps;
+    }();
+    return kSteps;
 }
 
 std::size_t valueAt(int x, int y)
@@ -82,6 +85,12 @@ float strengthOf(const std::vector<float>& detail, const QRect& area)
         }
     }
     return std::sqrt(squares / static_cast<float>(area.width() * area.height()));
+}
+
+QRect areaOf(QPoint place)
+{
+    constexpr int kSide = ComparedPlaces::kPlaceSide;
+    return {place * kSide, QSize(kSide, kSide)};
 }
 
 constexpr QRect kAllValues(0, 0, kValuesASide, kValuesASide);
@@ -105,6 +114,14 @@ std::vector<ComparedPlace> ComparedPlaces::places() const
         all.push_back(at(index % kPlaces, index / kPlaces));
     }
     return all;
+}
+
+QPoint ComparedPlaces::bestStep(QPoint place) const
+{
+    const QRect area = areaOf(place);
+    return *std::ranges::max_element(stepsAround(), std::less(), [&](QPoint step) {
+        return likeness(area & kAllValues.translated(-step), step);
+    });
 }
 
 int ComparedPlaces::alikeRows() const
@@ -133,7 +150,7 @@ bool ComparedPlaces::isAlikeRow(int row) const
 
 ComparedPlace ComparedPlaces::at(int column, int row) const
 {
-    const QRect area(column * kPlaceSide, row * kPlaceSide, kPlaceSide, kPlaceSide);
+    const QRect area = areaOf({column, row});
     ComparedPlace place;
     for (int y = area.top(); y <= area.bottom(); ++y) {
         for (int x = area.left(); x <= area.right(); ++x) {
@@ -168,9 +185,8 @@ float ComparedPlaces::sureDetail(const QRect& area) const
 /// The best, or one that is enough.
 float ComparedPlaces::likeness(const QRect& area) const
 {
-    static const std::vector<QPoint> kSteps = stepsAround();
     float best = -1.0F;
-    for (const QPoint& step : kSteps) {
+    for (const QPoint& step : stepsAround()) {
         best = std::max(best, likeness(area & kAllValues.translated(-step), step));
         if (best >= kAlike) {
             break;

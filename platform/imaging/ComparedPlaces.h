@@ -16,6 +16,7 @@ struct ComparedPlace {
     float darkest{1.0F};    ///< of the picture's lightness
     float lightest{0.0F};
     float likeness{-1.0F}; ///< correlation of the details, near the place
+    bool isFar{false};     ///< lies farther away than it was looked for
 };
 
 /// Measures pictures that were laid over each other, place by place. The pictures must outlive it.
@@ -39,6 +40,9 @@ public:
 
     /// Row by row.
     [[nodiscard]] std::vector<ComparedPlace> places() const;
+
+    /// The way to where a place is most alike.
+    [[nodiscard]] QPoint bestStep(QPoint place) const;
 
     /// How many rows that follow each other are alike at the picture's upper or lower edge: what is
     /// left where all but the begin or the end of a file is destroyed.

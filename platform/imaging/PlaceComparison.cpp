@@ -1,6 +1,7 @@
 #include "PlaceComparison.h"
 
 #include "ComparedPlaces.h"
+#include "EvenSteps.h"
 #include "MarkedCells.h"
 #include "SceneComparison.h"
 
@@ -50,7 +51,7 @@ bool isUnlike(const Place& place)
                         place.pictureDetail > std::max(kBusy, kTimes * place.shownDetail) &&
                         !isClipped;
     const bool isOther = place.sureDetail >= kDetail && place.likeness < kUnlike;
-    return isBusy || isOther || isLost(place);
+    return (!place.isFar && (isBusy || isOther)) || isLost(place);
 }
 
 /// Whether a row or a column of places, `step` apart, has none that is alike nearly.
@@ -65,7 +66,7 @@ bool isUnlikeLine(const std::vector<Place>& places, int first, int step)
             place.pictureDetail >= kNothing) {
             return false;
         }
-        shaped += place.sureDetail >= kDetail ? 1 : 0;
+        shaped += place.sureDetail >= kDetail && !place.isFar ? 1 : 0;
     }
     return shaped >= kFewestShaped;
 }
@@ -112,6 +113,23 @@ int largestPatch(const std::vector<Place>& places, bool (*isMarked)(const Place&
     return MarkedCells(kPlaces, std::move(marks)).largestPatch();
 }
 
+/// Marks the places that lie too far away to be found there, by the steps of those that are alike.
+void markFarPlaces(std::vector<Place>& places, const ComparedPlaces& compared)
+{
+    constexpr double kFar = 3.0;
+    const auto placeAt = [](int index) { return QPoint(index % kPlaces, index / kPlaces); };
+    std::vector<EvenSteps::Sample> samples;
+    for (int index = 0; index < kPlaces * kPlaces; ++index) {
+        if (isAlike(places[static_cast<std::size_t>(index)])) {
+            samples.push_back({placeAt(index), compared.bestStep(placeAt(index))});
+        }
+    }
+    const EvenSteps steps(samples);
+    for (int index = 0; index < kPlaces * kPlaces; ++index) {
+        places[static_cast<std::size_t>(index)].isFar = steps.lengthAt(placeAt(index)) > kFar;
+    }
+}
+
 } // namespace
 
 PlaceComparison::PlaceComparison(const SmallPicture& picture, const SmallPicture& shown)
@@ -123,20 +141,29 @@ PlaceComparison::PlaceComparison(const SmallPicture& picture, const SmallPicture
         const auto [one, other] = SceneComparison::laidOver(
             picture, shown, overlay, {ComparedPlaces::kSide, ComparedPlaces::kSide});
         const ComparedPlaces compared(one, other);
-        const std::vector<Place> places = compared.places();
+        std::vector<Place> places = compared.places();
         const int alike = largestPatch(places, isAlike);
         const int rows = compared.alikeRows();
         if (alike + rows > m_alike + m_alikeRows) {
             m_alike = alike;
             m_alikeRows = rows;
-            m_unlike = largestPatch(places, isUnlike);
             m_lost = largestPatch(places, isLost);
-            m_hasUnlikeLine = hasUnlikeLine(places);
+            judge(places);
+            if (isDamaged()) {
+                markFarPlaces(places, compared);
+                judge(places);
+            }
         }
         m_constant = std::max(m_constant, largestPatch(places, isConstant));
         m_constantBelowWhite =
             std::max(m_constantBelowWhite, largestPatch(places, isConstantBelowWhite));
     }
+}
+
+void PlaceComparison::judge(const std::vector<ComparedPlace>& places)
+{
+    m_unlike = largestPatch(places, isUnlike);
+    m_hasUnlikeLine = hasUnlikeLine(places);
 }
 
 bool PlaceComparison::isSameScene() const

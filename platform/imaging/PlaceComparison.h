@@ -1,6 +1,9 @@
 #pragma once
 
+#include "ComparedPlaces.h"
 #include "SmallPicture.h"
+
+#include <vector>
 
 /// Tells place by place, 64 of them, whether two pictures show the same. Another scene is alike
 /// nowhere; damage leaves places that are alike beside places that are not. Any thread.
@@ -22,6 +25,7 @@ public:
     [[nodiscard]] bool isEmptyInPlaces() const;
 
 private:
+    void judge(const std::vector<ComparedPlace>& places);
     [[nodiscard]] bool isSameScene() const;
 
     // Places of the largest patches that touch by a side.

@@ -299,6 +299,25 @@ TEST(PictureDamageTest, detailWhereThePreviewHasHardlyAnyIsDamage)
     EXPECT_TRUE(complaint(damaged, preview).has_value());
 }
 
+TEST(PictureDamageTest, aPreviewCroppedOffItsMiddleIsNoDamage)
+{
+    const Bitmap picture = SceneSamples::leaves(kLandscape);
+    for (const QMarginsF& parts : {QMarginsF(0.1, 0.0, 0.0, 0.0), QMarginsF(0.0, 0.1, 0.1, 0.0)}) {
+        const QImage preview = croppedBy(picture, parts);
+        EXPECT_FALSE(complaint(picture, preview).has_value()) << parts.left() << ' ' << parts.top();
+    }
+}
+
+TEST(PictureDamageTest, garbageBelowIsNotTakenForACrop)
+{
+    Bitmap picture = SceneSamples::leaves(kLandscape);
+    const QImage preview = croppedBy(picture, {});
+    const QImage cropped = croppedBy(picture, evenly(0.02));
+    fillWithNoise(picture, {0, 480, 1200, 320});
+    EXPECT_TRUE(complaint(picture, preview).has_value());
+    EXPECT_TRUE(complaint(picture, cropped).has_value());
+}
+
 TEST(PictureDamageTest, emptyPlacesAreDamageWhateverThePreviewShows)
 {
     const QSize size(600, 400);
