@@ -43,7 +43,7 @@ constexpr auto kMeanRows = []<std::size_t... kIndexes>(std::index_sequence<kInde
 {
     return std::array{&meanRow<static_cast<int>(kIndexes) + 1>...};
 }
-(std::make_index_sequence<16>());
+(std::make_index_sequence<ByteAverages::kMostSide>());
 
 } // namespace
 

@@ -44,21 +44,27 @@ Cell cellOf(const SmallPicture& picture, int column, int row)
     return {double{*std::ranges::max_element(part.values())}, part.mean(), part.deviation()};
 }
 
-/// Whether whole parts are black that the preview shows light and varied: data lost inside a file
-/// that keeps its length. Only for previews of the picture's own shape, which lie as it does.
 double sidesOf(const SmallPicture& picture)
 {
     return static_cast<double>(picture.original().width()) / picture.original().height();
 }
 
+/// Pictures of one shape lie one as the other.
+bool haveSameShape(const SmallPicture& decoded, const SmallPicture& shown)
+{
+    constexpr double kSameShape = 0.02;
+    return std::abs(sidesOf(decoded) / sidesOf(shown) - 1.0) <= kSameShape;
+}
+
+/// Whether whole parts are black that the preview shows light and varied: data lost inside a file
+/// that keeps its length. Only for previews of the picture's own shape.
 bool lacksParts(const SmallPicture& decoded, const SmallPicture& shown)
 {
     constexpr double kBlack = 0.01;
     constexpr double kLight = 0.2;
     constexpr double kPatterned = 0.03;
-    constexpr double kSameShape = 0.02;
     constexpr int kEnough = 2;
-    if (std::abs(sidesOf(decoded) / sidesOf(shown) - 1.0) > kSameShape) {
+    if (!haveSameShape(decoded, shown)) {
         return false;
     }
     int missing = 0;
@@ -113,13 +119,12 @@ marksOf(const std::vector<float>& values, const std::vector<float>& expected, fl
 /// of 2 cells at most.
 bool differsInPlaces(const SmallPicture& decoded, const SmallPicture& shown)
 {
-    constexpr double kSameShape = 0.02;
     constexpr float kOther = 0.15F;
     constexpr int kSmallestThumbnail = 64;
     constexpr int kEnough = 3;
     const QSize thumbnail = shown.original();
     if (std::max(thumbnail.width(), thumbnail.height()) < kSmallestThumbnail ||
-        std::abs(sidesOf(decoded) / sidesOf(shown) - 1.0) > kSameShape) {
+        !haveSameShape(decoded, shown)) {
         return false;
     }
     const QSize grid = cellsOf(thumbnail)

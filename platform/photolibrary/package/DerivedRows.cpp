@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-const QString kDatabase = u"Database/apdb/Library.apdb"_s;
+const QString kDatabase = Schema::filePath(Schema::Database::Library);
 
 /// Events whose first or last date is neither that of the photos that are shown nor that of all
 /// that are not in the trash; to the second. The signs keep SQLite to the index of the event.

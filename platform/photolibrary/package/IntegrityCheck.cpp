@@ -20,16 +20,12 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr const char* kMain = "Database/apdb/Library.apdb";
-constexpr const char* kProperties = "Database/apdb/Properties.apdb";
-constexpr const char* kProxies = "Database/apdb/ImageProxies.apdb";
-
 /// A question whose first column names what is wrong, and the sentence that it goes into.
 struct Question {
     const char* sql;
-    const char* sentence;    ///< %1 is the first finding, %2 how many there are
-    bool isDerived{false};   ///< it follows from other rows
-    const char* file{kMain}; ///< of the database
+    const char* sentence;  ///< %1 is the first finding, %2 how many there are
+    bool isDerived{false}; ///< it follows from other rows
+    Schema::Database database{Schema::Database::Library};
 };
 
 constexpr Question kQuestions[] = {
@@ -56,31 +52,31 @@ constexpr Question kQuestions[] = {
      " WHERE v.versionNumber = 1 AND p.modelId IS NULL",
      "%2 photo(s) have no record of their pictures, the first is %1.",
      false,
-     kProxies},
+     Schema::Database::ImageProxies},
     {"SELECT p.modelId FROM prox.RKImageProxyState p JOIN RKVersion v ON v.uuid = p.versionUuid"
      " WHERE p.versionId IS NOT v.modelId",
      "%2 record(s) of pictures name their photos by a wrong id, the first is %1.",
      true,
-     kProxies},
+     Schema::Database::ImageProxies},
     // What a row of a photo that is there should tell is lost in these, and perhaps kept in the
     // photo's sidecar, which would follow the databases.
     {"SELECT p.modelId FROM prop.RKIptcProperty p JOIN RKVersion v ON v.modelId = p.versionId"
      " LEFT JOIN prop.RKUniqueString s ON s.modelId = p.stringId WHERE s.modelId IS NULL",
      "%2 text(s) of photos name a string that is not there, the first is %1.",
      false,
-     kProperties},
+     Schema::Database::Properties},
     {"SELECT p.modelId FROM prop.RKOtherProperty p JOIN RKVersion v ON v.modelId = p.versionId"
      " LEFT JOIN prop.RKUniqueString s ON s.modelId = p.stringId"
      " WHERE p.stringId IS NOT NULL AND s.modelId IS NULL",
      "%2 other text(s) of photos name a string that is not there, the first is %1.",
      false,
-     kProperties},
+     Schema::Database::Properties},
     {"SELECT p.modelId FROM prop.RKExifStringProperty p JOIN RKVersion v"
      " ON v.modelId = p.versionId LEFT JOIN prop.RKUniqueString s ON s.modelId = p.stringId"
      " WHERE p.stringId IS NOT NULL AND s.modelId IS NULL",
      "%2 camera text(s) of photos name a string that is not there, the first is %1.",
      false,
-     kProperties},
+     Schema::Database::Properties},
     {"SELECT k.modelId FROM RKKeywordForVersion k JOIN RKVersion v ON v.modelId = k.versionId"
      " LEFT JOIN RKKeyword w ON w.modelId = k.keywordId WHERE w.modelId IS NULL",
      "%2 assigned keyword(s) of photos are not there, the first is %1."},
@@ -109,7 +105,7 @@ void askQuestions(Connection& connection, QList<Finding>& findings)
         if (!found.isEmpty()) {
             findings.append({QString::fromLatin1(question.sentence)
                                  .arg(found.first(), QString::number(found.size())),
-                             QString::fromLatin1(question.file),
+                             Schema::filePath(question.database),
                              question.isDerived});
         }
     }
@@ -122,7 +118,7 @@ void checkUnshownMasters(Connection& connection, QList<Finding>& findings)
         findings.append(
             {u"%1 master(s) are shown by no photo, the first is %2."_s.arg(masters.size())
                  .arg(masters.first()),
-             QString::fromLatin1(kMain),
+             Schema::filePath(Schema::Database::Library),
              false});
     }
 }
@@ -131,11 +127,12 @@ void checkUnshownMasters(Connection& connection, QList<Finding>& findings)
 QString databaseOf(const QString& table)
 {
     if (table.contains("RKImageProxyState"_L1)) {
-        return QString::fromLatin1(kProxies);
+        return Schema::filePath(Schema::Database::ImageProxies);
     }
     const bool ofProperties = table.contains("RKIptc"_L1) || table.contains("RKOther"_L1) ||
                               table.contains("RKExif"_L1) || table.contains("RKUnique"_L1);
-    return QString::fromLatin1(ofProperties ? kProperties : kMain);
+    return Schema::filePath(ofProperties ? Schema::Database::Properties
+                                         : Schema::Database::Library);
 }
 
 void checkCounters(Connection& connection, QList<Finding>& findings)
@@ -144,7 +141,9 @@ void checkCounters(Connection& connection, QList<Finding>& findings)
     const QList<ModelIds::Lagging> tables = ModelIds::lagging(connection);
     for (const ModelIds::Lagging& table : tables) {
         if (table.counter && table.isOfObjects) {
-            findings.append({ModelIds::describeCounter(table), QString::fromLatin1(kMain), true});
+            findings.append({ModelIds::describeCounter(table),
+                             Schema::filePath(Schema::Database::Library),
+                             true});
         }
     }
 }
@@ -183,7 +182,8 @@ QStringList sentencesOf(const QList<Finding>& findings)
 
 QList<Finding> IntegrityCheck::ofForm(Connection& connection)
 {
-    constexpr std::array kFiles{kMain, kProperties, kProxies};
+    constexpr std::array kDatabases{
+        Schema::Database::Library, Schema::Database::Properties, Schema::Database::ImageProxies};
     QList<Finding> findings;
     for (std::size_t i = 0; i < Connection::kSchemas.size(); ++i) {
         const std::string sql =
@@ -191,7 +191,7 @@ QList<Finding> IntegrityCheck::ofForm(Connection& connection)
         const QString found = Sql::firstText(connection, sql.c_str());
         if (found != "ok"_L1) {
             findings.append({u"A database is damaged: %1."_s.arg(found),
-                             QString::fromLatin1(kFiles[i]),
+                             Schema::filePath(kDatabases[i]),
                              false});
         }
     }

@@ -79,6 +79,12 @@ Error LibraryErrors::withRemedy(const Error& error)
     return {error.code, asSentence(error.message) + u' ' + remedy};
 }
 
+bool LibraryErrors::isLeftAlone(const Result<void>& followed)
+{
+    return !followed.ok() && (followed.error().code == ErrorCode::LeadsOut ||
+                              followed.error().code == ErrorCode::Damaged);
+}
+
 void LibraryErrors::raise(const Error& error)
 {
     throw ScriptingException(

@@ -25,6 +25,10 @@ namespace LibraryErrors
 /// The error of a file that could not be written, with what to do about it.
 [[nodiscard]] Error withRemedy(const Error& error);
 
+/// Whether sidecars or catalogues did not follow the databases because something was left alone for
+/// good, a damaged catalogue or what a link leads out of the package: no later run can do more.
+[[nodiscard]] bool isLeftAlone(const Result<void>& followed);
+
 /// Raises ScriptingException with the error's message.
 [[noreturn]] void raise(const Error& error);
 

@@ -153,9 +153,7 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
         // They are tried again at the end; the databases are what counts.
         systemLog(followed.error().message);
     }
-    const bool canNever = !followed.ok() && (followed.error().code == ErrorCode::LeadsOut ||
-                                             followed.error().code == ErrorCode::Damaged);
-    if (wasRestored && (followed.ok() || canNever)) {
+    if (wasRestored && (followed.ok() || LibraryErrors::isLeftAlone(followed))) {
         LibraryRestore::followed(places.package, places.state);
     }
     return library;

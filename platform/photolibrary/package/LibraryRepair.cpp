@@ -3,6 +3,7 @@
 #include "AtomicFile.h"
 #include "Catalogues.h"
 #include "DerivedRows.h"
+#include "LibraryErrors.h"
 #include "LibraryVerification.h"
 #include "LooseRows.h"
 #include "ModelIds.h"
@@ -154,9 +155,8 @@ Result<QStringList> mend(PhotoLibraryPrivate& library, const Watch& watch)
     if (!pictures.ok()) {
         return pictures.error();
     }
-    // A damaged catalogue stays as it is, and a finding, as does what a link leads out.
-    if (!followed.ok() && followed.error().code != ErrorCode::Damaged &&
-        followed.error().code != ErrorCode::LeadsOut) {
+    // What is left alone stays a finding.
+    if (!followed.ok() && !LibraryErrors::isLeftAlone(followed)) {
         return followed.error();
     }
     return pictures.value();

@@ -3,6 +3,7 @@
 #include "MastersOfPhoto.h"
 #include "ModelIds.h"
 #include "Queries.h"
+#include "Schema.h"
 
 #include <string>
 
@@ -11,17 +12,13 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr const char* kLibrary = "Database/apdb/Library.apdb";
-constexpr const char* kOfProperties = "Database/apdb/Properties.apdb";
-constexpr const char* kOfPictures = "Database/apdb/ImageProxies.apdb";
-
 /// Rows of one kind.
 struct Loose {
     const char* table;
     const char* ids;      ///< asks for them
     const char* sentence; ///< %1 is the first id, %2 how many there are
-    const char* file;     ///< of the database
-    bool isTie{true};     ///< tells of nothing but what is gone
+    Schema::Database database;
+    bool isTie{true}; ///< tells of nothing but what is gone
 };
 
 constexpr Loose kKinds[] = {
@@ -29,57 +26,57 @@ constexpr Loose kKinds[] = {
      "SELECT v.modelId FROM RKVersion v LEFT JOIN RKMaster m ON m.uuid = v.masterUuid"
      " WHERE m.modelId IS NULL",
      "%2 photo version(s) have no master, the first is %1.",
-     kLibrary,
+     Schema::Database::Library,
      false},
     {"RKVersion",
      "SELECT v.modelId FROM RKVersion v LEFT JOIN RKFolder f ON f.uuid = v.projectUuid"
      " WHERE f.modelId IS NULL",
      "%2 photo version(s) belong to no event, the first is %1.",
-     kLibrary,
+     Schema::Database::Library,
      false},
     {"RKMaster",
      "SELECT m.modelId FROM RKMaster m LEFT JOIN RKImportGroup g ON g.uuid = m.importGroupUuid"
      " WHERE g.modelId IS NULL",
      "%2 master(s) have no import group, the first is %1.",
-     kLibrary,
+     Schema::Database::Library,
      false},
     {"RKAlbumVersion",
      "SELECT a.modelId FROM RKAlbumVersion a LEFT JOIN RKVersion v ON v.modelId = a.versionId"
      " LEFT JOIN RKAlbum b ON b.modelId = a.albumId WHERE v.modelId IS NULL OR b.modelId IS NULL",
      "%2 album entry(ies) name a photo or an album that is not there, the first is %1.",
-     kLibrary},
+     Schema::Database::Library},
     {"RKKeywordForVersion",
      "SELECT k.modelId FROM RKKeywordForVersion k LEFT JOIN RKVersion v"
      " ON v.modelId = k.versionId WHERE v.modelId IS NULL",
      "%2 assigned keyword(s) name a photo that is not there, the first is %1.",
-     kLibrary},
+     Schema::Database::Library},
     // Pictures are found by the uuid of their photo: the number alone may be wrong.
     {"RKImageProxyState",
      "SELECT p.modelId FROM RKImageProxyState p LEFT JOIN RKVersion v"
      " ON v.modelId = p.versionId LEFT JOIN RKVersion u ON u.uuid = p.versionUuid"
      " WHERE v.modelId IS NULL AND u.modelId IS NULL",
      "%2 record(s) of pictures belong to no photo, the first is %1.",
-     kOfPictures},
+     Schema::Database::ImageProxies},
     {"RKIptcProperty",
      "SELECT p.modelId FROM RKIptcProperty p LEFT JOIN RKVersion v"
      " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
      "%2 text(s) belong to no photo, the first is %1.",
-     kOfProperties},
+     Schema::Database::Properties},
     {"RKOtherProperty",
      "SELECT p.modelId FROM RKOtherProperty p LEFT JOIN RKVersion v"
      " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
      "%2 other text(s) belong to no photo, the first is %1.",
-     kOfProperties},
+     Schema::Database::Properties},
     {"RKExifStringProperty",
      "SELECT p.modelId FROM RKExifStringProperty p LEFT JOIN RKVersion v"
      " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
      "%2 camera text(s) belong to no photo, the first is %1.",
-     kOfProperties},
+     Schema::Database::Properties},
     {"RKExifNumberProperty",
      "SELECT p.modelId FROM RKExifNumberProperty p LEFT JOIN RKVersion v"
      " ON v.modelId = p.versionId WHERE v.modelId IS NULL",
      "%2 number(s) belong to no photo, the first is %1.",
-     kOfProperties},
+     Schema::Database::Properties},
 };
 
 /// Where the row of a photo is lost, what seems to tie nothing tells of that photo.
@@ -99,7 +96,7 @@ QList<Finding> LooseRows::findings(Connection& connection)
         if (!ids.isEmpty()) {
             findings.append({QString::fromLatin1(kind.sentence)
                                  .arg(QString::number(ids.first()), QString::number(ids.size())),
-                             QString::fromLatin1(kind.file),
+                             Schema::filePath(kind.database),
                              kind.isTie && mendable});
         }
     }

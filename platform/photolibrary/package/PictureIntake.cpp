@@ -25,8 +25,6 @@ namespace
 constexpr double kPictureQuality = 5.0 / 6.0;
 constexpr int kThumbnailSide = 1024;
 constexpr int kMiniatureSide = 360;
-/// Pixels a side that ByteAverages takes at most.
-constexpr int kMostAveraged = 16;
 /// Longest name in bytes on the file systems of Linux and the Mac, and room for "_1024.jpg".
 constexpr qsizetype kLongestName = 255;
 constexpr qsizetype kLongestBase = 240;
@@ -80,7 +78,7 @@ Result<QImage> reduced(const QImage& picture, int side)
     }
     // First by whole pixels as their values are, which is much faster.
     const int whole =
-        std::clamp(std::max(picture.width(), picture.height()) / side, 1, kMostAveraged);
+        std::clamp(std::max(picture.width(), picture.height()) / side, 1, ByteAverages::kMostSide);
     const QImage averaged = whole == 1 ? picture : ByteAverages::of(picture, whole);
     if (averaged.isNull()) {
         return noMemory();
