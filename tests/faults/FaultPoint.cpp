@@ -1,5 +1,7 @@
 #include "FaultPoint.h"
 
+#include "ClockAndIds.h"
+
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -231,6 +233,13 @@ void FaultPoint::written() const
 {
     if (m_hit && plan().kind == Kind::Torn) {
         end();
+    }
+}
+
+void FaultPoint::changed(int file) const
+{
+    if (m_lock.owns_lock()) {
+        keepMoment(file);
     }
 }
 

@@ -73,6 +73,8 @@ public:
     /// After a write: where the plan says so, the process ends here.
     void written() const;
 
+    /// The call changed this open file.
+    void changed(int file) const;
     /// What the call did; without it, it did nothing.
     void did(FaultEffect effect);
     void did(FaultEffect effect, const FaultPath& other);

@@ -45,6 +45,9 @@ int openAt(const char* call, int folder, const char* name, int flags, mode_t mod
         return -1;
     }
     const int file = really();
+    if (file >= 0 && (isNew || isNameless || (flags & O_TRUNC) != 0)) {
+        point.changed(file);
+    }
     if (file >= 0 && isNew) {
         point.did(FaultEffect::MakeFile);
     } else if (file >= 0 && (flags & O_TRUNC) != 0) {
@@ -74,6 +77,7 @@ ssize_t writing(
     }
     const ssize_t count = really(share);
     if (count > 0) {
+        point.changed(file);
         const int before = errno;
         const off_t start = offset >= 0 ? offset : ::lseek(file, 0, SEEK_CUR) - count;
         errno = before;
@@ -110,6 +114,7 @@ int cutting(const char* call, int file, off_t size)
     }
     const auto result = static_cast<int>(::syscall(SYS_ftruncate, file, size));
     if (result == 0) {
+        point.changed(file);
         point.did(FaultEffect::Truncate, size, nullptr, 0);
     }
     return result;
@@ -124,6 +129,7 @@ int allocating(const char* call, int file, int mode, off_t offset, off_t size)
     }
     const auto result = static_cast<int>(::syscall(SYS_fallocate, file, mode, offset, size));
     if (result == 0) {
+        point.changed(file);
         point.didCopy(FaultEffect::WholeFile, file, 0, 0);
     }
     return result;
@@ -274,6 +280,7 @@ int ioctl(int file, unsigned long request, ...) noexcept
     }
     const auto result = static_cast<int>(::syscall(SYS_ioctl, file, request, argument));
     if (result == 0) {
+        point.changed(file);
         point.didCopy(FaultEffect::WholeFile, file, 0, 0);
     }
     return result;

@@ -48,8 +48,10 @@ def walk_share(share, options, folder, results):
         trials = trials[options.offset::options.every]
         if options.at:
             trials = [trial for trial in trials if trial[1] == options.at]
-        for kind, number in trials[share::options.jobs]:
+        first, end = (len(trials) * part // options.jobs for part in (share, share + 1))
+        for kind, number in trials[first:end]:  # in a row: what they leave is alike
             results.put(("trial", kind, number, walk.attempt(kind, number), walk.points[number - 1], walk.told))
+        results.put(("judged", len(walk.judged)))
     except BaseException:
         results.put(("broken", traceback.format_exc()))
     results.put(("end",))
@@ -60,7 +62,7 @@ def describe(kind, point):
 
 
 def collect(results, jobs, options):
-    walked, failed, running, broken = collections.Counter(), 0, jobs, False
+    walked, failed, judged, running, broken = collections.Counter(), 0, 0, jobs, False
     told = open(options.told, "w") if options.told else None
     while running:
         what, *result = results.get()
@@ -69,6 +71,8 @@ def collect(results, jobs, options):
         elif what == "broken":
             print(result[0], flush=True)
             broken = True
+        elif what == "judged":
+            judged += result[0]
         elif what == "points":
             print(f"{result[0]} points, {result[1]} trials of them", flush=True)
         else:
@@ -84,7 +88,7 @@ def collect(results, jobs, options):
             if sum(walked.values()) % TRIALS_BETWEEN_LINES == 0:
                 print(f"{sum(walked.values())} trials, {failed} failed", file=sys.stderr, flush=True)
     print("walked:", ", ".join(f"{kind} {count}" for kind, count in walked.items()))
-    print(f"{sum(walked.values())} trials, {failed} failed")
+    print(f"{sum(walked.values())} trials, {failed} failed; {judged} libraries left by them were judged")
     return failed == 0 and not broken and sum(walked.values()) > 0
 
 

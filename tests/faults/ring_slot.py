@@ -1,20 +1,28 @@
 """A place of its own where the fault ring runs the program: a library, a state folder and a folder for
 temporary files that are watched, and a home that is not."""
 
+import hashlib
 import json
 import os
+import re
 import shutil
 import subprocess
+import time
 from pathlib import Path
+
+from recorded_disk import MOMENT
 
 ROOTS = ("/dev/shm", "/tmp")  # memory is quicker, and power is cut on paper only
 NOBODY = "999999999"  # a photo that no library has
 PATIENCE = 120.0  # seconds
+MINUTE = 60  # seconds
 FOREIGN = {  # files that the program did not make, some where and named as its own are
     "Caches/foreign.txt": b"not of this program\n",
     "Caches/.picture.jpg.0000000.corvane-new": b"not of this program either\n",
     "Thumbnails/Segments/foreign.data": b"\0" * 64,
 }
+CHANCE = re.compile(r"(?<=/corvane-)\w{6}|(?<=\.)\w{7}(?=\.corvane-new)")  # in names
+OF_BACKUP = re.compile("/backups/[^/]*/[^/]*/")
 
 
 class Slot:
@@ -26,6 +34,7 @@ class Slot:
         self.package = self.disk / "Sample.photolibrary"
         self.hit = self.folder / "hit"
         self._corvane_cli, self._shim = corvane_cli, shim
+        self.moment = int(time.time())  # of the last run: each finds the clock a minute later
         (self.folder / "home").mkdir(parents=True)
         self.disk.mkdir()
         self._can_verify = "\n  verify " in self.run("--help").stdout
@@ -49,7 +58,28 @@ class Slot:
         self.disk.mkdir()
         self.hit.unlink(missing_ok=True)
 
+    def fingerprint(self, read_backups):
+        """Of all on the disk that a later run can go by. Of locks that is how many lines they have, of
+        backups which there are but for those that are read, of other files also whether they were
+        written since they were laid out."""
+        found = hashlib.sha256()
+        for path in sorted(self.disk.rglob("*")):
+            name = CHANCE.sub("", str(path.relative_to(self.disk)))
+            if OF_BACKUP.search(name) and read_backups.isdisjoint(path.parents):
+                continue
+            status, content, written = path.lstat(), b"", False
+            if path.is_symlink():
+                content = os.fsencode(os.readlink(path))
+            elif path.is_file() and path.name.endswith("lock"):
+                content = path.read_bytes().count(b"\n")
+            elif path.is_file():
+                content = path.read_bytes()
+                written = status.st_mtime != MOMENT
+            found.update(repr((name, status.st_mode, written, content)).encode())
+        return found.digest()
+
     def run(self, *arguments, faults=None):
+        self.moment += MINUTE
         environment = {name: value for name, value in os.environ.items()
                        if not name.startswith(("XDG_", "CORVANE_", "QT_"))}
         environment |= {
@@ -57,6 +87,7 @@ class Slot:
             "XDG_STATE_HOME": str(self.disk / "state"), "TMPDIR": str(self.disk / "temporary"),
             "QT_HASH_SEED": "0",  # the same order of files in each run
             "LC_ALL": "C.UTF-8", "LD_PRELOAD": str(self._shim),
+            "CORVANE_FAULTS_MOMENT": str(self.moment),
             "CORVANE_FAULTS_BELOW": str(self.disk), "CORVANE_FAULTS_HIT": str(self.hit)}
         environment |= faults or {}
         return subprocess.run([self._corvane_cli, *arguments], env=environment, cwd=self.folder, text=True,

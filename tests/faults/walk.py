@@ -33,16 +33,21 @@ class Walk:
         self.slot, self.work, self.librarycheck = slot, work, librarycheck
         slot.make_library()
         work.prepare(slot)
-        self.start = RecordedDisk(slot.disk).live()
+        self.start, self.moment = RecordedDisk(slot.disk).live(), slot.moment
         self.restore()
         self.before = LibraryState(slot.package)
         self.earlier_backups = set(slot.finished_backups())
         self.points = self._record()
         self.player, self.played, self.seen = None, 0, set()
+        self.judged = {}  # what was wrong with what a recovery left, by its fingerprint
 
     def restore(self):
+        self.lay_out(self.start)
+
+    def lay_out(self, tree):
         self.slot.clear()
-        write_tree(self.slot.disk, self.start)
+        write_tree(self.slot.disk, tree)
+        self.slot.moment = self.moment
 
     def _record(self):
         """The points of a work that nothing disturbs; they must tell all that it changed on disk."""
@@ -120,8 +125,7 @@ class Walk:
         if (mark, len(tree)) in self.seen:
             return None
         self.seen.add((mark, len(tree)))
-        self.slot.clear()
-        write_tree(self.slot.disk, tree)
+        self.lay_out(tree)
         return self.afterwards()
 
     def afterwards(self):
@@ -131,8 +135,16 @@ class Walk:
         recovery = self.slot.recover()
         if recovery.returncode != 0:
             return [*problems, f"recovery ends with {recovery.returncode}: {recovery.stderr.strip()}"]
+        problems += self.backups()
+        left = self.slot.fingerprint(self.earlier_backups)
+        if left not in self.judged:
+            self.judged[left] = self.judge()
+        return problems + self.judged[left]
+
+    def judge(self):
+        """What is wrong with the library after recovery and after a second run."""
         state = LibraryState(self.slot.package)
-        problems += self.work.compare(self.before, state) + self._soundness(state) + self.backups()
+        problems = self.work.compare(self.before, state) + self._soundness(state)
         was_done = self.work.is_done(self.before, state)
         second = self.work.run(self.slot)
         nothing_left = was_done and self.work.nothing_left and self.work.nothing_left in second.stderr
