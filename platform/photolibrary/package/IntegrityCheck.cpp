@@ -111,15 +111,14 @@ void askQuestions(Connection& connection, QList<Finding>& findings)
     }
 }
 
-void checkUnshownMasters(Connection& connection, QList<Finding>& findings)
+void checkMastersWithoutPhoto(Connection& connection, QList<Finding>& findings)
 {
-    const QList<qint64> masters = MastersOfPhoto::shownByNone(connection);
+    const QList<qint64> masters = MastersOfPhoto::withoutPhoto(connection);
     if (!masters.isEmpty()) {
-        findings.append(
-            {u"%1 master(s) are shown by no photo, the first is %2."_s.arg(masters.size())
-                 .arg(masters.first()),
-             Schema::filePath(Schema::Database::Library),
-             false});
+        findings.append({u"%1 master(s) have no photo, the first is %2."_s.arg(masters.size())
+                             .arg(masters.first()),
+                         Schema::filePath(Schema::Database::Library),
+                         false});
     }
 }
 
@@ -202,7 +201,7 @@ QList<Finding> IntegrityCheck::ofRows(Connection& connection)
 {
     QList<Finding> findings;
     askQuestions(connection, findings);
-    checkUnshownMasters(connection, findings);
+    checkMastersWithoutPhoto(connection, findings);
     checkCounters(connection, findings);
     if (Schema::mismatches(connection).isEmpty()) { // older schemas lack columns that are indexed
         const QStringList mismatches = RowIdIndexes::mismatches(connection);

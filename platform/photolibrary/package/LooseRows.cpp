@@ -82,7 +82,7 @@ constexpr Loose kKinds[] = {
 /// Where the row of a photo is lost, what seems to tie nothing tells of that photo.
 bool mayBeMended(Connection& connection)
 {
-    return MastersOfPhoto::shownByNone(connection).isEmpty();
+    return MastersOfPhoto::withoutPhoto(connection).isEmpty();
 }
 
 } // namespace

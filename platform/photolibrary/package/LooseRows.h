@@ -15,7 +15,7 @@ namespace LooseRows
 
 /// One finding for each kind. Repairable are those that only tie two things together, one of which
 /// is gone; a version without a master holds what somebody wrote about a photo, and stays. None is
-/// where a master is shown by no photo: then the row of that photo may be lost, not the photo.
+/// where a master has no photo: then the row of that photo may be lost, not the photo.
 [[nodiscard]] QList<Finding> findings(Connection& connection);
 
 /// Deletes the repairable ones. Counts, indexes and sidecars are not touched: DerivedRows::mend()

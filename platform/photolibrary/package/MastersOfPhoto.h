@@ -17,9 +17,9 @@ namespace MastersOfPhoto
 /// Whether a visible version outside the trash shows the master.
 [[nodiscard]] bool isShown(Connection& connection, const QString& master);
 
-/// The ids of the masters that belong to no visible version, in the trash or outside of it, be it
-/// as the other one of a pair: rows of photos are lost.
-[[nodiscard]] QList<qint64> shownByNone(Connection& connection);
+/// The ids of the masters that have no version but the one as imported, not even as the other one
+/// of a pair: rows of photos are lost. Photos in the trash count, and versions that somebody hid.
+[[nodiscard]] QList<qint64> withoutPhoto(Connection& connection);
 
 /// The ids of the versions of a master that nobody sees.
 [[nodiscard]] QList<qint64> hiddenVersions(Connection& connection, const QString& master);

@@ -187,7 +187,7 @@ TEST_F(LooseRowsOfALibrary, whereThePhotoOfAMasterIsLostNothingIsATie)
     execute(u"DELETE FROM RKVersion WHERE modelId=%1"_s.arg(m_photo));
     ASSERT_TRUE(repair().ok());
     const QString refusal = open({}).error().message;
-    EXPECT_TRUE(refusal.contains("1 master(s) are shown by no photo"_L1)) << refusal.toStdString();
+    EXPECT_TRUE(refusal.contains("1 master(s) have no photo"_L1)) << refusal.toStdString();
     EXPECT_EQ(count("SELECT count(*) FROM RKAlbumVersion v JOIN RKAlbum a ON a.modelId=v.albumId"
                     " WHERE a.name='Best'"),
               1);
@@ -201,7 +201,14 @@ TEST_F(LooseRowsOfALibrary, bothMastersOfAPairAreShownByTheirPhoto)
     const qint64 pair = m_builder.addPair(u"P"_s, u"Trip"_s, LibraryBuilder::Active::Jpeg);
     EXPECT_TRUE(open({}).ok());
     m_builder.set(u"RKVersion"_s, pair, u"rawMasterUuid=NULL, nonRawMasterUuid=NULL"_s);
-    EXPECT_EQ(findings().filter(u"shown by no photo"_s), QStringList());
+    EXPECT_EQ(findings().filter(u"have no photo"_s), QStringList());
+}
+
+TEST_F(LooseRowsOfALibrary, aVersionThatIsNotShownIsNoLostPhoto)
+{
+    const qint64 hidden = m_builder.addPhoto(u"C.JPG"_s, u"Trip"_s);
+    m_builder.set(u"RKVersion"_s, hidden, u"showInLibrary=0"_s);
+    EXPECT_EQ(findings().filter(u"have no photo"_s), QStringList());
 }
 
 TEST_F(LooseRowsOfALibrary, aVersionWithoutAMasterOrAnEventIsToldAndStays)
