@@ -124,13 +124,18 @@ void ForeignUse::leave(const QString& package, const QString& stateFolder)
     }
 }
 
+bool ForeignUse::areAsLeft(const QString& stateFolder, const Traces& found)
+{
+    return !found.print.isEmpty() && found.print == noted(stateFolder);
+}
+
 ForeignUse::Warnings
 ForeignUse::warnings(const QString& package, const QString& stateFolder, const Traces& found)
 {
     Warnings warnings;
     // The clock of a file server may be ahead of this one.
     const qint64 age = std::abs(found.lookedAt - found.lastChange);
-    if (age < kRecently && found.print != noted(stateFolder)) {
+    if (age < kRecently && !areAsLeft(stateFolder, found)) {
         warnings.milliseconds = (kRecently - age) / kNanosecondsInMillisecond;
         warnings.passing =
             u"The databases of the library \"%1\" were changed within the last minute, "

@@ -25,6 +25,9 @@ struct Traces {
 /// changes from those of others. Where that fails the next run warns without need.
 void leave(const QString& package, const QString& stateFolder);
 
+/// Whether the databases are found as this program left them.
+[[nodiscard]] bool areAsLeft(const QString& stateFolder, const Traces& found);
+
 /// What a person should know before the first write.
 struct Warnings {
     QString passing; ///< a sentence or two that hold for `milliseconds` from now; null for none

@@ -179,14 +179,14 @@ QStringList sentencesOf(const QList<Finding>& findings)
 
 } // namespace
 
-QList<Finding> IntegrityCheck::ofForm(Connection& connection)
+QList<Finding> IntegrityCheck::ofForm(Connection& connection, Depth depth)
 {
+    const std::string check = depth == Depth::Rows ? ".quick_check(1)" : ".integrity_check(1)";
     constexpr std::array kDatabases{
         Schema::Database::Library, Schema::Database::Properties, Schema::Database::ImageProxies};
     QList<Finding> findings;
     for (std::size_t i = 0; i < Connection::kSchemas.size(); ++i) {
-        const std::string sql =
-            std::string("PRAGMA ") + Connection::kSchemas[i] + ".integrity_check(1)";
+        const std::string sql = std::string("PRAGMA ") + Connection::kSchemas[i] + check;
         const QString found = Sql::firstText(connection, sql.c_str());
         if (found != "ok"_L1) {
             findings.append({u"A database is damaged: %1."_s.arg(found),
@@ -212,10 +212,10 @@ QList<Finding> IntegrityCheck::ofRows(Connection& connection)
     return findings;
 }
 
-QStringList IntegrityCheck::ofDatabases(Connection& connection)
+QStringList IntegrityCheck::ofDatabases(Connection& connection, Depth depth)
 {
     const RoomyCache cache(connection);
-    const QList<Finding> damages = ofForm(connection);
+    const QList<Finding> damages = ofForm(connection, depth);
     // What a damaged database says of the rest proves nothing.
     return sentencesOf(damages.isEmpty() ? ofRows(connection) : damages);
 }

@@ -8,6 +8,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
+
 /// Whether a library's databases agree with themselves and with the files in the package.
 namespace IntegrityCheck
 {
@@ -15,16 +17,22 @@ namespace IntegrityCheck
 /// Of everything here: one English sentence for each problem; nothing is changed. Errors:
 /// SQLite::Exception.
 
+/// How closely SQLite looks at the databases.
+enum class Depth : std::uint8_t {
+    Rows,    ///< at each page and row ("PRAGMA quick_check"): for databases known to be sound
+    Indexes, ///< also whether each index tells each row; takes about eight times as long
+};
+
 /// Whether the databases are whole, as SQLite sees them.
-[[nodiscard]] QList<Finding> ofForm(Connection& connection);
+[[nodiscard]] QList<Finding> ofForm(Connection& connection, Depth depth = Depth::Indexes);
 /// What is wrong with the rows of whole databases: counts, indexes, id counters, and rows that
 /// contradict each other.
 [[nodiscard]] QList<Finding> ofRows(Connection& connection);
 
 /// What is wrong with the databases themselves: their form, counts, indexes, id counters, and rows
 /// that contradict each other. A library with any of that is not written to. Looks at no other
-/// file. Takes about half a second for 1000 photos.
-[[nodiscard]] QStringList ofDatabases(Connection& connection);
+/// file.
+[[nodiscard]] QStringList ofDatabases(Connection& connection, Depth depth = Depth::Indexes);
 
 /// What leads nowhere: rows that belong to something that is gone (LooseRows), pictures that are
 /// missing, and files in Masters that belong to no photo. Missing masters are no problem here, nor

@@ -52,9 +52,12 @@ QString notRemoved(const QString& package, const QList<PackageFiles::NotRemoved>
                package, PackageFiles::listed(left));
 }
 
+/// Databases that nobody changed since this program checked and left them are not read whole again
+/// for their indexes.
 Result<void> checkForWriting(Connection& connection,
                              const OpenOptions& options,
-                             const QList<JournaledTurn>& turns)
+                             const QList<JournaledTurn>& turns,
+                             bool areAsLeft)
 {
     const QString& package = connection.packagePath();
     if (Result<void> schema = OpeningChecks::writableSchema(connection); !schema.ok()) {
@@ -71,7 +74,9 @@ Result<void> checkForWriting(Connection& connection,
                    ? Result<void>()
                    : notSound(package, {damages.first().what}, u"Restore it from a backup."_s);
     }
-    const QStringList problems = IntegrityCheck::ofDatabases(connection);
+    const QStringList problems = IntegrityCheck::ofDatabases(
+        connection,
+        areAsLeft && clean ? IntegrityCheck::Depth::Rows : IntegrityCheck::Depth::Indexes);
     if (!problems.isEmpty()) {
         return notSound(package,
                         problems,
@@ -91,12 +96,15 @@ Result<void> checkForWriting(Connection& connection,
 }
 
 /// With the write lock of the databases: what a crash left is cleared away.
-Result<Recovery::Outcome>
-recovered(Connection& connection, const OpenOptions& options, const QString& stateFolder)
+Result<Recovery::Outcome> recovered(Connection& connection,
+                                    const OpenOptions& options,
+                                    const QString& stateFolder,
+                                    const ForeignUse::Traces& found)
 {
     connection.beginImmediate();
     const QList<JournaledTurn> turns = TurnJournal::read(stateFolder);
-    const Result<void> checked = checkForWriting(connection, options, turns);
+    const Result<void> checked =
+        checkForWriting(connection, options, turns, ForeignUse::areAsLeft(stateFolder, found));
     if (!checked.ok()) {
         connection.rollback();
         return checked.error();
@@ -125,7 +133,7 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
                                                                     lock.value()->leftBehind()));
     }
     const ForeignUse::Warnings warnings = ForeignUse::warnings(places.package, places.state, found);
-    Result<Recovery::Outcome> outcome = recovered(*connection, options, places.state);
+    Result<Recovery::Outcome> outcome = recovered(*connection, options, places.state, found);
     if (!outcome.ok()) {
         return outcome.error();
     }

@@ -1,8 +1,11 @@
 #include "LibraryOpening.h"
 
+#include "AdminData.h"
+#include "ForeignUse.h"
 #include "OrdinaryUser.h"
 #include "Queries.h"
 #include "WritableLibrary.h"
+#include "WriteAccess.h"
 
 #include <QDir>
 #include <QFile>
@@ -33,6 +36,29 @@ protected:
         auto connection = Connection::open(package(), Connection::Mode::Write);
         ASSERT_TRUE(connection.ok());
         connection.value()->database().exec(sql);
+    }
+
+    void loseARowInAnIndex() const
+    {
+        // The index is not known while a row is added to its table.
+        change("PRAGMA writable_schema=ON;"
+               "CREATE TABLE kept AS SELECT * FROM sqlite_master WHERE type = 'index' AND"
+               " tbl_name = 'RKKeyword' AND sql IS NOT NULL;"
+               "DELETE FROM sqlite_master WHERE name IN (SELECT name FROM kept)");
+        change("INSERT INTO RKKeyword(modelId, uuid, name, searchName) VALUES(900, 'u', 'n', 'n')");
+        change("PRAGMA writable_schema=ON;"
+               "INSERT INTO sqlite_master SELECT * FROM kept; DROP TABLE kept");
+        change("UPDATE RKAdminData SET propertyValue = '1000' WHERE propertyArea = 'RKKeyword'"
+               " AND propertyName = 'nextModelId'");
+    }
+
+    /// As if this program had made all the changes.
+    void leaveAsOwn() const
+    {
+        const auto connection = Connection::open(package(), Connection::Mode::Read);
+        ASSERT_TRUE(connection.ok());
+        const QString uuid = AdminData::text(*connection.value(), u"database"_s, u"databaseUuid"_s);
+        ForeignUse::leave(package(), WriteAccess::Places::of(package(), uuid).state);
     }
 
     void leaveOpen() const
@@ -105,16 +131,7 @@ TEST_F(OpenedLibrary, databasesThatContradictThemselvesAreNotWrittenToHoweverThe
 TEST_F(OpenedLibrary, anIndexThatLacksARowIsDamageHoweverTheLibraryWasClosed)
 {
     importOne(u"IMG_1.JPG"_s);
-    // The index is not known while a row is added to its table.
-    change("PRAGMA writable_schema=ON;"
-           "CREATE TABLE kept AS SELECT * FROM sqlite_master WHERE type = 'index' AND"
-           " tbl_name = 'RKKeyword' AND sql IS NOT NULL;"
-           "DELETE FROM sqlite_master WHERE name IN (SELECT name FROM kept)");
-    change("INSERT INTO RKKeyword(modelId, uuid, name, searchName) VALUES(900, 'u', 'n', 'n')");
-    change("PRAGMA writable_schema=ON;"
-           "INSERT INTO sqlite_master SELECT * FROM kept; DROP TABLE kept");
-    change("UPDATE RKAdminData SET propertyValue = '1000' WHERE propertyArea = 'RKKeyword'"
-           " AND propertyName = 'nextModelId'");
+    loseARowInAnIndex();
     expectSays(refusal(ErrorCode::Damaged), {"A database is damaged", "corvane-cli info"});
     const auto library = open(Access::Read);
     ASSERT_NE(library, nullptr);
@@ -122,6 +139,27 @@ TEST_F(OpenedLibrary, anIndexThatLacksARowIsDamageHoweverTheLibraryWasClosed)
     ASSERT_TRUE(summary.ok());
     EXPECT_FALSE(summary.value().problems.isEmpty());
     EXPECT_FALSE(summary.value().writable);
+}
+
+TEST_F(OpenedLibrary, databasesAsThisProgramLeftThemAreNotReadWholeAgainForTheirIndexes)
+{
+    importOne(u"IMG_1.JPG"_s);
+    loseARowInAnIndex();
+    leaveAsOwn();
+    EXPECT_NE(open(Access::Write), nullptr);
+    EXPECT_NE(open(Access::Write), nullptr) << "that run left them as well";
+    change("UPDATE RKAdminData SET propertyValue = '1001' WHERE propertyArea = 'RKKeyword'"
+           " AND propertyName = 'nextModelId'");
+    expectSays(refusal(ErrorCode::Damaged), {"A database is damaged"});
+}
+
+TEST_F(OpenedLibrary, databasesAsThisProgramLeftThemAreReadWholeWhereTheyWereNotClosed)
+{
+    importOne(u"IMG_1.JPG"_s);
+    loseARowInAnIndex();
+    leaveOpen();
+    leaveAsOwn();
+    expectSays(refusal(ErrorCode::Damaged, true), {"A database is damaged"});
 }
 
 TEST_F(OpenedLibrary, textsOfPhotosThatAreNotThereAreAProblem)
