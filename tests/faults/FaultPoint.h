@@ -48,6 +48,7 @@ enum class FaultEffect : std::uint32_t {
     RemoveFolder, //
     SymbolicLink, ///< `other` is what it leads to
     Exchange,     ///< with `other`
+    FlushAll,     ///< everything on the disk
 };
 
 /// Which errors a call can meet beside EIO and EROFS.

@@ -92,17 +92,22 @@ ssize_t writing(
 }
 
 /// What is flushed is only noted: the machine goes on, so the file system's cache is as good.
-int flushing(const char* call, int file)
+int flushing(const char* call, int file, FaultEffect effect)
 {
     const FaultPath path = FaultPath::of(file);
-    struct stat status = {};
-    const bool isFolder = ::fstat(file, &status) == 0 && S_ISDIR(status.st_mode);
     FaultPoint point(call, path, kFaultOfSpace);
     if (point.fails()) {
         return -1;
     }
-    point.did(isFolder ? FaultEffect::FlushFolder : FaultEffect::FlushFile);
+    point.did(effect);
     return 0;
+}
+
+FaultEffect flushOf(int file)
+{
+    struct stat status = {};
+    const bool isFolder = ::fstat(file, &status) == 0 && S_ISDIR(status.st_mode);
+    return isFolder ? FaultEffect::FlushFolder : FaultEffect::FlushFile;
 }
 
 int cutting(const char* call, int file, off_t size)
@@ -288,12 +293,17 @@ int ioctl(int file, unsigned long request, ...) noexcept
 
 int fsync(int file)
 {
-    return flushing("fsync", file);
+    return flushing("fsync", file, flushOf(file));
 }
 
 int fdatasync(int file)
 {
-    return flushing("fdatasync", file);
+    return flushing("fdatasync", file, flushOf(file));
+}
+
+int syncfs(int file) noexcept
+{
+    return flushing("syncfs", file, FaultEffect::FlushAll);
 }
 
 int ftruncate(int file, off_t size) noexcept

@@ -9,7 +9,7 @@ from pathlib import Path
 
 HEADER = struct.Struct("<16sIIIIqQ")  # FaultPoint.cpp writes it
 (NONE, MAKE_FILE, TRUNCATE, WRITE, WHOLE_FILE, FLUSH_FILE, FLUSH_FOLDER, RENAME, LINK, REMOVE, MAKE_FOLDER,
- REMOVE_FOLDER, SYMBOLIC_LINK, EXCHANGE) = range(14)
+ REMOVE_FOLDER, SYMBOLIC_LINK, EXCHANGE, FLUSH_ALL) = range(15)
 OF_SPACE, OF_NAME = 1, 2
 MOMENT = 1_500_000_000  # when each file that the ring writes was last changed
 PAGE = 4096  # bytes that a disk writes at once or not at all
@@ -170,6 +170,9 @@ class RecordedDisk:
         effect = point.effect
         if effect == NONE or point.path.endswith(" (deleted)"):
             return
+        if effect == FLUSH_ALL:
+            self._flush_all(self._root)
+            return
         if effect in (TRUNCATE, WRITE, FLUSH_FILE, FLUSH_FOLDER):
             node = self._node(point.path)
             if effect == TRUNCATE:
@@ -209,6 +212,14 @@ class RecordedDisk:
         else:
             other_folder.change(("set", other_name, folder.live[name]))
             folder.change(("drop", name))
+
+    def _flush_all(self, folder):
+        folder.flush()
+        for node in folder.live.values():
+            if isinstance(node, Folder):
+                self._flush_all(node)
+            elif isinstance(node, File):
+                node.flush()
 
     def live(self):
         """Every path with what programs see there now."""

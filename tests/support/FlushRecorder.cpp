@@ -82,4 +82,9 @@ extern "C" int fdatasync(int descriptor)
     return flush(SYS_fdatasync, descriptor);
 }
 
+extern "C" int syncfs(int descriptor)
+{
+    return flush(SYS_syncfs, descriptor);
+}
+
 // NOLINTEND(readability-inconsistent-declaration-parameter-name)

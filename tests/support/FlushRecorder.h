@@ -5,9 +5,10 @@
 
 #include <functional>
 
-/// Tells which files and folders were flushed while it lives, and lets flushes fail. The test's
-/// executable links FlushRecorder.cpp, whose fsync and fdatasync take the place of the C library's.
-/// One at a time.
+/// Tells which files and folders were flushed while it lives (a file system by the folder that was
+/// named), and lets flushes fail. The test's
+/// executable links FlushRecorder.cpp, whose fsync, fdatasync and syncfs take the place of the C
+/// library's. One at a time.
 class FlushRecorder final
 {
 public:

@@ -1,6 +1,7 @@
 #include "Backup.h"
 
 #include "AtomicFile.h"
+#include "FileSystemFlush.h"
 #include "LibraryErrors.h"
 
 #include <QDateTime>
@@ -10,9 +11,7 @@
 #include <QFileInfo>
 
 #include <SQLiteCpp/Backup.h>
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -36,18 +35,6 @@ const QStringList& openDatabases()
     static const QStringList kNames{
         u"Library.apdb"_s, u"Properties.apdb"_s, u"ImageProxies.apdb"_s};
     return kNames;
-}
-
-Result<void> flush(const QString& path)
-{
-    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) {
-        return AtomicFile::errorFromErrno(errno, u"write"_s, path);
-    }
-    const bool flushed = ::fsync(descriptor) == 0;
-    const int number = errno;
-    ::close(descriptor);
-    return flushed ? Result<void>() : AtomicFile::errorFromErrno(number, u"write"_s, path);
 }
 
 /// Whether SQLite met the error where it wrote the copy, not where it read the database.
@@ -90,11 +77,10 @@ Result<void> copyPages(SQLite::Database& source, const QString& package, const Q
 
 Result<void> copyDatabase(const QString& package, const QString& from, const QString& to)
 {
-    Result<void> copied = LibraryErrors::caught(package, [&]() -> Result<void> {
+    return LibraryErrors::caught(package, [&]() -> Result<void> {
         SQLite::Database source(QFile::encodeName(from).toStdString(), SQLite::OPEN_READONLY);
         return copyPages(source, package, to);
     });
-    return copied.ok() ? flush(to) : copied;
 }
 
 /// Every file below `folder` of the package, by its path relative to the package. The folder itself
@@ -117,7 +103,6 @@ Result<void> copyPart(const QString& package,
                       Backup::OfDamaged damaged)
 {
     const QString to = target + u'/' + relative;
-    // All folders are flushed once, at the end.
     const QString folder = QFileInfo(to).absolutePath();
     if (!QDir().mkpath(folder)) {
         return AtomicFile::errorFromErrno(errno, u"make the folder"_s, folder);
@@ -140,28 +125,16 @@ Result<void> copyPart(const QString& package,
     return copied;
 }
 
-/// The names of files and folders; each file's content was flushed itself.
-Result<void> flushFolders(const QString& target)
-{
-    Result<void> flushed = AtomicFile::flushFolder(target);
-    QDirIterator walk(target,
-                      QDir::Dirs | QDir::Hidden | QDir::NoSymLinks | QDir::NoDotAndDotDot,
-                      QDirIterator::Subdirectories);
-    while (flushed.ok() && walk.hasNext()) {
-        flushed = AtomicFile::flushFolder(walk.next());
-    }
-    return flushed;
-}
-
 Result<void> copyAll(const QString& package, const QString& target, Backup::OfDamaged damaged)
 {
+    const FileSystemFlush written(target);
     const QStringList parts = Backup::parts(package);
     for (const QString& part : parts) {
         if (Result<void> copied = copyPart(package, target, part, damaged); !copied.ok()) {
             return copied;
         }
     }
-    return flushFolders(target);
+    return written.flush();
 }
 
 /// A name behind those of all copies that are there, also where the clock was set back meanwhile:
@@ -233,7 +206,7 @@ Result<void> Backup::copyFile(const QString& from, const QString& to)
                      u"The backup \"%1\" cannot be written: %2."_s.arg(to, source.errorString())};
     }
     QFile::setPermissions(to, QFile::permissions(to) | QFile::WriteOwner);
-    return flush(to);
+    return {};
 }
 
 QDateTime Backup::momentOf(const QString& name)

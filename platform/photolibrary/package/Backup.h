@@ -36,7 +36,7 @@ enum class OfDamaged : quint8 {
 /// folder of the databases, each of the three, and the whole folders of sidecars are found behind
 /// links too; a link within those folders leads to what the library does not write.
 [[nodiscard]] QStringList parts(const QString& package);
-/// Copies a file that no connection has open, and flushes it.
+/// Copies a file that no connection has open; nothing is flushed (FileSystemFlush).
 [[nodiscard]] Result<void> copyFile(const QString& from, const QString& to);
 
 } // namespace Backup

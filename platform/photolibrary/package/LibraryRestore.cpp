@@ -5,6 +5,7 @@
 #include "Catalogues.h"
 #include "Clock.h"
 #include "Connection.h"
+#include "FileSystemFlush.h"
 #include "IntegrityCheck.h"
 #include "LibraryErrors.h"
 #include "PackageFiles.h"
@@ -136,9 +137,10 @@ Result<void> copyDatabases(const QString& copy, const QString& staging)
             continue;
         }
         const QString to = staging + u'/' + part;
-        Result<void> copied = AtomicFile::makeFolder(QFileInfo(to).path());
-        copied = copied.ok() ? Backup::copyFile(copy + u'/' + part, to) : copied;
-        copied = copied.ok() ? AtomicFile::flushFolder(QFileInfo(to).path()) : copied;
+        const QString folder = QFileInfo(to).path();
+        const Result<void> copied =
+            QDir().mkpath(folder) ? Backup::copyFile(copy + u'/' + part, to)
+                                  : AtomicFile::errorFromErrno(errno, u"make the folder"_s, folder);
         if (!copied.ok()) {
             return copied;
         }
@@ -170,10 +172,12 @@ Result<void> makeStaging(const QString& package, const QString& copy)
     const QString staging = stagingOf(package);
     const QString databases = staging + u'/' + kDatabases;
     Result<void> done = AtomicFile::makeFolder(databases);
+    const FileSystemFlush written(staging);
     done = done.ok() ? copyShape(package + u'/' + kDatabases, databases) : done;
     done = done.ok() ? copyDatabases(copy, staging) : done;
     done = done.ok() ? takeOverAll(package, staging) : done;
     done = done.ok() ? isWhole(staging, copy) : done;
+    done = done.ok() ? written.flush() : done;
     done = done.ok() ? AtomicFile::write(markIn(staging), QByteArray()) : done;
     done = done.ok() ? AtomicFile::flushFolder(databases) : done;
     return done.ok() ? AtomicFile::flushFolder(staging) : done;
