@@ -44,7 +44,8 @@ def walk_share(share, options, folder, results):
                     load_librarycheck(options.librarycheck))
         kinds = [options.kind] if options.kind else KINDS
         trials = walk.trials(kinds, options.all or options.at)
-        results.put(("points", len(walk.points), len(trials)))
+        if share == 0:
+            results.put(("points", len(walk.points), len(trials)))
         trials = trials[options.offset::options.every]
         if options.at:
             trials = [trial for trial in trials if trial[1] == options.at]
@@ -113,6 +114,8 @@ def main():
     options = parser.parse_args()
     options.corvane_cli = str(Path(options.corvane_cli).resolve())
     options.shim = str(Path(options.shim).resolve())
+    if not options.librarycheck or not Path(options.librarycheck).is_file():
+        print("without the independent check of libraries, which is not at hand")
     started = time.monotonic()
     signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # the folder goes also then
     with tempfile.TemporaryDirectory(prefix="corvane-ring-", dir=place()) as folder:

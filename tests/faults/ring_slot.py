@@ -20,6 +20,13 @@ FOREIGN = {  # files that the program did not make, some where and named as its 
     "Caches/foreign.txt": b"not of this program\n",
     "Caches/.picture.jpg.0000000.corvane-new": b"not of this program either\n",
     "Thumbnails/Segments/foreign.data": b"\0" * 64,
+    "foreign.txt": b"not of this program\n",
+    "Database/foreign.txt": b"not of this program\n",
+    "Database/apdb/foreign.txt": b"not of this program\n",
+    "Database/Albums/foreign.txt": b"not of this program\n",
+    "Database/Folders/foreign.txt": b"not of this program\n",
+    "Database/Versions/foreign.txt": b"not of this program\n",
+    "Previews/foreign.txt": b"not of this program\n",
 }
 CHANCE = re.compile(r"(?<=/corvane-)\w{6}|(?<=\.)\w{7}(?=\.corvane-new)")  # in names
 OF_BACKUP = re.compile("/backups/[^/]*/[^/]*/")
@@ -116,14 +123,13 @@ class Slot:
         return json.loads(finished.stdout)["problems"]
 
     def verification(self):
-        """What "verify" finds, but for the files that the ring itself laid there."""
+        """What "verify" finds."""
         if not self._can_verify:
             return []
         finished = self.run("verify", "--json", str(self.package))
         if finished.returncode not in (0, 1):
             return [f"verify ends with {finished.returncode}: {finished.stderr.strip()}"]
-        return [f"{problem['what']}: {problem['where']}" for problem in json.loads(finished.stdout)["problems"]
-                if not any(name in problem["where"] for name in FOREIGN)]
+        return [f"{problem['what']}: {problem['where']}" for problem in json.loads(finished.stdout)["problems"]]
 
     def finished_backups(self):
         return sorted(path for path in (self.disk / "state" / "corvane").glob("backups/*/*")

@@ -37,9 +37,11 @@ class Walk:
         self.restore()
         self.before = LibraryState(slot.package)
         self.earlier_backups = set(slot.finished_backups())
+        self.known_problems = ()
+        self.known_problems = frozenset(self._soundness(self.before))  # the files that are not the program's
         self.points = self._record()
         self.player, self.played, self.seen = None, 0, set()
-        self.judged = {}  # what was wrong with what a recovery left, by its fingerprint
+        self.judged = {}  # of what a recovery left, by its fingerprint: what judge() tells of it
 
     def restore(self):
         self.lay_out(self.start)
@@ -78,7 +80,8 @@ class Walk:
             found, _ = self.librarycheck.check(str(self.slot.package), strict=True)
             problems += [f"librarycheck: {problem}" for problem in found]
         strays = tuple(self.work.strays(self.before, state))
-        return [problem for problem in problems if not problem.endswith(strays)]
+        return [problem for problem in problems
+                if problem not in self.known_problems and not problem.endswith(strays)]
 
     def trials(self, kinds, every_point):
         points = self.points if every_point else ends_of_runs(self.points)
@@ -99,6 +102,7 @@ class Walk:
         name, stays, _ = FAILURES.get(kind, (kind, False, 0))
         faults = {"CORVANE_FAULTS_AT": str(number), "CORVANE_FAULTS_KIND": name}
         finished = self.work.run(self.slot, faults | ({"CORVANE_FAULTS_STAYS": "1"} if stays else {}))
+        says_done = finished.returncode == 0
         if not self.slot.hit.exists():
             return ["the point was not reached"]
         self.told = f"exit {finished.returncode}: {finished.stderr.strip()}"
@@ -111,7 +115,7 @@ class Walk:
             return None  # another call than in the recording, none that writes
         elif finished.returncode != -signal.SIGKILL:
             problems.append(f"the run was not killed: {finished.returncode}")
-        return problems + self.afterwards()
+        return problems + self.afterwards(says_done)
 
     def cut(self, kind, number):
         if self.player is None or self.played >= number:
@@ -126,9 +130,9 @@ class Walk:
             return None
         self.seen.add((mark, len(tree)))
         self.lay_out(tree)
-        return self.afterwards()
+        return self.afterwards(says_done=False)
 
-    def afterwards(self):
+    def afterwards(self, says_done):
         """Opens the library again, looks at it, and lets a second run finish the work."""
         problems = [f"before recovery, info: {problem}" for problem in self.slot.soundness()
                     if LEFT_FOR_RECOVERY not in problem]
@@ -139,24 +143,28 @@ class Walk:
         left = self.slot.fingerprint(self.earlier_backups)
         if left not in self.judged:
             self.judged[left] = self.judge()
-        return problems + self.judged[left]
+        later, is_done = self.judged[left]
+        if says_done and not is_done:
+            problems.append("the run ended with 0, but the work is not done")
+        return problems + later
 
     def judge(self):
-        """What is wrong with the library after recovery and after a second run."""
+        """What is wrong with the library after recovery and after a second run, and whether the work was
+        done before that."""
         state = LibraryState(self.slot.package)
         problems = self.work.compare(self.before, state) + self._soundness(state)
         was_done = self.work.is_done(self.before, state)
         second = self.work.run(self.slot)
         nothing_left = was_done and self.work.nothing_left and self.work.nothing_left in second.stderr
         if second.returncode != 0 and not nothing_left:
-            return [*problems, f"the second run ends with {second.returncode}: {second.stderr.strip()}"]
+            return [*problems, f"the second run ends with {second.returncode}: {second.stderr.strip()}"], was_done
         if NOT_STORED in second.stderr:
             problems.append(f"the second run says: {second.stderr.strip()}")
         state = LibraryState(self.slot.package)
         later = self.work.compare(self.before, state) + self.work.unfinished(self.before, state)
         later += self._soundness(state)
         later += [] if nothing_left else self.temporaries()
-        return problems + [f"after the second run: {problem}" for problem in later]
+        return problems + [f"after the second run: {problem}" for problem in later], was_done
 
     def temporaries(self):
         """A scan removes the folders of dead ones; without a whole lock nothing says that they are."""
