@@ -7,7 +7,9 @@ from typing import Callable
 OURS = "corvane"
 FLOOR = "floor"
 DARKTABLE = "darktable-cli"
-RAWTHERAPEE = "rawtherapee-cli"
+RAWTHERAPEE = "rawtherapee-cli, neutral"
+RAWTHERAPEE_MATCHED = "rawtherapee-cli, auto-matched curve"
+PROFILES = "/usr/share/rawtherapee/profiles"  # of Debian's package
 CHAIN = "dcraw_emu, cjpeg, exiftool"
 HALF_CHAIN = "dcraw_emu -h, cjpeg"
 
@@ -39,9 +41,12 @@ def all_programs(binaries, work, quality):
                   ":memory:", "--configdir", os.path.join(work, "darktable"), "--conf",
                   f"plugins/imageio/format/jpeg/quality={quality}"]]]
 
-    def rawtherapee(source, target):
-        return [[["rawtherapee-cli", "-q", "-Y", "-d", f"-j{quality}", "-js1", "-o", target, "-c",
-                  source]]]
+    def rawtherapee(*profile):
+        """Neutral without a profile."""
+        def pipelines(source, target):
+            return [[["rawtherapee-cli", "-q", "-Y", *profile, f"-j{quality}", "-js1", "-o", target,
+                      "-c", source]]]
+        return pipelines
 
     def chain(source, target):
         return [[["dcraw_emu", "-w", "-q", "2", "-Z", "-", source], cjpeg(quality, target)],
@@ -55,7 +60,9 @@ def all_programs(binaries, work, quality):
         Program(OURS, (one_photo,), lambda source, target: [[[*ours, source, target]]]),
         Program(FLOOR, (floor,), lambda source, target: [[[floor, str(quality), source, target]]]),
         Program(DARKTABLE, ("darktable-cli",), darktable),
-        Program(RAWTHERAPEE, ("rawtherapee-cli",), rawtherapee),
+        Program(RAWTHERAPEE, ("rawtherapee-cli",), rawtherapee()),
+        Program(RAWTHERAPEE_MATCHED, ("rawtherapee-cli",),
+                rawtherapee("-p", os.path.join(PROFILES, "Auto-Matched Curve - ISO Low.pp3"))),
         Program(CHAIN, ("dcraw_emu", "cjpeg", "exiftool"), chain),
         Program(OURS, (one_photo,),
                 lambda source, target: [[[*ours, "--scale", "0.5", source, target]]], half=True),

@@ -6,7 +6,8 @@ import re
 import subprocess
 
 from measuring import MEGABYTE
-from programs import CHAIN, DARKTABLE, FLOOR, HALF_CHAIN, OURS, RAWTHERAPEE
+from programs import (CHAIN, DARKTABLE, FLOOR, HALF_CHAIN, OURS, RAWTHERAPEE,
+                      RAWTHERAPEE_MATCHED)
 
 BEGIN, END = "<!-- measured -->", "<!-- end of what was measured -->"
 LARGE = 8e6  # pixels from which on the bounds hold
@@ -87,10 +88,13 @@ def bounds_of(figures):
     ours, half = figures.costs[OURS, False], figures.costs[OURS, True]
     floor, halved = figures.costs.get((FLOOR, False)), figures.costs.get((HALF_CHAIN, True))
     yield f"CPU of {DARKTABLE} over ours", figures.ratio("cpu", DARKTABLE), 10, True
-    yield f"CPU of {RAWTHERAPEE} over ours", figures.ratio("cpu", RAWTHERAPEE), 8, True
+    for name in (RAWTHERAPEE, RAWTHERAPEE_MATCHED):
+        yield f"CPU of {name} over ours", figures.ratio("cpu", name), 8, True
     yield f"wall of {CHAIN} over ours", figures.ratio("wall", CHAIN), 2, True
     yield ("our CPU without the proof over the floor's",
            (ours.cpu - figures.proof) / floor.cpu if floor else None, 1.5, False)
+    yield ("CPU milliseconds a megapixel of the proof",
+           1000 * figures.proof / (figures.pixels / MEGABYTE), 7.5, False)
     yield (f"our CPU at half size over that of {HALF_CHAIN}",
            half.cpu / halved.cpu if halved else None, 1.2, False)
     yield ("peak at full size, bytes a pixel above 60 MB",
