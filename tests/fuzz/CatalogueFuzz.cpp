@@ -5,6 +5,10 @@
 #include "FuzzLibrary.h"
 #include "FuzzTarget.h"
 #include "PropertyList.h"
+#include "RollCatalogue.h"
+#include "Scripting.h"
+
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -15,6 +19,20 @@ QVariantMap contentOf(const QByteArray& bytes)
     return parsed.ok() ? parsed.value().toMap() : QVariantMap();
 }
 
+/// A scan looks up the rolls of photos in whatever it finds there.
+void lookUpRolls(const QVariantMap& content)
+{
+    const RollCatalogue catalogue(content);
+    const QVariantMap images = content.value(u"Master Image List"_s).toMap();
+    for (const QVariant& image : images) {
+        try {
+            static_cast<void>(catalogue.rollName(image.toMap().value(u"GUID"_s).toString()));
+        } catch (const ScriptingException&) { // a roll without a name
+            return;
+        }
+    }
+}
+
 } // namespace
 
 /// Any bytes in the place of AlbumData.xml are either no catalogue, or what a new one carries over
@@ -23,6 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     FuzzLibrary& library = FuzzLibrary::instance();
     const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
+    lookUpRolls(contentOf(bytes));
     const OldCatalogue old = OldCatalogue::parse(bytes);
     if (!old.wasRead()) {
         return 0;
