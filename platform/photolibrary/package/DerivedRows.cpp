@@ -31,7 +31,7 @@ constexpr const char* kWrongDates =
 constexpr const char* kWrongPosters =
     "SELECT f.uuid FROM RKFolder f WHERE f.folderType = 2 AND f.isMagic = 0"
     " AND f.posterVersionUuid IS NOT NULL AND NOT EXISTS (SELECT 1 FROM RKVersion v"
-    " WHERE v.uuid = f.posterVersionUuid AND v.projectUuid = f.uuid AND v.isInTrash = 0)"
+    " WHERE v.uuid = f.posterVersionUuid AND +v.projectUuid = f.uuid AND +v.isInTrash = 0)"
     " AND EXISTS (SELECT 1 FROM RKVersion v WHERE v.projectUuid = f.uuid AND +v.showInLibrary = 1"
     " AND +v.isInTrash = 0 AND +v.isHidden = 0) ORDER BY f.modelId";
 
