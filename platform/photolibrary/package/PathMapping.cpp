@@ -27,6 +27,9 @@ bool staysInside(const QString& relative)
 /// The entry of `folder` that the Mac would have meant by `name`; null when there is none.
 QString entryNamed(const QString& folder, const QString& name)
 {
+    if (QFileInfo::exists(folder + u'/' + name)) {
+        return name;
+    }
     const QString composed = name.normalized(QString::NormalizationForm_C);
     QString alike;
     const QStringList entries =

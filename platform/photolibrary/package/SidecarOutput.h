@@ -18,6 +18,9 @@ public:
     SidecarOutput(const SidecarOutput&) = delete;
     SidecarOutput& operator=(const SidecarOutput&) = delete;
 
+    /// Whether the content matters; where it does not, put() may be given the file as it was
+    /// opened.
+    [[nodiscard]] virtual bool needsContentOf(const SidecarFile& file) const = 0;
     /// A sidecar whose content is what it should say.
     [[nodiscard]] virtual Result<void> put(SidecarFile& file, Stamp stamp) = 0;
     /// The sidecar at that absolute path, if any, is of an object that is gone.

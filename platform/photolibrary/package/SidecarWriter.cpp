@@ -98,13 +98,19 @@ Result<void> SidecarWriter::putMasterFile(const QString& uuid, const QString& fo
     if (!file.ok()) {
         return file.error();
     }
-    QVariantMap& content = file.value().content();
+    if (m_output.needsContentOf(file.value())) {
+        mirrorMaster(file.value().content(), uuid);
+    }
+    return m_output.put(file.value(), SidecarOutput::Stamp::With);
+}
+
+void SidecarWriter::mirrorMaster(QVariantMap& content, const QString& uuid)
+{
     {
         Sql::Query row(m_connection, "SELECT * FROM RKMaster WHERE uuid=?", uuid);
-        if (!row.next()) {
-            return {};
+        if (row.next()) {
+            SidecarValues::mirrorRow(content, row, {u"hasAttachments"_s, u"hasNotes"_s});
         }
-        SidecarValues::mirrorRow(content, row, {u"hasAttachments"_s, u"hasNotes"_s});
     }
     const QString group = Sql::firstText(m_connection,
                                          "SELECT g.name FROM RKMaster m JOIN RKImportGroup g"
@@ -113,7 +119,6 @@ Result<void> SidecarWriter::putMasterFile(const QString& uuid, const QString& fo
     SidecarValues::mirror(content, u"importGroup"_s, group.isNull() ? QVariant() : group);
     content.insert(u"version"_s, qlonglong{SidecarValues::kFormatVersion});
     mirrorNotes(content, m_connection, uuid);
-    return m_output.put(file.value(), SidecarOutput::Stamp::With);
 }
 
 void SidecarWriter::mirrorAlbum(QVariantMap& content, Sql::Query& row)

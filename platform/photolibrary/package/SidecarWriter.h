@@ -31,6 +31,7 @@ public:
 private:
     [[nodiscard]] QString folderOfMaster(const QString& uuid);
     [[nodiscard]] Result<void> putMasterFile(const QString& uuid, const QString& folder);
+    void mirrorMaster(QVariantMap& content, const QString& uuid);
     void mirrorAlbum(QVariantMap& content, Sql::Query& row);
     void mirrorCustomOrder(QVariantMap& content, const QString& uuid);
 

@@ -47,6 +47,8 @@ public:
     {
     }
 
+    [[nodiscard]] bool needsContentOf(const SidecarFile& /*file*/) const override { return true; }
+
     Result<void> put(SidecarFile& file, Stamp stamp) override
     {
         if (!file.differs()) {
@@ -83,6 +85,12 @@ public:
     explicit ComparingOutput(QString package)
         : m_package(std::move(package))
     {
+    }
+
+    /// One that is missing or damaged differs, whatever it should say.
+    [[nodiscard]] bool needsContentOf(const SidecarFile& file) const override
+    {
+        return file.found() == SidecarFile::Found::Whole;
     }
 
     Result<void> put(SidecarFile& file, Stamp /*stamp*/) override

@@ -28,7 +28,7 @@ namespace Sidecars
 struct Stale {
     QString path; ///< absolute
     SidecarFile::Found found{SidecarFile::Found::Whole};
-    QStringList keys; ///< that it should tell otherwise, sorted
+    QStringList keys; ///< that a whole one should tell otherwise, sorted
 };
 
 struct Comparison {

@@ -214,6 +214,8 @@ Result<void> VersionSidecar::put(Connection& connection,
     if (!file.ok()) {
         return file.error();
     }
-    VersionContent(connection, version, file.value().content()).mirror();
+    if (output.needsContentOf(file.value())) {
+        VersionContent(connection, version, file.value().content()).mirror();
+    }
     return output.put(file.value(), SidecarOutput::Stamp::With);
 }
