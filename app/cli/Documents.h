@@ -16,8 +16,6 @@ namespace Documents
 {
 
 [[nodiscard]] QJsonObject
-list(const QString& library, const QString& version, const QList<PhotoFacts>& photos);
-[[nodiscard]] QJsonObject
 info(const QString& library, const QString& version, const LibrarySummary& summary);
 [[nodiscard]] QJsonObject trash(const QList<PhotoFacts>& photos);
 
@@ -31,8 +29,8 @@ info(const QString& library, const QString& version, const LibrarySummary& summa
 /// terminal that shows it is not steered by them and no reader loses them; ends in a line end.
 [[nodiscard]] QByteArray text(const QJsonObject& document);
 
-/// text() of list() in pieces of some kilobytes, each handed to `write` in turn: the whole of a
-/// large library's document takes ten times its size while it is made.
+/// The document of a list, as text() would give it, in pieces of some kilobytes, each handed to
+/// `write` in turn: the whole of a large library's takes ten times its size while it is made.
 void writeList(const QString& library,
                const QString& version,
                const QList<PhotoFacts>& photos,

@@ -35,6 +35,12 @@ constexpr std::array kWideRanges{
 constexpr auto kEllipsis = u'…';
 constexpr double kBytesPerMegabyte = 1024.0 * 1024.0;
 
+/// Nearly every character: kept by all, and one column wide.
+bool isPlain(QChar character)
+{
+    return character >= u' ' && character <= u'~';
+}
+
 int widthOf(char32_t character)
 {
     const QChar::Category category = QChar::category(character);
@@ -52,6 +58,12 @@ enum class LineEnds : quint8 { Kept, AsSpaces };
 
 QString cleaned(const QString& text, LineEnds lineEnds)
 {
+    const bool isClean = std::ranges::all_of(text, [lineEnds](QChar character) {
+        return isPlain(character) || (character == u'\n' && lineEnds == LineEnds::Kept);
+    });
+    if (isClean) {
+        return text;
+    }
     QString result;
     result.reserve(text.size());
     for (const char32_t character : text.toUcs4()) {
@@ -170,6 +182,9 @@ QString TextLayout::shellQuoted(const QString& text)
 
 int TextLayout::displayWidth(const QString& text)
 {
+    if (std::ranges::all_of(text, isPlain)) {
+        return static_cast<int>(text.size());
+    }
     int width = 0;
     for (const char32_t character : text.toUcs4()) {
         width += widthOf(character);

@@ -7,6 +7,29 @@
 
 using namespace Qt::StringLiterals;
 
+namespace
+{
+
+QByteArray textOfList(const QString& library, const QList<PhotoFacts>& photos)
+{
+    QByteArray text;
+    Documents::writeList(
+        library, u"9.6.1"_s, photos, [&text](const QByteArray& piece) { text += piece; });
+    return text;
+}
+
+QJsonObject inList(const PhotoFacts& photo)
+{
+    return QJsonDocument::fromJson(textOfList(u"/L"_s, {photo}))
+        .object()
+        .value(u"photos"_s)
+        .toArray()
+        .first()
+        .toObject();
+}
+
+} // namespace
+
 TEST(DocumentsTest, everyCharacterSurvivesAndNoneSteersATerminal)
 {
     const QString title =
@@ -22,11 +45,7 @@ TEST(DocumentsTest, numbersAndPathsThatDoNotExistAreNull)
 {
     PhotoFacts photo;
     photo.latitude = 51.5;
-    const QJsonObject object = Documents::list(u"/L"_s, u"9.6.1"_s, {photo})
-                                   .value(u"photos"_s)
-                                   .toArray()
-                                   .first()
-                                   .toObject();
+    const QJsonObject object = inList(photo);
     EXPECT_DOUBLE_EQ(object.value(u"latitude"_s).toDouble(), 51.5);
     EXPECT_TRUE(object.value(u"altitude"_s).isNull());
     EXPECT_TRUE(object.value(u"previewPath"_s).isNull());
@@ -35,17 +54,10 @@ TEST(DocumentsTest, numbersAndPathsThatDoNotExistAreNull)
 
 TEST(DocumentsTest, whatTheLibraryDoesNotKnowIsNullAndWhatIsZeroIsNot)
 {
-    const auto objectOf = [](const PhotoFacts& photo) {
-        return Documents::list(u"/L"_s, u"9.6.1"_s, {photo})
-            .value(u"photos"_s)
-            .toArray()
-            .first()
-            .toObject();
-    };
     PhotoFacts known;
     known.rollId = 8;
     known.rollName = u"Import"_s;
-    QJsonObject object = objectOf(known);
+    QJsonObject object = inList(known);
     for (const QString& key : {u"rating"_s, u"width"_s, u"height"_s}) {
         EXPECT_EQ(object.value(key).toInt(-1), 0) << key.toStdString();
     }
@@ -54,30 +66,49 @@ TEST(DocumentsTest, whatTheLibraryDoesNotKnowIsNullAndWhatIsZeroIsNot)
 
     PhotoFacts photo;
     photo.unknown = {.rating = true, .date = true, .width = true, .height = true};
-    object = objectOf(photo);
+    object = inList(photo);
     for (const QString& key : {u"rating"_s, u"width"_s, u"height"_s, u"date"_s, u"roll"_s}) {
         EXPECT_TRUE(object.value(key).isNull()) << key.toStdString();
     }
 }
 
-TEST(DocumentsTest, aListInPiecesReadsAsTheListInOne)
+TEST(DocumentsTest, aListStandsAsEveryOtherDocumentDoes)
 {
     PhotoFacts photo;
-    photo.name = u"\n    \"photos\": [\n\u2066"_s;
+    photo.id = 19;
+    photo.name = u"\n    \"photos\": [\n\u2066\u0007\\"_s;
+    photo.comment = u"\u00e4\U0001F4F7 \u0085"_s;
+    photo.rollName = u"\u201cx\u201d"_s;
+    photo.latitude = -51.123456789012345;
+    photo.longitude = 7.0;
+    photo.altitude = 1e300;
     photo.keywords = {u"a"_s, u"b"_s};
+    photo.albums = {u"\u2028"_s};
+    photo.previewPath = u"/a b/c.jpg"_s;
+    photo.bytes = 5000000000;
+    photo.raw = true;
+    PhotoFacts inRoll = photo;
+    inRoll.rollId = 3;
+    inRoll.keywords.clear();
+    inRoll.unknown = {.rating = true, .date = true, .width = true, .height = true};
     const QString library = u"/a\n    \"photos\": [\n"_s;
-    QList<PhotoFacts> photos;
-    for (const int count : {0, 1, 2, 300}) { // the last one is larger than a piece
-        photos.fill(photo, count);
-        QByteArray text;
-        int pieces = 0;
-        Documents::writeList(library, u"9.6.1"_s, photos, [&](const QByteArray& piece) {
-            text += piece;
-            ++pieces;
-        });
-        EXPECT_EQ(text, Documents::text(Documents::list(library, u"9.6.1"_s, photos))) << count;
-        EXPECT_EQ(pieces > 1, count == 300) << count;
+    for (const QList<PhotoFacts>& photos : {QList<PhotoFacts>{}, {photo}, {photo, inRoll}}) {
+        const QByteArray text = textOfList(library, photos);
+        const QJsonObject read = QJsonDocument::fromJson(text).object();
+        EXPECT_EQ(read.value(u"photos"_s).toArray().size(), photos.size());
+        EXPECT_EQ(text, Documents::text(read));
     }
+    const QJsonObject object = inList(inRoll);
+    EXPECT_EQ(object.value(u"title"_s).toString(), photo.name);
+    EXPECT_EQ(object.value(u"comment"_s).toString(), photo.comment);
+}
+
+TEST(DocumentsTest, aListOfManyIsHandedOnInPieces)
+{
+    int pieces = 0;
+    const auto count = [&pieces](const QByteArray& /*piece*/) { ++pieces; };
+    Documents::writeList(u"/L"_s, u"9.6.1"_s, QList<PhotoFacts>(300), count);
+    EXPECT_GT(pieces, 1);
 }
 
 TEST(DocumentsTest, theTrashIsSummedUp)
