@@ -42,19 +42,33 @@ QString damageOf(const QString& path, const QByteArray& bytes, const OldCatalogu
                  "backup, or remove it to have a new one made."_s.arg(path);
 }
 
-/// Nothing outside the package is replaced, whatever a link in it leads to.
-Result<void> replace(const QString& package,
-                     QLatin1StringView relative,
-                     const QByteArray& old,
-                     const QByteArray& bytes)
+/// Read in pieces: a large library's catalogue has a hundred megabytes.
+bool holds(const QString& path, const QByteArray& bytes)
 {
-    if (bytes == old) {
+    constexpr qsizetype kPiece = 1024 * 1024;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly) || file.size() != bytes.size()) {
+        return false;
+    }
+    for (qsizetype place = 0; place < bytes.size(); place += kPiece) {
+        const qsizetype length = qMin(kPiece, bytes.size() - place);
+        if (file.read(length) != QByteArrayView(bytes).sliced(place, length)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// Nothing outside the package is replaced, whatever a link in it leads to.
+Result<void> replace(const QString& package, QLatin1StringView relative, const QByteArray& bytes)
+{
+    const QString path = package + u'/' + relative;
+    if (holds(path, bytes)) {
         return {};
     }
     if (Result<void> allowed = PackageFiles::mayBeWritten(package, relative); !allowed.ok()) {
         return allowed;
     }
-    const QString path = package + u'/' + relative;
     if (Result<void> made = AtomicFile::makeFolder(QFileInfo(path).path()); !made.ok()) {
         return made;
     }
@@ -146,7 +160,7 @@ Result<Catalogues::CarriedOver> Catalogues::write(Connection& connection, double
 {
     const QString& package = connection.packagePath();
     const QString fullPath = fullPathIn(package);
-    const Result<QByteArray> oldFull = bytesOf(fullPath);
+    Result<QByteArray> oldFull = bytesOf(fullPath);
     if (!oldFull.ok()) {
         return oldFull.error();
     }
@@ -158,12 +172,13 @@ Result<Catalogues::CarriedOver> Catalogues::write(Connection& connection, double
     if (const QString damage = damageOf(fullPath, oldFull.value(), old); !damage.isNull()) {
         return CarriedOver{false, damage};
     }
+    oldFull.value().clear(); // its room is for the new one
     const Wanted wanted = wantedOf(connection, old);
-    const Result<void> full = replace(package, kFull, oldFull.value(), wanted.full);
+    const Result<void> full = replace(package, kFull, wanted.full);
     if (!full.ok() && full.error().code != ErrorCode::LeadsOut) {
         return full.error();
     }
-    const Result<void> brief = replace(package, kBrief, oldBrief.value(), wanted.brief);
+    const Result<void> brief = replace(package, kBrief, wanted.brief);
     touch(package, now);
     for (const Result<void>& written : {brief, full}) {
         if (!written.ok()) {
