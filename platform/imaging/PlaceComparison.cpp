@@ -134,6 +134,7 @@ void markFarPlaces(std::vector<Place>& places, const ComparedPlaces& compared)
 
 PlaceComparison::PlaceComparison(const SmallPicture& picture, const SmallPicture& shown)
 {
+    int best = -1;
     for (const SceneComparison::Overlay& overlay : SceneComparison::overlays(picture, shown)) {
         if (!isOfUse(overlay)) {
             continue;
@@ -141,26 +142,31 @@ PlaceComparison::PlaceComparison(const SmallPicture& picture, const SmallPicture
         const auto [one, other] = SceneComparison::laidOver(
             picture, shown, overlay, {ComparedPlaces::kSide, ComparedPlaces::kSide});
         const ComparedPlaces compared(one, other);
-        std::vector<Place> places = compared.places();
+        const std::vector<Place> places = compared.places();
         const int alike = largestPatch(places, isAlike);
         const int rows = compared.alikeRows();
-        if (alike + rows > m_alike + m_alikeRows) {
+        if (alike + rows > best) {
+            best = alike + rows;
             m_alike = alike;
             m_alikeRows = rows;
-            m_lost = largestPatch(places, isLost);
-            judge(places);
-            if (isDamaged()) {
-                markFarPlaces(places, compared);
-                judge(places);
-            }
+            judge(places, compared);
         }
-        m_constant = std::max(m_constant, largestPatch(places, isConstant));
-        m_constantBelowWhite =
-            std::max(m_constantBelowWhite, largestPatch(places, isConstantBelowWhite));
     }
 }
 
-void PlaceComparison::judge(const std::vector<ComparedPlace>& places)
+void PlaceComparison::judge(std::vector<ComparedPlace> places, const ComparedPlaces& compared)
+{
+    m_lost = largestPatch(places, isLost);
+    m_constant = largestPatch(places, isConstant);
+    m_constantBelowWhite = largestPatch(places, isConstantBelowWhite);
+    countUnlike(places);
+    if (isDamaged()) {
+        markFarPlaces(places, compared);
+        countUnlike(places);
+    }
+}
+
+void PlaceComparison::countUnlike(const std::vector<ComparedPlace>& places)
 {
     m_unlike = largestPatch(places, isUnlike);
     m_hasUnlikeLine = hasUnlikeLine(places);

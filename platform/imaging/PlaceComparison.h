@@ -10,7 +10,8 @@
 class PlaceComparison final
 {
 public:
-    /// Compares in the overlay (SceneComparison) in which most places are alike.
+    /// Compares in the overlay (SceneComparison) in which most places are alike, of equal ones the
+    /// first: what another one lays together tells nothing.
     PlaceComparison(const SmallPicture& picture, const SmallPicture& shown);
 
     /// Whether the picture shows the scene in some places that touch, and in others not.
@@ -25,7 +26,8 @@ public:
     [[nodiscard]] bool isEmptyInPlaces() const;
 
 private:
-    void judge(const std::vector<ComparedPlace>& places);
+    void judge(std::vector<ComparedPlace> places, const ComparedPlaces& compared);
+    void countUnlike(const std::vector<ComparedPlace>& places);
     [[nodiscard]] bool isSameScene() const;
 
     // Places of the largest patches that touch by a side.

@@ -5,6 +5,7 @@
 #include "SceneSamples.h"
 
 #include <QMarginsF>
+#include <QTransform>
 
 #include <gtest/gtest.h>
 
@@ -331,4 +332,29 @@ TEST(PictureDamageTest, emptyPlacesAreDamageWhateverThePreviewShows)
     // Sensors clip at white.
     fill(picture, {0, 150, 600, 250}, 65535);
     EXPECT_FALSE(complaint(picture, other).has_value());
+}
+
+TEST(PictureDamageTest, anEvenSkyThatThePreviewShowsAsWellIsNoDamage)
+{
+    // Just below white, as some sensors clip; turned upside down the preview has leaves there.
+    for (const quint16 sky : {quint16{60000}, quint16{64000}}) {
+        Bitmap picture = SceneSamples::leaves(kLandscape);
+        fill(picture, {0, 0, 1200, 360}, sky);
+        EXPECT_FALSE(complaint(picture, croppedBy(picture, {})).has_value()) << sky;
+    }
+}
+
+TEST(PictureDamageTest, anEvenQuarterIsDamageWhereThePreviewShowsSomething)
+{
+    const Bitmap whole = SceneSamples::leaves(kLandscape);
+    const QImage preview = croppedBy(whole, {});
+    const QImage turned = preview.transformed(QTransform().rotate(180));
+    const QImage other = croppedBy(SceneSamples::leaves(kLandscape, 3), {});
+    for (const quint16 value : {quint16{0}, quint16{32768}, quint16{60000}}) {
+        Bitmap picture = whole;
+        fill(picture, {0, 380, 640, 420}, value);
+        for (const QImage& shown : {preview, turned, other}) {
+            EXPECT_TRUE(complaint(picture, shown).has_value()) << value;
+        }
+    }
 }
