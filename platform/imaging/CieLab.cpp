@@ -1,44 +1,24 @@
 #include "CieLab.h"
 
+#include "SampledFunction.h"
+
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstddef>
 
 namespace
 {
 
-/// The cube root and the straight line below it, at equal distances.
-class LightnessTable final
+/// The cube root and the straight line below it.
+double lightnessOf(double part)
 {
-public:
-    LightnessTable()
-    {
-        for (std::size_t i = 0; i < m_values.size(); ++i) {
-            const double part = static_cast<double>(i) / kSteps;
-            m_values.at(i) = static_cast<float>(
-                part > 216.0 / 24389.0 ? std::cbrt(part) : (24389.0 / 27.0 * part + 16.0) / 116.0);
-        }
-    }
-
-    [[nodiscard]] float at(float part) const
-    {
-        const float place = std::clamp(part, 0.0F, 1.0F) * kSteps;
-        const auto below = std::min(static_cast<std::size_t>(place), kSteps - 1);
-        const float from = m_values[below];
-        return from + (m_values[below + 1] - from) * (place - static_cast<float>(below));
-    }
-
-private:
-    static constexpr std::size_t kSteps = 4096;
-    std::array<float, kSteps + 1> m_values{};
-};
+    return part > 216.0 / 24389.0 ? std::cbrt(part) : (24389.0 / 27.0 * part + 16.0) / 116.0;
+}
 
 } // namespace
 
 CieLab CieLab::of(std::span<const float, 3> light)
 {
-    static const LightnessTable kTable;
+    static const SampledFunction<4096> kTable(lightnessOf);
     const float red = std::clamp(light[0], 0.0F, 1.0F);
     const float green = std::clamp(light[1], 0.0F, 1.0F);
     const float blue = std::clamp(light[2], 0.0F, 1.0F);

@@ -3,6 +3,7 @@
 #include "Correlation.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <functional>
@@ -21,16 +22,21 @@ meansAlong(const std::vector<float>& values, std::ptrdiff_t step, std::ptrdiff_t
 {
     constexpr int kAround = 3;
     std::vector<float> result(values.size());
+    std::array<double, kValuesASide + 1> sums{}; // of all values before each
     for (std::ptrdiff_t start = 0; start < kValuesASide; ++start) {
+        const auto index = [&](int place) {
+            return static_cast<std::size_t>(start * line + place * step);
+        };
+        for (std::size_t place = 0; place < kValuesASide; ++place) {
+            sums[place + 1] =
+                sums[place] + static_cast<double>(values[index(static_cast<int>(place))]);
+        }
         for (int place = 0; place < kValuesASide; ++place) {
             const int from = std::max(0, place - kAround);
             const int end = std::min(kValuesASide, place + kAround + 1);
-            float sum = 0.0F;
-            for (int i = from; i < end; ++i) {
-                sum += values[static_cast<std::size_t>(start * line + i * step)];
-            }
-            result[static_cast<std::size_t>(start * line + place * step)] =
-                sum / static_cast<float>(end - from);
+            const double sum =
+                sums.at(static_cast<std::size_t>(end)) - sums.at(static_cast<std::size_t>(from));
+            result[index(place)] = static_cast<float>(sum / (end - from));
         }
     }
     return result;
@@ -40,13 +46,6 @@ std::vector<float> less(std::vector<float> values, const std::vector<float>& oth
 {
     std::ranges::transform(values, others, values.begin(), std::minus<float>());
     return values;
-}
-
-/// The lightness less its mean around: what has a shape.
-std::vector<float> detailOf(const SmallPicture& lightness)
-{
-    return less(lightness.values(),
-                meansAlong(meansAlong(lightness.values(), 1, kValuesASide), kValuesASide, 1));
 }
 
 /// How far a place is looked for, in values. Lenses bend pictures, and cameras bend their previews
@@ -102,9 +101,14 @@ ComparedPlaces::ComparedPlaces(const SmallPicture& picture, const SmallPicture& 
     , m_shown(shown)
     , m_pictureDetail(detailOf(picture))
     , m_shownDetail(detailOf(shown))
-    , m_pictureAlong(less(picture.values(), meansAlong(picture.values(), 1, kValuesASide)))
-    , m_shownAlong(less(shown.values(), meansAlong(shown.values(), 1, kValuesASide)))
 {
+}
+
+ComparedPlaces::Detail ComparedPlaces::detailOf(const SmallPicture& lightness)
+{
+    const std::vector<float> means = meansAlong(lightness.values(), 1, kValuesASide);
+    return {.around = less(lightness.values(), meansAlong(means, kValuesASide, 1)),
+            .along = less(lightness.values(), means)};
 }
 
 std::vector<ComparedPlace> ComparedPlaces::places() const
@@ -142,10 +146,10 @@ bool ComparedPlaces::isAlikeRow(int row) const
     const auto rowOf = [row](const std::vector<float>& values) {
         return std::span(values).subspan(valueAt(0, row), kValuesASide);
     };
-    const auto shown = rowOf(m_shownAlong);
+    const auto shown = rowOf(m_shownDetail.along);
     const float squares = std::inner_product(shown.begin(), shown.end(), shown.begin(), 0.0F);
     return squares >= kDetail * kDetail * kValuesASide &&
-           Correlation::ofValues(rowOf(m_pictureAlong), shown) >= kAlikeRow;
+           Correlation::ofValues(rowOf(m_pictureDetail.along), shown) >= kAlikeRow;
 }
 
 ComparedPlace ComparedPlaces::at(int column, int row) const
@@ -160,8 +164,8 @@ ComparedPlace ComparedPlaces::at(int column, int row) const
         }
     }
     place.shownMean /= kPlaceSide * kPlaceSide;
-    place.pictureDetail = strengthOf(m_pictureDetail, area);
-    place.shownDetail = strengthOf(m_shownDetail, area);
+    place.pictureDetail = strengthOf(m_pictureDetail.around, area);
+    place.shownDetail = strengthOf(m_shownDetail.around, area);
     if (place.shownDetail >= kDetail) {
         place.sureDetail = sureDetail(area);
         place.likeness = likeness(area);
@@ -172,11 +176,11 @@ ComparedPlace ComparedPlaces::at(int column, int row) const
 /// At the edge of a smooth part the shape beyond it may be taken for the place's own.
 float ComparedPlaces::sureDetail(const QRect& area) const
 {
-    float least = strengthOf(m_shownDetail, area);
+    float least = strengthOf(m_shownDetail.around, area);
     for (const int down : {-kSearched, 0, kSearched}) {
         for (const int right : {-kSearched, 0, kSearched}) {
             const QRect moved = area.translated(right, down) & kAllValues;
-            least = std::min(least, strengthOf(m_shownDetail, moved));
+            least = std::min(least, strengthOf(m_shownDetail.around, moved));
         }
     }
     return least;
@@ -204,8 +208,8 @@ float ComparedPlaces::likeness(const QRect& area, const QPoint& step) const
     float products = 0.0F;
     for (int y = area.top(); y <= area.bottom(); ++y) {
         const float* const picture =
-            &m_pictureDetail[valueAt(area.left() + step.x(), y + step.y())];
-        const float* const other = &m_shownDetail[valueAt(area.left(), y)];
+            &m_pictureDetail.around[valueAt(area.left() + step.x(), y + step.y())];
+        const float* const other = &m_shownDetail.around[valueAt(area.left(), y)];
         for (int x = 0; x < area.width(); ++x) {
             pictures += picture[x];
             shown += other[x];

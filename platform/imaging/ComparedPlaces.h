@@ -49,6 +49,13 @@ public:
     [[nodiscard]] int alikeRows() const;
 
 private:
+    /// Lightness less its mean: what has a shape.
+    struct Detail {
+        std::vector<float> around; ///< less the mean of what surrounds a value
+        std::vector<float> along;  ///< less that in its row: nothing of the rows around it
+    };
+
+    [[nodiscard]] static Detail detailOf(const SmallPicture& lightness);
     [[nodiscard]] bool isAlikeRow(int row) const;
     [[nodiscard]] ComparedPlace at(int column, int row) const;
     [[nodiscard]] float sureDetail(const QRect& area) const;
@@ -57,9 +64,6 @@ private:
 
     const SmallPicture& m_picture;
     const SmallPicture& m_shown;
-    std::vector<float> m_pictureDetail;
-    std::vector<float> m_shownDetail;
-    // The lightness less its mean in its row: nothing of the rows around it.
-    std::vector<float> m_pictureAlong;
-    std::vector<float> m_shownAlong;
+    Detail m_pictureDetail;
+    Detail m_shownDetail;
 };

@@ -14,26 +14,6 @@ double meanOf(std::span<const float> values)
            static_cast<double>(std::max<std::size_t>(values.size(), 1));
 }
 
-std::vector<float> ranksOf(std::span<const float> values)
-{
-    std::vector<std::size_t> order(values.size());
-    std::iota(order.begin(), order.end(), std::size_t{0});
-    std::ranges::sort(order, [&](std::size_t a, std::size_t b) { return values[a] < values[b]; });
-    std::vector<float> ranks(values.size());
-    for (std::size_t start = 0; start < order.size();) {
-        std::size_t end = start;
-        while (end < order.size() && values[order[end]] == values[order[start]]) {
-            ++end;
-        }
-        const float shared = static_cast<float>(start + end - 1) / 2.0F;
-        for (std::size_t i = start; i < end; ++i) {
-            ranks[order[i]] = shared;
-        }
-        start = end;
-    }
-    return ranks;
-}
-
 } // namespace
 
 double Correlation::ofValues(std::span<const float> first, std::span<const float> second)
@@ -57,4 +37,29 @@ double Correlation::ofValues(std::span<const float> first, std::span<const float
 double Correlation::ofRanks(std::span<const float> first, std::span<const float> second)
 {
     return ofValues(ranksOf(first), ranksOf(second));
+}
+
+std::vector<float> Correlation::ranksOf(std::span<const float> values)
+{
+    constexpr std::size_t kSteps = 4096;
+    if (values.empty()) {
+        return {};
+    }
+    const auto [least, most] = std::ranges::minmax(values);
+    const float scale = most > least ? static_cast<float>(kSteps - 1) / (most - least) : 0.0F;
+    std::vector<std::size_t> steps(values.size());
+    std::vector<int> counts(kSteps, 0);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        steps[i] = std::min(static_cast<std::size_t>((values[i] - least) * scale), kSteps - 1);
+        ++counts[steps[i]];
+    }
+    std::vector<float> shared(kSteps);
+    int below = 0;
+    for (std::size_t step = 0; step < kSteps; ++step) {
+        shared[step] = static_cast<float>(2 * below + counts[step] - 1) / 2.0F;
+        below += counts[step];
+    }
+    std::vector<float> ranks(values.size());
+    std::ranges::transform(steps, ranks.begin(), [&](std::size_t step) { return shared[step]; });
+    return ranks;
 }

@@ -135,16 +135,18 @@ bool isFarApart(double light, double other)
 std::optional<Error> contradiction(const SceneComparison::Views& picture, const QImage& reference)
 {
     const auto shown = SceneComparison::Views::of(ReducedPicture::of(reference));
-    if (!SceneComparison::isStructured(shown.lightness) ||
-        SceneComparison::likeness(picture.lightness, shown.lightness) <
-            SceneComparison::kSameScene) {
+    if (!SceneComparison::isStructured(shown.lightness)) {
+        return std::nullopt;
+    }
+    const auto match = SceneComparison::bestMatch(picture.lightness, shown.lightness);
+    if (match.likeness < SceneComparison::kSameScene) {
         return std::nullopt;
     }
     // Also where the picture is too dark to show any structure but the reference's.
     if (isFarApart(meanLight(picture.lightness), meanLight(shown.lightness))) {
         return damaged(QStringLiteral("it is far darker or lighter than the preview of the photo"));
     }
-    if (SceneComparison::hasOtherColors(picture, shown)) {
+    if (SceneComparison::hasOtherColors(picture, shown, match.overlay)) {
         return damaged(QStringLiteral("its colours are not those of the preview of the photo"));
     }
     return std::nullopt;

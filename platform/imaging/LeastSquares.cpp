@@ -1,10 +1,10 @@
 #include "LeastSquares.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <functional>
-#include <numeric>
 #include <optional>
 
 namespace
@@ -14,13 +14,25 @@ namespace
 constexpr double kDifference = 1e-3;
 
 /// An improvement of the sum by less than this part ends the search.
-constexpr double kLeastGain = 1e-4;
+constexpr double kLeastGain = 3e-4;
 
 using Numbers = std::vector<double>;
 
+/// In several sums, which compilers can add to at the same time.
 double product(std::span<const double> one, std::span<const double> other)
 {
-    return std::inner_product(one.begin(), one.end(), other.begin(), 0.0);
+    constexpr std::size_t kSums = 4;
+    const std::size_t whole = one.size() / kSums * kSums;
+    std::array<double, kSums> sums{};
+    for (std::size_t i = 0; i < whole; i += kSums) {
+        for (std::size_t part = 0; part < kSums; ++part) {
+            sums[part] += one[i + part] * other[i + part];
+        }
+    }
+    for (std::size_t i = whole; i < one.size(); ++i) {
+        sums[0] += one[i] * other[i];
+    }
+    return (sums[0] + sums[1]) + (sums[2] + sums[3]);
 }
 
 /// Solves a symmetric positive definite system in place, by Cholesky's decomposition; false where

@@ -79,31 +79,35 @@ public:
         // Measured: values by chance 0.19 and more, the largest sensitivities of cameras 0.11.
         constexpr double kStep = 0.15;
         constexpr double kRelated = 0.25;
-        const Pairs across = pairs(2, 0);
-        return across.step >= kStep && across.correlation < kRelated &&
-               pairs(0, 2).correlation < kRelated;
+        return stepAcross() >= kStep && correlation(2, 0) < kRelated &&
+               correlation(0, 2) < kRelated;
     }
 
 private:
-    struct Pairs {
-        double step{0.0};
-        double correlation{0.0};
-    };
+    /// The mean one between pixels two apart.
+    [[nodiscard]] double stepAcross() const
+    {
+        float steps = 0.0F;
+        int count = 0;
+        for (int y = 0; y < m_size.height(); ++y) {
+            for (int x = 0; x + 2 < m_size.width(); ++x, ++count) {
+                steps += std::abs(at(x, y) - at(x + 2, y));
+            }
+        }
+        return count > 0 ? static_cast<double>(steps) / count : 0.0;
+    }
 
-    [[nodiscard]] Pairs pairs(int right, int down) const
+    [[nodiscard]] double correlation(int right, int down) const
     {
         std::vector<float> first;
         std::vector<float> second;
-        double steps = 0.0;
         for (int y = 0; y + down < m_size.height(); ++y) {
             for (int x = 0; x + right < m_size.width(); ++x) {
                 first.push_back(at(x, y));
                 second.push_back(at(x + right, y + down));
-                steps += std::abs(static_cast<double>(first.back() - second.back()));
             }
         }
-        return {.step = first.empty() ? 0.0 : steps / static_cast<double>(first.size()),
-                .correlation = Correlation::ofValues(first, second)};
+        return Correlation::ofValues(first, second);
     }
 
     [[nodiscard]] float at(int x, int y) const

@@ -24,6 +24,9 @@ constexpr float kNothing = 0.001F;
 /// Likeness of places that show something else. Measured: of the same 0.66 and more, by chance 0.5.
 constexpr float kUnlike = 0.55F;
 
+/// Where so many places that touch are alike and none is unlike, no other overlay is looked at.
+constexpr int kSettled = kPlaces * kPlaces / 4;
+
 bool isAlike(const Place& place)
 {
     return place.shownDetail >= kDetail && place.pictureDetail >= kDetail / 2.0F &&
@@ -150,6 +153,9 @@ PlaceComparison::PlaceComparison(const SmallPicture& picture, const SmallPicture
             m_alike = alike;
             m_alikeRows = rows;
             judge(places, compared);
+        }
+        if (m_alike >= kSettled && m_unlike == 0) {
+            return;
         }
     }
 }

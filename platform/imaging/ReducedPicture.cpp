@@ -38,11 +38,17 @@ template <typename Value, typename Light>
 void addBlocks(const Value* value, int block, std::span<quint64> sums, const Light& light)
 {
     for (std::size_t i = 0; i < sums.size(); i += 3) {
-        for (int pixel = 0; pixel < block; ++pixel) {
-            sums[i] += light(*value++);
-            sums[i + 1] += light(*value++);
-            sums[i + 2] += light(*value++);
+        quint32 red = 0; // a side is too short for more
+        quint32 green = 0;
+        quint32 blue = 0;
+        for (int pixel = 0; pixel < block; ++pixel, value += 3) {
+            red += light(value[0]);
+            green += light(value[1]);
+            blue += light(value[2]);
         }
+        sums[i] += red;
+        sums[i + 1] += green;
+        sums[i + 2] += blue;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "Rendition.h"
 
+#include "SampledFunction.h"
 #include "SrgbTransfer.h"
 
 #include <algorithm>
@@ -97,6 +98,7 @@ Rendition::Rendition(const ColorMatrix& matrix, double stops, const ToneCurve& c
     const auto [scaledMatrix, gain] = scaled(matrix, stops);
     m_matrix = scaledMatrix;
     const SrgbTransfer& tables = SrgbTransfer::tables();
+    const SampledFunction<4096> toneOf([&curve](double encoded) { return curve.at(encoded); });
     for (std::size_t light = 0; light < m_tones.size(); ++light) {
         // Between the table's values, which lie too far apart for the gains of dark photos.
         const double wanted = std::min(static_cast<double>(light) * gain, kFull);
@@ -104,8 +106,8 @@ Rendition::Rendition(const ColorMatrix& matrix, double stops, const ToneCurve& c
         const auto above = static_cast<quint16>(std::min<int>(below + 1, 65535));
         const double encoded =
             std::lerp(tables.encoded(below), tables.encoded(above), wanted - below);
-        const double tone = curve.at(encoded / kFull);
-        m_tones[light] = static_cast<quint16>(std::lround(std::clamp(tone, 0.0, 1.0) * kFull));
+        const auto tone = static_cast<double>(toneOf.at(static_cast<float>(encoded / kFull)));
+        m_tones[light] = static_cast<quint16>(std::clamp(tone, 0.0, 1.0) * kFull + 0.5);
     }
 }
 

@@ -90,7 +90,7 @@ private:
         // Clipped light stays white, as in the rendition.
         const Rendition::Parts scaled = Rendition::scaled(parts.matrix, parts.stops);
         const ToneCurve curve(slopesOf(numbers));
-        const LightTable table([&](double x) { return curve.at(x); }, scaled.gain);
+        const LightTable table(curve, scaled.gain);
         const auto toFloats = [](const auto& from, auto& to) {
             std::ranges::transform(
                 from, to.begin(), [](double value) { return static_cast<float>(value); });
@@ -184,7 +184,7 @@ fitted(const Bitmap& light, const SensorColors& colors, const QImage& reference)
     const auto own = SceneComparison::Views::of(transformed(light, colors.lightToSrgb()));
     const auto match = SceneComparison::bestMatch(own.lightness, views.lightness);
     if (match.likeness < SceneComparison::kSameScene ||
-        SceneComparison::hasOtherColors(own, views)) {
+        SceneComparison::hasOtherColors(own, views, match.overlay)) {
         return std::nullopt;
     }
     // A small preview has averaged what the photo still has apart.

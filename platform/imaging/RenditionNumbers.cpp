@@ -37,16 +37,16 @@ ColorMatrix mixingOf(std::span<const double> numbers)
 
 } // namespace
 
-RenditionNumbers::LightTable::LightTable(const std::function<double(double)>& toneOfEncoded,
-                                         double gain)
+RenditionNumbers::LightTable::LightTable(const ToneCurve& curve, double gain)
+    : m_ofRoots([&curve, rootOfGain = std::sqrt(gain)](double root) {
+        static const SampledFunction<1024> kEncodedOfRoot(
+            [](double of) { return SrgbTransfer::encodedFrom(of * of); });
+        static const SampledFunction<1024> kLinear(SrgbTransfer::linearFrom);
+        const auto encoded =
+            static_cast<double>(kEncodedOfRoot.at(static_cast<float>(root * rootOfGain)));
+        return static_cast<double>(kLinear.at(static_cast<float>(curve.at(encoded))));
+    })
 {
-    for (std::size_t i = 0; i < m_values.size(); ++i) {
-        const double root = static_cast<double>(i) / kSteps;
-        m_values.at(i) = static_cast<float>(SrgbTransfer::linearFrom(
-            std::clamp(toneOfEncoded(SrgbTransfer::encodedFrom(std::min(root * root * gain, 1.0))),
-                       0.0,
-                       1.0)));
-    }
 }
 
 ToneCurve::Slopes RenditionNumbers::slopesOf(std::span<const double> numbers)

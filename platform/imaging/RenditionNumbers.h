@@ -1,12 +1,12 @@
 #pragma once
 
 #include "RenditionFit.h"
+#include "SampledFunction.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <functional>
 #include <span>
 
 /// The numbers that a fit finds, and the rendition that they stand for. Any thread.
@@ -44,23 +44,20 @@ struct Parts {
 /// All together.
 [[nodiscard]] Rendition renditionOf(std::span<const double> numbers, const SensorColors& colors);
 
-/// The steps of light of a curve, for many places: light in, light out.
+/// The light of a curve's tones, for many places: light in, light out.
 class LightTable final
 {
 public:
-    LightTable(const std::function<double(double)>& toneOfEncoded, double gain);
+    /// Light is multiplied by `gain`, clipped, and encoded on its way into the curve.
+    LightTable(const ToneCurve& curve, double gain);
 
     [[nodiscard]] float at(float light) const
     {
-        const float place = std::sqrt(std::clamp(light, 0.0F, 1.0F)) * kSteps;
-        const auto below = std::min(static_cast<std::size_t>(place), kSteps - 1);
-        const float from = m_values[below];
-        return from + (m_values[below + 1] - from) * (place - static_cast<float>(below));
+        return m_ofRoots.at(std::sqrt(std::max(light, 0.0F)));
     }
 
 private:
-    static constexpr std::size_t kSteps = 256;
-    std::array<float, kSteps + 1> m_values{};
+    SampledFunction<256> m_ofRoots; ///< closer in the shadows
 };
 
 } // namespace RenditionNumbers

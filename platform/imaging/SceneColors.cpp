@@ -74,9 +74,10 @@ SceneComparison::Views SceneComparison::Views::of(const QImage& image)
             .greenMagenta = SmallPicture::of(image, SmallPicture::View::GreenMagenta)};
 }
 
-bool SceneComparison::hasOtherColors(const Views& picture, const Views& shown)
+bool SceneComparison::hasOtherColors(const Views& picture,
+                                     const Views& shown,
+                                     const Overlay& overlay)
 {
-    const Overlay overlay = bestMatch(picture.lightness, shown.lightness).overlay;
     const SmallPicture lightness =
         laidOver(picture.lightness, shown.lightness, overlay, kColorGrid).second;
     const auto redBlue = laidOver(picture.redBlue, shown.redBlue, overlay, kColorGrid);

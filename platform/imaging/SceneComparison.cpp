@@ -2,6 +2,10 @@
 
 #include "Correlation.h"
 
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <utility>
 #include <vector>
 
 using SceneComparison::Overlay;
@@ -44,6 +48,37 @@ SmallPicture turnedBy(SmallPicture picture, int turns)
     return picture;
 }
 
+/// The ranks of the lightness of a picture's parts, each part ranked once.
+class RankedParts final
+{
+public:
+    explicit RankedParts(SmallPicture picture)
+        : m_picture(std::move(picture))
+    {
+    }
+
+    /// Valid until the next call.
+    [[nodiscard]] const std::vector<float>& of(const QRectF& area)
+    {
+        const auto known = std::ranges::find(m_parts, area, &Part::area);
+        if (known != m_parts.end()) {
+            return known->ranks;
+        }
+        const SmallPicture values = m_picture.sampled(area, kMatchGrid);
+        m_parts.push_back({.area = area, .ranks = Correlation::ranksOf(values.values())});
+        return m_parts.back().ranks;
+    }
+
+private:
+    struct Part {
+        QRectF area;
+        std::vector<float> ranks;
+    };
+
+    SmallPicture m_picture;
+    std::vector<Part> m_parts;
+};
+
 } // namespace
 
 bool SceneComparison::isStructured(const SmallPicture& picture)
@@ -65,8 +100,10 @@ std::vector<Overlay> SceneComparison::overlays(const SmallPicture& first,
             continue;
         }
         all.push_back({.turns = turns});
-        all.push_back({.turns = turns, .first = fitted(firstShape, shape)});
-        all.push_back({.turns = turns, .second = fitted(shape, firstShape)});
+        if (shape != firstShape) {
+            all.push_back({.turns = turns, .first = fitted(firstShape, shape)});
+            all.push_back({.turns = turns, .second = fitted(shape, firstShape)});
+        }
     }
     return all;
 }
@@ -84,9 +121,15 @@ SceneComparison::Match SceneComparison::bestMatch(const SmallPicture& first,
                                                   const SmallPicture& second)
 {
     Match best;
+    RankedParts ofFirst(first);
+    std::array<std::optional<RankedParts>, 4> ofSecond; // by turns
     for (const Overlay& overlay : overlays(first, second)) {
-        const auto [one, other] = laidOver(first, second, overlay, kMatchGrid);
-        const double likeness = Correlation::ofRanks(one.values(), other.values());
+        auto& turned = ofSecond.at(static_cast<std::size_t>(overlay.turns));
+        if (!turned) {
+            turned.emplace(turnedBy(second, overlay.turns));
+        }
+        const double likeness =
+            Correlation::ofValues(ofFirst.of(overlay.first), turned->of(overlay.second));
         if (likeness > best.likeness) {
             best = {.overlay = overlay, .likeness = likeness};
         }

@@ -61,8 +61,9 @@ struct Views {
 /// Whether the colour depends on lightness alone, as in black and white pictures and toned ones.
 [[nodiscard]] bool isToned(const Views& shown);
 
-/// Whether a picture that shows the same scene as `shown` has its colours wrong: far off on the
-/// whole, or exchanged. False where `shown` is in black and white, or toned in one colour.
-[[nodiscard]] bool hasOtherColors(const Views& picture, const Views& shown);
+/// Whether a picture that shows the same scene as `shown`, laid over it so, has its colours wrong:
+/// far off on the whole, or exchanged. False where `shown` is in black and white, or toned in one
+/// colour.
+[[nodiscard]] bool hasOtherColors(const Views& picture, const Views& shown, const Overlay& overlay);
 
 } // namespace SceneComparison

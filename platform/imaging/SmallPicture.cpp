@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <numeric>
 #include <span>
 
@@ -15,23 +16,26 @@ constexpr int kLongestSide = 96;
 
 /// What each channel adds to a value.
 struct Weights {
-    double red{0.0};
-    double green{0.0};
-    double blue{0.0};
+    float red{0.0F};
+    float green{0.0F};
+    float blue{0.0F};
+
+    /// Of values of which `full` is the most.
+    [[nodiscard]] Weights over(float full) const { return {red / full, green / full, blue / full}; }
 };
 
 Weights weightsOf(SmallPicture::View view)
 {
     switch (view) {
     case SmallPicture::View::RedBlue:
-        return {.red = 1.0, .green = 0.0, .blue = -1.0};
+        return {.red = 1.0F, .green = 0.0F, .blue = -1.0F};
     case SmallPicture::View::GreenMagenta:
-        return {.red = -0.5, .green = 1.0, .blue = -0.5};
+        return {.red = -0.5F, .green = 1.0F, .blue = -0.5F};
     case SmallPicture::View::Lightness:
         break;
     }
     // The sRGB primaries (ITU-R BT.709).
-    return {.red = 0.2126, .green = 0.7152, .blue = 0.0722};
+    return {.red = 0.2126F, .green = 0.7152F, .blue = 0.0722F};
 }
 
 QSize smallSize(QSize size)
@@ -40,6 +44,18 @@ QSize smallSize(QSize size)
         return size;
     }
     return size.scaled(kLongestSide, kLongestSide, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+}
+
+/// The values of a row of pixels, each part of them as `stored` makes it.
+template <typename Value, typename Stored>
+void weigh(const Value* pixel, const Weights& weights, std::span<float> into, const Stored& stored)
+{
+    for (float& value : into) {
+        value = weights.red * static_cast<float>(stored(pixel[0])) +
+                weights.green * static_cast<float>(stored(pixel[1])) +
+                weights.blue * static_cast<float>(stored(pixel[2]));
+        pixel += 3;
+    }
 }
 
 /// How a source pixel is shared out between the parts that a side is cut into: no pixel is longer
@@ -68,16 +84,49 @@ std::vector<Share> sharesOf(int from, int into)
     return shares;
 }
 
-void addShared(const Share& share, std::span<const double> line, std::vector<double>& sums)
+/// A point between two values of a line, `part` of the way from one to the other.
+struct Point {
+    std::size_t before{0};
+    std::size_t after{0};
+    float part{0.0F};
+};
+
+/// `count` points spread over a part of a side of `side` values, given in fractions of it.
+std::vector<Point> pointsOf(double start, double length, int count, int side)
 {
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        sums[share.part * line.size() + i] += share.here * line[i];
+    std::vector<Point> points;
+    points.reserve(static_cast<std::size_t>(count));
+    for (int index = 0; index < count; ++index) {
+        const double position =
+            std::clamp((start + length * (index + 0.5) / count) * side - 0.5, 0.0, side - 1.0);
+        const int before = static_cast<int>(position);
+        points.push_back({.before = static_cast<std::size_t>(before),
+                          .after = static_cast<std::size_t>(std::min(before + 1, side - 1)),
+                          .part = static_cast<float>(position - before)});
     }
-    if (share.next > 0.0) {
-        for (std::size_t i = 0; i < line.size(); ++i) {
-            sums[(share.part + 1) * line.size() + i] += share.next * line[i];
-        }
+    return points;
+}
+
+float between(float before, float after, float part)
+{
+    return before + (after - before) * part;
+}
+
+/// The averages of a line of values, as its shares say.
+void averageLine(std::span<const double> line,
+                 const std::vector<Share>& shares,
+                 std::span<float> into)
+{
+    // One part more, of which the last pixel has nothing.
+    std::vector<double> sums(into.size() + 1, 0.0);
+    for (std::size_t x = 0; x < line.size(); ++x) {
+        const Share& share = shares[x];
+        sums[share.part] += share.here * line[x];
+        sums[share.part + 1] += share.next * line[x];
     }
+    std::transform(sums.begin(), sums.end() - 1, into.begin(), [](double sum) {
+        return static_cast<float>(sum);
+    });
 }
 
 /// Averages of the source by area, `into` being no larger than `from`; `rowValues` gives a source
@@ -87,23 +136,23 @@ void average(QSize from, QSize into, const RowValues& rowValues, std::vector<flo
 {
     const std::vector<Share> columns = sharesOf(from.width(), into.width());
     const std::vector<Share> rows = sharesOf(from.height(), into.height());
-    std::vector<double> sums(values.size(), 0.0);
-    // One part more, of which the last pixel has nothing.
-    std::vector<double> line(static_cast<std::size_t>(into.width()) + 1, 0.0);
-    std::vector<float> row(static_cast<std::size_t>(from.width()));
+    const auto width = static_cast<std::size_t>(into.width());
+    std::vector<float> row(columns.size());
+    // Of the rows of a part together: the many are added up first, then the sums are cut.
+    std::vector<double> line(columns.size(), 0.0);
     for (std::size_t y = 0; y < rows.size(); ++y) {
+        const Share& share = rows[y];
         rowValues(static_cast<int>(y), row);
-        std::ranges::fill(line, 0.0);
         for (std::size_t x = 0; x < row.size(); ++x) {
-            const Share& share = columns[x];
-            const auto value = static_cast<double>(row[x]);
-            line[share.part] += share.here * value;
-            line[share.part + 1] += share.next * value;
+            line[x] += share.here * static_cast<double>(row[x]);
         }
-        addShared(rows[y], std::span(line).first(line.size() - 1), sums);
+        if (y + 1 == rows.size() || rows[y + 1].part != share.part) {
+            averageLine(line, columns, std::span(values).subspan(share.part * width, width));
+            for (std::size_t x = 0; x < row.size(); ++x) {
+                line[x] = share.next * static_cast<double>(row[x]);
+            }
+        }
     }
-    std::ranges::transform(
-        sums, values.begin(), [](double sum) { return static_cast<float>(sum); });
 }
 
 } // namespace
@@ -123,18 +172,13 @@ SmallPicture SmallPicture::of(const Bitmap& bitmap, View view)
     const bool isLinear = bitmap.transfer() == Transfer::Linear;
     // Light is averaged as it is; differences of colours are those of encoded values.
     const bool isEncodedFirst = isLinear && view != View::Lightness;
-    const Weights weights = weightsOf(view);
+    const Weights weights = weightsOf(view).over(65535.0F);
     const auto rowValues = [&](int y, std::vector<float>& row) {
-        const auto values = bitmap.row(y);
-        const auto value = [&](std::size_t index) {
-            const quint16 stored = values[index];
-            return static_cast<double>(isEncodedFirst ? tables.encoded(stored) : stored);
-        };
-        for (std::size_t x = 0; x < row.size(); ++x) {
-            row[x] =
-                static_cast<float>((weights.red * value(3 * x) + weights.green * value(3 * x + 1) +
-                                    weights.blue * value(3 * x + 2)) /
-                                   65535.0);
+        const quint16* const values = bitmap.row(y).data();
+        if (isEncodedFirst) {
+            weigh(values, weights, row, [&](quint16 value) { return tables.encoded(value); });
+        } else {
+            weigh(values, weights, row, std::identity());
         }
     };
     average(bitmap.size(), {small.m_width, small.m_height}, rowValues, small.m_values);
@@ -151,15 +195,9 @@ SmallPicture SmallPicture::of(const QImage& image, View view)
 {
     const QImage rgb = image.convertToFormat(QImage::Format_RGB888);
     SmallPicture small(smallSize(rgb.size()), rgb.size());
-    const Weights weights = weightsOf(view);
+    const Weights weights = weightsOf(view).over(255.0F);
     const auto rowValues = [&](int y, std::vector<float>& row) {
-        const uchar* pixel = rgb.constScanLine(y);
-        for (float& value : row) {
-            value = static_cast<float>(
-                (weights.red * pixel[0] + weights.green * pixel[1] + weights.blue * pixel[2]) /
-                255.0);
-            pixel += 3;
-        }
+        weigh(rgb.constScanLine(y), weights, row, std::identity());
     };
     average(rgb.size(), {small.m_width, small.m_height}, rowValues, small.m_values);
     return small;
@@ -192,23 +230,16 @@ SmallPicture SmallPicture::averaged(QSize size) const
 SmallPicture SmallPicture::sampled(const QRectF& area, QSize size) const
 {
     SmallPicture result(size, m_original);
-    const auto place = [](double start, double length, int index, int count, int side) {
-        const double position = (start + length * (index + 0.5) / count) * side - 0.5;
-        return std::clamp(position, 0.0, side - 1.0);
-    };
-    std::size_t next = 0;
-    for (int y = 0; y < size.height(); ++y) {
-        const double row = place(area.top(), area.height(), y, size.height(), m_height);
-        const int top = static_cast<int>(row);
-        const int bottom = std::min(top + 1, m_height - 1);
-        for (int x = 0; x < size.width(); ++x) {
-            const double column = place(area.left(), area.width(), x, size.width(), m_width);
-            const int left = static_cast<int>(column);
-            const int right = std::min(left + 1, m_width - 1);
-            const auto across = static_cast<float>(column - left);
-            const float upper = std::lerp(at(left, top), at(right, top), across);
-            const float lower = std::lerp(at(left, bottom), at(right, bottom), across);
-            result.m_values[next++] = std::lerp(upper, lower, static_cast<float>(row - top));
+    const auto columns = pointsOf(area.left(), area.width(), size.width(), m_width);
+    const auto rows = pointsOf(area.top(), area.height(), size.height(), m_height);
+    float* value = result.m_values.data();
+    for (const Point& row : rows) {
+        const float* const upper = &m_values[row.before * static_cast<std::size_t>(m_width)];
+        const float* const lower = &m_values[row.after * static_cast<std::size_t>(m_width)];
+        for (const Point& column : columns) {
+            *value++ = between(between(upper[column.before], upper[column.after], column.part),
+                               between(lower[column.before], lower[column.after], column.part),
+                               row.part);
         }
     }
     return result;
@@ -236,6 +267,9 @@ double SmallPicture::neighbourCorrelation() const
     std::vector<float> here;
     std::vector<float> right;
     std::vector<float> below;
+    for (std::vector<float>* const values : {&here, &right, &below}) {
+        values->reserve(m_values.size());
+    }
     for (int y = 0; y + 1 < m_height; ++y) {
         for (int x = 0; x + 1 < m_width; ++x) {
             here.push_back(at(x, y));

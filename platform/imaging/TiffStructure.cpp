@@ -67,6 +67,14 @@ public:
     void walk(quint64 first, TiffStructure& into);
 
 private:
+    template <typename Number>
+    void appendNumbers(quint64 offset, quint64 count, QList<quint64>& into) const
+    {
+        for (quint64 i = 0; i < count; ++i) {
+            into.append(at<Number>(offset + sizeof(Number) * i));
+        }
+    }
+
     void readDirectory(quint64 offset, TiffStructure& into);
     void readEntry(quint64 offset, TiffDirectory& directory, TiffStructure& into);
     void readValues(
@@ -143,26 +151,27 @@ void TiffStructure::Reader::readEntry(quint64 offset, TiffDirectory& directory, 
 void TiffStructure::Reader::readValues(
     quint16 type, quint64 offset, quint64 count, quint16 tag, TiffDirectory& directory) const
 {
-    for (quint64 i = 0; i < count; ++i) {
-        switch (type) {
-        case 1: // BYTE
-            directory.numbers[tag].append(at<quint8>(offset + i));
-            break;
-        case 3: // SHORT
-            directory.numbers[tag].append(at<quint16>(offset + 2 * i));
-            break;
-        case 4:  // LONG
-        case 13: // IFD
-            directory.numbers[tag].append(at<quint32>(offset + 4 * i));
-            break;
-        case 5: { // RATIONAL
+    switch (type) {
+    case 1: // BYTE
+        appendNumbers<quint8>(offset, count, directory.numbers[tag]);
+        break;
+    case 3: // SHORT
+        appendNumbers<quint16>(offset, count, directory.numbers[tag]);
+        break;
+    case 4:  // LONG
+    case 13: // IFD
+        appendNumbers<quint32>(offset, count, directory.numbers[tag]);
+        break;
+    case 5: { // RATIONAL
+        QList<double>& rationals = directory.rationals[tag];
+        for (quint64 i = 0; i < count; ++i) {
             const double below = at<quint32>(offset + 8 * i + 4);
-            directory.rationals[tag].append(below > 0 ? at<quint32>(offset + 8 * i) / below : 0.0);
-            break;
+            rationals.append(below > 0 ? at<quint32>(offset + 8 * i) / below : 0.0);
         }
-        default:
-            return;
-        }
+        break;
+    }
+    default:
+        break;
     }
 }
 

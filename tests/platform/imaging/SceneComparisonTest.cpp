@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <vector>
 
 namespace
 {
@@ -53,6 +54,13 @@ TEST(SceneComparisonTest, blackBarsOfAPreviewAreSetAside)
         std::copy_n(image.constScanLine(y), 480, barred.scanLine(y + 7));
     }
     EXPECT_GT(SceneComparison::likeness(scene({600, 400}), SmallPicture::of(barred)), 0.95);
+}
+
+TEST(SceneComparisonTest, equalValuesShareTheirMeanRank)
+{
+    const std::array<float, 4> values{0.5F, -0.1F, 0.5F, 0.9F};
+    EXPECT_EQ(Correlation::ranksOf(values), (std::vector<float>{1.5F, 0.0F, 1.5F, 3.0F}));
+    EXPECT_TRUE(Correlation::ranksOf({}).empty());
 }
 
 TEST(SceneComparisonTest, ranksCorrelateWhateverTheTone)
