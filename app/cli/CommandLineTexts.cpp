@@ -1,5 +1,6 @@
 #include "CommandLineTexts.h"
 
+#include "ScanTexts.h"
 #include "TextLayout.h"
 #include "Translation.h"
 
@@ -219,24 +220,18 @@ QString CommandLineTexts::removedOriginalsHint(const QString& library)
 
 QString CommandLineTexts::notConvertedHead(qint64 photos)
 {
-    return counted(photos, "%1 photo was not converted:", "%1 photos were not converted:");
+    return ScanTexts::notConverted(photos) + u':';
 }
 
 QString CommandLineTexts::photoWithReason(const QString& name, qint64 id, const QString& reason)
 {
-    return translated("%1 (photo %2): %3")
-        .arg(TextLayout::printable(name), QString::number(id), TextLayout::printable(reason));
-}
-
-QString CommandLineTexts::noReason()
-{
-    return translated("no reason was given");
+    return ScanTexts::photoWithReason(
+        TextLayout::printable(name), id, TextLayout::printable(reason));
 }
 
 QString CommandLineTexts::otherName(const QString& name, qint64 id, const QString& importedAs)
 {
-    return translated("The copy of %1 (photo %2) bears another name: %3")
-        .arg(TextLayout::printable(name), QString::number(id), TextLayout::printable(importedAs));
+    return ScanTexts::otherName(TextLayout::printable(name), id, TextLayout::printable(importedAs));
 }
 
 QString CommandLineTexts::dryRunSummary(qint64 convertible, qint64 selected)

@@ -4,7 +4,8 @@
 #include <QStringList>
 
 /// Every sentence that the command line program itself says; those of engine and controller are
-/// theirs, and those of both faces in CareTexts. English is the key of the translation. Any thread.
+/// theirs, and those of both faces in CareTexts and ScanTexts. English is the key of the
+/// translation. Any thread.
 namespace CommandLineTexts
 {
 
@@ -59,7 +60,6 @@ namespace CommandLineTexts
 [[nodiscard]] QString removedOriginalsHint(const QString& library);
 [[nodiscard]] QString notConvertedHead(qint64 photos);
 [[nodiscard]] QString photoWithReason(const QString& name, qint64 id, const QString& reason);
-[[nodiscard]] QString noReason();
 [[nodiscard]] QString otherName(const QString& name, qint64 id, const QString& importedAs);
 
 // Dry run

@@ -1,5 +1,6 @@
 #include "ScanCommand.h"
 
+#include "ClosingLines.h"
 #include "CommandLineTexts.h"
 #include "Console.h"
 #include "Documents.h"
@@ -8,7 +9,6 @@
 #include "Interruption.h"
 #include "PhotoSelection.h"
 #include "ReportFile.h"
-#include "ScanClosing.h"
 #include "ScanReport.h"
 #include "ScanRun.h"
 #include "TextLayout.h"
@@ -99,7 +99,7 @@ int ScanCommand::scan(PhotoLibrary& library,
     }
     // Also after an interruption the catalogues follow before the report says how it ended.
     const Result<void> closed = library.close();
-    for (const QString& line : ScanClosing::lines(report, defaults.boolValue(u"TrashEnabled"_s))) {
+    for (const QString& line : ClosingLines::of(report, defaults.boolValue(u"TrashEnabled"_s))) {
         services.console.say(line);
     }
     int status = ending.finished && report.isComplete() ? ExitStatus::kDone : ExitStatus::kNotAll;
@@ -143,7 +143,7 @@ int ScanCommand::dryRun(const QString& library,
     } else {
         console.print(summary);
     }
-    for (const QString& line : ScanClosing::lines(report, false)) {
+    for (const QString& line : ClosingLines::of(report, false)) {
         console.say(line);
     }
     const bool complete = report.isComplete() && !report.photos.isEmpty();

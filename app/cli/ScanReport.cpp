@@ -41,7 +41,7 @@ void insertConversion(QJsonObject& object, const PhotoOutcome& outcome)
     object.insert(u"height"_s, outcome.pixels.height());
 }
 
-QJsonObject entryObject(const ScanReport::Entry& entry, bool dryRun)
+QJsonObject entryObject(const ScannedPhoto& entry, bool dryRun)
 {
     const PhotoOutcome& outcome = entry.outcome;
     QJsonObject object{
@@ -69,15 +69,15 @@ ScanReport ScanReport::before(const QString& library, const QList<PhotoFacts>& s
     ScanReport report;
     report.library = library;
     for (const PhotoFacts& photo : selection) {
-        report.photos += Entry{.id = photo.id, .filename = photo.fileName, .outcome = {}};
+        report.photos += ScannedPhoto{.id = photo.id, .filename = photo.fileName, .outcome = {}};
     }
     return report;
 }
 
 qsizetype ScanReport::count(PhotoOutcome::Kind kind) const
 {
-    return std::ranges::count_if(photos,
-                                 [kind](const Entry& entry) { return entry.outcome.kind == kind; });
+    return std::ranges::count_if(
+        photos, [kind](const ScannedPhoto& entry) { return entry.outcome.kind == kind; });
 }
 
 bool ScanReport::isComplete() const
@@ -88,7 +88,7 @@ bool ScanReport::isComplete() const
 qint64 ScanReport::originalsBytes() const
 {
     qint64 bytes = 0;
-    for (const Entry& entry : photos) {
+    for (const ScannedPhoto& entry : photos) {
         bytes += entry.outcome.originalBytes;
     }
     return bytes;
@@ -97,7 +97,7 @@ qint64 ScanReport::originalsBytes() const
 qint64 ScanReport::convertedBytes() const
 {
     qint64 bytes = 0;
-    for (const Entry& entry : photos) {
+    for (const ScannedPhoto& entry : photos) {
         bytes += entry.outcome.jpegBytes;
     }
     return bytes;
@@ -109,7 +109,7 @@ QJsonObject ScanReport::document() const
         return dryRun ? QJsonValue(QJsonValue::Null) : QJsonValue(bytes);
     };
     QJsonArray entries;
-    for (const Entry& entry : photos) {
+    for (const ScannedPhoto& entry : photos) {
         entries += entryObject(entry, dryRun);
     }
     return {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "LibraryFacts.h"
-#include "PhotoOutcome.h"
 #include "Presenter.h"
+#include "ScanClosing.h"
 
 #include <QJsonObject>
 #include <QList>
@@ -12,15 +12,9 @@
 
 /// What became of the selected photos of a scan or of a dry run.
 struct ScanReport {
-    struct Entry {
-        qint64 id{0};
-        QString filename; ///< the photo's own
-        PhotoOutcome outcome;
-    };
-
     QString library; ///< absolute path
     bool dryRun{false};
-    QList<Entry> photos;          ///< in the order of the selection
+    QList<ScannedPhoto> photos;   ///< in the order of the selection
     std::optional<Alert> stopped; ///< the alert that stopped the scan
 
     /// No photo has had its turn.

@@ -3,6 +3,7 @@
 #include "CorvaneAppDelegate.h"
 #include "Interruption.h"
 #include "PhotoLibrary.h"
+#include "ScanOutcomes.h"
 #include "ScanProgress.h"
 #include "ScanSettings.h"
 #include "Texts.h"
@@ -42,7 +43,11 @@ ScanRun::Ending ScanRun::run(const QList<qint64>& selection)
     controller.applicationDidFinishLaunching();
     m_library.setSelection(selection);
 
-    collectOutcomes(controller, ending);
+    const ScanOutcomes outcomes(controller);
+    QObject::connect(
+        &controller, &CorvaneAppDelegate::alertShown, &controller, [&ending](const Alert& alert) {
+            ending.finished = alert.messageText == Texts::allDoneTitle();
+        });
     stopOnInterruption(controller);
     std::optional<ScanProgress> progress;
     if (m_options.showProgress) {
@@ -53,6 +58,7 @@ ScanRun::Ending ScanRun::run(const QList<qint64>& selection)
     while (controller.isScanning()) {
         loop.processEvents(QEventLoop::WaitForMoreEvents);
     }
+    ending.outcomes = outcomes.photos();
     ending.stopped = presenter.stopped();
     return ending;
 }
@@ -79,24 +85,4 @@ void ScanRun::stopOnInterruption(CorvaneAppDelegate& controller)
     if (m_services.interruption.isRequested()) {
         stop();
     }
-}
-
-void ScanRun::collectOutcomes(CorvaneAppDelegate& controller, Ending& ending)
-{
-    QObject::connect(&controller,
-                     &CorvaneAppDelegate::selectionTaken,
-                     &controller,
-                     [&ending](const QList<PhotoOutcome>& photos) { ending.outcomes = photos; });
-    QObject::connect(&controller,
-                     &CorvaneAppDelegate::photoDone,
-                     &controller,
-                     [&ending](const PhotoOutcome& outcome) {
-                         if (outcome.selectionIndex < ending.outcomes.size()) {
-                             ending.outcomes[outcome.selectionIndex] = outcome;
-                         }
-                     });
-    QObject::connect(
-        &controller, &CorvaneAppDelegate::alertShown, &controller, [&ending](const Alert& alert) {
-            ending.finished = alert.messageText == Texts::allDoneTitle();
-        });
 }

@@ -40,7 +40,6 @@ public:
 private:
     void touchOutputSize(CorvaneAppDelegate& controller) const;
     void stopOnInterruption(CorvaneAppDelegate& controller);
-    static void collectOutcomes(CorvaneAppDelegate& controller, Ending& ending);
 
     PhotoLibrary& m_library;
     UserDefaults& m_defaults;

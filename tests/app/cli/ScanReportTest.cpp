@@ -1,6 +1,6 @@
 #include "ScanReport.h"
 
-#include "ScanClosing.h"
+#include "ClosingLines.h"
 
 #include <QJsonArray>
 
@@ -87,7 +87,7 @@ TEST_F(ScanReportTest, anAlertThatStoppedTheScanIsQuoted)
 TEST_F(ScanReportTest, failuresAreListedAndTheRestOfTheSelectionIsNot)
 {
     EXPECT_EQ(
-        ScanClosing::lines(m_report, false),
+        ClosingLines::of(m_report, false),
         (QStringList{u"1 photo was not converted:"_s, u"  IMG_3.cr2 (photo 3): it ends early"_s}));
 }
 
@@ -96,7 +96,7 @@ TEST_F(ScanReportTest, copiesOfAnotherNameAndTheTrashAreNamed)
     m_report.photos[2].outcome = m_report.photos[0].outcome;
     m_report.photos[1].outcome.reason.clear();
     EXPECT_EQ(
-        ScanClosing::lines(m_report, true),
+        ClosingLines::of(m_report, true),
         (QStringList{u"1 photo was not converted:"_s,
                      u"  IMG_3.cr2 (photo 3): no reason was given"_s,
                      u"The copy of IMG_7.cr2 (photo 7) bears another name: IMG_1.jpg"_s,
