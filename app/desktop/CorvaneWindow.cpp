@@ -5,6 +5,7 @@
 #include "ForecastLabel.h"
 #include "OutputSizeView.h"
 #include "QualityView.h"
+#include "ScanClosingView.h"
 #include "ScanProgressView.h"
 #include "SwitchRow.h"
 #include "Texts.h"
@@ -26,6 +27,7 @@ CorvaneWindow::CorvaneWindow(CorvaneAppDelegate& controller,
     , m_defaults(defaults)
     , m_fixedSizeSheet(new FixedSizeSheet(controller, this))
     , m_forecast(new ForecastLabel)
+    , m_scanClosing(new ScanClosingView(this))
 {
     setObjectName(u"window"_s);
     setWindowTitle(tr("Corvane For iPhoto"));
@@ -35,11 +37,18 @@ CorvaneWindow::CorvaneWindow(CorvaneAppDelegate& controller,
     auto* const layout = new QVBoxLayout(this);
     layout->addLayout(makeSelectionRow());
     auto* const boxes = new QHBoxLayout;
-    boxes->addWidget(makePictureBox(), 2);
-    boxes->addWidget(makeSwitchBox(), 3);
+    QWidget* const picture = makePictureBox();
+    QWidget* const switches = makeSwitchBox();
+    // Where room is short the lists beneath scroll; settings cannot.
+    for (QWidget* const box : {picture, switches}) {
+        box->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum);
+    }
+    boxes->addWidget(picture, 2);
+    boxes->addWidget(switches, 3);
     layout->addLayout(boxes);
     layout->addWidget(makeForecastBox(), 1);
     layout->addWidget(new ScanProgressView(controller, this));
+    layout->addWidget(m_scanClosing, 1);
     layout->addLayout(makeButtons());
     watchSettings();
     updateForecast();

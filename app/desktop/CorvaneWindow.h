@@ -13,11 +13,13 @@ class ForecastLabel;
 class QBoxLayout;
 class QLayout;
 class QPushButton;
+class ScanClosingView;
 class UserDefaults;
 
 /// The main window "Corvane For iPhoto": output settings, switches, what the next press of the scan
-/// button will do, and the progress of a scan. Widgets are named as the controller names its
-/// outlets and settings. Everything stays usable while a scan runs but the scan button.
+/// button will do, the progress of a scan and what is to be told after it. Widgets are named as the
+/// controller names its outlets and settings. Everything stays usable while a scan runs but the
+/// scan button.
 class CorvaneWindow final : public QWidget
 {
     Q_OBJECT
@@ -33,6 +35,9 @@ public:
 
     /// What is selected now; the forecast follows.
     void setSelectionFacts(const ForecastSelection& selection);
+
+    /// What is to be told of single photos after the last scan.
+    [[nodiscard]] ScanClosingView& scanClosing() { return *m_scanClosing; }
 
     [[nodiscard]] FixedSizeSheet& fixedSizeSheet() { return *m_fixedSizeSheet; }
 
@@ -65,4 +70,5 @@ private:
     std::function<bool()> m_mayClose;
     FixedSizeSheet* m_fixedSizeSheet;
     ForecastLabel* m_forecast;
+    ScanClosingView* m_scanClosing;
 };

@@ -2,12 +2,14 @@
 
 #include "Directories.h"
 #include "LibraryActions.h"
+#include "ScanClosingView.h"
 #include "Texts.h"
 #include "VolumeSetting.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QEventLoop>
+#include <QHash>
 #include <QPushButton>
 
 using namespace Qt::StringLiterals;
@@ -22,6 +24,22 @@ bool saysStop(const QMessageBox& question)
 {
     return question.clickedButton() != nullptr &&
            question.buttonRole(question.clickedButton()) == kStopRole;
+}
+
+/// The outcomes, with the names of their photos.
+QList<ScannedPhoto> named(const QList<PhotoOutcome>& outcomes, const LibraryContents& contents)
+{
+    QHash<qint64, QString> names;
+    for (const QList<PhotoFacts>& photos : {contents.photos, contents.trash}) {
+        for (const PhotoFacts& photo : photos) {
+            names.insert(photo.id, photo.fileName);
+        }
+    }
+    QList<ScannedPhoto> scanned;
+    for (const PhotoOutcome& outcome : outcomes) {
+        scanned.append({outcome.photoId, names.value(outcome.photoId), outcome});
+    }
+    return scanned;
 }
 
 } // namespace
@@ -100,12 +118,21 @@ void DesktopProgram::followLibrary()
         m_controller->applicationDidBecomeActive();
     });
     connect(&m_session, &LibrarySession::shown, this, &DesktopProgram::resetControls);
+    // The ids of another library are those of other photos.
+    connect(&m_session, &LibrarySession::shown, this, [this] {
+        m_corvaneWindow->scanClosing().setClosing({});
+    });
+    connect(&m_corvaneWindow->scanClosing(),
+            &ScanClosingView::photoChosen,
+            m_libraryWindow.get(),
+            &LibraryWindow::showPhoto);
 }
 
 void DesktopProgram::followScan()
 {
     connect(m_controller.get(), &CorvaneAppDelegate::scanStarted, this, [this] {
         m_session.holdSelection(true);
+        m_corvaneWindow->scanClosing().setClosing({});
         m_libraryWindow->setScanning(true);
         m_corvaneWindow->updateForecast();
     });
@@ -114,6 +141,8 @@ void DesktopProgram::followScan()
             return;
         }
         m_session.holdSelection(false);
+        m_corvaneWindow->scanClosing().setClosing(
+            ScanClosing::of(named(m_outcomes.photos(), m_session.contents())));
         m_libraryWindow->setScanning(false);
         m_corvaneWindow->updateForecast();
         m_session.synchronise();

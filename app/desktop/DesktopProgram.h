@@ -13,6 +13,7 @@
 #include "LibraryWindow.h"
 #include "LoginPowerManagement.h"
 #include "RecentLibraries.h"
+#include "ScanOutcomes.h"
 #include "UserDefaults.h"
 
 #include <QMessageBox>
@@ -81,6 +82,7 @@ private:
     LibrarySession m_session;
     CrashReporting m_crashReporting{m_defaults, m_bundle, m_clock};
     std::unique_ptr<CorvaneAppDelegate> m_controller;
+    ScanOutcomes m_outcomes{*m_controller};
     std::unique_ptr<CorvaneWindow> m_corvaneWindow;
     std::unique_ptr<LibraryWindow> m_libraryWindow;
     QPointer<QMessageBox> m_question; ///< whether to stop, while it is asked

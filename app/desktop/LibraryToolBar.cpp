@@ -11,6 +11,7 @@ using namespace Qt::StringLiterals;
 
 LibraryToolBar::LibraryToolBar(const LibraryActions& actions, PhotoGrid& grid, QWidget* parent)
     : QToolBar(tr("Tools"), parent)
+    , m_search(new QLineEdit)
 {
     setObjectName(u"toolBar"_s);
     setMovable(false);
@@ -28,18 +29,22 @@ LibraryToolBar::LibraryToolBar(const LibraryActions& actions, PhotoGrid& grid, Q
 
 void LibraryToolBar::addSearch(const LibraryActions& actions)
 {
-    auto* const search = new QLineEdit;
-    search->setObjectName(u"search"_s);
-    search->setPlaceholderText(tr("Search"));
-    search->setAccessibleName(tr("Search photos by words"));
-    search->setClearButtonEnabled(true);
-    search->setMaximumWidth(fontMetrics().averageCharWidth() * 32);
-    addWidget(search);
-    connect(search, &QLineEdit::textChanged, this, &LibraryToolBar::searchTextChanged);
-    connect(actions.find, &QAction::triggered, search, [search] {
-        search->setFocus(Qt::ShortcutFocusReason);
-        search->selectAll();
+    m_search->setObjectName(u"search"_s);
+    m_search->setPlaceholderText(tr("Search"));
+    m_search->setAccessibleName(tr("Search photos by words"));
+    m_search->setClearButtonEnabled(true);
+    m_search->setMaximumWidth(fontMetrics().averageCharWidth() * 32);
+    addWidget(m_search);
+    connect(m_search, &QLineEdit::textChanged, this, &LibraryToolBar::searchTextChanged);
+    connect(actions.find, &QAction::triggered, m_search, [this] {
+        m_search->setFocus(Qt::ShortcutFocusReason);
+        m_search->selectAll();
     });
+}
+
+void LibraryToolBar::clearSearch()
+{
+    m_search->clear();
 }
 
 void LibraryToolBar::addZoom(PhotoGrid& grid)

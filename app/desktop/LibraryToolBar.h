@@ -16,10 +16,14 @@ public:
     /// The grid outlives it.
     LibraryToolBar(const LibraryActions& actions, PhotoGrid& grid, QWidget* parent = nullptr);
 
+    void clearSearch();
+
 signals:
     void searchTextChanged(const QString& text);
 
 private:
     void addSearch(const LibraryActions& actions);
     void addZoom(PhotoGrid& grid);
+
+    QLineEdit* m_search;
 };

@@ -12,6 +12,8 @@
 #include <QTreeView>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 using Kind = PhotoFilter::Collection::Kind;
 
@@ -94,6 +96,23 @@ void LibraryView::showAllPhotos()
 void LibraryView::showTrash()
 {
     m_sidebar->setCurrentIndex(m_sidebarModel.indexOf({Kind::Trash, 0, {}}));
+}
+
+bool LibraryView::isSeen(qint64 id) const
+{
+    return m_filter.mapFromSource(m_photos.indexOf(id)).isValid();
+}
+
+void LibraryView::showPhoto(qint64 id)
+{
+    if (!isSeen(id)) {
+        const QList<PhotoFacts>& trash = m_session.contents().trash;
+        std::ranges::find(trash, id, &PhotoFacts::id) == trash.end() ? showAllPhotos()
+                                                                     : showTrash();
+    }
+    if (isSeen(id)) {
+        m_grid->selectPhotos({id});
+    }
 }
 
 void LibraryView::showContents()

@@ -32,6 +32,11 @@ public:
     /// Shows all photos of a library that was just opened.
     void showAllPhotos();
     void showTrash();
+    /// Whether the photo is among those that are seen.
+    [[nodiscard]] bool isSeen(qint64 id) const;
+    /// Selects the photo and no other, and has it in sight, among all photos or in the trash where
+    /// it is not seen now. Nothing is done where a search hides it, or the library has none such.
+    void showPhoto(qint64 id);
     void closeViewer();
 
     /// Looks again for pictures that could not be had.

@@ -102,10 +102,10 @@ void LibraryWindow::makeInspector()
 
 void LibraryWindow::makeToolBar()
 {
-    auto* const bar = new LibraryToolBar(*m_actions, m_view->grid(), this);
-    addToolBar(bar);
-    m_actions->view->addAction(bar->toggleViewAction());
-    connect(bar, &LibraryToolBar::searchTextChanged, m_view, &LibraryView::setSearchText);
+    m_toolBar = new LibraryToolBar(*m_actions, m_view->grid(), this);
+    addToolBar(m_toolBar);
+    m_actions->view->addAction(m_toolBar->toggleViewAction());
+    connect(m_toolBar, &LibraryToolBar::searchTextChanged, m_view, &LibraryView::setSearchText);
 }
 
 void LibraryWindow::makeStatusBar()
@@ -202,6 +202,17 @@ void LibraryWindow::chooseLibrary()
     if (const std::optional<QString> path = LibraryOpenPanel::choose(this, start)) {
         openLibrary(*path);
     }
+}
+
+void LibraryWindow::showPhoto(qint64 id)
+{
+    if (!m_view->isSeen(id)) {
+        m_toolBar->clearSearch();
+    }
+    m_view->showPhoto(id);
+    show();
+    raise();
+    activateWindow();
 }
 
 void LibraryWindow::showFailure(const QString& title, const QString& text)

@@ -12,6 +12,7 @@ class CareDialogs;
 class Inspector;
 class LibraryActions;
 class LibrarySession;
+class LibraryToolBar;
 class LibraryView;
 class QLabel;
 class QStackedWidget;
@@ -51,6 +52,8 @@ public:
 public slots:
     /// Opens a library in place of the one that is open.
     void openLibrary(const QString& path);
+    /// Has the photo in sight, selected.
+    void showPhoto(qint64 id);
     /// Asks for a library and opens it.
     void chooseLibrary();
 
@@ -86,6 +89,7 @@ private:
     LibraryActions* m_actions;
     std::unique_ptr<RecentMenu> m_recent;
     LibraryView* m_view{nullptr};
+    LibraryToolBar* m_toolBar{nullptr};
     std::unique_ptr<TrashDialogs> m_trash;
     std::unique_ptr<CareDialogs> m_care;
     QStackedWidget* m_pages{nullptr};

@@ -8,6 +8,7 @@
 #include "PhotoLibrary.h"
 #include "PhotoViewer.h"
 #include "PropertyList.h"
+#include "ScanClosingView.h"
 #include "Texts.h"
 #include "UserDefaults.h"
 #include "WhenModal.h"
@@ -102,6 +103,7 @@ bool WindowPhotographer::takeEverything()
     takeCorvaneWindowAtWork();
     takeFixedSizeSheet();
     takeScan();
+    takeScanClosing();
     takeDialogsOfTheLibraryWindow();
     takeCare();
     return m_good;
@@ -279,6 +281,29 @@ void WindowPhotographer::takeScan()
         m_good = false;
     }
     m_good = QTest::qWaitFor([this] { return !m_program.session().isBusy(); }, kPatience) && m_good;
+}
+
+/// What is told of photos that were not converted, of the shortest window that shows it.
+void WindowPhotographer::takeScanClosing()
+{
+    ScanClosing closing;
+    for (qint64 id = 1; id <= 12; ++id) {
+        ScannedPhoto photo{.id = id, .filename = u"IMG_%1.CR2"_s.arg(2000 + id), .outcome = {}};
+        photo.outcome.reason =
+            u"/home/somebody/Pictures/Travels & Family.photolibrary/Masters/2019/08/17/"
+            "20190817-101112/%1 is damaged: its data end early"_s.arg(photo.filename);
+        closing.notConverted += photo;
+    }
+    closing.otherNames += ScannedPhoto{.id = 13, .filename = u"IMG_2013.CR2"_s, .outcome = {}};
+    closing.otherNames.last().outcome.importedAs = u"IMG_2012.jpg"_s;
+    CorvaneWindow& window = m_program.corvaneWindow();
+    window.scanClosing().setClosing(closing);
+    window.resize(window.minimumSizeHint());
+    QTest::qWait(kSettling);
+    take(window, u"corvane-closing-small"_s);
+    window.resize(kSmall);
+    QTest::qWait(kSettling);
+    take(window, u"corvane-closing"_s);
 }
 
 void WindowPhotographer::takeCare()

@@ -39,6 +39,7 @@ private:
     void takeDialogsOfTheLibraryWindow();
     void takeCare();
     void takeScan();
+    void takeScanClosing();
     void take(QWidget& window, const QString& name);
     /// Of the dialog that `action` holds the program up with; it is closed then.
     void takeDialog(const QString& name, const std::function<void()>& action);

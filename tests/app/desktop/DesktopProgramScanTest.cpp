@@ -2,9 +2,12 @@
 #include "ForecastLabel.h"
 #include "OpenPanelAnswer.h"
 #include "ProgramFixture.h"
+#include "ScanClosingView.h"
 #include "WhenModal.h"
 
 #include <QCheckBox>
+#include <QLineEdit>
+#include <QListWidget>
 #include <QSlider>
 #include <QSpinBox>
 
@@ -43,6 +46,35 @@ protected:
         const QList<PhotoFacts>& photos = m_program->session().contents().photos;
         const auto found = std::ranges::find(photos, id, &PhotoFacts::id);
         return found == photos.end() ? PhotoFacts() : *found;
+    }
+
+    /// Opens the library and selects its RAW photos; answers with their facts.
+    QList<PhotoFacts> openAndSelectRaw()
+    {
+        open();
+        selectRawPhotos();
+        QList<PhotoFacts> chosen;
+        for (const qint64 id : grid().selectedPhotos()) {
+            chosen += facts(id);
+        }
+        return chosen;
+    }
+
+    /// What is told of single photos, a line each.
+    [[nodiscard]] QStringList closingLines()
+    {
+        const auto& list = control<QListWidget>("closingList");
+        QStringList lines;
+        for (int row = 0; row < list.count(); ++row) {
+            lines += list.item(row)->text();
+        }
+        return lines;
+    }
+
+    static void cutInHalf(const QString& path)
+    {
+        QFile file(path);
+        ASSERT_TRUE(file.resize(file.size() / 2));
     }
 
     /// Whether the press of the scan button asked for the library; it is answered with `path`.
@@ -181,6 +213,78 @@ TEST_F(DesktopProgramScanTest, aDoublePressWithTaggingMarksTheSelectedAndTheirCo
         }
     }
     EXPECT_EQ(tagged, chosen);
+}
+
+TEST_F(DesktopProgramScanTest, aPhotoThatCannotBeConvertedIsListedWithItsReason)
+{
+    const QList<PhotoFacts> chosen = openAndSelectRaw();
+    ASSERT_EQ(chosen.size(), 2);
+    cutInHalf(chosen.at(0).originalPath);
+    const QList<PhotoOutcome> outcomes = outcomesOfAScan();
+    ASSERT_EQ(outcomes.size(), 2);
+    EXPECT_EQ(alerts(), QStringList{u"All Done"_s}) << "beside the summary";
+    EXPECT_TRUE(control("scanClosing").isVisible());
+    EXPECT_EQ(control<QLabel>("closingHeading").text(),
+              u"1 photo was not converted. 1 copy bears the name of another photo."_s);
+    const QStringList lines = closingLines();
+    ASSERT_EQ(lines.size(), 2);
+    ASSERT_FALSE(outcomes.at(0).reason.isEmpty());
+    EXPECT_EQ(lines.at(0),
+              u"%1 (photo %2): %3"_s.arg(
+                  chosen.at(0).fileName, QString::number(chosen.at(0).id), outcomes.at(0).reason));
+    EXPECT_TRUE(lines.at(1).startsWith(u"The copy of %1 "_s.arg(chosen.at(1).fileName)))
+        << lines.at(1).toStdString();
+}
+
+TEST_F(DesktopProgramScanTest, afterAScanWithoutFailuresNoListIsShown)
+{
+    openAndSelectRaw();
+    EXPECT_EQ(outcomesOfAScan().size(), 2);
+    EXPECT_FALSE(control("scanClosing").isVisible());
+    EXPECT_EQ(closingLines(), QStringList());
+}
+
+TEST_F(DesktopProgramScanTest, aScanThatWasStoppedByAMissingFileTellsWhichItWas)
+{
+    const QList<PhotoFacts> chosen = openAndSelectRaw();
+    ASSERT_TRUE(QFile::remove(chosen.at(0).originalPath));
+    outcomesOfAScan();
+    EXPECT_FALSE(alerts().contains(u"All Done"_s));
+    EXPECT_TRUE(control("scanClosing").isVisible());
+    const QStringList lines = closingLines();
+    ASSERT_EQ(lines.size(), 1) << "not those that were not reached";
+    EXPECT_TRUE(lines.at(0).startsWith(chosen.at(0).fileName)) << lines.at(0).toStdString();
+}
+
+TEST_F(DesktopProgramScanTest, aListedPhotoIsShownWhereverTheLibraryWindowIs)
+{
+    const QList<PhotoFacts> chosen = openAndSelectRaw();
+    cutInHalf(chosen.at(0).originalPath);
+    outcomesOfAScan();
+    m_program->libraryWindow().findChild<QLineEdit*>(u"search"_s)->setText(u"nothing like it"_s);
+    ASSERT_EQ(grid().model()->rowCount(), 0);
+    click("showFailedPhoto");
+    EXPECT_EQ(grid().selectedPhotos(), QList<qint64>{chosen.at(0).id});
+    actions().showTrash->trigger();
+    click("showFailedPhoto");
+    EXPECT_EQ(grid().selectedPhotos(), QList<qint64>{chosen.at(0).id});
+}
+
+TEST_F(DesktopProgramScanTest, theNextScanOrLibraryTakesTheListAway)
+{
+    const QList<PhotoFacts> chosen = openAndSelectRaw();
+    cutInHalf(chosen.at(0).originalPath);
+    outcomesOfAScan();
+    ASSERT_TRUE(control("scanClosing").isVisible());
+    grid().selectPhotos({chosen.at(1).id});
+    outcomesOfAScan();
+    EXPECT_FALSE(control("scanClosing").isVisible());
+    grid().selectPhotos({chosen.at(0).id});
+    outcomesOfAScan();
+    ASSERT_TRUE(control("scanClosing").isVisible());
+    m_program->libraryWindow().openLibrary(library());
+    ASSERT_TRUE(waitUntil([this] { return isIdle(); }));
+    EXPECT_FALSE(control("scanClosing").isVisible());
 }
 
 TEST_F(DesktopProgramScanTest, aSecondProgramShowsTheSettingsOfTheFirst)
