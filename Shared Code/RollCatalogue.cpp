@@ -44,7 +44,7 @@ QString guidOf(const ScriptingObjectPtr& object)
 /// What cannot be parsed knows no photo.
 RollCatalogue readCatalogue(const QString& path)
 {
-    const Result<QVariant> content = PropertyList::read(path);
+    const Result<QVariant> content = PropertyList::read(path, PropertyList::kMostBytesOfCatalogue);
     return RollCatalogue(content.ok() ? content.value() : QVariant());
 }
 

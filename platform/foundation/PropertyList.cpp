@@ -1,9 +1,8 @@
 #include "PropertyList.h"
 
 #include "PropertyListForms.h"
+#include "WholeFile.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QStringList>
 
 #include <limits>
@@ -19,20 +18,13 @@ Result<QVariant> PropertyList::parse(const QByteArray& bytes)
     return plain ? Result<QVariant>(*std::move(plain)) : PropertyListForms::readXml(bytes);
 }
 
-Result<QVariant> PropertyList::read(const QString& path)
+Result<QVariant> PropertyList::read(const QString& path, qint64 mostBytes)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        const bool exists = QFileInfo::exists(path); // a link to nothing does not
-        return Error{exists ? ErrorCode::Unreadable : ErrorCode::NotFound,
-                     u"Could not read \"%1\": %2"_s.arg(path, file.errorString())};
+    const Result<QByteArray> bytes = WholeFile::read(path, mostBytes);
+    if (!bytes.ok()) {
+        return bytes.error();
     }
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        return Error{ErrorCode::Unreadable,
-                     u"Could not read \"%1\": %2"_s.arg(path, file.errorString())};
-    }
-    Result<QVariant> parsed = parse(bytes);
+    Result<QVariant> parsed = parse(bytes.value());
     if (!parsed.ok()) {
         return Error{parsed.error().code, u"\"%1\": %2"_s.arg(path, parsed.error().message)};
     }

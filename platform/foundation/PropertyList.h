@@ -27,11 +27,18 @@ struct Uid {
     friend bool operator==(const Uid&, const Uid&) = default;
 };
 
+/// What a list about one thing stays below: settings, or an album with hundreds of thousands of
+/// photos.
+inline constexpr qint64 kMostBytes = qint64{64} * 1024 * 1024;
+/// The same of a catalogue of a whole library, which takes about a kilobyte a photo.
+inline constexpr qint64 kMostBytesOfCatalogue = qint64{2} * 1024 * 1024 * 1024;
+
 /// Parses either form (recognised by its content).
 /// Errors: Damaged for bytes that are no property list; never crashes on hostile input.
 [[nodiscard]] Result<QVariant> parse(const QByteArray& bytes);
-/// As parse(), of a whole file. Errors: NotFound, Unreadable, Damaged; the message names the file.
-[[nodiscard]] Result<QVariant> read(const QString& path);
+/// As parse(), of a whole file of at most `mostBytes`. Errors: NotFound, Unreadable, Damaged; the
+/// message names the file.
+[[nodiscard]] Result<QVariant> read(const QString& path, qint64 mostBytes = kMostBytes);
 
 /// Other integer types, float and QStringList are written as what they amount to.
 /// Errors: Unsupported for a value of a type not named above.

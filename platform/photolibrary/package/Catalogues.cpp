@@ -8,6 +8,7 @@
 #include "OldCatalogue.h"
 #include "PackageFiles.h"
 #include "PropertyList.h"
+#include "WholeFile.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -18,20 +19,12 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-/// The bytes of a file, none when it does not exist.
+/// The bytes of a catalogue; null ones where there is none.
 Result<QByteArray> bytesOf(const QString& path)
 {
-    if (!QFileInfo::exists(path)) { // nor does a link to nothing
-        return QByteArray();        // a null one
-    }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return Error{
-            ErrorCode::Unreadable,
-            u"\"%1\" cannot be read (%2): check its permissions."_s.arg(path, file.errorString())};
-    }
-    const QByteArray bytes = file.readAll();
-    return bytes.isNull() ? QByteArray("") : bytes;
+    Result<QByteArray> bytes = WholeFile::read(path, PropertyList::kMostBytesOfCatalogue);
+    const bool isMissing = !bytes.ok() && bytes.error().code == ErrorCode::NotFound;
+    return isMissing ? QByteArray() : bytes;
 }
 
 QString damageOf(const QString& path, const QByteArray& bytes, const OldCatalogue& read)
@@ -80,13 +73,15 @@ Result<void> replace(const QString& package, QLatin1StringView relative, const Q
 void touch(const QString& package, double now)
 {
     const QString relative = u"iLifeShared/ApertureDatabaseTimestamp"_s;
-    if (!PackageFiles::mayBeWritten(package, relative).ok()) {
+    const QFileInfo present(package + u'/' + relative);
+    const bool isOther = present.exists() && !present.isFile(); // opening a pipe would wait
+    if (isOther || !PackageFiles::mayBeWritten(package, relative).ok()) {
         return;
     }
     constexpr double kMilliseconds = 1000.0;
     const QDateTime moment = QDateTime::fromMSecsSinceEpoch(
         static_cast<qint64>((now + kSecondsFrom1970To2001) * kMilliseconds), Qt::UTC);
-    QFile file(package + u'/' + relative);
+    QFile file(present.filePath());
     if (file.open(QIODevice::WriteOnly | QIODevice::Append)) {
         file.setFileTime(moment, QFileDevice::FileModificationTime);
     }

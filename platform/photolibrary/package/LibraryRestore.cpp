@@ -9,7 +9,9 @@
 #include "IntegrityCheck.h"
 #include "LibraryErrors.h"
 #include "PackageFiles.h"
+#include "PropertyList.h"
 #include "SystemLog.h"
+#include "WholeFile.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -232,14 +234,14 @@ Result<void> exchange(const QString& present, const QString& staged)
 Result<void> putFile(const QString& package, const QString& copy, const QString& part)
 {
     const QString to = package + u'/' + part;
-    QFile from(copy + u'/' + part);
-    if (!from.open(QIODevice::ReadOnly)) {
-        return Error{ErrorCode::Unreadable,
-                     u"\"%1\" cannot be read (%2)."_s.arg(from.fileName(), from.errorString())};
+    const Result<QByteArray> bytes =
+        WholeFile::read(copy + u'/' + part, PropertyList::kMostBytesOfCatalogue);
+    if (!bytes.ok()) {
+        return bytes.error();
     }
     Result<void> done = PackageFiles::mayBeWritten(package, part);
     done = done.ok() ? AtomicFile::makeFolder(QFileInfo(to).path()) : done;
-    return done.ok() ? AtomicFile::write(to, from.readAll()) : done;
+    return done.ok() ? AtomicFile::write(to, bytes.value()) : done;
 }
 
 /// Makes both catalogues follow the databases; a sentence where they cannot.

@@ -2,6 +2,7 @@
 
 #include "PackageFiles.h"
 #include "Queries.h"
+#include "WholeFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,6 +15,8 @@ namespace
 {
 
 constexpr QLatin1StringView kMasters("Masters/");
+/// A super-journal names a few paths, each of 4096 bytes at most.
+constexpr qint64 kMostOfSuperJournal = qint64{64} * 1024;
 
 QString databaseFolder(Connection& connection)
 {
@@ -55,18 +58,17 @@ void removeDeadSuperJournals(const QString& folder)
     const QStringList names = QDir(folder).entryList(
         {u"Library.apdb-mj*"_s, u"Properties.apdb-mj*"_s, u"ImageProxies.apdb-mj*"_s}, QDir::Files);
     for (const QString& name : names) {
-        QFile file(folder + name);
-        if (!file.open(QIODevice::ReadOnly)) {
+        const Result<QByteArray> content = WholeFile::read(folder + name, kMostOfSuperJournal);
+        if (!content.ok()) {
             continue;
         }
-        const QList<QByteArray> journals = file.readAll().split('\0');
-        file.close();
+        const QList<QByteArray> journals = content.value().split('\0');
         const bool needed =
             std::any_of(journals.begin(), journals.end(), [](const QByteArray& journal) {
                 return !journal.isEmpty() && QFile::exists(QFile::decodeName(journal));
             });
         if (!needed) {
-            file.remove();
+            QFile::remove(folder + name);
         }
     }
 }

@@ -394,6 +394,20 @@ TEST(PropertyList, filesThatCannotBeReadAreToldApartAndNamed)
     EXPECT_TRUE(read.error().message.contains(path));
 }
 
+TEST(PropertyList, aFileLargerThanAnyOfItsKindIsNotRead)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"list.plist"_s);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(xml("<true/>"));
+    file.close();
+    EXPECT_TRUE(PropertyList::read(path, file.size()).ok());
+    EXPECT_EQ(PropertyList::read(path, file.size() - 1).error().code, ErrorCode::Unreadable);
+    ASSERT_TRUE(file.resize(PropertyList::kMostBytes + 1));
+    EXPECT_EQ(PropertyList::read(path).error().code, ErrorCode::Unreadable);
+}
+
 /// Real lists, where they lie beside the source tree: all are read, and all but dates of the XML
 /// form come through both forms unchanged.
 TEST(PropertyList, listsOfARealLibraryComeThroughUnchanged)

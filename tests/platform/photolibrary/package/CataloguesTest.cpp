@@ -16,6 +16,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 using namespace Qt::StringLiterals;
 
 namespace
@@ -93,6 +95,22 @@ QVariantList keys(std::initializer_list<qint64> ids)
     return list;
 }
 
+void makePipe(const QString& path)
+{
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+}
+
+void makeLinkToADevice(const QString& path)
+{
+    ASSERT_TRUE(QFile::link(u"/dev/zero"_s, path));
+}
+
+void makeHugeFile(const QString& path)
+{
+    ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
+    ASSERT_TRUE(QFile::resize(path, qint64{100} * 1024 * 1024 * 1024));
+}
+
 } // namespace
 
 TEST_F(CataloguesTest, aMissingCatalogueIsMadeWithPathsOfThePackage)
@@ -166,6 +184,36 @@ TEST_F(CataloguesTest, aCatalogueThatCannotBeReadIsLeftAsItIsAndSoIsTheBriefOne)
     EXPECT_TRUE(Catalogues::damage(package()).isNull());
     writeCatalogues(false);
     EXPECT_EQ(record(m_photo.visible).value(u"Caption"_s).toString(), u"another"_s);
+}
+
+TEST_F(CataloguesTest, aCatalogueThatIsNoFileOfItsKindIsNamedAndLeftAlone)
+{
+    const QString brief = package() + u"/iLifeShared/AlbumData2.xml"_s;
+    for (const QString& file : {path(), brief}) {
+        for (const auto make : {&makePipe, &makeLinkToADevice, &makeHugeFile}) {
+            QFile::remove(file);
+            make(file);
+            const auto written = Catalogues::write(connection(), kNow);
+            ASSERT_FALSE(written.ok());
+            EXPECT_EQ(written.error().code, ErrorCode::Unreadable);
+            EXPECT_TRUE(written.error().message.contains(file));
+            const QList<Finding> findings = Catalogues::compare(connection());
+            ASSERT_FALSE(findings.isEmpty());
+            EXPECT_EQ(findings.last().what, written.error().message);
+            EXPECT_FALSE(findings.last().repairable);
+        }
+        ASSERT_TRUE(QFile::remove(file));
+    }
+}
+
+TEST_F(CataloguesTest, aPipeInThePlaceOfTheTimestampHoldsNobodyUp)
+{
+    const QString stamp = package() + u"/iLifeShared/ApertureDatabaseTimestamp"_s;
+    QFile::remove(path());
+    QFile::remove(stamp);
+    makePipe(stamp);
+    writeCatalogues(false);
+    ASSERT_TRUE(QFile::remove(stamp));
 }
 
 TEST_F(CataloguesTest, whatOnlyTheOldFileKnowsIsCarriedOver)

@@ -325,3 +325,12 @@ TEST_F(DeadJournal, whatDecidesAboutAnotherDatabaseStays)
     EXPECT_TRUE(open(Access::Write)->close().ok());
     EXPECT_FALSE(isThere(super));
 }
+
+TEST_F(DeadJournal, whatIsTooLargeToNameJournalsStays)
+{
+    const QString super = u"Library.apdb-mj0A1B2C3D4"_s;
+    put(super, {});
+    ASSERT_TRUE(QFile::resize(apdb() + super, qint64{100} * 1024 * 1024 * 1024));
+    EXPECT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_TRUE(isThere(super));
+}

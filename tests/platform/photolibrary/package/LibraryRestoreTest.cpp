@@ -126,6 +126,18 @@ TEST_F(LibraryRestoreTest, aStagingThatFailsForgetsNoLagOfAnEarlierRestore)
     EXPECT_TRUE(QFileInfo::exists(package() + u"/Database/.corvane-restore"_s));
 }
 
+TEST_F(LibraryRestoreTest, aCatalogueTooLargeToBeOneIsMadeAnewInsteadOfPutBack)
+{
+    const QString catalogue = m_backup.path + u"/AlbumData.xml"_s;
+    ASSERT_TRUE(QFile::resize(catalogue, qint64{100} * 1024 * 1024 * 1024));
+    ASSERT_TRUE(LibraryRestore::stage(package(), m_state, m_backup.path).ok());
+    const Result<QStringList> lagging = LibraryRestore::putInPlace(package(), m_backup.path);
+    ASSERT_TRUE(lagging.ok());
+    EXPECT_EQ(lagging.value(), QStringList());
+    expectEitherState();
+    EXPECT_EQ(rows(u"RKMaster"_s), 4);
+}
+
 TEST_F(LibraryRestoreTest, cutOffBetweenTwoRenamesTheNextOpeningMakesItGood)
 {
     ASSERT_TRUE(LibraryRestore::stage(package(), m_state, m_backup.path).ok());

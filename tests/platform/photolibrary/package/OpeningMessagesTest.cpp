@@ -8,6 +8,8 @@
 #include <QDirIterator>
 #include <QMap>
 
+#include <sys/stat.h>
+
 #include <array>
 
 using namespace Qt::StringLiterals;
@@ -278,6 +280,22 @@ TEST_F(OpeningMessage, aSchemaThatIsOnlyReadSaysWhatIsStrangeAboutIt)
             put(file.key(), file.value());
         }
     }
+}
+
+TEST_F(OpeningMessage, anInfoThatIsNoFileOfItsKindIsNamedAtOnce)
+{
+    const QString info = package() + u"/Info.plist"_s;
+    const auto expectDamaged = [this] {
+        expectRefusedHowever(ErrorCode::Damaged,
+                             u"The library \"$\" does not say its version: \"$/Info.plist\" is "
+                             "damaged. Restore it from a backup."_s);
+    };
+    ASSERT_TRUE(QFile::remove(info));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(info).constData(), 0600), 0);
+    expectDamaged();
+    ASSERT_TRUE(QFile::remove(info));
+    ASSERT_TRUE(QFile::link(u"/dev/zero"_s, info));
+    expectDamaged();
 }
 
 TEST_F(OpeningMessage, whatMayNotBeReadOrEnteredIsNamed)
