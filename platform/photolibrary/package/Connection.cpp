@@ -2,6 +2,7 @@
 
 #include "HotJournals.h"
 #include "LibraryErrors.h"
+#include "PlainTables.h"
 #include "Queries.h"
 
 #include <QFile>
@@ -16,6 +17,9 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
+
+/// The largest values of real libraries are row ids and settings of some megabytes.
+constexpr int kLongestValue = 64 * 1024 * 1024;
 
 constexpr std::array kFiles{"Library.apdb", "Properties.apdb", "ImageProxies.apdb"};
 
@@ -42,12 +46,21 @@ QString pragma(const char* schema, const char* words)
     return u"PRAGMA %1.%2"_s.arg(QLatin1StringView(schema), QLatin1StringView(words));
 }
 
+/// What the schema of somebody else's database makes SQLite do stays within bounds.
+void distrustSchema(sqlite3* database)
+{
+    sqlite3_limit(database, SQLITE_LIMIT_LENGTH, kLongestValue);
+    sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+}
+
 } // namespace
 
 Connection::Connection(QString packagePath, Mode mode, int busyMilliseconds)
     : m_packagePath(std::move(packagePath))
     , m_database(encoded(databasePath(m_packagePath, kFiles[0])), openFlags(mode), busyMilliseconds)
 {
+    distrustSchema(m_database.getHandle());
 }
 
 void Connection::prepare(std::size_t index, Mode mode)
@@ -113,6 +126,9 @@ Connection::open(const QString& packagePath, Mode mode, int busyMilliseconds)
         }
         if (mode == Mode::Read) {
             connection->database().exec("PRAGMA query_only=1");
+        }
+        if (const Result<void> plain = PlainTables::check(*connection); !plain.ok()) {
+            return plain.error();
         }
         return connection;
     } catch (const SQLite::Exception& exception) {

@@ -33,8 +33,9 @@ public:
     /// How long a lock of another program is waited for before the library counts as in use.
     static constexpr int kBusyMilliseconds = 30000;
 
-    /// Errors: NotFound (one of the three is missing), InUse, Damaged, NotWritable, OutOfSpace,
-    /// Unreadable (also read-only media with an interrupted transaction to undo).
+    /// Errors: NotFound (one of the three is missing), InUse, Damaged (also where PlainTables says
+    /// so), NotWritable, OutOfSpace, Unreadable (also read-only media with an interrupted
+    /// transaction to undo).
     [[nodiscard]] static Result<std::unique_ptr<Connection>>
     open(const QString& packagePath, Mode mode, int busyMilliseconds = kBusyMilliseconds);
 

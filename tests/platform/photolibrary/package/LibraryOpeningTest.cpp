@@ -11,6 +11,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <sqlite3.h>
+
 #include <array>
 
 using namespace Qt::StringLiterals;
@@ -35,7 +37,9 @@ protected:
     {
         auto connection = Connection::open(package(), Connection::Mode::Write);
         ASSERT_TRUE(connection.ok());
-        connection.value()->database().exec(sql);
+        SQLite::Database& database = connection.value()->database();
+        sqlite3_db_config(database.getHandle(), SQLITE_DBCONFIG_DEFENSIVE, 0, nullptr);
+        database.exec(sql);
     }
 
     void loseARowInAnIndex() const
