@@ -37,8 +37,12 @@ Writer WriteTransaction::writer()
 
 Result<void> WriteTransaction::announceFiles(const QStringList& relativePaths)
 {
+    const QString& package = m_access->places().package;
     for (const QString& relative : relativePaths) {
-        const QFileInfo entry(m_access->places().package + u'/' + relative);
+        if (Result<void> allowed = PackageFiles::mayBeWritten(package, relative); !allowed.ok()) {
+            return allowed;
+        }
+        const QFileInfo entry(package + u'/' + relative);
         if (entry.exists() || entry.isSymLink()) {
             return AtomicFile::errorFromErrno(EEXIST, u"write"_s, entry.filePath());
         }

@@ -32,7 +32,8 @@ public:
     [[nodiscard]] Writer writer();
 
     /// Notes in the journal, before any of them exists, the files that will be made. One that is
-    /// there already is somebody else's, and an error: undoing the turn would remove it.
+    /// there already is somebody else's, and an error: undoing the turn would remove it. So is one
+    /// that a link would lead out of the package (LeadsOut).
     [[nodiscard]] Result<void> announceFiles(const QStringList& relativePaths);
     /// Makes an announced file with its folders, flushed. Errors: NotWritable, OutOfSpace, NotFound
     /// where the package was moved.

@@ -1,6 +1,8 @@
 #include "OrdinaryUser.h"
 #include "WritableLibrary.h"
 
+#include <QDate>
+#include <QDir>
 #include <QFile>
 #include <QThread>
 
@@ -267,4 +269,24 @@ TEST_F(TrashThatStays, filesAreNotForgottenHoweverManyRunsCannotRemoveThem)
     EXPECT_FALSE(pictureFiles().contains(m_masters.first()));
     EXPECT_EQ(pictureFiles().filter(u"Masters/"_s).size(), 2);
     expectSound();
+}
+
+TEST_F(PhotoLibraryImport, nothingIsWrittenBehindALinkThatLeadsOut)
+{
+    const QString outside = folder() + u"/outside"_s;
+    ASSERT_TRUE(QDir().mkpath(outside));
+    const QString today = QDate::currentDate().toString(u"yyyy/MM/dd"_s);
+    const QString month = today.section(u'/', 0, 1);
+    for (const QString& root : {u"Masters/"_s, u"Thumbnails/"_s}) {
+        const QString link = package() + u'/' + root + month;
+        ASSERT_TRUE(QDir().mkpath(link.section(u'/', 0, -2)));
+        ASSERT_TRUE(QFile::link(outside, link));
+        expectRefused(makePicture(u"IMG_1.JPG"_s),
+                      u"ImportFailed"_s,
+                      u"a symbolic link leads from there out of the library"_s);
+        EXPECT_TRUE(QDir(outside).isEmpty());
+        ASSERT_TRUE(QFile::remove(link));
+    }
+    import(library(), makePicture(u"IMG_1.JPG"_s));
+    EXPECT_EQ(libraryIds().size(), 1);
 }
