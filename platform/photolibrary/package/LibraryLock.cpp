@@ -1,18 +1,16 @@
 #include "LibraryLock.h"
 
 #include "AtomicFile.h"
+#include "FileLocks.h"
 #include "StateFolder.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFile>
-#include <QStringList>
 #include <QSysInfo>
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
-#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -77,38 +75,34 @@ Error heldBy(const QString& package, const QString& holder)
                 package, holder.isEmpty() ? u"unknown"_s : holder)};
 }
 
-/// The process that the system says has locked the file, where it tells: a line of /proc/locks is
-/// "1: FLOCK  ADVISORY  WRITE 4711 08:01:123456 0 EOF".
-QString lockerOf(int descriptor)
+/// Opens the package's folder, which is locked too for those who keep their lock files elsewhere.
+std::unique_ptr<FileDescriptor> openedFolder(const QString& package)
 {
-    struct stat status = {};
-    QFile locks(u"/proc/locks"_s);
-    if (::fstat(descriptor, &status) != 0 || !locks.open(QIODevice::ReadOnly)) {
-        return u"of another user"_s;
-    }
-    const QString place = u"%1:%2:%3"_s.arg(major(status.st_dev), 2, 16, QLatin1Char('0'))
-                              .arg(minor(status.st_dev), 2, 16, QLatin1Char('0'))
-                              .arg(status.st_ino);
-    constexpr qsizetype kProcess = 4;
-    for (const QByteArray& line : locks.readAll().split('\n')) {
-        const QStringList words = QString::fromLatin1(line).simplified().split(u' ');
-        if (words.contains(u"FLOCK"_s) && words.indexOf(place) == kProcess + 1) {
-            return u"process %1 on %2, of another user"_s.arg(words.at(kProcess),
-                                                              QSysInfo::machineHostName());
-        }
-    }
-    return u"of another user"_s;
+    return std::make_unique<FileDescriptor>(
+        ::open(QFile::encodeName(package).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
-/// Locks the package's folder too, for those who keep their lock files elsewhere. A file system
-/// without locks of folders stops nobody.
+/// Who has locked the package's folder, where the system tells.
+QString lockerOf(const QString& package)
+{
+    const QList<qint64> holders = FileLocks::holders(FileLocks::Kind::Flock, {package});
+    return holders.isEmpty()
+               ? u"unknown"_s
+               : u"process %1 on %2"_s.arg(holders.first()).arg(QSysInfo::machineHostName());
+}
+
+/// Whether somebody writes; a lock that this look takes itself goes with the descriptor.
+bool isLocked(const FileDescriptor& file)
+{
+    return file.isOpen() && ::flock(file.number(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
+
+/// A file system without locks of folders stops nobody.
 Result<std::unique_ptr<FileDescriptor>> lockPackage(const QString& package)
 {
-    auto folder = std::make_unique<FileDescriptor>(
-        ::open(QFile::encodeName(package).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder->isOpen() && ::flock(folder->number(), LOCK_EX | LOCK_NB) != 0 &&
-        errno == EWOULDBLOCK) {
-        return heldBy(package, lockerOf(folder->number()));
+    std::unique_ptr<FileDescriptor> folder = openedFolder(package);
+    if (folder->isOpen() && takeLock(folder->number()) == EWOULDBLOCK) {
+        return heldBy(package, lockerOf(package));
     }
     return folder;
 }
@@ -152,15 +146,15 @@ Result<std::unique_ptr<LibraryLock>> LibraryLock::take(const QString& package,
         new LibraryLock(std::move(file), std::move(packageLock).value(), std::move(leftBehind)));
 }
 
-QString LibraryLock::holder(const QString& stateFolder)
+QString LibraryLock::holder(const QString& package, const QString& stateFolder)
 {
     const FileDescriptor file(
         ::open(QFile::encodeName(stateFolder + "/lock"_L1).constData(), O_RDONLY | O_CLOEXEC));
-    if (!file.isOpen() || ::flock(file.number(), LOCK_SH | LOCK_NB) == 0 || errno != EWOULDBLOCK) {
-        return {};
+    if (isLocked(file)) {
+        QString holder = holderIn(file.number());
+        return holder.startsWith(ownProcess()) ? QString() : holder;
     }
-    QString holder = holderIn(file.number());
-    return holder.startsWith(ownProcess()) ? QString() : holder;
+    return isLocked(*openedFolder(package)) ? lockerOf(package) : QString();
 }
 
 LibraryLock::LibraryLock(std::unique_ptr<FileDescriptor> file,

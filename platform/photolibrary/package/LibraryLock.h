@@ -22,9 +22,9 @@ public:
     LibraryLock(const LibraryLock&) = delete;
     LibraryLock& operator=(const LibraryLock&) = delete;
 
-    /// Who holds the lock of `stateFolder` now, as the refusal would name it; empty when nobody
-    /// else than this process does.
-    [[nodiscard]] static QString holder(const QString& stateFolder);
+    /// Who holds either lock now, as the refusal would name it; empty when nobody else than this
+    /// process does.
+    [[nodiscard]] static QString holder(const QString& package, const QString& stateFolder);
 
     /// Who held the lock before and did not give it up in good order; empty when nobody.
     [[nodiscard]] const QString& leftBehind() const { return m_leftBehind; }

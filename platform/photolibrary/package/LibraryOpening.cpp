@@ -208,7 +208,7 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> LibraryOpening::open(const QString&
         connection.value()->database().setBusyTimeout(Connection::kBusyMilliseconds);
         auto library = std::make_shared<PhotoLibraryPrivate>(
             places, version.value(), std::move(connection).value(), nullptr);
-        const QString writer = LibraryLock::holder(places.state);
+        const QString writer = LibraryLock::holder(places.package, places.state);
         if (!writer.isEmpty()) {
             library->setWarnings({beingWritten(package, writer)});
         }

@@ -209,8 +209,21 @@ TEST_F(LibraryOfAnotherProcess, anotherUsersProcessIsNoticedThoughItKeepsItsLock
     EXPECT_TRUE(
         message.startsWith(u"Another Corvane writes to the library \"%1\" ("_s.arg(package())))
         << message.toStdString();
-    EXPECT_TRUE(message.endsWith(u"of another user): wait for it to end."_s))
-        << message.toStdString();
+    const auto reader = open(Access::Read);
+    ASSERT_NE(reader, nullptr) << "reading goes on";
+    ASSERT_EQ(reader->warnings().size(), 1);
+    EXPECT_EQ(
+        reader->warnings().first(),
+        u"Another Corvane writes to the library \"%1\" (%2): it is only read here, and what "
+        "is shown may change."_s.arg(package(), message.section(u'(', -1).section(u')', 0, 0)));
     other.end();
     EXPECT_NE(open(Access::Write), nullptr) << "the lock outlived its holder";
+    EXPECT_TRUE(open(Access::Read)->warnings().isEmpty()) << "nobody writes";
+}
+
+TEST_F(LibraryOfAnotherProcess, aReadersLookAtTheLockKeepsNoWriterOut)
+{
+    const auto reader = open(Access::Read);
+    ASSERT_NE(reader, nullptr);
+    EXPECT_NE(open(Access::Write), nullptr);
 }
