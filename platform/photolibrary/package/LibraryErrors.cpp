@@ -1,5 +1,7 @@
 #include "LibraryErrors.h"
 
+#include "FileLocks.h"
+#include "Schema.h"
 #include "Scripting.h"
 
 #include <sqlite3.h>
@@ -10,6 +12,23 @@ namespace
 {
 
 constexpr int kPrimaryCodeMask = 0xFF;
+
+/// Who has locked a database, " (corvane-cli, process 4711)", where the system tells.
+QString whoUses(const QString& package)
+{
+    QStringList databases;
+    for (const Schema::Database database : {Schema::Database::Library,
+                                            Schema::Database::Properties,
+                                            Schema::Database::ImageProxies}) {
+        databases << package + u'/' + Schema::filePath(database);
+    }
+    QStringList users;
+    for (const qint64 process : FileLocks::holders(FileLocks::Kind::Posix, databases)) {
+        const QString name = FileLocks::nameOf(process);
+        users << (name.isEmpty() ? QString() : name + ", "_L1) + u"process %1"_s.arg(process);
+    }
+    return users.isEmpty() ? QString() : u" (%1)"_s.arg(users.join("; "_L1));
+}
 
 } // namespace
 
@@ -24,9 +43,10 @@ Error LibraryErrors::fromSqlite(const SQLite::Exception& exception,
     switch (exception.getErrorCode() & kPrimaryCodeMask) {
     case SQLITE_BUSY:
     case SQLITE_LOCKED:
-        return {ErrorCode::InUse,
-                u"The library \"%1\" is in use by another program: quit that and try again."_s.arg(
-                    package)};
+        return {
+            ErrorCode::InUse,
+            u"The library \"%1\" is in use by another program%2: quit that and try again."_s.arg(
+                package, whoUses(package))};
     case SQLITE_FULL:
         return {ErrorCode::OutOfSpace,
                 u"There is no space left for the databases of the library \"%1\": make room on its "

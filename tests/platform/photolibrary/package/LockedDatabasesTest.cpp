@@ -1,6 +1,7 @@
 #include "ChildProcess.h"
 #include "Connection.h"
 #include "Directories.h"
+#include "FileLocks.h"
 #include "QtPrinters.h"
 #include "WritableLibrary.h"
 
@@ -226,4 +227,24 @@ TEST_F(LibraryOfAnotherProcess, aReadersLookAtTheLockKeepsNoWriterOut)
     const auto reader = open(Access::Read);
     ASSERT_NE(reader, nullptr);
     EXPECT_NE(open(Access::Write), nullptr);
+}
+
+TEST_F(LibraryOfAnotherProcess, whoHasLockedADatabaseIsNamed)
+{
+    ChildProcess other([this](ChildProcess& self) {
+        const auto databases = Connection::open(package(), Connection::Mode::Write);
+        if (databases.ok()) {
+            databases.value()->database().exec("BEGIN EXCLUSIVE");
+            self.stay();
+        }
+    });
+    ASSERT_TRUE(other.stays());
+    const auto refused = PhotoLibrary::open(package(), {Access::Read, false});
+    ASSERT_FALSE(refused.ok());
+    const QString program = FileLocks::nameOf(other.id());
+    EXPECT_EQ(
+        refused.error().message,
+        u"The library \"%1\" is in use by another program (%2, process %3): quit that and try "
+        "again."_s.arg(package(), program)
+            .arg(other.id()));
 }
