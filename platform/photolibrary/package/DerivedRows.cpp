@@ -5,7 +5,10 @@
 #include "ModelIds.h"
 #include "Queries.h"
 #include "RowIdIndexes.h"
+#include "RowQuestions.h"
 #include "Schema.h"
+
+#include <string>
 
 using namespace Qt::StringLiterals;
 
@@ -39,19 +42,6 @@ constexpr const char* kWronglyTrashed =
     "SELECT f.uuid FROM RKFolder f WHERE f.folderType = 2 AND f.isMagic = 0 AND f.isInTrash <> 0"
     " AND EXISTS (SELECT 1 FROM RKVersion v WHERE v.projectUuid = f.uuid AND +v.showInLibrary = 1"
     " AND +v.isInTrash = 0) ORDER BY f.modelId";
-
-constexpr const char* kMiscountedEvents =
-    "SELECT f.uuid FROM RKFolder f WHERE f.folderType = 2 AND f.isMagic = 0 AND f.versionCount"
-    " NOT IN (SELECT count(*) FROM RKVersion v WHERE v.projectUuid = f.uuid AND +v.showInLibrary = "
-    "1"
-    " AND +v.isInTrash = 0 AND +v.isHidden = 0 UNION ALL SELECT count(*) FROM RKVersion v"
-    " WHERE v.projectUuid = f.uuid AND +v.showInLibrary = 1 AND +v.isInTrash = 0)";
-
-constexpr const char* kMiscountedAlbums =
-    "SELECT a.modelId FROM RKAlbum a WHERE a.albumSubclass = 3 AND coalesce(a.versionCount, 0) <>"
-    " (SELECT count(*) FROM RKAlbumVersion v WHERE v.albumId = a.modelId)"
-    " AND coalesce(a.versionCount, 0) <> (SELECT count(*) FROM RKAlbumVersion v JOIN RKVersion p"
-    " ON p.modelId = v.versionId WHERE v.albumId = a.modelId)";
 
 QString titleOf(Connection& connection, const QString& event)
 {
@@ -97,15 +87,18 @@ void mendVersions(Writer& writer)
 
 void mendStatistics(Writer& writer)
 {
+    const std::string miscounted = RowQuestions::column("uuid", RowQuestions::kMiscountedEvents);
     QStringList events;
-    for (const char* sql : {kMiscountedEvents, kWrongDates, kWrongPosters, kWronglyTrashed}) {
+    for (const char* sql : {miscounted.c_str(), kWrongDates, kWrongPosters, kWronglyTrashed}) {
         events << Sql::texts(writer.connection, sql);
     }
     events.removeDuplicates();
     for (const QString& event : std::as_const(events)) {
         EventRows::updateStatistics(writer, event);
     }
-    const QList<qint64> albums = Sql::integers(writer.connection, kMiscountedAlbums);
+    const QList<qint64> albums =
+        Sql::integers(writer.connection,
+                      RowQuestions::column("modelId", RowQuestions::kMiscountedAlbums).c_str());
     for (const qint64 album : albums) {
         AlbumRows::updateCount(writer, album);
     }

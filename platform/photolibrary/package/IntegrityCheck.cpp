@@ -8,6 +8,7 @@
 #include "Queries.h"
 #include "RoomyCache.h"
 #include "RowIdIndexes.h"
+#include "RowQuestions.h"
 #include "Schema.h"
 #include "StrayFiles.h"
 
@@ -58,10 +59,7 @@ constexpr Question kQuestions[] = {
      "%2 record(s) of pictures name their photos by a wrong id, the first is %1.",
      true,
      Schema::Database::ImageProxies},
-    // What a row of a photo that is there should tell is lost in these, and perhaps kept in the
-    // photo's sidecar, which would follow the databases.
-    {"SELECT p.modelId FROM prop.RKIptcProperty p JOIN RKVersion v ON v.modelId = p.versionId"
-     " LEFT JOIN prop.RKUniqueString s ON s.modelId = p.stringId WHERE s.modelId IS NULL",
+    {RowQuestions::kLostTexts,
      "%2 text(s) of photos name a string that is not there, the first is %1.",
      false,
      Schema::Database::Properties},
@@ -71,29 +69,16 @@ constexpr Question kQuestions[] = {
      "%2 other text(s) of photos name a string that is not there, the first is %1.",
      false,
      Schema::Database::Properties},
-    {"SELECT p.modelId FROM prop.RKExifStringProperty p JOIN RKVersion v"
-     " ON v.modelId = p.versionId LEFT JOIN prop.RKUniqueString s ON s.modelId = p.stringId"
-     " WHERE p.stringId IS NOT NULL AND s.modelId IS NULL",
+    {RowQuestions::kLostCameraTexts,
      "%2 camera text(s) of photos name a string that is not there, the first is %1.",
      false,
      Schema::Database::Properties},
-    {"SELECT k.modelId FROM RKKeywordForVersion k JOIN RKVersion v ON v.modelId = k.versionId"
-     " LEFT JOIN RKKeyword w ON w.modelId = k.keywordId WHERE w.modelId IS NULL",
+    {RowQuestions::kLostKeywords,
      "%2 assigned keyword(s) of photos are not there, the first is %1."},
-    // Entries whose photo is gone may be counted or not.
-    {"SELECT a.name FROM RKAlbum a WHERE a.albumSubclass = 3 AND coalesce(a.versionCount, 0) <>"
-     " (SELECT count(*) FROM RKAlbumVersion v WHERE v.albumId = a.modelId)"
-     " AND coalesce(a.versionCount, 0) <> (SELECT count(*) FROM RKAlbumVersion v JOIN RKVersion p"
-     " ON p.modelId = v.versionId WHERE v.albumId = a.modelId)",
+    {RowQuestions::kMiscountedAlbums,
      "%2 album(s) miscount their photos, the first is \"%1\".",
      true},
-    // The signs keep SQLite to the index of the event: by that of the trash it would look at nearly
-    // every photo of the library for each event.
-    {"SELECT f.name FROM RKFolder f WHERE f.folderType = 2 AND f.isMagic = 0 AND f.versionCount <>"
-     " (SELECT count(*) FROM RKVersion v WHERE v.projectUuid = f.uuid AND +v.showInLibrary = 1"
-     " AND +v.isInTrash = 0 AND +v.isHidden = 0) AND f.versionCount <>"
-     " (SELECT count(*) FROM RKVersion v WHERE v.projectUuid = f.uuid AND +v.showInLibrary = 1"
-     " AND +v.isInTrash = 0)",
+    {RowQuestions::kMiscountedEvents,
      "%2 event(s) miscount their photos, the first is \"%1\".",
      true},
 };

@@ -11,6 +11,7 @@
 #include "PhotoLibraryPrivate.h"
 #include "ProxyFiles.h"
 #include "Queries.h"
+#include "RowQuestions.h"
 #include "Sidecars.h"
 
 #include <QFileInfo>
@@ -50,21 +51,14 @@ Error interrupted(const QString& package)
         u"The repair of the library \"%1\" was interrupted; what was mended stays."_s.arg(package)};
 }
 
-/// Masters of photos with a row that names a text or a keyword that is gone.
-constexpr const char* kWithLostWords =
-    "SELECT v.masterUuid FROM RKKeywordForVersion k JOIN RKVersion v ON v.modelId = k.versionId"
-    " LEFT JOIN RKKeyword w ON w.modelId = k.keywordId WHERE w.modelId IS NULL"
-    " UNION SELECT v.masterUuid FROM RKIptcProperty p JOIN RKVersion v ON v.modelId = p.versionId"
-    " LEFT JOIN RKUniqueString s ON s.modelId = p.stringId WHERE s.modelId IS NULL"
-    " UNION SELECT v.masterUuid FROM RKExifStringProperty p"
-    " JOIN RKVersion v ON v.modelId = p.versionId"
-    " LEFT JOIN RKUniqueString s ON s.modelId = p.stringId"
-    " WHERE p.stringId IS NOT NULL AND s.modelId IS NULL";
-
 /// What the databases have lost may still be told by sidecars: these stay.
 void keepLostWords(Writer& writer)
 {
-    const QStringList masters = Sql::texts(writer.connection, kWithLostWords);
+    QStringList masters;
+    for (const char* lost :
+         {RowQuestions::kLostKeywords, RowQuestions::kLostTexts, RowQuestions::kLostCameraTexts}) {
+        masters << Sql::texts(writer.connection, RowQuestions::column("masterUuid", lost).c_str());
+    }
     writer.changes.masters.subtract(QSet<QString>(masters.begin(), masters.end()));
     writer.changes.keywords = writer.changes.keywords && masters.isEmpty();
 }
