@@ -24,6 +24,15 @@ qint64 bytesOf(const QList<PhotoFacts>& photos)
     return bytes;
 }
 
+QList<qint64> idsOf(const QList<PhotoFacts>& photos)
+{
+    QList<qint64> ids;
+    for (const PhotoFacts& photo : photos) {
+        ids += photo.id;
+    }
+    return ids;
+}
+
 } // namespace
 
 TrashCommand::TrashCommand(LibraryOptions libraryOptions, Options options)
@@ -118,7 +127,9 @@ int TrashCommand::empty(PhotoLibrary& library,
         console.print(CommandLineTexts::trashEmpty());
         return ExitStatus::kDone;
     }
+    std::optional<QList<qint64>> asked; // none: all that is there
     if (!m_options.yes) {
+        asked = idsOf(trashed);
         console.say(CommandLineTexts::askToEmpty(trashed.size(), bytesOf(trashed)));
         const std::optional<QString> answer = console.readLine(services.interruption);
         if (services.interruption.isRequested()) {
@@ -129,10 +140,10 @@ int TrashCommand::empty(PhotoLibrary& library,
             return ExitStatus::kDone;
         }
     }
-    const Result<qint64> freed = library.emptyTrash();
-    if (!freed.ok()) {
-        return failed(freed.error(), services);
+    const Result<EmptiedTrash> emptied = library.emptyTrash(asked);
+    if (!emptied.ok()) {
+        return failed(emptied.error(), services);
     }
-    console.print(CommandLineTexts::emptied(trashed.size(), freed.value()));
+    console.print(CommandLineTexts::emptied(emptied.value().photos, emptied.value().bytes));
     return ExitStatus::kDone;
 }

@@ -463,19 +463,19 @@ void LibrarySession::restoreFromTrash(const QList<qint64>& ids)
     synchronise();
 }
 
-void LibrarySession::emptyTrash()
+void LibrarySession::emptyTrash(const QList<qint64>& ids)
 {
-    run([this](const LibraryPtr& open) -> std::function<void()> {
+    run([this, ids](const LibraryPtr& open) -> std::function<void()> {
         if (open == nullptr) {
             return [] {};
         }
-        const Result<qint64> freed = open->emptyTrash();
-        if (!freed.ok()) {
-            return [this, message = freed.error().message] {
+        const Result<EmptiedTrash> emptied = open->emptyTrash(ids);
+        if (!emptied.ok()) {
+            return [this, message = emptied.error().message] {
                 emit failed(tr("The trash could not be emptied"), message);
             };
         }
-        return [this, bytes = freed.value()] { emit trashEmptied(bytes); };
+        return [this, done = emptied.value()] { emit trashEmptied(done.photos, done.bytes); };
     });
     synchronise();
 }

@@ -46,9 +46,9 @@ public:
     /// Takes photos out of the trash; ends with restored() and contentsChanged(), or failed().
     /// Sidecars and catalogues follow after that.
     void restoreFromTrash(const QList<qint64>& ids);
-    /// Deletes the trash's photos for good; ends with trashEmptied() and contentsChanged(), or
-    /// failed().
-    void emptyTrash();
+    /// Deletes those of the photos that are in the trash for good; ends with trashEmptied() and
+    /// contentsChanged(), or failed().
+    void emptyTrash(const QList<qint64>& ids);
     /// Reads the contents anew, then brings sidecars and catalogues in step, as after a scan:
     /// contentsChanged() does not wait for the files.
     void synchronise();
@@ -108,7 +108,7 @@ signals:
     void contentsChanged();
     void busyChanged(bool busy);
     void restored(int photos);
-    void trashEmptied(qint64 bytes);
+    void trashEmptied(qsizetype photos, qint64 bytes);
     /// A person's operation failed: `title` in a few words, `text` with path and remedy.
     void failed(const QString& title, const QString& text);
     /// The library was opened for reading only, since iPhoto did not close it properly; the person

@@ -27,9 +27,13 @@ TrashDialogs::TrashDialogs(LibrarySession& session,
         emit said(photos == 1 ? tr("1 photo was put back.")
                               : tr("%1 photos were put back.").arg(photos));
     });
-    connect(&m_session, &LibrarySession::trashEmptied, this, [this](qint64 bytes) {
-        emit said(tr("The trash is empty; %1 are free again.").arg(PhotoTexts::size(bytes)));
-    });
+    connect(
+        &m_session, &LibrarySession::trashEmptied, this, [this](qsizetype photos, qint64 bytes) {
+            const QString deleted =
+                photos == 1 ? tr("1 photo was deleted for good; %1 are free again.")
+                            : tr("%2 photos were deleted for good; %1 are free again.").arg(photos);
+            emit said(deleted.arg(PhotoTexts::size(bytes)));
+        });
 }
 
 void TrashDialogs::putBack()
@@ -45,15 +49,16 @@ void TrashDialogs::putBack()
 
 void TrashDialogs::askToEmpty()
 {
-    const QList<PhotoFacts>& trash = m_session.contents().trash;
+    QList<qint64> ids;
     qint64 bytes = 0;
-    for (const PhotoFacts& photo : trash) {
+    for (const PhotoFacts& photo : m_session.contents().trash) {
+        ids.append(photo.id);
         bytes += photo.bytes;
     }
     QMessageBox box(QMessageBox::Warning,
                     m_window.windowTitle(),
-                    trash.size() == 1 ? tr("Delete 1 photo for good?")
-                                      : tr("Delete %1 photos for good?").arg(trash.size()),
+                    ids.size() == 1 ? tr("Delete 1 photo for good?")
+                                    : tr("Delete %1 photos for good?").arg(ids.size()),
                     QMessageBox::Cancel,
                     &m_window);
     box.setObjectName(u"emptyTrashQuestion"_s);
@@ -66,6 +71,6 @@ void TrashDialogs::askToEmpty()
     box.exec();
     // While it was asked a scan may have begun.
     if (box.clickedButton() == confirm && m_actions.emptyTrash->isEnabled()) {
-        m_session.emptyTrash();
+        m_session.emptyTrash(ids);
     }
 }

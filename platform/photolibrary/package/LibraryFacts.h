@@ -60,6 +60,12 @@ struct PhotoFacts {
     bool operator==(const PhotoFacts&) const = default;
 };
 
+/// What was deleted for good with the trash. Any thread.
+struct EmptiedTrash {
+    qsizetype photos{0};
+    qint64 bytes{0}; ///< that are free again on the disk
+};
+
 /// The library in figures. Any thread.
 struct LibrarySummary {
     int photos{0};          ///< visible ones: not in the trash, not hidden, no movies

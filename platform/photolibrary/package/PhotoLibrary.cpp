@@ -128,9 +128,9 @@ Result<int> PhotoLibrary::restoreFromTrash(const QList<qint64>& photoIds)
     });
 }
 
-Result<qint64> PhotoLibrary::emptyTrash()
+Result<EmptiedTrash> PhotoLibrary::emptyTrash(const std::optional<QList<qint64>>& photoIds)
 {
-    return m_d->emptyTrash();
+    return m_d->emptyTrash(photoIds);
 }
 
 Result<void> PhotoLibrary::synchronise()

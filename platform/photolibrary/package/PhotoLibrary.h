@@ -115,11 +115,13 @@ public:
     /// Takes photos out of the trash. Photos that are not in it stay as they are. Returns how many
     /// were restored.
     [[nodiscard]] Result<int> restoreFromTrash(const QList<qint64>& photoIds);
-    /// Deletes the trash's photos for good: rows first, then files. Referenced masters are never
-    /// deleted. Returns the bytes freed on disk. Errors, beside those of every write: NotWritable
-    /// when the photos are deleted but some of their files could not be removed; the message names
-    /// them and says how much is free, and the next opening for writing tries again.
-    [[nodiscard]] Result<qint64> emptyTrash();
+    /// Deletes photos in the trash for good: rows first, then files. Referenced masters are never
+    /// deleted. `photoIds`: those that a person was asked about, of which what is no longer in the
+    /// trash stays; without them all that is in it. Errors, beside those of every write:
+    /// NotWritable when the photos are deleted but some of their files could not be removed; the
+    /// message names them and says how much is free, and the next opening for writing tries again.
+    [[nodiscard]] Result<EmptiedTrash>
+    emptyTrash(const std::optional<QList<qint64>>& photoIds = std::nullopt);
 
     /// Mends what verify() finds and can be mended without a choice: statistics, indexes, id
     /// counters, sidecars, catalogues, rendered pictures. Everything else stays as it is, and no

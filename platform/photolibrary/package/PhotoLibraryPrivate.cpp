@@ -19,6 +19,7 @@
 
 #include <QDate>
 #include <QFileInfo>
+#include <QSet>
 
 using namespace Qt::StringLiterals;
 
@@ -73,6 +74,22 @@ Result<void> makeFiles(WriteTransaction& transaction,
         done = transaction.makeFile(file->first, *file->second);
     }
     return done;
+}
+
+/// The photos in the trash, of `asked` alone where there is such. What is without a master was not
+/// shown to whom was asked.
+QList<qint64> inTrash(Connection& connection, const std::optional<QList<qint64>>& asked)
+{
+    QList<qint64> ids = Sql::integers(connection,
+                                      "SELECT v.modelId FROM RKVersion v WHERE"
+                                      " v.showInLibrary = 1 AND v.isInTrash <> 0"
+                                      " AND EXISTS (SELECT 1 FROM RKMaster m WHERE m.uuid"
+                                      " = coalesce(v.rawMasterUuid, v.masterUuid))");
+    if (asked) {
+        const QSet<qint64> known(asked->begin(), asked->end());
+        ids.removeIf([&known](qint64 id) { return !known.contains(id); });
+    }
+    return ids;
 }
 
 struct Removal {
@@ -378,7 +395,7 @@ QString PhotoLibraryPrivate::runEventName()
     return m_runEventName;
 }
 
-Result<qint64> PhotoLibraryPrivate::emptyTrash()
+Result<EmptiedTrash> PhotoLibraryPrivate::emptyTrash(const std::optional<QList<qint64>>& photoIds)
 {
     const Result<std::shared_ptr<Session>> mine = session();
     if (!mine.ok()) {
@@ -394,12 +411,7 @@ Result<qint64> PhotoLibraryPrivate::emptyTrash()
     qint64 turn = 0;
     const Result<void> deleted = tryWrite([&](WriteTransaction& transaction) -> Result<void> {
         Writer writer = transaction.writer();
-        // What is without a master was not shown to whom was asked.
-        const QList<qint64> ids = Sql::integers(writer.connection,
-                                                "SELECT v.modelId FROM RKVersion v WHERE"
-                                                " v.showInLibrary = 1 AND v.isInTrash <> 0"
-                                                " AND EXISTS (SELECT 1 FROM RKMaster m WHERE m.uuid"
-                                                " = coalesce(v.rawMasterUuid, v.masterUuid))");
+        const QList<qint64> ids = inTrash(writer.connection, photoIds);
         photos = ids.size();
         leftovers = TrashRows::deleteForGood(writer, ids);
         turn = transaction.turn();
@@ -413,7 +425,7 @@ Result<qint64> PhotoLibraryPrivate::emptyTrash()
     if (!removal.left.isEmpty()) {
         return notAllRemoved(path(), photos, removal);
     }
-    return settled.ok() ? Result<qint64>(removal.bytes) : settled.error();
+    return settled.ok() ? Result<EmptiedTrash>({photos, removal.bytes}) : settled.error();
 }
 
 NamedFiles PhotoLibraryPrivate::journaledFiles() const

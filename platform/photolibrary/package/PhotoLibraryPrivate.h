@@ -87,7 +87,7 @@ public:
     void importPicture(const QString& path, std::optional<qint64> target);
     [[nodiscard]] Result<qint64> importRequest(const ImportRequest& request);
     /// See PhotoLibrary::emptyTrash().
-    [[nodiscard]] Result<qint64> emptyTrash();
+    [[nodiscard]] Result<EmptiedTrash> emptyTrash(const std::optional<QList<qint64>>& photoIds);
     /// What this thread imported last; nothing before its first import.
     [[nodiscard]] std::optional<QList<qint64>> lastImport();
 

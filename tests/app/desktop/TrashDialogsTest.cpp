@@ -1,5 +1,6 @@
 #include "TrashDialogs.h"
 
+#include "Connection.h"
 #include "LibraryWindowFixture.h"
 #include "PhotoTexts.h"
 #include "WhenModal.h"
@@ -57,7 +58,31 @@ TEST_F(TrashDialogsTest, theTrashIsEmptiedOnlyWhenThatIsConfirmed)
     EXPECT_EQ(m_session.contents().trash.size(), 1);
     static_cast<void>(askedToEmpty(QMessageBox::DestructiveRole));
     EXPECT_EQ(m_session.contents().trash.size(), 0);
-    EXPECT_TRUE(m_window.statusBar()->currentMessage().startsWith(u"The trash is empty; "_s));
+    EXPECT_TRUE(
+        m_window.statusBar()->currentMessage().startsWith(u"1 photo was deleted for good; "_s));
+}
+
+TEST_F(TrashDialogsTest, whatComesIntoTheTrashWhileItIsAskedStaysThere)
+{
+    const qint64 listed = m_session.contents().trash.first().id;
+    whenModal([this](QWidget& dialog) {
+        const auto connection = Connection::open(library(), Connection::Mode::Write);
+        ASSERT_TRUE(connection.ok());
+        connection.value()->database().exec("UPDATE RKVersion SET isInTrash=1");
+        auto& box = static_cast<QMessageBox&>(dialog);
+        for (QAbstractButton* const button : box.buttons()) {
+            if (box.buttonRole(button) == QMessageBox::DestructiveRole) {
+                button->click();
+            }
+        }
+    });
+    m_window.actions().emptyTrash->trigger();
+    EXPECT_TRUE(waitUntil([this] { return !m_session.isBusy(); }));
+    const QList<PhotoFacts> left = m_session.contents().trash;
+    EXPECT_FALSE(left.isEmpty());
+    for (const PhotoFacts& photo : left) {
+        EXPECT_NE(photo.id, listed);
+    }
 }
 
 TEST_F(TrashDialogsTest, withNothingSelectedAllPhotosArePutBack)

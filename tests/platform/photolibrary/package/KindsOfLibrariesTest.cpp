@@ -45,9 +45,28 @@ TEST_F(KindsOfLibraries, aPairGoesToTheTrashAndComesBackWithBothMasters)
     EXPECT_EQ(shown(id).originalPath, raw);
     expectSound();
     remove(id);
-    EXPECT_GE(open(Access::Write)->emptyTrash().value(), 1);
+    EXPECT_GE(open(Access::Write)->emptyTrash().value().bytes, 1);
     EXPECT_FALSE(QFile::exists(raw) || QFile::exists(jpeg));
     expectSound();
+}
+
+TEST_F(KindsOfLibraries, ofTheTrashOnlyWhatWasAskedAboutIsDeletedAndCounted)
+{
+    const qint64 listed = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    const qint64 putBack = m_builder.addPhoto(u"B.JPG"_s, u"Trip"_s);
+    const qint64 later = m_builder.addPhoto(u"C.JPG"_s, u"Trip"_s);
+    m_builder.moveToTrash(listed);
+    m_builder.moveToTrash(later);
+    const QString file = trashed(later).originalPath;
+    const Result<EmptiedTrash> emptied = open(Access::Write)->emptyTrash({{listed, putBack}});
+    ASSERT_TRUE(emptied.ok()) << emptied.error().message.toStdString();
+    EXPECT_EQ(emptied.value().photos, 1);
+    EXPECT_EQ(trashed(listed).id, 0);
+    EXPECT_EQ(shown(putBack).id, putBack);
+    EXPECT_EQ(trashed(later).id, later);
+    EXPECT_TRUE(QFile::exists(file));
+    EXPECT_EQ(open(Access::Write)->emptyTrash().value().photos, 1) << "the rest";
+    EXPECT_FALSE(QFile::exists(file));
 }
 
 TEST_F(KindsOfLibraries, aReferencedMasterIsFoundOnlyWhereItsDiskIsSaidToBe)
@@ -272,9 +291,9 @@ TEST_F(KindsOfLibraries, mastersBehindALinkThatLeadsOutAreReadAndNeverDeleted)
     const PhotoFacts facts = shown(id);
     EXPECT_FALSE(facts.missing);
     remove(id);
-    const Result<qint64> freed = open(Access::Write)->emptyTrash();
+    const Result<EmptiedTrash> freed = open(Access::Write)->emptyTrash();
     ASSERT_TRUE(freed.ok()) << freed.error().message.toStdString();
-    EXPECT_LT(freed.value(), facts.bytes + 100000);
+    EXPECT_LT(freed.value().bytes, facts.bytes + 100000);
     EXPECT_TRUE(QFile::exists(facts.originalPath));
     EXPECT_EQ(trashed(id).id, 0);
     EXPECT_TRUE(open(Access::Write)->warnings().isEmpty());
@@ -289,11 +308,11 @@ TEST_F(KindsOfLibraries, aMasterWithAnotherNameOnTheDiskFreesNothing)
     std::filesystem::create_hard_link(path.toStdString(), second.toStdString());
     const qint64 size = bytes(path);
     remove(other);
-    const qint64 whole = open(Access::Write)->emptyTrash().value();
+    const qint64 whole = open(Access::Write)->emptyTrash().value().bytes;
     remove(id);
     constexpr qint64 kSidecars = 500; // theirs differ by some bytes
     ASSERT_GT(size, 2 * kSidecars);
-    EXPECT_NEAR(static_cast<double>(open(Access::Write)->emptyTrash().value()),
+    EXPECT_NEAR(static_cast<double>(open(Access::Write)->emptyTrash().value().bytes),
                 static_cast<double>(whole - size),
                 kSidecars);
     EXPECT_FALSE(QFile::exists(path));
@@ -317,7 +336,7 @@ TEST_F(KindsOfLibraries, mastersAreFoundHoweverTheirNamesAreComposed)
         EXPECT_EQ(facts.rollName, inDatabase);
         EXPECT_EQ(findings().filter(QFileInfo(copied).fileName()), QStringList());
         remove(id);
-        EXPECT_GT(open(Access::Write)->emptyTrash().value(), 0);
+        EXPECT_GT(open(Access::Write)->emptyTrash().value().bytes, 0);
         EXPECT_FALSE(QFile::exists(copied));
     }
     expectSound();

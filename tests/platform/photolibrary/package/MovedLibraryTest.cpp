@@ -120,7 +120,7 @@ TEST_F(MovedLibrary, anotherLibraryAtTheOldPathLosesNothingWhenTheTrashIsEmptied
         }
         return false;
     });
-    const Result<qint64> emptied = library->emptyTrash();
+    const Result<EmptiedTrash> emptied = library->emptyTrash();
     ASSERT_FALSE(emptied.ok());
     EXPECT_EQ(emptied.error().code, ErrorCode::NotFound);
     EXPECT_TRUE(emptied.error().message.contains(files.first() + u": the library was moved"_s))

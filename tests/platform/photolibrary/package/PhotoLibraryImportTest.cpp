@@ -175,9 +175,9 @@ TEST_F(PhotoLibraryImport, emptyingTheTrashDeletesItsFilesAndNoOthers)
     ASSERT_NE(photo, nullptr);
     ASSERT_GT(pictureFiles().size(), kept.size());
     trash(photo);
-    const Result<qint64> freed = library().emptyTrash();
+    const Result<EmptiedTrash> freed = library().emptyTrash();
     ASSERT_TRUE(freed.ok()) << freed.error().message.toStdString();
-    EXPECT_GT(freed.value(), 0);
+    EXPECT_GT(freed.value().bytes, 0);
     EXPECT_EQ(pictureFiles(), kept);
     EXPECT_TRUE(trashedIds().isEmpty());
     EXPECT_EQ(libraryIds().size(), 1);
@@ -210,8 +210,9 @@ protected:
     {
         const WithPermissions closed(m_group, 0555);
         const auto library = open(Access::Write);
-        const Result<qint64> freed =
-            library ? library->emptyTrash() : Result<qint64>(Error{ErrorCode::Internal, QString()});
+        const Result<EmptiedTrash> freed =
+            library ? library->emptyTrash()
+                    : Result<EmptiedTrash>(Error{ErrorCode::Internal, QString()});
         EXPECT_FALSE(freed.ok());
         EXPECT_TRUE(library && library->close().ok());
         return freed.ok() ? QString() : freed.error().message;

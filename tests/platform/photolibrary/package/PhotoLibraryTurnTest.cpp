@@ -194,7 +194,7 @@ TEST_F(PhotoLibraryTurn, theTrashIsNotEmptiedInTheMidstOfOne)
     {
         const auto turn = library->beginPhotoTurn();
         import(*library, makePicture(u"IMG_2.JPG"_s));
-        const Result<qint64> emptied = library->emptyTrash();
+        const Result<EmptiedTrash> emptied = library->emptyTrash();
         ASSERT_FALSE(emptied.ok());
         EXPECT_EQ(emptied.error().code, ErrorCode::Internal);
     }
