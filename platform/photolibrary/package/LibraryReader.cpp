@@ -3,6 +3,7 @@
 #include "AlternateSignalStack.h"
 #include "FoldersInTrash.h"
 #include "IntegrityCheck.h"
+#include "MastersOfPhoto.h"
 #include "OpeningChecks.h"
 #include "PathMapping.h"
 #include "Queries.h"
@@ -49,7 +50,7 @@ constexpr const char* kAnyPhoto =
     "SELECT modelId FROM RKVersion WHERE showInLibrary = 1 AND isInTrash = ? LIMIT 1";
 
 constexpr const char* kMasters =
-    "SELECT uuid, fileName, imagePath, fileIsReference, isTrulyRaw, type, alternateMasterUuid,"
+    "SELECT uuid, fileName, imagePath, fileIsReference, isTrulyRaw, type,"
     " originalVersionUuid, fileVolumeUuid FROM RKMaster";
 
 /// Most were imported upright, so only the others are kept.
@@ -188,7 +189,6 @@ struct MasterRow {
     bool isReference{false};
     bool isRaw{false};
     bool isMovie{false};
-    QString alternateUuid;
     QString originalVersionUuid;
     QString volumeUuid;
 };
@@ -229,8 +229,7 @@ void readMasters(Connection& connection, Tables& tables)
                                query.column(4).getInt() != 0,
                                textOrNothing(query.column(5)) == "VIDT"_L1,
                                textOrNothing(query.column(6)),
-                               textOrNothing(query.column(7)),
-                               textOrNothing(query.column(8))});
+                               textOrNothing(query.column(7))});
     }
 }
 
@@ -293,6 +292,7 @@ struct ListedPhoto {
     std::optional<double> eventDate; ///< by which the events are ordered
     const MasterRow* master{nullptr};
     const ProxyRow* proxy{nullptr}; ///< null: there is none
+    QList<const MasterRow*> doomed; ///< of a photo in the trash: what is deleted with it
 
     /// By event, the earliest first, then by date; what has no date comes first.
     friend bool operator<(const ListedPhoto& one, const ListedPhoto& other)
@@ -386,6 +386,20 @@ private:
     int m_index{0};
 };
 
+/// The masters that go when a photo in the trash is deleted: none that is shown elsewhere.
+QList<const MasterRow*> doomedWith(Connection& connection, qint64 photo, const Tables& tables)
+{
+    QList<const MasterRow*> doomed;
+    const QStringList masters = MastersOfPhoto::of(connection, photo);
+    for (const QString& master : masters) {
+        const auto row = tables.masters.constFind(master);
+        if (row != tables.masters.cend() && !MastersOfPhoto::isShown(connection, master)) {
+            doomed.append(&*row);
+        }
+    }
+    return doomed;
+}
+
 /// Finds the files of photos on the disk. Any thread, each photo in one.
 class FileFinder final
 {
@@ -401,6 +415,9 @@ public:
     {
         for (ListedPhoto& photo : photos) {
             findMaster(photo.facts, *photo.master);
+            if (m_inTrash) {
+                photo.facts.bytes = bytesOf(photo.doomed);
+            }
             findPictures(photo.facts, photo.proxy == nullptr ? ProxyRow() : *photo.proxy);
         }
     }
@@ -414,15 +431,16 @@ private:
         photo.missing = !file.isThere;
         photo.unreadable = file.isThere && !file.mayBeRead;
         photo.bytes = file.bytes;
-        if (!m_inTrash) {
-            return;
+    }
+
+    /// What lies outside of the library is not deleted.
+    [[nodiscard]] qint64 bytesOf(const QList<const MasterRow*>& masters) const
+    {
+        qint64 bytes = 0;
+        for (const MasterRow* const master : masters) {
+            bytes += master->isReference ? 0 : factsOfFile(pathOf(*master)).bytes;
         }
-        photo.bytes = master.isReference ? 0 : photo.bytes;
-        const auto alternate = m_tables.masters.constFind(master.alternateUuid);
-        if (!master.alternateUuid.isNull() && alternate != m_tables.masters.cend() &&
-            !alternate->isReference) {
-            photo.bytes += factsOfFile(pathOf(*alternate)).bytes;
-        }
+        return bytes;
     }
 
     [[nodiscard]] Volumes::Volume volumeOf(const MasterRow& master) const
@@ -468,6 +486,9 @@ public:
         Sql::Query query(connection, kPhotos, inTrash ? 1 : 0);
         while (query.next()) {
             if (std::optional<ListedPhoto> photo = PhotoReader(query, m_tables).read()) {
+                if (inTrash) {
+                    photo->doomed = doomedWith(connection, photo->facts.id, m_tables);
+                }
                 m_chunks.back().push_back(std::move(*photo));
             }
             if (m_chunks.back().size() == kChunk) {

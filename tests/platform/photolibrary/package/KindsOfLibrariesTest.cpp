@@ -50,6 +50,47 @@ TEST_F(KindsOfLibraries, aPairGoesToTheTrashAndComesBackWithBothMasters)
     expectSound();
 }
 
+TEST_F(KindsOfLibraries, aPartnerThatIsAPhotoItselfFreesNothingWithTheOther)
+{
+    const qint64 raw = m_builder.addRaw(u"A.dng"_s, u"Trip"_s);
+    const qint64 jpeg = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    m_builder.edit([raw, jpeg](Writer& writer) {
+        for (const auto& [photo, partner] : {std::pair{raw, jpeg}, std::pair{jpeg, raw}}) {
+            Sql::execute(writer.connection,
+                         "UPDATE RKMaster SET alternateMasterUuid=(SELECT masterUuid FROM RKVersion"
+                         " WHERE modelId=?) WHERE uuid=(SELECT masterUuid FROM RKVersion"
+                         " WHERE modelId=?)",
+                         partner,
+                         photo);
+        }
+    });
+    const QString file = shown(raw).originalPath;
+    remove(raw);
+    EXPECT_EQ(trashed(raw).bytes, bytes(file));
+    remove(jpeg);
+    EXPECT_EQ(trashed(raw).bytes, bytes(file)) << "each counts its own";
+}
+
+TEST_F(KindsOfLibraries, aMasterThatAnotherPhotoShowsFreesNothing)
+{
+    const qint64 id = m_builder.addPair(u"A"_s, u"Trip"_s, LibraryBuilder::Active::Jpeg);
+    const qint64 other = m_builder.addPhoto(u"B.JPG"_s, u"Trip"_s);
+    const QString jpeg = master(m_builder.imagePath(id));
+    const QString raw = shown(id).originalPath;
+    m_builder.edit([id, other](Writer& writer) {
+        Sql::execute(writer.connection,
+                     "UPDATE RKVersion SET nonRawMasterUuid=(SELECT nonRawMasterUuid FROM RKVersion"
+                     " WHERE modelId=?) WHERE modelId=?",
+                     id,
+                     other);
+    });
+    m_builder.moveToTrash(id);
+    EXPECT_EQ(trashed(id).bytes, bytes(raw));
+    EXPECT_TRUE(open(Access::Write)->emptyTrash().ok());
+    EXPECT_TRUE(QFile::exists(jpeg));
+    EXPECT_FALSE(QFile::exists(raw));
+}
+
 TEST_F(KindsOfLibraries, ofTheTrashOnlyWhatWasAskedAboutIsDeletedAndCounted)
 {
     const qint64 listed = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
