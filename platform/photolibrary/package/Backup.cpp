@@ -195,6 +195,11 @@ Error notBackedUp(const Error& cause, const QString& package, const QString& bac
 Result<void> Backup::copyFile(const QString& from, const QString& to)
 {
     QFile source(from);
+    if (source.exists() && !QFileInfo(from).isFile()) { // a pipe or device has no end
+        return Error{
+            ErrorCode::Unreadable,
+            u"\"%1\" is no plain file: put a plain file in its place, or remove it."_s.arg(from)};
+    }
     if (!source.open(QIODevice::ReadOnly)) {
         return Error{ErrorCode::Unreadable,
                      u"\"%1\" cannot be read (%2): check its permissions."_s.arg(

@@ -12,6 +12,7 @@
 #include <QFileInfo>
 
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <csignal>
 #include <filesystem>
@@ -318,6 +319,27 @@ TEST_F(BackupsOfALibrary, withoutACopyNothingIsWrittenAndTheOlderCopiesStay)
     EXPECT_EQ(pictureFiles(), files);
     EXPECT_EQ(rows(u"RKMaster"_s), 1);
     expectSound();
+}
+
+TEST_F(BackupsOfALibrary, whatHasNoEndIsNotCopied)
+{
+    const QString catalogue = package() + u"/AlbumData.xml"_s;
+    const auto expectRefused = [&] {
+        const Result<QString> made = Backup::make(package(), ownFolder());
+        ASSERT_FALSE(made.ok());
+        EXPECT_EQ(made.error().code, ErrorCode::Unreadable);
+        EXPECT_TRUE(made.error().message.contains(
+            u"\"%1\" is no plain file: put a plain file in its place, or remove it."_s.arg(
+                catalogue)))
+            << made.error().message.toStdString();
+        EXPECT_EQ(namesIn(ownFolder()), QStringList());
+    };
+    QFile::remove(catalogue);
+    ASSERT_EQ(::mkfifo(QFile::encodeName(catalogue).constData(), 0600), 0);
+    expectRefused();
+    ASSERT_TRUE(QFile::remove(catalogue));
+    ASSERT_TRUE(QFile::link(u"/dev/zero"_s, catalogue));
+    expectRefused();
 }
 
 TEST_F(BackupsOfALibrary, whereNoCopyCanBePutTheRemedyIsSaid)
