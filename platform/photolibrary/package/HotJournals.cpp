@@ -65,7 +65,15 @@ Result<void> HotJournals::canBeDecidedHere(const QString& package)
         // Behind a link, the journals lie beside the file that it leads to.
         const QString database =
             QFileInfo(package + "/Database/apdb/"_L1 + name).canonicalFilePath();
-        const QString super = superJournalOf(database + "-journal"_L1);
+        const QString journal = database + "-journal"_L1;
+        const QString super = superJournalOf(journal);
+        for (const QString& path : {journal, super}) {
+            if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) {
+                return Error{ErrorCode::Unreadable,
+                             u"\"%1\" in the library \"%2\" is no plain file: remove it."_s.arg(
+                                 path, package)};
+            }
+        }
         if (super.isEmpty() || QFileInfo::exists(super)) {
             continue;
         }

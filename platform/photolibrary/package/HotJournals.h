@@ -13,7 +13,8 @@ namespace HotJournals
 /// that in a package that was moved since, or lies on a disk mounted elsewhere, it seems gone
 /// though it is there, and a half-written commit would count as done. To be asked before SQLite
 /// opens the databases, also for reading. Nothing is changed. Errors: Unreadable, with the path at
-/// which the databases have to be opened.
+/// which the databases have to be opened, or with a journal that is no plain file: SQLite would
+/// wait for somebody to write into a pipe.
 [[nodiscard]] Result<void> canBeDecidedHere(const QString& package);
 
 } // namespace HotJournals

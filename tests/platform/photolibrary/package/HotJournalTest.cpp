@@ -5,9 +5,11 @@
 #include "QtPrinters.h"
 #include "WritableLibrary.h"
 
+#include <QFileInfo>
 #include <QMap>
 
 #include <SQLiteCpp/SQLiteCpp.h>
+#include <sys/stat.h>
 
 #include <array>
 #include <filesystem>
@@ -333,4 +335,18 @@ TEST_F(DeadJournal, whatIsTooLargeToNameJournalsStays)
     ASSERT_TRUE(QFile::resize(apdb() + super, qint64{100} * 1024 * 1024 * 1024));
     EXPECT_TRUE(open(Access::Write)->close().ok());
     EXPECT_TRUE(isThere(super));
+}
+
+TEST_F(DeadJournal, aPipeThatIsCalledOneHoldsNobodyUp)
+{
+    const QString journal = QFileInfo(apdb()).canonicalFilePath() + u"/Library.apdb-journal"_s;
+    ASSERT_EQ(::mkfifo(QFile::encodeName(journal).constData(), 0600), 0);
+    for (const Access access : {Access::Read, Access::Write}) {
+        const auto refused = PhotoLibrary::open(package(), {access, false});
+        ASSERT_FALSE(refused.ok());
+        EXPECT_EQ(refused.error().code, ErrorCode::Unreadable);
+        EXPECT_EQ(
+            refused.error().message,
+            u"\"%1\" in the library \"%2\" is no plain file: remove it."_s.arg(journal, package()));
+    }
 }
