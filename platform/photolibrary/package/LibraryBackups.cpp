@@ -179,13 +179,22 @@ Result<ConnectionPtr> lockedDatabases(const QString& package, bool afterCrash)
                                                    : Result<ConnectionPtr>(free.error());
 }
 
-/// What an unfinished turn was to make or to remove stays: after the restore its notes would be
-/// taken for those of files that no photo needs.
-Result<void> forgetTurns(const Places& places)
+/// Clears away what the exchange left, or what was to be exchanged; then the journal says no more
+/// of the databases before. Where that fails, or catalogues lag, the next opening for writing goes
+/// on.
+Result<void> clearAway(const Places& places, const Result<QStringList>& lagging)
 {
+    const Result<bool> swept = LibraryRestore::sweep(places.package, places.state);
+    if (!swept.ok() || !lagging.ok()) {
+        return swept.ok() ? Result<void>() : Result<void>(swept.error());
+    }
     const Result<std::unique_ptr<TurnJournal>> journal = TurnJournal::open(places.state);
-    return journal.ok() ? journal.value()->clearBut({}, {})
-                        : StateFolder::unusable(journal.error(), places.package);
+    Result<void> forgotten = journal.ok() ? journal.value()->clearBut({}, {})
+                                          : StateFolder::unusable(journal.error(), places.package);
+    if (forgotten.ok() && lagging.value().isEmpty()) {
+        LibraryRestore::followed(places.package, places.state);
+    }
+    return forgotten;
 }
 
 QStringList unknownOriginals(const QString& package)
@@ -218,7 +227,9 @@ replaced(const Places& places, const LibraryBackup& from, bool afterCrash)
     if (!locked.ok()) {
         return locked.error();
     }
-    LibraryRestore::sweep(package, places.state);
+    if (const Result<bool> swept = LibraryRestore::sweep(package, places.state); !swept.ok()) {
+        return swept.error();
+    }
     if (const Result<void> staged = LibraryRestore::stage(package, places.state, from.path);
         !staged.ok()) {
         return staged.error();
@@ -227,22 +238,14 @@ replaced(const Places& places, const LibraryBackup& from, bool afterCrash)
     // whose catalogues are still to be put in place.
     const Result<QString> before =
         Backup::make(package, places.backups, Backup::OfDamaged::CopyAsIs, from.name);
-    const QByteArray turns = TurnJournal::content(places.state);
-    const Result<void> ready = before.ok() ? forgetTurns(places) : Result<void>(before.error());
-    const Result<QStringList> lagging = ready.ok() ? LibraryRestore::putInPlace(package, from.path)
-                                                   : Result<QStringList>(ready.error());
-    if (before.ok() && !lagging.ok()) {
-        if (const Result<void> known = TurnJournal::putBack(places.state, turns); !known.ok()) {
-            systemLog(known.error().message);
-        }
-    }
+    const Result<QStringList> lagging = before.ok() ? LibraryRestore::putInPlace(package, from.path)
+                                                    : Result<QStringList>(before.error());
     locked.value().reset();
-    LibraryRestore::sweep(package, places.state);
+    if (const Result<void> cleared = clearAway(places, lagging); !cleared.ok()) {
+        systemLog(cleared.error().message);
+    }
     if (!lagging.ok()) {
         return lagging.error();
-    }
-    if (lagging.value().isEmpty()) {
-        LibraryRestore::followed(package, places.state);
     }
     ForeignUse::leave(package, places.state); // it is this program's own change
     return LibraryBackups::Restored{from, before.value(), {}, lagging.value()};

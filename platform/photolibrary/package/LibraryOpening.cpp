@@ -102,7 +102,7 @@ Result<Recovery::Outcome> recovered(Connection& connection,
                                     const ForeignUse::Traces& found)
 {
     connection.beginImmediate();
-    const QList<JournaledTurn> turns = TurnJournal::read(stateFolder);
+    const QList<JournaledTurn> turns = LibraryRestore::turns(connection.packagePath(), stateFolder);
     const Result<void> checked =
         checkForWriting(connection, options, turns, ForeignUse::areAsLeft(stateFolder, found));
     if (!checked.ok()) {
@@ -140,8 +140,11 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
     if (!outcome.value().notRemoved.isEmpty()) {
         systemLog(notRemoved(places.package, outcome.value().notRemoved));
     }
-    const bool wasRestored = LibraryRestore::sweep(places.package, places.state);
-    if (wasRestored) {
+    const Result<bool> wasRestored = LibraryRestore::sweep(places.package, places.state);
+    if (!wasRestored.ok()) {
+        return wasRestored.error();
+    }
+    if (wasRestored.value()) {
         outcome.value().changes.catalogues = true;
     }
     connection->database().setBusyTimeout(Connection::kBusyMilliseconds);
@@ -161,7 +164,7 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
         // They are tried again at the end; the databases are what counts.
         systemLog(followed.error().message);
     }
-    if (wasRestored && (followed.ok() || LibraryErrors::isLeftAlone(followed))) {
+    if (wasRestored.value() && (followed.ok() || LibraryErrors::isLeftAlone(followed))) {
         LibraryRestore::followed(places.package, places.state);
     }
     return library;

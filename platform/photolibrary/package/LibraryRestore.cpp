@@ -35,7 +35,8 @@ namespace
 {
 
 /// In the package: what is to be put in place, then what was there before. Of the same name in the
-/// staged folder of the databases: a file that tells them apart.
+/// staged folder of the databases: a file that tells them apart, which holds the number of the last
+/// turn that the journal tells of, in digits.
 constexpr QLatin1StringView kStaging(".corvane-restore");
 constexpr QLatin1StringView kDatabases("Database");
 
@@ -52,6 +53,18 @@ QString markIn(const QString& folder)
 QString noteIn(const QString& stateFolder)
 {
     return stateFolder + "/restore"_L1;
+}
+
+/// Whether the databases in the package are those of a restore that is not over.
+bool isInPlace(const QString& package, const QString& stateFolder)
+{
+    return QFileInfo::exists(noteIn(stateFolder)) && QFileInfo::exists(markIn(package));
+}
+
+qint64 lastTurnIn(const QString& stateFolder)
+{
+    const QList<JournaledTurn> turns = TurnJournal::read(stateFolder);
+    return turns.isEmpty() ? 0 : turns.last().number;
 }
 
 bool isFolder(const QString& path)
@@ -169,7 +182,7 @@ Result<void> isWhole(const QString& staging, const QString& copy)
         u"The backup \"%1\" is damaged, so nothing was changed. Choose another one."_s.arg(copy)};
 }
 
-Result<void> makeStaging(const QString& package, const QString& copy)
+Result<void> makeStaging(const QString& package, const QString& stateFolder, const QString& copy)
 {
     const QString staging = stagingOf(package);
     const QString databases = staging + u'/' + kDatabases;
@@ -180,7 +193,9 @@ Result<void> makeStaging(const QString& package, const QString& copy)
     done = done.ok() ? takeOverAll(package, staging) : done;
     done = done.ok() ? isWhole(staging, copy) : done;
     done = done.ok() ? written.flush() : done;
-    done = done.ok() ? AtomicFile::write(markIn(staging), QByteArray()) : done;
+    done = done.ok()
+               ? AtomicFile::write(markIn(staging), QByteArray::number(lastTurnIn(stateFolder)))
+               : done;
     done = done.ok() ? AtomicFile::flushFolder(databases) : done;
     return done.ok() ? AtomicFile::flushFolder(staging) : done;
 }
@@ -228,6 +243,14 @@ Result<void> exchange(const QString& present, const QString& staged)
         }
     }
     return exchangeInTwoSteps(present, staged);
+}
+
+/// After it no power cut undoes the exchange.
+Result<void> flushExchange(const QString& package)
+{
+    const QString staging = stagingOf(package);
+    Result<void> flushed = AtomicFile::flushFolder(package);
+    return flushed.ok() && isFolder(staging) ? AtomicFile::flushFolder(staging) : flushed;
 }
 
 /// Writes one of the copy's files over that of the package.
@@ -307,9 +330,11 @@ LibraryRestore::stage(const QString& package, const QString& stateFolder, const 
         !noted.ok()) {
         return noted;
     }
-    Result<void> staged = makeStaging(package, copy);
+    Result<void> staged = makeStaging(package, stateFolder, copy);
     if (!staged.ok()) {
-        sweep(package, stateFolder);
+        if (const Result<bool> swept = sweep(package, stateFolder); !swept.ok()) {
+            systemLog(swept.error().message);
+        }
     }
     return staged;
 }
@@ -320,21 +345,24 @@ Result<QStringList> LibraryRestore::putInPlace(const QString& package, const QSt
     if (Result<void> done = exchange(present, stagingOf(package) + u'/' + kDatabases); !done.ok()) {
         return done.error();
     }
-    for (const QString& folder : {package, stagingOf(package)}) {
-        if (const Result<void> flushed = AtomicFile::flushFolder(folder); !flushed.ok()) {
-            systemLog(flushed.error().message);
-        }
+    if (const Result<void> flushed = flushExchange(package); !flushed.ok()) {
+        systemLog(flushed.error().message);
     }
     return putCatalogues(package, copy);
 }
 
-bool LibraryRestore::sweep(const QString& package, const QString& stateFolder)
+Result<bool> LibraryRestore::sweep(const QString& package, const QString& stateFolder)
 {
     const bool hasDatabases = QFileInfo::exists(package + u'/' + kDatabases);
     if (!QFileInfo::exists(noteIn(stateFolder)) || !hasDatabases) {
         return false;
     }
-    const bool wasPutInPlace = QFileInfo::exists(markIn(package));
+    const bool wasPutInPlace = isInPlace(package, stateFolder);
+    if (wasPutInPlace) {
+        if (const Result<void> flushed = flushExchange(package); !flushed.ok()) {
+            return flushed.error();
+        }
+    }
     const QList<PackageFiles::NotRemoved> left = PackageFiles::remove(package, kStaging);
     if (!left.isEmpty()) {
         systemLog(
@@ -344,6 +372,18 @@ bool LibraryRestore::sweep(const QString& package, const QString& stateFolder)
         QFile::remove(noteIn(stateFolder));
     }
     return wasPutInPlace;
+}
+
+QList<JournaledTurn> LibraryRestore::turns(const QString& package, const QString& stateFolder)
+{
+    QList<JournaledTurn> turns = TurnJournal::read(stateFolder);
+    QFile mark(markIn(package));
+    if (isInPlace(package, stateFolder) && mark.open(QIODevice::ReadOnly)) {
+        const qint64 lastBefore = mark.readAll().toLongLong();
+        turns.removeIf(
+            [lastBefore](const JournaledTurn& turn) { return turn.number <= lastBefore; });
+    }
+    return turns;
 }
 
 void LibraryRestore::followed(const QString& package, const QString& stateFolder)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Result.h"
+#include "TurnJournal.h"
 
 #include <QString>
 #include <QStringList>
@@ -26,9 +27,15 @@ stage(const QString& package, const QString& stateFolder, const QString& copy);
 /// Removes what stage() made, or a restore that was cut off left, and after putInPlace() what was
 /// there before. Returns whether databases were put in place that the catalogues may not have
 /// followed yet: the note stays then, by which each run that writes to the library makes them
-/// follow, until followed().
-bool sweep(const QString& package, const QString& stateFolder);
-/// The catalogues follow what was put in place, or cannot: the note goes.
+/// follow, until followed(). Errors: what was put in place could not be flushed; then all stays.
+[[nodiscard]] Result<bool> sweep(const QString& package, const QString& stateFolder);
+/// The turns that the journal tells of, without those that were noted before databases were put in
+/// place: what they made stays, since for databases of an earlier day it looks like what no photo
+/// needs, and what was to follow them has nothing to follow. A restore that is cut off before the
+/// exchange forgets no turn, and one that is cut off after it all of them.
+[[nodiscard]] QList<JournaledTurn> turns(const QString& package, const QString& stateFolder);
+/// The catalogues follow what was put in place, or cannot, and the journal tells of no turn before
+/// it any more: the note goes.
 void followed(const QString& package, const QString& stateFolder);
 
 /// Where a kill between two renames left a library without its databases, the second is made good.

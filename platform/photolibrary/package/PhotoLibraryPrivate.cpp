@@ -7,6 +7,7 @@
 #include "EventRows.h"
 #include "ImportGroup.h"
 #include "ImportRows.h"
+#include "LibraryRestore.h"
 #include "NumberValue.h"
 #include "PackageFiles.h"
 #include "PackageTurn.h"
@@ -430,8 +431,9 @@ Result<EmptiedTrash> PhotoLibraryPrivate::emptyTrash(const std::optional<QList<q
 
 NamedFiles PhotoLibraryPrivate::journaledFiles() const
 {
-    return NamedFiles(
-        [state = m_places.state] { return Recovery::named(TurnJournal::read(state)); });
+    return NamedFiles([places = m_places] {
+        return Recovery::named(LibraryRestore::turns(places.package, places.state));
+    });
 }
 
 QStringList PhotoLibraryPrivate::warnings() const

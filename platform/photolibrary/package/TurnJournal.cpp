@@ -164,17 +164,6 @@ TurnJournal::TurnJournal(const QString& path)
 {
 }
 
-QByteArray TurnJournal::content(const QString& stateFolder)
-{
-    QFile file(pathIn(stateFolder));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-Result<void> TurnJournal::putBack(const QString& stateFolder, const QByteArray& content)
-{
-    return AtomicFile::write(pathIn(stateFolder), content);
-}
-
 qint64 TurnJournal::nextTurn()
 {
     const std::lock_guard lock(m_mutex);

@@ -33,12 +33,6 @@ public:
     /// Opens it for appending. Errors: NotWritable, OutOfSpace.
     [[nodiscard]] static Result<std::unique_ptr<TurnJournal>> open(const QString& stateFolder);
 
-    /// All that it says, for putBack(); empty when there is none.
-    [[nodiscard]] static QByteArray content(const QString& stateFolder);
-    /// Makes it say that again. Errors: NotWritable, OutOfSpace.
-    [[nodiscard]] static Result<void> putBack(const QString& stateFolder,
-                                              const QByteArray& content);
-
     /// Numbers grow from run to run.
     [[nodiscard]] qint64 nextTurn();
     [[nodiscard]] Result<void> filesWillBeMade(qint64 turn, const QStringList& relativePaths);

@@ -167,5 +167,5 @@ Result<void> WriteAccess::synchronise(Connection& connection, Follow&& follow)
     Changes left = changes;
     const Result<void> followed = follow(changes, left);
     const Result<void> kept = keepPending(followed.ok() ? Changes() : left);
-    return followed.ok() ? kept : followed;
+    return kept.ok() ? followed : kept; // what the journal still says is not to be forgotten
 }

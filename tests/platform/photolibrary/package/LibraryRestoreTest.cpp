@@ -2,6 +2,7 @@
 
 #include "ChildProcess.h"
 #include "DamagedLibrary.h"
+#include "FlushRecorder.h"
 #include "LibraryBackups.h"
 #include "OrdinaryUser.h"
 
@@ -80,6 +81,26 @@ protected:
         return found;
     }
 
+    /// As a run leaves the journal that ended in the midst of a turn, which was to make the file.
+    void noteTurn(qint64 number, const QString& made) const
+    {
+        QFile journal(m_state + u"/journal"_s);
+        ASSERT_TRUE(journal.open(QIODevice::WriteOnly | QIODevice::Append));
+        journal.write("{\"turn\":" + QByteArray::number(number) + ",\"made\":[\"" + made.toUtf8() +
+                      "\"]}\n");
+    }
+
+    [[nodiscard]] QByteArray journal() const
+    {
+        QFile file(m_state + u"/journal"_s);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    [[nodiscard]] bool isThere(const QString& relativePath) const
+    {
+        return QFileInfo::exists(package() + u'/' + relativePath);
+    }
+
     LibraryBackup m_backup;
     QString m_state;
     QStringList m_files;
@@ -119,7 +140,7 @@ TEST_F(LibraryRestoreTest, thatCataloguesLagIsNotForgottenUntilTheyFollow)
 TEST_F(LibraryRestoreTest, aStagingThatFailsForgetsNoLagOfAnEarlierRestore)
 {
     cutOffAfterTheExchange();
-    EXPECT_TRUE(LibraryRestore::sweep(package(), m_state));
+    EXPECT_TRUE(LibraryRestore::sweep(package(), m_state).value());
     EXPECT_FALSE(LibraryRestore::stage(package(), m_state, folder() + u"/none"_s).ok());
     EXPECT_FALSE(QFileInfo::exists(package() + u"/.corvane-restore"_s));
     EXPECT_TRUE(QFileInfo::exists(m_state + u"/restore"_s));
@@ -134,6 +155,70 @@ TEST_F(LibraryRestoreTest, aCatalogueTooLargeToBeOneIsMadeAnewInsteadOfPutBack)
     const Result<QStringList> lagging = LibraryRestore::putInPlace(package(), m_backup.path);
     ASSERT_TRUE(lagging.ok());
     EXPECT_EQ(lagging.value(), QStringList());
+}
+
+TEST_F(LibraryRestoreTest, cutOffBeforeTheExchangeATurnOfAnEarlierCrashIsStillKnown)
+{
+    const QString half = u"Masters/half.jpg"_s;
+    write(half, "half");
+    noteTurn(7, half);
+    ASSERT_TRUE(LibraryRestore::stage(package(), m_state, m_backup.path).ok());
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_FALSE(isThere(half));
+}
+
+TEST_F(LibraryRestoreTest, cutOffAfterTheExchangeTurnsFromBeforeItAreForgotten)
+{
+    const QString later = fileIn(u"Masters"_s, u"Later.jpg"_s);
+    noteTurn(7, later);
+    cutOffAfterTheExchange();
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_TRUE(isThere(later)) << "for the older databases it looks like half a turn";
+    EXPECT_EQ(journal(), QByteArray());
+}
+
+TEST_F(LibraryRestoreTest, aTurnAfterTheExchangeIsKnownThoughNothingHasFollowedYet)
+{
+    noteTurn(7, u"Masters/gone.jpg"_s);
+    cutOffAfterTheExchange();
+    const QString half = u"Masters/half.jpg"_s;
+    write(half, "half");
+    noteTurn(8, half);
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_FALSE(isThere(half));
+}
+
+TEST_F(LibraryRestoreTest, theJournalIsEmptiedOnlyWhenTheExchangeIsOnTheDisk)
+{
+    noteTurn(7, u"Masters/half.jpg"_s);
+    const QByteArray before = journal();
+    bool isOnDisk = false;
+    FlushRecorder recorder;
+    recorder.failWhere([&](const QString& path) {
+        EXPECT_TRUE(isOnDisk || journal() == before) << path.toStdString();
+        isOnDisk = isOnDisk || (path == QFileInfo(package()).canonicalFilePath() &&
+                                isThere(u"Database/.corvane-restore"_s));
+        return false;
+    });
+    ASSERT_TRUE(LibraryBackups::restore(package(), m_backup.name, false).ok());
+    EXPECT_TRUE(isOnDisk);
+    EXPECT_EQ(journal(), QByteArray());
+}
+
+TEST_F(LibraryRestoreTest, whileTheExchangeIsNotOnTheDiskNothingOfTheStateBeforeIsRemoved)
+{
+    noteTurn(7, u"Masters/half.jpg"_s);
+    const QByteArray before = journal();
+    {
+        FlushRecorder recorder;
+        recorder.failWhere([this](const QString& path) {
+            return path == QFileInfo(package()).canonicalFilePath() &&
+                   isThere(u"Database/.corvane-restore"_s);
+        });
+        ASSERT_TRUE(LibraryBackups::restore(package(), m_backup.name, false).ok());
+    }
+    EXPECT_TRUE(isThere(u".corvane-restore/Database/apdb/Library.apdb"_s));
+    EXPECT_EQ(journal(), before);
     expectEitherState();
     EXPECT_EQ(rows(u"RKMaster"_s), 4);
 }

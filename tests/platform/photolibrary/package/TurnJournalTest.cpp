@@ -98,20 +98,3 @@ TEST(TurnJournal, aLineThatAFullDiskCutShortDoesNotSpoilTheNext)
     ASSERT_EQ(turns.size(), 2);
     EXPECT_EQ(turns.last().made, QStringList{u"Masters/B.JPG"_s});
 }
-
-TEST(TurnJournal, whatWasClearedCanBePutBack)
-{
-    const QTemporaryDir folder;
-    {
-        const auto journal = TurnJournal::open(folder.path());
-        ASSERT_TRUE(journal.ok());
-        ASSERT_TRUE(journal.value()->filesWillBeMade(1, {u"Masters/A.JPG"_s}).ok());
-    }
-    const QByteArray content = TurnJournal::content(folder.path());
-    ASSERT_TRUE(TurnJournal::open(folder.path()).value()->clearBut({}, {}).ok());
-    ASSERT_TRUE(TurnJournal::read(folder.path()).isEmpty());
-    ASSERT_TRUE(TurnJournal::putBack(folder.path(), content).ok());
-    const QList<JournaledTurn> turns = TurnJournal::read(folder.path());
-    ASSERT_EQ(turns.size(), 1);
-    EXPECT_EQ(turns.first().made, QStringList{u"Masters/A.JPG"_s});
-}
