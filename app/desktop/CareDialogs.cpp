@@ -30,6 +30,15 @@ QList<CareReport::Entry> entriesOf(const QList<Finding>& findings)
     return entries;
 }
 
+QList<CareReport::Entry> sentences(const QStringList& texts)
+{
+    QList<CareReport::Entry> entries;
+    for (const QString& text : texts) {
+        entries.append({text, {}});
+    }
+    return entries;
+}
+
 QList<Finding> thoseThat(bool areRepairable, QList<Finding> findings)
 {
     findings.removeIf(
@@ -229,10 +238,6 @@ void CareDialogs::repair(Unclosed unclosed)
 void CareDialogs::showRepair(const RepairReport& repaired)
 {
     const bool isAllWell = repaired.left.isEmpty() && repaired.failures.isEmpty();
-    QList<CareReport::Entry> failures;
-    for (const QString& failure : repaired.failures) {
-        failures.append({failure, {}});
-    }
     const QString left = CareTexts::leftAsItWas(repaired.left.size());
     show({.mood = isAllWell ? CareReport::Mood::Good : CareReport::Mood::Bad,
           .heading = repaired.backup.isNull() ? CareTexts::nothingToMend()
@@ -240,7 +245,7 @@ void CareDialogs::showRepair(const RepairReport& repaired)
           .text = repaired.backup.isNull()
                       ? left
                       : left + u"\n\n"_s + CareTexts::backupMadeBefore(repaired.backup),
-          .sections = {{tr("Could not be mended:"), failures},
+          .sections = {{tr("Could not be mended:"), sentences(repaired.failures)},
                        {tr("Needs a choice of yours:"), entriesOf(repaired.left)},
                        {tr("Mended:"), entriesOf(repaired.mended)}}});
     emit libraryMended();
@@ -326,10 +331,12 @@ void CareDialogs::showRestored(const LibraryBackups::Restored& restored)
     for (const QString& file : restored.kept) {
         kept.append({{}, file});
     }
-    show({.heading = tr("The backup was restored"),
+    show({.mood = restored.lagging.isEmpty() ? CareReport::Mood::Good : CareReport::Mood::Bad,
+          .heading = tr("The backup was restored"),
           .text = CareTexts::backupRestored(
               restored.from.name, CareTexts::localTime(restored.from.moment), restored.before),
-          .sections = {{CareTexts::filesKept(kept.size()), kept}},
+          .sections = {{tr("Does not follow yet:"), sentences(restored.lagging)},
+                       {CareTexts::filesKept(kept.size()), kept}},
           .offer = tr("&Verify Library")},
          [this] { verify(); });
     emit libraryMended();

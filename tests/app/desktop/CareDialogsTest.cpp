@@ -7,6 +7,7 @@
 #include "WholeTexts.h"
 
 #include <QAction>
+#include <QDir>
 #include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -322,6 +323,21 @@ TEST_F(CareDialogsTest, aBackupIsRestoredOnlyWhenThatIsConfirmedAndWhatIsKeptIsL
     ASSERT_TRUE(settle());
     EXPECT_TRUE(list().contains(u"Needs a choice of yours:"_s)) << "the file that is kept";
     EXPECT_TRUE(list().contains(u"Masters/"_s)) << list().toStdString();
+}
+
+TEST_F(CareDialogsTest, whatCannotFollowARestoreIsListed)
+{
+    const LibraryBackup backup = backUpUnopened();
+    ASSERT_TRUE(QFile::remove(brief()));
+    ASSERT_TRUE(QDir().mkpath(brief() + u"/a folder"_s));
+    open(library());
+    BackupChooser* const copies = chooser();
+    ASSERT_NE(copies, nullptr);
+    static_cast<void>(answerChooser(*copies, backup.name, u"Restore"_s));
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(heading(), u"The backup was restored"_s);
+    EXPECT_TRUE(list().startsWith(u"Does not follow yet:\n"_s)) << list().toStdString();
+    EXPECT_TRUE(list().contains(u"AlbumData2.xml"_s)) << list().toStdString();
 }
 
 TEST_F(CareDialogsTest, aLibraryThatWasNotClosedIsRestoredWhenThatIsInsistedOn)
