@@ -184,9 +184,9 @@ Result<ConnectionPtr> lockedDatabases(const QString& package, bool afterCrash)
 /// on.
 Result<void> clearAway(const Places& places, const Result<QStringList>& lagging)
 {
-    const Result<bool> swept = LibraryRestore::sweep(places.package, places.state);
+    Result<void> swept = LibraryRestore::sweep(places.package, places.state);
     if (!swept.ok() || !lagging.ok()) {
-        return swept.ok() ? Result<void>() : Result<void>(swept.error());
+        return swept;
     }
     const Result<std::unique_ptr<TurnJournal>> journal = TurnJournal::open(places.state);
     Result<void> forgotten = journal.ok() ? journal.value()->clearBut({}, {})
@@ -227,7 +227,7 @@ replaced(const Places& places, const LibraryBackup& from, bool afterCrash)
     if (!locked.ok()) {
         return locked.error();
     }
-    if (const Result<bool> swept = LibraryRestore::sweep(package, places.state); !swept.ok()) {
+    if (const Result<void> swept = LibraryRestore::sweep(package, places.state); !swept.ok()) {
         return swept.error();
     }
     if (const Result<void> staged = LibraryRestore::stage(package, places.state, from.path);

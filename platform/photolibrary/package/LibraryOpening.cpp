@@ -109,7 +109,9 @@ Result<Recovery::Outcome> recovered(Connection& connection,
         connection.rollback();
         return checked.error();
     }
-    Recovery::Outcome outcome = Recovery::run(connection, turns);
+    Changes lagging;
+    lagging.catalogues = LibraryRestore::isInPlace(connection.packagePath(), stateFolder);
+    Recovery::Outcome outcome = Recovery::run(connection, turns, lagging);
     connection.resetStatements();
     connection.rollback();
     return outcome;
@@ -133,19 +135,16 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
                                                                     lock.value()->leftBehind()));
     }
     const ForeignUse::Warnings warnings = ForeignUse::warnings(places.package, places.state, found);
-    Result<Recovery::Outcome> outcome = recovered(*connection, options, places.state, found);
+    const Result<Recovery::Outcome> outcome = recovered(*connection, options, places.state, found);
     if (!outcome.ok()) {
         return outcome.error();
     }
     if (!outcome.value().notRemoved.isEmpty()) {
         systemLog(notRemoved(places.package, outcome.value().notRemoved));
     }
-    const Result<bool> wasRestored = LibraryRestore::sweep(places.package, places.state);
-    if (!wasRestored.ok()) {
-        return wasRestored.error();
-    }
-    if (wasRestored.value()) {
-        outcome.value().changes.catalogues = true;
+    if (const Result<void> swept = LibraryRestore::sweep(places.package, places.state);
+        !swept.ok()) {
+        return swept.error();
     }
     connection->database().setBusyTimeout(Connection::kBusyMilliseconds);
     connection->database().exec("PRAGMA cache_spill=OFF");
@@ -164,7 +163,8 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
         // They are tried again at the end; the databases are what counts.
         systemLog(followed.error().message);
     }
-    if (wasRestored.value() && (followed.ok() || LibraryErrors::isLeftAlone(followed))) {
+    if (LibraryRestore::isInPlace(places.package, places.state) &&
+        (followed.ok() || LibraryErrors::isLeftAlone(followed))) {
         LibraryRestore::followed(places.package, places.state);
     }
     return library;

@@ -79,7 +79,7 @@ void mendRows(Writer& writer)
 }
 
 /// Writes one picture. It is named by the databases already, so that a crash leaves either all of
-/// it or what was there before: nothing.
+/// it or what was there before, nothing, beside what the next opening for writing removes.
 Result<void> makePicture(Connection& connection, const ProxyFiles::Missing& missing)
 {
     const Result<QByteArray> bytes = ProxyFiles::make(connection, missing);
@@ -97,11 +97,24 @@ Result<void> makePicture(Connection& connection, const ProxyFiles::Missing& miss
                        : folder;
 }
 
+Result<void> announce(PhotoLibraryPrivate& library, const QList<ProxyFiles::Missing>& pictures)
+{
+    QStringList paths;
+    for (const ProxyFiles::Missing& picture : pictures) {
+        paths << picture.relativePath;
+    }
+    return paths.isEmpty() ? Result<void>() : library.announcePictures(paths);
+}
+
 /// Sentences about pictures that could not be made after all.
-Result<QStringList> makePictures(Connection& connection, const Watch& watch)
+Result<QStringList>
+makePictures(PhotoLibraryPrivate& library, Connection& connection, const Watch& watch)
 {
     QStringList failures;
     const QList<ProxyFiles::Missing> all = ProxyFiles::missing(connection);
+    if (const Result<void> announced = announce(library, all); !announced.ok()) {
+        return announced.error();
+    }
     qint64 begun = 0;
     // A thumbnail may be made from a preview that is made only now.
     for (const bool previews : {true, false}) {
@@ -143,8 +156,8 @@ Result<QStringList> mend(PhotoLibraryPrivate& library, const Watch& watch)
     if (!rows.ok()) {
         return rows.error();
     }
-    const Result<Result<QStringList>> pictures =
-        library.tryRead([&](Connection& connection) { return makePictures(connection, watch); });
+    const Result<Result<QStringList>> pictures = library.tryRead(
+        [&](Connection& connection) { return makePictures(library, connection, watch); });
     const Result<void> followed = library.synchronise();
     if (!pictures.ok()) {
         return pictures.error();

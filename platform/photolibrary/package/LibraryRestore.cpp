@@ -55,12 +55,6 @@ QString noteIn(const QString& stateFolder)
     return stateFolder + "/restore"_L1;
 }
 
-/// Whether the databases in the package are those of a restore that is not over.
-bool isInPlace(const QString& package, const QString& stateFolder)
-{
-    return QFileInfo::exists(noteIn(stateFolder)) && QFileInfo::exists(markIn(package));
-}
-
 qint64 lastTurnIn(const QString& stateFolder)
 {
     const QList<JournaledTurn> turns = TurnJournal::read(stateFolder);
@@ -253,7 +247,8 @@ Result<void> flushExchange(const QString& package)
     return flushed.ok() && isFolder(staging) ? AtomicFile::flushFolder(staging) : flushed;
 }
 
-/// Writes one of the copy's files over that of the package.
+/// Writes one of the copy's files over that of the package, of which no earlier restore leaves
+/// anything unfinished then.
 Result<void> putFile(const QString& package, const QString& copy, const QString& part)
 {
     const QString to = package + u'/' + part;
@@ -262,8 +257,11 @@ Result<void> putFile(const QString& package, const QString& copy, const QString&
     if (!bytes.ok()) {
         return bytes.error();
     }
-    Result<void> done = PackageFiles::mayBeWritten(package, part);
-    done = done.ok() ? AtomicFile::makeFolder(QFileInfo(to).path()) : done;
+    if (Result<void> allowed = PackageFiles::mayBeWritten(package, part); !allowed.ok()) {
+        return allowed;
+    }
+    PackageFiles::removeUnfinished(package, part.section(u'/', 0, -2), part.section(u'/', -1));
+    const Result<void> done = AtomicFile::makeFolder(QFileInfo(to).path());
     return done.ok() ? AtomicFile::write(to, bytes.value()) : done;
 }
 
@@ -332,7 +330,7 @@ LibraryRestore::stage(const QString& package, const QString& stateFolder, const 
     }
     Result<void> staged = makeStaging(package, stateFolder, copy);
     if (!staged.ok()) {
-        if (const Result<bool> swept = sweep(package, stateFolder); !swept.ok()) {
+        if (const Result<void> swept = sweep(package, stateFolder); !swept.ok()) {
             systemLog(swept.error().message);
         }
     }
@@ -351,16 +349,21 @@ Result<QStringList> LibraryRestore::putInPlace(const QString& package, const QSt
     return putCatalogues(package, copy);
 }
 
-Result<bool> LibraryRestore::sweep(const QString& package, const QString& stateFolder)
+bool LibraryRestore::isInPlace(const QString& package, const QString& stateFolder)
+{
+    return QFileInfo::exists(noteIn(stateFolder)) && QFileInfo::exists(markIn(package));
+}
+
+Result<void> LibraryRestore::sweep(const QString& package, const QString& stateFolder)
 {
     const bool hasDatabases = QFileInfo::exists(package + u'/' + kDatabases);
     if (!QFileInfo::exists(noteIn(stateFolder)) || !hasDatabases) {
-        return false;
+        return {};
     }
     const bool wasPutInPlace = isInPlace(package, stateFolder);
     if (wasPutInPlace) {
-        if (const Result<void> flushed = flushExchange(package); !flushed.ok()) {
-            return flushed.error();
+        if (Result<void> flushed = flushExchange(package); !flushed.ok()) {
+            return flushed;
         }
     }
     const QList<PackageFiles::NotRemoved> left = PackageFiles::remove(package, kStaging);
@@ -371,7 +374,7 @@ Result<bool> LibraryRestore::sweep(const QString& package, const QString& stateF
     } else if (!wasPutInPlace) {
         QFile::remove(noteIn(stateFolder));
     }
-    return wasPutInPlace;
+    return {};
 }
 
 QList<JournaledTurn> LibraryRestore::turns(const QString& package, const QString& stateFolder)

@@ -25,10 +25,12 @@ stage(const QString& package, const QString& stateFolder, const QString& copy);
 /// does not follow them all the same. Errors: NotWritable, and the library is as it was.
 [[nodiscard]] Result<QStringList> putInPlace(const QString& package, const QString& copy);
 /// Removes what stage() made, or a restore that was cut off left, and after putInPlace() what was
-/// there before. Returns whether databases were put in place that the catalogues may not have
-/// followed yet: the note stays then, by which each run that writes to the library makes them
-/// follow, until followed(). Errors: what was put in place could not be flushed; then all stays.
-[[nodiscard]] Result<bool> sweep(const QString& package, const QString& stateFolder);
+/// there before. Where databases isInPlace() the note stays. Errors: what was put in place could
+/// not be flushed; then all stays.
+[[nodiscard]] Result<void> sweep(const QString& package, const QString& stateFolder);
+/// Whether the databases in the package were put in place and the catalogues may not have followed
+/// yet: each run that writes to the library makes them follow, until followed().
+[[nodiscard]] bool isInPlace(const QString& package, const QString& stateFolder);
 /// The turns that the journal tells of, without those that were noted before databases were put in
 /// place: what they made stays, since for databases of an earlier day it looks like what no photo
 /// needs, and what was to follow them has nothing to follow. A restore that is cut off before the

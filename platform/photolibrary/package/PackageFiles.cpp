@@ -116,6 +116,24 @@ QList<NotRemoved> removeNamed(const QString& package, const QString& relativePat
     return left;
 }
 
+/// Of a folder, files that `picks` by the names that they were to bear.
+template <typename Picks>
+void removeUnfinishedThat(const QString& package, const QString& folder, const Picks& picks)
+{
+    if (!folder.isEmpty() && !PackageFiles::isInside(folder)) {
+        return;
+    }
+    const QDir place(folder.isEmpty() ? package : absolute(package, folder));
+    const QFileInfoList entries =
+        place.entryInfoList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
+    for (const QFileInfo& entry : entries) {
+        const QString file = entry.fileName();
+        if (PackageFiles::isUnfinished(file) && picks(PackageFiles::finishedPath(file))) {
+            QFile::remove(entry.filePath());
+        }
+    }
+}
+
 } // namespace
 
 bool PackageFiles::isInside(const QString& relativePath)
@@ -250,18 +268,16 @@ void PackageFiles::removeUnfinished(const QString& package,
                                     const QString& folder,
                                     const QString& name)
 {
-    if (!folder.isEmpty() && !isInside(folder)) {
-        return;
-    }
-    const QDir place(folder.isEmpty() ? package : absolute(package, folder));
-    const QFileInfoList entries =
-        place.entryInfoList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
-    for (const QFileInfo& entry : entries) {
-        const QString file = entry.fileName();
-        if (isUnfinished(file) && (name.isEmpty() || file.startsWith(u'.' + name + u'.'))) {
-            QFile::remove(entry.filePath());
-        }
-    }
+    removeUnfinishedThat(
+        package, folder, [&name](const QString& finished) { return finished == name; });
+}
+
+void PackageFiles::removeAllUnfinished(const QString& package,
+                                       const QString& folder,
+                                       const QString& ending)
+{
+    removeUnfinishedThat(
+        package, folder, [&ending](const QString& finished) { return finished.endsWith(ending); });
 }
 
 bool PackageFiles::isUnfinished(const QString& name)

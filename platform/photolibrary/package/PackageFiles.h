@@ -42,8 +42,11 @@ void removeEmpty(const QString& package, const QStringList& folders);
 /// Removes files that a turn made or was making, wherever the library's folders are, with the
 /// folders that this leaves empty, durably. Returns what could not be removed.
 [[nodiscard]] QList<NotRemoved> removeMade(const QString& package, const QStringList& files);
-/// Removes what AtomicFile left unfinished in a folder: of the file `name`, or of all its files.
-void removeUnfinished(const QString& package, const QString& folder, const QString& name = {});
+/// Removes what AtomicFile left unfinished of the file `name` in a folder, which is empty for the
+/// package itself.
+void removeUnfinished(const QString& package, const QString& folder, const QString& name);
+/// The same of all files of the folder whose names end like that.
+void removeAllUnfinished(const QString& package, const QString& folder, const QString& ending);
 
 /// Whether AtomicFile gave that name to a file that it was writing.
 [[nodiscard]] bool isUnfinished(const QString& name);

@@ -441,6 +441,11 @@ QStringList PhotoLibraryPrivate::warnings() const
     return (m_passing.hasExpired() ? QStringList() : QStringList{m_passingWarning}) + m_warnings;
 }
 
+Result<void> PhotoLibraryPrivate::announcePictures(const QStringList& relativePaths)
+{
+    return m_write ? m_write->announcePictures(relativePaths) : Result<void>(readOnlyError());
+}
+
 Result<QString> PhotoLibraryPrivate::backUp()
 {
     const Result<std::shared_ptr<Session>> mine = session();

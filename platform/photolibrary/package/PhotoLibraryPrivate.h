@@ -93,6 +93,8 @@ public:
 
     void requestStop() { m_stopRequested = true; }
 
+    /// See WriteAccess::announcePictures().
+    [[nodiscard]] Result<void> announcePictures(const QStringList& relativePaths);
     /// Makes a dated copy of databases and catalogues now; returns its folder.
     [[nodiscard]] Result<QString> backUp();
     [[nodiscard]] Result<void> synchronise();

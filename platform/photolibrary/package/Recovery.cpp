@@ -111,26 +111,36 @@ void keepKnown(Connection& connection, QSet<QString>& uuids, const char* sql)
         [&](const QString& uuid) { return !Sql::firstInteger(connection, sql, uuid).has_value(); });
 }
 
-/// Sidecars and catalogues are written beside the old ones and renamed; a run that was ended in
-/// between leaves the unfinished ones.
+/// Sidecars and catalogues, and what a restore puts beside them, are written beside the old ones
+/// and renamed; a run that was ended in between leaves the unfinished ones.
 void removeUnfinishedSidecars(Connection& connection, const Changes& changes)
 {
     const QString& package = connection.packagePath();
-    PackageFiles::removeUnfinished(package, QString(), u"AlbumData.xml"_s);
+    for (const QString& name : {u"AlbumData.xml"_s, u"Info.plist"_s}) {
+        PackageFiles::removeUnfinished(package, QString(), name);
+    }
     PackageFiles::removeUnfinished(package, u"iLifeShared"_s, u"AlbumData2.xml"_s);
     for (const QString& name : {u"Keywords.plist"_s, u"DataModelVersion.plist"_s}) {
         PackageFiles::removeUnfinished(package, u"Database"_s, name);
     }
-    PackageFiles::removeUnfinished(package, u"Database/Albums"_s);
-    PackageFiles::removeUnfinished(package, u"Database/Folders"_s);
+    PackageFiles::removeAllUnfinished(package, u"Database/Albums"_s, u".apalbum"_s);
+    PackageFiles::removeAllUnfinished(package, u"Database/Folders"_s, u".apfolder"_s);
     for (const QString& master : changes.masters) {
         const QString path =
             Sql::firstText(connection, "SELECT imagePath FROM RKMaster WHERE uuid = ?", master);
         const QString group = path.section(u'/', 0, -2);
         if (!group.isEmpty()) {
-            PackageFiles::removeUnfinished(package,
-                                           "Database/Versions/"_L1 + group + u'/' + master);
+            const QString folder = "Database/Versions/"_L1 + group + u'/' + master;
+            PackageFiles::removeAllUnfinished(package, folder, u".apmaster"_s);
+            PackageFiles::removeAllUnfinished(package, folder, u".apversion"_s);
         }
+    }
+}
+
+void removeUnfinishedPictures(const QString& package, const QStringList& pictures)
+{
+    for (const QString& path : pictures) {
+        PackageFiles::removeUnfinished(package, path.section(u'/', 0, -2), path.section(u'/', -1));
     }
 }
 
@@ -139,13 +149,14 @@ void removeUnfinishedSidecars(Connection& connection, const Changes& changes)
 namespace Recovery
 {
 
-Outcome run(Connection& connection, const QList<JournaledTurn>& turns)
+Outcome run(Connection& connection, const QList<JournaledTurn>& turns, const Changes& lagging)
 {
     const QString& package = connection.packagePath();
     removeDeadJournals(databaseFolder(connection));
     removeDeadSuperJournals(databaseFolder(connection));
     Outcome outcome;
     Changes& changes = outcome.changes;
+    changes = lagging;
     for (const JournaledTurn& turn : turns) {
         QList<PackageFiles::NotRemoved> left;
         if (!turn.made.isEmpty() && !wasCommitted(connection, turn.made)) {
@@ -158,6 +169,7 @@ Outcome run(Connection& connection, const QList<JournaledTurn>& turns)
             outcome.unsettled.insert(turn.number);
             outcome.notRemoved << left;
         }
+        removeUnfinishedPictures(package, turn.pictures);
         changes.unite(turn.changes);
     }
     // What a transaction was about to make and did not, no sidecar can follow.

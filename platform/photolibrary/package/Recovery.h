@@ -18,10 +18,12 @@ struct Outcome {
     QList<PackageFiles::NotRemoved> notRemoved; ///< those files
 };
 
-/// Removes dead journals beside the databases, the files of turns that were not committed, and
-/// what a committed deletion left. Any file that the journal does not name stays. Errors:
-/// SQLite::Exception.
-[[nodiscard]] Outcome run(Connection& connection, const QList<JournaledTurn>& turns);
+/// Removes dead journals beside the databases, the files of turns that were not committed, what a
+/// committed deletion left, and what was unfinished of pictures, sidecars and catalogues. Any file
+/// that the journal does not name stays. `lagging`: what has to follow though no turn tells so.
+/// Errors: SQLite::Exception.
+[[nodiscard]] Outcome
+run(Connection& connection, const QList<JournaledTurn>& turns, const Changes& lagging);
 
 /// The package-relative files that the journal names.
 [[nodiscard]] QSet<QString> named(const QList<JournaledTurn>& turns);

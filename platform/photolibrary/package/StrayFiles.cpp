@@ -69,6 +69,27 @@ void addStrangeSidecars(const QString& package,
     }
 }
 
+/// One that is being written bears its name, or is gone, when it is looked at again.
+QStringList
+unfinishedIn(const QString& package, const QString& folder, QDirIterator::IteratorFlags flags)
+{
+    QStringList files;
+    QDirIterator walk(folder.isEmpty() ? package : package + u'/' + folder,
+                      QDir::Files | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                      flags);
+    while (walk.hasNext()) {
+        walk.next();
+        if (PackageFiles::isUnfinished(walk.fileName())) {
+            files.append(walk.filePath().mid(package.size() + 1));
+        }
+    }
+    files.removeIf([&package](const QString& file) {
+        const QFileInfo entry(package + u'/' + file);
+        return !entry.exists() && !entry.isSymLink();
+    });
+    return files;
+}
+
 } // namespace
 
 QStringList StrayFiles::inMasters(Connection& connection, const NamedFiles& namedFiles)
@@ -132,21 +153,20 @@ QStringList StrayFiles::sidecarsOfNothing(Connection& connection)
 
 QStringList StrayFiles::unfinished(const QString& package)
 {
-    QStringList files;
-    for (const QString& left : {u".corvane-restore"_s, u"Database/.corvane-restore"_s}) {
+    constexpr QLatin1StringView kRestore(".corvane-restore");
+    QStringList files = unfinishedIn(package, QString(), QDirIterator::NoIteratorFlags);
+    const QStringList folders = QDir(package).entryList(QDir::Dirs | QDir::Hidden |
+                                                        QDir::NoSymLinks | QDir::NoDotAndDotDot);
+    for (const QString& folder : folders) {
+        if (folder != kRestore && folder != "Masters"_L1) {
+            files << unfinishedIn(package, folder, QDirIterator::Subdirectories);
+        }
+    }
+    for (const QString& left : {QString(kRestore), "Database/"_L1 + kRestore}) {
         if (QFileInfo::exists(package + u'/' + left)) {
             files.append(left);
         }
     }
-    for (const QString& folder : {QString(), u"iLifeShared"_s, u"Database"_s}) {
-        const QString place = folder.isEmpty() ? package : package + u'/' + folder;
-        const QStringList names =
-            QDir(place).entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
-        for (const QString& name : names) {
-            if (PackageFiles::isUnfinished(name)) {
-                files.append(folder.isEmpty() ? name : folder + u'/' + name);
-            }
-        }
-    }
+    files.sort();
     return files;
 }

@@ -22,8 +22,8 @@ namespace StrayFiles
 /// Sidecars of albums and folders that are not there. Package-relative.
 [[nodiscard]] QStringList sidecarsOfNothing(Connection& connection);
 
-/// What writing beside a file and renaming, or a restore, left when it was cut off.
-/// Package-relative.
+/// What writing beside a file and renaming, or a restore, left when it was cut off, wherever it
+/// lies but in Masters. Package-relative.
 [[nodiscard]] QStringList unfinished(const QString& package);
 
 } // namespace StrayFiles

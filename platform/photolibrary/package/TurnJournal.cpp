@@ -119,6 +119,7 @@ void apply(const QJsonObject& entry, QMap<qint64, JournaledTurn>& turns)
         turn.made.clear();
     }
     turn.made << textsOf(entry["made"_L1]);
+    turn.pictures << textsOf(entry["pictures"_L1]);
     if (entry.contains("doomed"_L1)) {
         turn.doomed = leftoversOf(entry["doomed"_L1].toObject());
     }
@@ -173,6 +174,11 @@ qint64 TurnJournal::nextTurn()
 Result<void> TurnJournal::filesWillBeMade(qint64 turn, const QStringList& relativePaths)
 {
     return append(lineOf(turn, u"made"_s, QJsonArray::fromStringList(relativePaths)));
+}
+
+Result<void> TurnJournal::picturesWillBeMade(qint64 turn, const QStringList& relativePaths)
+{
+    return append(lineOf(turn, u"pictures"_s, QJsonArray::fromStringList(relativePaths)));
 }
 
 Result<void> TurnJournal::filesAreDoomed(qint64 turn, const TrashRows::Leftovers& leftovers)

@@ -16,6 +16,7 @@
 struct JournaledTurn {
     qint64 number{0};
     QStringList made;            ///< package-relative files that were about to be made
+    QStringList pictures;        ///< the same, but the databases named them before
     TrashRows::Leftovers doomed; ///< what was to be removed after the commit
     Changes changes;             ///< what sidecars and catalogues have to follow
     bool announced{false};       ///< the commit was about to be made
@@ -36,6 +37,9 @@ public:
     /// Numbers grow from run to run.
     [[nodiscard]] qint64 nextTurn();
     [[nodiscard]] Result<void> filesWillBeMade(qint64 turn, const QStringList& relativePaths);
+    /// Of these, which the databases name already, a crash leaves nothing to be removed but what
+    /// was unfinished.
+    [[nodiscard]] Result<void> picturesWillBeMade(qint64 turn, const QStringList& relativePaths);
     [[nodiscard]] Result<void> filesAreDoomed(qint64 turn, const TrashRows::Leftovers& leftovers);
     [[nodiscard]] Result<void> turnWillCommit(qint64 turn, const Changes& changes);
     /// The databases have its files now: they are nobody's leftovers any more, not even for

@@ -234,6 +234,11 @@ Result<void> WriteAccess::settle(qint64 turn, bool allGone)
     return m_journal->turnIsSettled(turn);
 }
 
+Result<void> WriteAccess::announcePictures(const QStringList& relativePaths)
+{
+    return ofJournal(m_journal->picturesWillBeMade(m_journal->nextTurn(), relativePaths));
+}
+
 Result<void> WriteAccess::ofJournal(const Result<void>& noted) const
 {
     return noted.ok() ? noted : StateFolder::unusable(noted.error(), m_places.package);

@@ -104,6 +104,9 @@ public:
     [[nodiscard]] Result<void> synchronise(Connection& connection, Follow&& follow);
     void addPending(const Changes& changes);
 
+    /// Notes in the journal, before any of them exists, pictures that the databases name already.
+    [[nodiscard]] Result<void> announcePictures(const QStringList& relativePaths);
+
     /// Notes that the files of a turn need no more attention, unless some could not be removed:
     /// then the journal tells of them until the next opening has removed them.
     [[nodiscard]] Result<void> settle(qint64 turn, bool allGone);

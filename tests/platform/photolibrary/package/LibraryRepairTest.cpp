@@ -1,5 +1,6 @@
 #include "LibraryRepair.h"
 
+#include "ChildProcess.h"
 #include "DamagedLibrary.h"
 #include "PropertyList.h"
 
@@ -246,6 +247,29 @@ TEST_F(LibraryRepairTest, aLibraryThatIPhotoDidNotCloseIsRepairedOnlyWhenToldSo)
     const Result<RepairReport> report = library.value()->repair();
     ASSERT_TRUE(report.ok());
     EXPECT_TRUE(report.value().left.isEmpty());
+}
+
+TEST_F(LibraryRepairTest, whatWasUnfinishedOfAPictureWhenItWasCutOffIsRemoved)
+{
+    const QString picture = fileIn(u"Thumbnails"_s, u"_1024.jpg"_s);
+    const QString folder = picture.section(u'/', 0, -2);
+    remove(picture);
+    ChildProcess child([this](ChildProcess&) {
+        static_cast<void>(open(Access::Write)->repair({}, [](const CareProgress& progress) {
+            if (progress.stage == CareProgress::Stage::Pictures) {
+                ChildProcess::crash();
+            }
+        }));
+    });
+    ASSERT_TRUE(child.crashed());
+    const QString ours = folder + "/."_L1 + picture.section(u'/', -1) + ".0abc123.corvane-new"_L1;
+    const QString other = folder + "/.picture.jpg.0abc123.corvane-new"_L1;
+    write(ours, "half");
+    write(other, "of another program");
+    EXPECT_EQ(findings().filter(u"left unfinished"_s).size(), 2) << "both are told";
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_FALSE(QFileInfo::exists(package() + u'/' + ours));
+    EXPECT_TRUE(QFileInfo::exists(package() + u'/' + other));
 }
 
 TEST_F(LibraryRepairTest, aRequestToStopEndsVerificationAndRepair)

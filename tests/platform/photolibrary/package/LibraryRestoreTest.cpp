@@ -140,7 +140,7 @@ TEST_F(LibraryRestoreTest, thatCataloguesLagIsNotForgottenUntilTheyFollow)
 TEST_F(LibraryRestoreTest, aStagingThatFailsForgetsNoLagOfAnEarlierRestore)
 {
     cutOffAfterTheExchange();
-    EXPECT_TRUE(LibraryRestore::sweep(package(), m_state).value());
+    EXPECT_TRUE(LibraryRestore::sweep(package(), m_state).ok());
     EXPECT_FALSE(LibraryRestore::stage(package(), m_state, folder() + u"/none"_s).ok());
     EXPECT_FALSE(QFileInfo::exists(package() + u"/.corvane-restore"_s));
     EXPECT_TRUE(QFileInfo::exists(m_state + u"/restore"_s));
@@ -175,6 +175,35 @@ TEST_F(LibraryRestoreTest, cutOffAfterTheExchangeTurnsFromBeforeItAreForgotten)
     ASSERT_TRUE(open(Access::Write)->close().ok());
     EXPECT_TRUE(isThere(later)) << "for the older databases it looks like half a turn";
     EXPECT_EQ(journal(), QByteArray());
+}
+
+TEST_F(LibraryRestoreTest, cataloguesThatWereUnfinishedWhenItWasCutOffAreRemoved)
+{
+    const QStringList ours{u".AlbumData.xml.0abc123.corvane-new"_s,
+                           u".Info.plist.0abc123.corvane-new"_s,
+                           u"iLifeShared/.AlbumData2.xml.0abc123.corvane-new"_s};
+    const QStringList others{u".picture.jpg.0abc123.corvane-new"_s,
+                             u"iLifeShared/.picture.jpg.0abc123.corvane-new"_s};
+    cutOffAfterTheExchange();
+    for (const QString& file : ours + others) {
+        write(file, "half");
+    }
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    for (const QString& file : ours) {
+        EXPECT_FALSE(isThere(file)) << file.toStdString();
+    }
+    for (const QString& file : others) {
+        EXPECT_TRUE(isThere(file)) << file.toStdString();
+    }
+}
+
+TEST_F(LibraryRestoreTest, cataloguesThatWereUnfinishedAreRemovedByAnotherRestoreToo)
+{
+    const QString ours = u".AlbumData.xml.0abc123.corvane-new"_s;
+    cutOffAfterTheExchange();
+    write(ours, "half");
+    ASSERT_TRUE(LibraryBackups::restore(package(), m_backup.name, false).ok());
+    EXPECT_FALSE(isThere(ours));
 }
 
 TEST_F(LibraryRestoreTest, aTurnAfterTheExchangeIsKnownThoughNothingHasFollowedYet)

@@ -226,6 +226,22 @@ TEST_F(PackageFilesOnDisk, aFileThatHasAnotherNameTooFreesNothing)
     EXPECT_EQ(PackageFiles::bytesOf(package(), u"Masters/2010/a.jpg"_s), 0);
 }
 
+TEST_F(PackageFilesOnDisk, ofUnfinishedFilesOnlyThoseOfThatKindAreRemoved)
+{
+    const QString folder = u"Database/Albums"_s;
+    ASSERT_TRUE(QDir().mkpath(package() + u'/' + folder));
+    const QStringList names{
+        u".a.apalbum.0abc123.corvane-new"_s, u".picture.jpg.0abc123.corvane-new"_s, u"b.apalbum"_s};
+    for (const QString& name : names) {
+        ASSERT_TRUE(QFile::copy(package() + u"/Masters/2010/a.jpg"_s,
+                                package() + u'/' + folder + u'/' + name));
+    }
+    PackageFiles::removeAllUnfinished(package(), folder, u".apalbum"_s);
+    const QStringList left =
+        QDir(package() + u'/' + folder).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    EXPECT_EQ(left, names.sliced(1));
+}
+
 TEST(UnfinishedFile, isOfTheFileWhoseNameItIsToBear)
 {
     EXPECT_EQ(PackageFiles::finishedPath(u"Masters/2010/.IMG_1.v2.JPG.a1B2c3.corvane-new"_s),
