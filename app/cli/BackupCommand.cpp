@@ -85,6 +85,9 @@ int BackupCommand::list(const CommandServices& services) const
 int BackupCommand::restore(const CommandServices& services) const
 {
     const QString& library = m_libraryOptions.library;
+    for (const QString& warning : LibraryBackups::warnings(library)) {
+        LibraryFailure::say(warning, library, services);
+    }
     const Result<LibraryBackups::Restored> restored =
         LibraryBackups::restore(library, m_options.date, m_libraryOptions.afterCrash);
     if (!restored.ok()) {

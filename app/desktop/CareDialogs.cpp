@@ -281,17 +281,19 @@ void CareDialogs::listBackups()
     }
 }
 
-void CareDialogs::showChooser(const QList<LibraryBackup>& backups)
+void CareDialogs::showChooser(const QList<LibraryBackup>& backups, const QStringList& warnings)
 {
     delete m_chooser;
     m_chooser = new BackupChooser(libraryName(), backups, &m_window);
     m_chooser->setAttribute(Qt::WA_DeleteOnClose);
-    connect(m_chooser, &BackupChooser::chosen, this, &CareDialogs::askToRestore);
+    connect(m_chooser, &BackupChooser::chosen, this, [this, warnings](const LibraryBackup& backup) {
+        askToRestore(backup, warnings);
+    });
     updateActions();
     m_chooser->open();
 }
 
-void CareDialogs::askToRestore(const LibraryBackup& backup)
+void CareDialogs::askToRestore(const LibraryBackup& backup, const QStringList& warnings)
 {
     QMessageBox box(QMessageBox::Warning,
                     tr("Restore Backup"),
@@ -299,12 +301,13 @@ void CareDialogs::askToRestore(const LibraryBackup& backup)
                     QMessageBox::Cancel,
                     m_chooser);
     box.setObjectName(u"restoreQuestion"_s);
-    box.setInformativeText(
+    const QString consequences =
         tr("The library then knows of its photos what it knew at that moment: titles, ratings, "
            "keywords, albums and conversions that came later are undone.\n\nA backup of what is "
            "there now is made first, so that you can go forward again. Photos that came later stay "
            "in the library as files, and are listed afterwards. Photos that were deleted for good "
-           "do not come back.\n\nMake sure that iPhoto is quit."));
+           "do not come back.\n\nMake sure that iPhoto is quit.");
+    box.setInformativeText((warnings + QStringList{consequences}).join(u"\n\n"_s));
     if (confirms(box, tr("&Restore"), Needs::Nothing)) {
         if (m_chooser != nullptr) {
             m_chooser->close();

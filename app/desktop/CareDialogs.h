@@ -53,8 +53,8 @@ private:
     void backUp();
     void showBackup(const LibraryBackup& backup);
     void listBackups();
-    void showChooser(const QList<LibraryBackup>& backups);
-    void askToRestore(const LibraryBackup& backup);
+    void showChooser(const QList<LibraryBackup>& backups, const QStringList& warnings);
+    void askToRestore(const LibraryBackup& backup, const QStringList& warnings);
     void restore(const QString& name, Unclosed unclosed);
     void showRestored(const LibraryBackups::Restored& restored);
     void showFailure(const Error& error);

@@ -146,12 +146,16 @@ void LibraryCare::backUp()
 
 void LibraryCare::list(const QString& library)
 {
-    begin(Work::List, [this, library](const LibraryPtr& /*open*/) {
+    const bool isWritable = m_session.contents().isWritable();
+    begin(Work::List, [this, library, isWritable](const LibraryPtr& open) {
+        // What this program itself wrote meanwhile is no sign of another one.
+        const QStringList warnings =
+            open != nullptr && isWritable ? open->warnings() : LibraryBackups::warnings(library);
         const Result<QList<LibraryBackup>> found = LibraryBackups::list(library);
         if (!found.ok()) {
             return failure(found.error());
         }
-        return Rest([this, backups = found.value()] { emit listed(backups); });
+        return Rest([this, backups = found.value(), warnings] { emit listed(backups, warnings); });
     });
 }
 

@@ -66,7 +66,8 @@ signals:
     void verified(const LibraryCare::Verification& verification);
     void repaired(const RepairReport& report);
     void backedUp(const LibraryBackup& backup);
-    void listed(const QList<LibraryBackup>& backups);
+    /// `warnings`: what a person should know before one is restored.
+    void listed(const QList<LibraryBackup>& backups, const QStringList& warnings);
     void restored(const LibraryBackups::Restored& restored);
     void failed(const Error& error);
 

@@ -324,6 +324,17 @@ Result<QList<LibraryBackup>> LibraryBackups::list(const QString& path)
     return backups;
 }
 
+QStringList LibraryBackups::warnings(const QString& path)
+{
+    const QString package = absolute(path);
+    const ForeignUse::Traces found = ForeignUse::tracesOf(package);
+    const Result<ConnectionPtr> connection = connectTo(package, Connection::Mode::Read);
+    const Places places = placesOf(package, connection.ok() ? connection.value().get() : nullptr);
+    const ForeignUse::Warnings warnings = ForeignUse::warnings(package, places.state, found);
+    return (warnings.passing.isNull() ? QStringList() : QStringList{warnings.passing}) +
+           warnings.lasting;
+}
+
 Result<LibraryBackups::Restored>
 LibraryBackups::restore(const QString& path, const QString& date, bool afterCrash)
 {

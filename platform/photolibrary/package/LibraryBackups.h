@@ -46,6 +46,10 @@ struct Restored {
 /// Unsupported for what never was a library.
 [[nodiscard]] Result<QList<LibraryBackup>> list(const QString& package);
 
+/// What a person should know before a restore: signs that another program uses the library. A
+/// sentence or two each, often none.
+[[nodiscard]] QStringList warnings(const QString& package);
+
 /// Puts databases, sidecars and catalogues of a copy in place of those that are there, all at once:
 /// a kill at any moment leaves the library as it was or as it is to be. A copy of what is there is
 /// made before. No file of Masters, Previews or Thumbnails is touched. `date`: the name of a copy,

@@ -73,6 +73,19 @@ TEST_F(BackupCommandTest, aCatalogueThatDoesNotFollowARestoreIsTold)
     EXPECT_TRUE(lagging.first().toString().contains(u"AlbumData.xml"_s));
 }
 
+TEST_F(BackupCommandTest, beforeARestoreItIsSaidThatAnotherProgramChangedTheDatabases)
+{
+    EXPECT_EQ(run({u"backup"_s, library(), u"--json"_s}), 0);
+    const QString date = document().value(u"date"_s).toString();
+    QFile database(library() + u"/Database/apdb/Library.apdb"_s);
+    ASSERT_TRUE(database.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(database.setFileTime(QDateTime::currentDateTime().addSecs(-10),
+                                     QFileDevice::FileModificationTime));
+    database.close();
+    EXPECT_EQ(run({u"backup"_s, library(), u"--restore"_s, date}), 0) << m_err.toStdString();
+    EXPECT_TRUE(m_err.contains("changed within the last minute")) << m_err.toStdString();
+}
+
 TEST_F(BackupCommandTest, aDateThatThereIsNotIsRefused)
 {
     EXPECT_EQ(run({u"backup"_s, library(), u"--restore"_s, u"1999"_s}), 3);

@@ -325,6 +325,17 @@ TEST_F(CareDialogsTest, aBackupIsRestoredOnlyWhenThatIsConfirmedAndWhatIsKeptIsL
     EXPECT_TRUE(list().contains(u"Masters/"_s)) << list().toStdString();
 }
 
+TEST_F(CareDialogsTest, thatAnotherProgramChangedTheLibraryIsSaidBeforeARestore)
+{
+    const LibraryBackup backup = backUpUnopened();
+    execute("UPDATE RKVersion SET name='Other'");
+    open(library());
+    BackupChooser* const copies = chooser();
+    ASSERT_NE(copies, nullptr);
+    const QString asked = answerChooser(*copies, backup.name, u"Cancel"_s);
+    EXPECT_TRUE(asked.contains(u"were changed within the last minute"_s)) << asked.toStdString();
+}
+
 TEST_F(CareDialogsTest, whatCannotFollowARestoreIsListed)
 {
     const LibraryBackup backup = backUpUnopened();

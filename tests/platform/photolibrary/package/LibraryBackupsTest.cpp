@@ -347,6 +347,16 @@ TEST_F(LibraryBackupsTest, anUnfinishedTurnIsForgottenSoThatItsFilesAreNotSweptL
     EXPECT_TRUE(QFileInfo::exists(package() + u"/Masters/"_s + later));
 }
 
+TEST_F(LibraryBackupsTest, aChangeByAnotherProgramAMomentBeforeIsAWarningAndAnOwnOneNone)
+{
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_EQ(LibraryBackups::warnings(package()), QStringList());
+    execute(u"UPDATE RKVersion SET name='Other'"_s);
+    const QStringList warnings = LibraryBackups::warnings(package());
+    ASSERT_EQ(warnings.size(), 1);
+    EXPECT_TRUE(warnings.first().contains("changed within the last minute"_L1));
+}
+
 TEST_F(LibraryBackupsTest, aDateMayBeTheBeginOfJustOne)
 {
     const LibraryBackup backup = make();
