@@ -18,6 +18,19 @@
 
 using namespace Qt::StringLiterals;
 
+namespace
+{
+
+/// Who is told of an error believes that nothing came of it.
+Error doneAllTheSame(const Error& error)
+{
+    return {error.code,
+            u"%1 All the same this was done: the picture is in the library, and the photo that it "
+            "is a copy of is replaced."_s.arg(LibraryErrors::asSentence(error.message))};
+}
+
+} // namespace
+
 WriteTransaction::WriteTransaction(WriteAccessPtr access, Connection& connection, qint64 turn)
     : m_access(std::move(access))
     , m_connection(connection)
@@ -91,8 +104,7 @@ Result<void> WriteTransaction::commit()
         });
     }
     if (!done.ok()) {
-        rollback();
-        return done;
+        return abandon() == Outcome::Done ? doneAllTheSame(done.error()) : done;
     }
     m_open = false;
     if (!m_made.isEmpty()) {
@@ -105,21 +117,26 @@ Result<void> WriteTransaction::commit()
 
 void WriteTransaction::rollback()
 {
-    if (!m_open) {
-        return;
+    if (m_open) {
+        abandon();
     }
+}
+
+WriteTransaction::Outcome WriteTransaction::abandon()
+{
     m_open = false;
     m_connection.rollback();
-    const Result<void> settled = settleByOutcome();
-    if (!settled.ok()) {
+    const Outcome found = outcome();
+    if (const Result<void> settled = settle(found); !settled.ok()) {
         systemLog(settled.error().message);
     }
     m_access->m_gate.leave();
+    return found;
 }
 
-Result<void> WriteTransaction::settleByOutcome()
+Result<void> WriteTransaction::settle(Outcome outcome)
 {
-    switch (outcome()) {
+    switch (outcome) {
     case Outcome::Undone:
         return m_access->settle(
             m_turn,

@@ -47,7 +47,8 @@ public:
     /// A step failed: commit() will refuse, since half a turn is none.
     void spoil() { m_spoilt = true; }
 
-    /// Makes everything durable, or undoes everything and says why.
+    /// Makes everything durable, or undoes everything and says why. Where it happened though
+    /// SQLite tells an error, the message says that too.
     [[nodiscard]] Result<void> commit();
     void rollback();
 
@@ -57,7 +58,9 @@ private:
     /// Of a transaction that is not committed as far as SQLite tells.
     enum class Outcome : quint8 { Undone, Done, InDoubt };
     [[nodiscard]] Outcome outcome();
-    [[nodiscard]] Result<void> settleByOutcome();
+    [[nodiscard]] Result<void> settle(Outcome outcome);
+    /// Gives the writer's place up; what became of the transaction.
+    Outcome abandon();
 
     WriteAccessPtr m_access;
     Connection& m_connection;

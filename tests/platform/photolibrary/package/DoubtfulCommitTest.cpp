@@ -45,6 +45,45 @@ TEST_F(DoubtfulCommit, aTurnThatHappenedThoughItsLastFlushFailedIsFollowedAndKee
     expectSound();
 }
 
+TEST_F(DoubtfulCommit, ofATurnThatHappenedTheErrorSaysSo)
+{
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    FlushRecorder recorder;
+    failAfterCommit(recorder);
+    const auto turn = library->beginPhotoTurn();
+    import(*library, makePicture(u"IMG_1.JPG"_s));
+    QString told;
+    try {
+        turn->commit();
+    } catch (const ScriptingException& exception) {
+        told = exception.reason();
+    }
+    EXPECT_TRUE(told.endsWith(
+        "All the same this was done: the picture is in the library, and the photo that it is a "
+        "copy of is replaced."_L1))
+        << told.toStdString();
+}
+
+TEST_F(DoubtfulCommit, ofATurnThatWasUndoneTheErrorSaysNothingMore)
+{
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    const auto turn = library->beginPhotoTurn();
+    import(*library, makePicture(u"IMG_1.JPG"_s));
+    FlushRecorder recorder;
+    recorder.failWhere([](const QString& path) { return path.endsWith("-journal"_L1); });
+    QString told;
+    try {
+        turn->commit();
+    } catch (const ScriptingException& exception) {
+        told = exception.reason();
+    }
+    EXPECT_FALSE(told.isEmpty());
+    EXPECT_FALSE(told.contains("All the same"_L1)) << told.toStdString();
+    EXPECT_EQ(rows(u"RKMaster"_s), 0);
+}
+
 TEST_F(DoubtfulCommit, aDeletionThatHappenedThoughItsLastFlushFailedIsFinishedByTheNextOpening)
 {
     {
