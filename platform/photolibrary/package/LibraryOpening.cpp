@@ -139,9 +139,6 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
     if (!outcome.ok()) {
         return outcome.error();
     }
-    if (!outcome.value().notRemoved.isEmpty()) {
-        systemLog(notRemoved(places.package, outcome.value().notRemoved));
-    }
     if (const Result<void> swept = LibraryRestore::sweep(places.package, places.state);
         !swept.ok()) {
         return swept.error();
@@ -156,13 +153,17 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
     write.value()->addPending(outcome.value().changes);
     auto library = std::make_shared<PhotoLibraryPrivate>(
         places, version, std::move(connection), write.value());
-    library->setWarnings(warnings.lasting);
+    QStringList lasting = warnings.lasting;
+    if (!outcome.value().notRemoved.isEmpty()) {
+        lasting << notRemoved(places.package, outcome.value().notRemoved);
+    }
     library->setPassingWarning(warnings.passing, warnings.milliseconds);
     const Result<void> followed = library->synchronise();
     if (!followed.ok()) {
         // They are tried again at the end; the databases are what counts.
-        systemLog(followed.error().message);
+        lasting << followed.error().message;
     }
+    library->setWarnings(lasting);
     if (LibraryRestore::isInPlace(places.package, places.state) &&
         (followed.ok() || LibraryErrors::isLeftAlone(followed))) {
         LibraryRestore::followed(places.package, places.state);

@@ -82,7 +82,8 @@ public:
     /// Asks every import from now on to raise "Interrupted". Any thread, not a signal handler.
     void requestStop();
 
-    /// What the opening found that a person should know before anything is written, or, of a
+    /// What the opening found that a person should know before anything is written: signs of
+    /// another program, and what of a crash it could not clear away or bring in step. Or, of a
     /// library opened for reading, that another process of this program writes to it. A sentence or
     /// two each, often none. That of a change which another program made a moment before is left
     /// out once the change is a minute old.

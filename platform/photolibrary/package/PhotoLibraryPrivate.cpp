@@ -512,7 +512,9 @@ Result<void> PhotoLibraryPrivate::close()
     Following following = follow();
     if (following.onlyLeftAlone) {
         // It was so before, and nothing was lost by what was done now.
-        systemLog(following.result.error().message);
+        if (!m_warnings.contains(following.result.error().message)) {
+            systemLog(following.result.error().message);
+        }
         following.result = {};
     }
     m_closed = true;

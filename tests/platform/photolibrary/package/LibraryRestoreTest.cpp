@@ -137,6 +137,17 @@ TEST_F(LibraryRestoreTest, thatCataloguesLagIsNotForgottenUntilTheyFollow)
     expectEitherState();
 }
 
+TEST_F(LibraryRestoreTest, thatCataloguesLagIsAWarning)
+{
+    cutOffAfterTheExchange();
+    const OrdinaryUser user({folder()});
+    const WithPermissions closed(QFileInfo(m_backup.path).path(), 0555);
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    const QString told = library->warnings().join(u'\n');
+    EXPECT_TRUE(told.contains("follow at the next run"_L1)) << told.toStdString();
+}
+
 TEST_F(LibraryRestoreTest, aStagingThatFailsForgetsNoLagOfAnEarlierRestore)
 {
     cutOffAfterTheExchange();
