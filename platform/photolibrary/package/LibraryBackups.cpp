@@ -197,25 +197,32 @@ Result<void> clearAway(const Places& places, const Result<QStringList>& lagging)
     return forgotten;
 }
 
-QStringList unknownOriginals(const QString& package)
+/// Originals in the package that its databases do not know.
+Result<QStringList> unknownOriginals(const QString& package)
 {
     const Result<ConnectionPtr> connection =
         Connection::open(package, Connection::Mode::Read, kBusyMilliseconds);
-    const Result<QStringList> files =
-        connection.ok()
-            ? LibraryErrors::caught(package,
-                                    [&]() -> Result<QStringList> {
-                                        return StrayFiles::inMasters(*connection.value(), {});
-                                    })
-            : Result<QStringList>(connection.error());
-    if (!files.ok()) {
-        systemLog(files.error().message);
+    if (!connection.ok()) {
+        return connection.error();
     }
-    QStringList originals = files.ok() ? files.value() : QStringList();
-    for (QString& path : originals) {
-        path.prepend("Masters/"_L1);
+    return LibraryErrors::caught(package, [&]() -> Result<QStringList> {
+        QStringList originals = StrayFiles::inMasters(*connection.value(), {});
+        for (QString& path : originals) {
+            path.prepend("Masters/"_L1);
+        }
+        return originals;
+    });
+}
+
+void tellKept(const QString& package, LibraryBackups::Restored& restored)
+{
+    const Result<QStringList> kept = unknownOriginals(package);
+    if (kept.ok()) {
+        restored.kept = kept.value();
+        return;
     }
-    return originals;
+    restored.lagging << u"Which files in the library belong to no photo of it now is not known: "
+                        "%1"_s.arg(LibraryErrors::asSentence(kept.error().message));
 }
 
 /// With the writer's lock: stages, copies what is there, swaps.
@@ -362,7 +369,7 @@ LibraryBackups::restore(const QString& path, const QString& date, bool afterCras
     }
     Result<Restored> restored = replaced(places, from.value(), afterCrash);
     if (restored.ok()) {
-        restored.value().kept = unknownOriginals(package);
+        tellKept(package, restored.value());
     }
     return restored;
 }

@@ -36,7 +36,8 @@ struct Restored {
     QString before; ///< folder of the copy that was made of the state before
     QStringList
         kept; ///< originals that the restored databases do not know; package-relative, sorted
-    QStringList lagging; ///< a sentence for each file beside the databases that is not as they are
+    QStringList lagging; ///< a sentence for each file beside the databases that is not as they are,
+                         ///< and one where it is not known what is `kept`
 };
 
 /// Makes one. Errors: NotFound, Unsupported, InUse, NotWritable, OutOfSpace, Unreadable, Damaged.

@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <SQLiteCpp/Database.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -262,6 +263,21 @@ TEST_F(LibraryBackupsTest, aCatalogueThatCannotFollowDoesSoAtTheNextRunThatWrite
     ASSERT_TRUE(open(Access::Write)->close().ok());
     EXPECT_EQ(findings().filter(u"AlbumData2"_s), QStringList());
     expectSwept();
+}
+
+TEST_F(LibraryBackupsTest, thatTheFilesThatAreKeptCannotBeListedIsTold)
+{
+    const LibraryBackup backup = make();
+    {
+        SQLite::Database database((backup.path + u"/Database/apdb/Library.apdb"_s).toStdString(),
+                                  SQLite::OPEN_READWRITE);
+        database.exec("DROP TABLE RKMaster");
+    }
+    const Result<LibraryBackups::Restored> restored = restore(backup.name);
+    ASSERT_TRUE(restored.ok()) << restored.error().message.toStdString();
+    EXPECT_EQ(restored.value().kept, QStringList());
+    ASSERT_EQ(restored.value().lagging.size(), 1);
+    EXPECT_TRUE(restored.value().lagging.first().contains("is not known"_L1));
 }
 
 TEST_F(LibraryBackupsTest, aRestoreKeepsWhoseFilesAreAndWhoMayReadThem)
