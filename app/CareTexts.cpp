@@ -52,6 +52,14 @@ QString CareTexts::backupMadeBefore(const QString& path)
     return translated("The backup made before is %1").arg(path);
 }
 
+QString CareTexts::notMendedYet(qint64 findings)
+{
+    return findings == 0 ? translated("The repair was stopped before all was looked at again.")
+                         : counted(findings,
+                                   "The repair was stopped: %1 thing is not known to be mended.",
+                                   "The repair was stopped: %1 things are not known to be mended.");
+}
+
 QString CareTexts::leftAsItWas(qint64 findings)
 {
     return findings == 0

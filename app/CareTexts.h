@@ -18,6 +18,8 @@ namespace CareTexts
 [[nodiscard]] QString mended(qint64 findings);
 /// `path`: folder of the copy.
 [[nodiscard]] QString backupMadeBefore(const QString& path);
+/// After a repair that was stopped.
+[[nodiscard]] QString notMendedYet(qint64 findings);
 /// allAgrees() where nothing is left.
 [[nodiscard]] QString leftAsItWas(qint64 findings);
 

@@ -249,7 +249,8 @@ QJsonObject Documents::repair(const RepairReport& report)
     return {{u"problems"_s, findingsArray(report.left)},
             {u"mended"_s, findingsArray(report.mended)},
             {u"failures"_s, QJsonArray::fromStringList(report.failures)},
-            {u"backup"_s, textOrNull(report.backup)}};
+            {u"backup"_s, textOrNull(report.backup)},
+            {u"stopped"_s, report.stopped}};
 }
 
 QJsonObject Documents::backup(const LibraryBackup& backup)

@@ -73,11 +73,9 @@ int VerifyCommand::repair(PhotoLibrary& library, const CommandServices& services
 {
     const Result<RepairReport> repaired =
         library.repair([&services] { return services.interruption.isRequested(); });
-    if (services.interruption.isRequested()) {
-        return interruptedEarly(services);
-    }
     if (!repaired.ok()) {
-        return failed(repaired.error(), services);
+        return services.interruption.isRequested() ? interruptedEarly(services)
+                                                   : failed(repaired.error(), services);
     }
     const RepairReport& report = repaired.value();
     Console& console = services.console;
@@ -87,10 +85,14 @@ int VerifyCommand::repair(PhotoLibrary& library, const CommandServices& services
         printAll(report.mended, console);
         console.print(CommandLineTexts::mended(report.mended.size(), report.backup));
         printAll(report.left, console);
-        console.print(CareTexts::leftAsItWas(report.left.size()));
+        console.print(report.stopped ? CareTexts::notMendedYet(report.left.size())
+                                     : CareTexts::leftAsItWas(report.left.size()));
     }
     for (const QString& failure : report.failures) {
         console.say(TextLayout::printable(failure));
+    }
+    if (services.interruption.isRequested()) {
+        return interruptedEarly(services);
     }
     return report.left.isEmpty() ? ExitStatus::kDone : ExitStatus::kNotAll;
 }

@@ -237,17 +237,28 @@ void CareDialogs::repair(Unclosed unclosed)
 
 void CareDialogs::showRepair(const RepairReport& repaired)
 {
-    const bool isAllWell = repaired.left.isEmpty() && repaired.failures.isEmpty();
-    const QString left = CareTexts::leftAsItWas(repaired.left.size());
+    const bool isAllWell =
+        repaired.left.isEmpty() && repaired.failures.isEmpty() && !repaired.stopped;
+    const QString left = repaired.stopped ? CareTexts::notMendedYet(repaired.left.size())
+                                          : CareTexts::leftAsItWas(repaired.left.size());
+    const QString mended = CareTexts::mended(repaired.mended.size());
+    QString heading = repaired.backup.isNull() ? CareTexts::nothingToMend() : mended;
+    QStringList text{left};
+    if (repaired.stopped) {
+        heading = tr("The repair was stopped");
+        text.prepend(mended);
+    }
+    if (!repaired.backup.isNull()) {
+        text << CareTexts::backupMadeBefore(repaired.backup);
+    }
     show({.mood = isAllWell ? CareReport::Mood::Good : CareReport::Mood::Bad,
-          .heading = repaired.backup.isNull() ? CareTexts::nothingToMend()
-                                              : CareTexts::mended(repaired.mended.size()),
-          .text = repaired.backup.isNull()
-                      ? left
-                      : left + u"\n\n"_s + CareTexts::backupMadeBefore(repaired.backup),
-          .sections = {{tr("Could not be mended:"), sentences(repaired.failures)},
-                       {tr("Needs a choice of yours:"), entriesOf(repaired.left)},
-                       {tr("Mended:"), entriesOf(repaired.mended)}}});
+          .heading = heading,
+          .text = text.join(u"\n\n"_s),
+          .sections = {
+              {tr("Could not be mended:"), sentences(repaired.failures)},
+              {repaired.stopped ? tr("Not known to be mended:") : tr("Needs a choice of yours:"),
+               entriesOf(repaired.left)},
+              {tr("Mended:"), entriesOf(repaired.mended)}}});
     emit libraryMended();
 }
 
@@ -382,9 +393,7 @@ void CareDialogs::showFailure(const Error& error)
     case Work::Repair:
         outcome.heading =
             isStopped ? tr("The repair was stopped") : tr("The library could not be repaired");
-        outcome.text = isStopped ? tr("What was mended until then stays. Library > Verify Library "
-                                      "tells what is left.")
-                                 : error.message;
+        outcome.text = isStopped ? tr("Nothing was changed.") : error.message;
         break;
     case Work::BackUp:
         outcome.heading = tr("The library could not be backed up");

@@ -15,8 +15,10 @@
 #include "Sidecars.h"
 
 #include <QFileInfo>
+#include <QSet>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 using Stage = CareProgress::Stage;
@@ -31,6 +33,8 @@ struct Watch {
     const std::function<bool()>& shouldStop;
     const CareProgress::Tell& tell;
 
+    [[nodiscard]] bool isStopped() const { return shouldStop && shouldStop(); }
+
     void say(const CareProgress& progress) const
     {
         if (tell) {
@@ -42,13 +46,6 @@ struct Watch {
 bool isRepairable(const Finding& finding)
 {
     return finding.repairable;
-}
-
-Error interrupted(const QString& package)
-{
-    return {
-        ErrorCode::Interrupted,
-        u"The repair of the library \"%1\" was interrupted; what was mended stays."_s.arg(package)};
 }
 
 /// What the databases have lost may still be told by sidecars: these stay.
@@ -80,7 +77,7 @@ void mendRows(Writer& writer)
 
 /// Writes one picture. It is named by the databases already, so that a crash leaves either all of
 /// it or what was there before, nothing, beside what the next opening for writing removes.
-Result<void> makePicture(Connection& connection, const ProxyFiles::Missing& missing)
+Result<void> writePicture(Connection& connection, const ProxyFiles::Missing& missing)
 {
     const Result<QByteArray> bytes = ProxyFiles::make(connection, missing);
     if (!bytes.ok()) {
@@ -106,35 +103,52 @@ Result<void> announce(PhotoLibraryPrivate& library, const QList<ProxyFiles::Miss
     return paths.isEmpty() ? Result<void>() : library.announcePictures(paths);
 }
 
-/// Sentences about pictures that could not be made after all.
-Result<QStringList>
-makePictures(PhotoLibraryPrivate& library, Connection& connection, const Watch& watch)
+/// What was done of what was to be done.
+struct Work {
+    QSet<QString> missing;    ///< pictures that were not there; package-relative
+    QSet<QString> made;       ///< those of them that were made
+    QStringList failures;     ///< sentences about those that could not be made after all
+    bool stopped{false};      ///< before all pictures were made
+    bool everyFollows{false}; ///< no sidecar and no catalogue was left alone
+};
+
+void makePicture(Connection& connection, const ProxyFiles::Missing& missing, Work& work)
 {
-    QStringList failures;
+    const Result<void> made = writePicture(connection, missing);
+    if (made.ok()) {
+        work.made.insert(missing.relativePath);
+    } else {
+        work.failures.append(
+            u"%1: %2"_s.arg(missing.relativePath, LibraryErrors::asSentence(made.error().message)));
+    }
+}
+
+Result<Work> makePictures(PhotoLibraryPrivate& library, Connection& connection, const Watch& watch)
+{
+    Work work;
     const QList<ProxyFiles::Missing> all = ProxyFiles::missing(connection);
     if (const Result<void> announced = announce(library, all); !announced.ok()) {
         return announced.error();
+    }
+    for (const ProxyFiles::Missing& missing : all) {
+        work.missing.insert(missing.relativePath);
     }
     qint64 begun = 0;
     // A thumbnail may be made from a preview that is made only now.
     for (const bool previews : {true, false}) {
         for (const ProxyFiles::Missing& missing : all) {
-            if (watch.shouldStop && watch.shouldStop()) {
-                return interrupted(connection.packagePath());
+            work.stopped = watch.isStopped();
+            if (work.stopped) {
+                return work;
             }
             const bool isPreview = missing.kind == ProxyFiles::Kind::Preview;
-            if (isPreview != previews || !ProxyFiles::canBeMade(connection, missing)) {
-                continue;
-            }
-            watch.say({Stage::Pictures, ++begun, all.size()});
-            const Result<void> made = makePicture(connection, missing);
-            if (!made.ok()) {
-                failures.append(u"%1: %2"_s.arg(missing.relativePath,
-                                                LibraryErrors::asSentence(made.error().message)));
+            if (isPreview == previews && ProxyFiles::canBeMade(connection, missing)) {
+                watch.say({Stage::Pictures, ++begun, all.size()});
+                makePicture(connection, missing, work);
             }
         }
     }
-    return failures;
+    return work;
 }
 
 Result<Findings> verified(PhotoLibraryPrivate& library, const Watch& watch)
@@ -145,7 +159,7 @@ Result<Findings> verified(PhotoLibraryPrivate& library, const Watch& watch)
     });
 }
 
-Result<QStringList> mend(PhotoLibraryPrivate& library, const Watch& watch)
+Result<Work> mend(PhotoLibraryPrivate& library, const Watch& watch)
 {
     watch.say({.stage = Stage::Mending});
     const Result<void> rows = library.tryWrite([](WriteTransaction& transaction) -> Result<void> {
@@ -156,17 +170,30 @@ Result<QStringList> mend(PhotoLibraryPrivate& library, const Watch& watch)
     if (!rows.ok()) {
         return rows.error();
     }
-    const Result<Result<QStringList>> pictures = library.tryRead(
+    Result<Result<Work>> pictures = library.tryRead(
         [&](Connection& connection) { return makePictures(library, connection, watch); });
     const Result<void> followed = library.synchronise();
     if (!pictures.ok()) {
         return pictures.error();
     }
+    Result<Work> work = std::move(pictures).value();
     // What is left alone stays a finding.
     if (!followed.ok() && !LibraryErrors::isLeftAlone(followed)) {
         return followed.error();
     }
-    return pictures.value();
+    if (work.ok()) {
+        work.value().everyFollows = followed.ok();
+    }
+    return work;
+}
+
+/// Of findings before a repair that was stopped, those that it is known to have mended: pictures
+/// that it made, and all else unless something was left alone.
+bool isMended(const Finding& finding, const Work& work)
+{
+    return finding.repairable &&
+           (work.missing.contains(finding.where) ? work.made.contains(finding.where)
+                                                 : work.everyFollows);
 }
 
 } // namespace
@@ -190,20 +217,26 @@ Result<RepairReport> LibraryRepair::run(PhotoLibraryPrivate& library,
     if (!backup.ok()) {
         return backup.error();
     }
-    const Result<QStringList> mended = mend(library, watch);
-    if (!mended.ok()) {
-        return mended.error();
+    const Result<Work> work = mend(library, watch);
+    if (!work.ok()) {
+        return work.error();
     }
     const Result<Findings> after = verified(library, watch);
-    if (!after.ok()) {
+    const bool isVerified = after.ok();
+    if (!isVerified && after.error().code != ErrorCode::Interrupted) {
         return after.error();
     }
     report.backup = backup.value();
-    report.failures = mended.value();
-    report.left = after.value();
+    report.failures = work.value().failures;
+    report.stopped = work.value().stopped || !isVerified;
+    report.left = isVerified ? after.value() : Findings();
     for (const Finding& finding : before.value()) {
-        if (!report.left.contains(finding)) {
+        const bool isGone =
+            isVerified ? !report.left.contains(finding) : isMended(finding, work.value());
+        if (isGone) {
             report.mended.append(finding);
+        } else if (!isVerified) {
+            report.left.append(finding);
         }
     }
     return report;

@@ -126,8 +126,9 @@ public:
 
     /// Mends what verify() finds and can be mended without a choice: statistics, indexes, id
     /// counters, sidecars, catalogues, rendered pictures. Everything else stays as it is, and no
-    /// file is removed. A backup comes first, unless nothing is to be mended. Errors, beside those
-    /// of every write: Interrupted; what was mended until then stays.
+    /// file is removed. A backup comes first, unless nothing is to be mended. A stop after that is
+    /// told by the report. Errors, beside those of every write: Interrupted, before the backup;
+    /// nothing is changed then.
     [[nodiscard]] Result<RepairReport> repair(const std::function<bool()>& shouldStop = {},
                                               const CareProgress::Tell& tell = {});
 

@@ -189,6 +189,23 @@ TEST_F(CareDialogsTest, whatNeedsAChoiceIsListedApartAndNotOfferedToBeMended)
     EXPECT_LT(list().indexOf(u"Needs a choice"_s), list().indexOf(u"Mended:"_s));
 }
 
+TEST_F(CareDialogsTest, ofARepairThatWasStoppedItIsToldWhatItMendedAndWhereTheBackupIs)
+{
+    open(library());
+    verify();
+    emit m_session.care().repaired({.backup = u"/backups/1"_s,
+                                    .mended = {{u"A."_s, u"a"_s, true}},
+                                    .left = {{u"B."_s, u"b"_s, true}},
+                                    .failures = {},
+                                    .stopped = true});
+    EXPECT_EQ(heading(), u"The repair was stopped"_s);
+    EXPECT_TRUE(text().contains(u"1 thing was mended."_s)) << text().toStdString();
+    EXPECT_TRUE(text().contains(u"1 thing is not known to be mended."_s)) << text().toStdString();
+    EXPECT_TRUE(text().contains(u"/backups/1"_s)) << text().toStdString();
+    EXPECT_TRUE(list().startsWith(u"Not known to be mended:\n"_s)) << list().toStdString();
+    EXPECT_TRUE(list().contains(u"\nMended:\n"_s)) << list().toStdString();
+}
+
 TEST_F(CareDialogsTest, aVerificationIsStoppedByItsButton)
 {
     open(library());

@@ -282,6 +282,31 @@ TEST_F(LibraryRepairTest, aRequestToStopEndsVerificationAndRepair)
     EXPECT_FALSE(QFileInfo::exists(package() + u"/iLifeShared/AlbumData2.xml"_s));
 }
 
+TEST_F(LibraryRepairTest, aRepairThatIsStoppedTellsWhatItMendedAndWhereTheBackupIs)
+{
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    const QString catalogue = u"iLifeShared/AlbumData2.xml"_s;
+    const QString thumbnail = fileIn(u"Thumbnails"_s, u"_1024.jpg"_s);
+    remove(catalogue);
+    remove(thumbnail);
+    bool isMending = false;
+    const Result<RepairReport> report =
+        library->repair([&isMending] { return isMending; },
+                        [&isMending](const CareProgress& progress) {
+                            isMending = isMending || progress.stage == CareProgress::Stage::Mending;
+                        });
+    ASSERT_TRUE(report.ok()) << report.error().message.toStdString();
+    EXPECT_TRUE(report.value().stopped);
+    EXPECT_TRUE(QFileInfo::exists(report.value().backup + u"/Database"_s));
+    ASSERT_EQ(report.value().mended.size(), 1);
+    EXPECT_EQ(report.value().mended.first().where, catalogue);
+    EXPECT_TRUE(QFileInfo::exists(package() + u'/' + catalogue));
+    ASSERT_EQ(report.value().left.size(), 1);
+    EXPECT_EQ(report.value().left.first().where, thumbnail);
+    EXPECT_FALSE(QFileInfo::exists(package() + u'/' + thumbnail));
+}
+
 TEST_F(LibraryRepairTest, eachStageOfARepairIsTold)
 {
     using enum CareProgress::Stage;
