@@ -18,8 +18,8 @@ Verb CareVerbs::addVerify(CLI::App& program)
     CommandLineOptions::addAfterCrash(*app, given->library);
     app->get_option("--after-crash")->needs(repair);
     app->footer("Without --repair nothing is changed. With it sidecars, catalogues, indexes, id\n"
-                "counters, statistics and missing thumbnails are made right. No file is ever\n"
-                "removed.\n"
+                "counters, statistics and missing thumbnails are made right, and rows that lead\n"
+                "to something that is gone are deleted. No file is ever removed.\n"
                 "\n"
                 "Examples:\n"
                 "  corvane-cli verify Pictures.photolibrary\n"

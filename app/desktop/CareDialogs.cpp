@@ -218,9 +218,9 @@ void CareDialogs::askToRepair(qint64 findings, const QString& backupsFolder)
     box.setInformativeText(
         tr("A backup of the databases and catalogues is made first, in\n%1\n\nThen everything is "
            "made right that follows from the databases: sidecars, catalogues, indexes, statistics, "
-           "and "
-           "missing thumbnails and previews. No file is removed, and what needs a choice of yours "
-           "stays as it is.\n\nMake sure that iPhoto is quit.")
+           "and missing thumbnails and previews. Rows that lead to something that is gone, such as "
+           "an album's entry for a deleted photo, are deleted. No file is removed, and what needs "
+           "a choice of yours stays as it is.\n\nMake sure that iPhoto is quit.")
             .arg(backupsFolder));
     if (confirms(box, tr("&Repair"), Needs::OpenLibrary)) {
         repair(Unclosed::Refuse);
