@@ -82,7 +82,7 @@ void tellStrays(Connection& connection, const NamedFiles& namedFiles, QList<Find
         path.prepend("Masters/"_L1);
     }
     tell(originals, u"A file belongs to no photo of the library."_s);
-    tell(StrayFiles::foldersOfNoPhoto(connection),
+    tell(StrayFiles::foldersOfNoPhoto(connection, namedFiles),
          u"A folder holds files that belong to no photo of the library."_s);
     tell(StrayFiles::sidecarsOfNothing(connection),
          u"A sidecar belongs to no album or folder of the library."_s);

@@ -143,13 +143,19 @@ void checkProxyFiles(Connection& connection, QStringList& problems)
     }
 }
 
-void checkStrayMasters(Connection& connection, const NamedFiles& namedFiles, QStringList& problems)
+/// `sentence` has places for how many there are and for the first of them.
+void tellStrays(const QStringList& strays, const QString& sentence, QStringList& problems)
 {
-    const QStringList strays = StrayFiles::inMasters(connection, namedFiles);
     if (!strays.isEmpty()) {
-        problems << u"%1 file(s) in Masters belong to no photo, the first is %2."_s
-                        .arg(strays.size())
-                        .arg(strays.first());
+        problems << sentence.arg(strays.size()).arg(strays.first());
+    }
+}
+
+void tellDamagedCatalogue(Connection& connection, QStringList& problems)
+{
+    const QString damaged = Catalogues::damage(connection.packagePath());
+    if (!damaged.isNull()) {
+        problems << damaged;
     }
 }
 
@@ -160,6 +166,17 @@ QStringList sentencesOf(const QList<Finding>& findings)
         sentences << finding.what;
     }
     return sentences;
+}
+
+/// Rows that lead nowhere, pictures that are missing, and files in Masters that belong to no photo.
+QStringList looseEnds(Connection& connection, const NamedFiles& namedFiles)
+{
+    QStringList problems = sentencesOf(LooseRows::findings(connection));
+    checkProxyFiles(connection, problems);
+    tellStrays(StrayFiles::inMasters(connection, namedFiles),
+               u"%1 file(s) in Masters belong to no photo, the first is %2."_s,
+               problems);
+    return problems;
 }
 
 } // namespace
@@ -205,11 +222,16 @@ QStringList IntegrityCheck::ofDatabases(Connection& connection, Depth depth)
     return sentencesOf(damages.isEmpty() ? ofRows(connection) : damages);
 }
 
-QStringList IntegrityCheck::ofLooseEnds(Connection& connection, const NamedFiles& namedFiles)
+QStringList IntegrityCheck::ofCrash(Connection& connection, const NamedFiles& namedFiles)
 {
-    QStringList problems = sentencesOf(LooseRows::findings(connection));
-    checkProxyFiles(connection, problems);
-    checkStrayMasters(connection, namedFiles, problems);
+    QStringList problems = looseEnds(connection, namedFiles);
+    tellStrays(StrayFiles::foldersOfNoPhoto(connection, namedFiles),
+               u"%1 folder(s) hold files that belong to no photo, the first is %2."_s,
+               problems);
+    tellStrays(StrayFiles::sidecarsOfNothing(connection),
+               u"%1 sidecar(s) belong to no album or folder, the first is %2."_s,
+               problems);
+    tellDamagedCatalogue(connection, problems);
     return problems;
 }
 
@@ -218,11 +240,8 @@ QStringList IntegrityCheck::problems(Connection& connection, const NamedFiles& n
     const RoomyCache cache(connection);
     QStringList problems = sentencesOf(ofForm(connection));
     if (problems.isEmpty()) {
-        problems << sentencesOf(ofRows(connection)) << ofLooseEnds(connection, namedFiles);
+        problems << sentencesOf(ofRows(connection)) << looseEnds(connection, namedFiles);
     }
-    const QString damagedCatalogue = Catalogues::damage(connection.packagePath());
-    if (!damagedCatalogue.isNull()) {
-        problems << damagedCatalogue;
-    }
+    tellDamagedCatalogue(connection, problems);
     return problems;
 }

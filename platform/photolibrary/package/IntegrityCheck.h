@@ -34,12 +34,14 @@ enum class Depth : std::uint8_t {
 /// file.
 [[nodiscard]] QStringList ofDatabases(Connection& connection, Depth depth = Depth::Indexes);
 
-/// What leads nowhere: rows that belong to something that is gone (LooseRows), pictures that are
-/// missing, and files in Masters that belong to no photo. Missing masters are no problem here, nor
-/// are `namedFiles`. A library with any of that is written to, unless it was not closed properly.
-[[nodiscard]] QStringList ofLooseEnds(Connection& connection, const NamedFiles& namedFiles);
+/// What a crash may leave beside sidecars and catalogues that lag: rows that belong to something
+/// that is gone (LooseRows), pictures that are missing, files, folders and sidecars that belong to
+/// nothing, and a catalogue that cannot be read. Missing masters are no problem here, nor are
+/// `namedFiles`. A library with any of that is written to, unless it was not closed properly.
+[[nodiscard]] QStringList ofCrash(Connection& connection, const NamedFiles& namedFiles);
 
-/// Both, and a catalogue that cannot be read; empty for a sound library. Sidecars and catalogues
+/// Of the databases, what leads nowhere, files in Masters that belong to no photo, and a catalogue
+/// that cannot be read; empty for a sound library. Sidecars and catalogues
 /// that lag behind the databases are no problems, nor is what another process of this program is
 /// writing.
 [[nodiscard]] QStringList problems(Connection& connection, const NamedFiles& namedFiles);

@@ -40,7 +40,7 @@ Error notSound(const QString& package, const QStringList& problems, const QStrin
         problems.size() == 1 ? u"is 1 problem"_s : u"are %1 problems"_s.arg(problems.size());
     return {ErrorCode::Damaged,
             u"The library \"%1\" does not pass its integrity check, so it is not written to. There "
-            "%2, which \"corvane-cli info\" lists; the first: %3 %4"_s.arg(
+            "%2, which \"corvane-cli verify\" lists; the first: %3 %4"_s.arg(
                 package, count, problems.first(), remedy)};
 }
 
@@ -84,12 +84,12 @@ Result<void> checkForWriting(Connection& connection,
                         "follows from the rest. Or let "
                         "iPhoto repair it, or restore it from a backup."_s);
     }
-    const QStringList looseEnds =
-        clean ? QStringList() : IntegrityCheck::ofLooseEnds(connection, Recovery::named(turns));
-    return looseEnds.isEmpty()
+    const QStringList left =
+        clean ? QStringList() : IntegrityCheck::ofCrash(connection, Recovery::named(turns));
+    return left.isEmpty()
                ? Result<void>()
                : notSound(package,
-                          looseEnds,
+                          left,
                           u"Mend it first: \"corvane-cli verify --repair --after-crash\" does "
                           "what follows from the databases and names what is left; move files that "
                           "belong to no photo out of it. Or open it in iPhoto and quit."_s);

@@ -299,9 +299,12 @@ bool OpeningChecks::closedClean(Connection& connection)
 
 Error OpeningChecks::notClosed(const QString& package)
 {
-    return {ErrorCode::NotClosed,
-            u"iPhoto did not close the library \"%1\" properly, or has it open now, so it is not "
-            "written to. Open it in iPhoto and quit. Or, where iPhoto does not run, accept it as "
-            "it is: --after-crash does so once its integrity check "
-            "passes and nothing is wrong but what follows the databases anyway."_s.arg(package)};
+    return {
+        ErrorCode::NotClosed,
+        u"iPhoto did not close the library \"%1\" properly, or has it open now, so it is not "
+        "written to. Open it in iPhoto and quit. Or, where iPhoto does not run, accept it as "
+        "it is: --after-crash does so once its integrity check passes, no row leads nowhere, no "
+        "preview or thumbnail is missing, no file or sidecar belongs to nothing, and the "
+        "catalogue can be read. Originals that are missing, and sidecars and catalogues that "
+        "lag, do not matter."_s.arg(package)};
 }

@@ -186,7 +186,7 @@ QSet<QString> named(const QList<JournaledTurn>& turns)
 {
     QStringList paths;
     for (const JournaledTurn& turn : turns) {
-        paths << turn.made << turn.doomed.files;
+        paths << turn.made << turn.doomed.files << turn.doomed.folders;
     }
     return {paths.begin(), paths.end()};
 }

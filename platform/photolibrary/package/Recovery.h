@@ -25,7 +25,7 @@ struct Outcome {
 [[nodiscard]] Outcome
 run(Connection& connection, const QList<JournaledTurn>& turns, const Changes& lagging);
 
-/// The package-relative files that the journal names.
+/// The package-relative files that the journal names, and folders with files that are to go.
 [[nodiscard]] QSet<QString> named(const QList<JournaledTurn>& turns);
 
 } // namespace Recovery

@@ -39,16 +39,17 @@ QSet<QString> namesOf(Connection& connection, const char* sql)
     return {names.begin(), names.end()};
 }
 
-void addStrangeFolders(const QString& package,
-                       const QString& root,
+void addStrangeFolders(const QStringList& files,
                        const QSet<QString>& known,
+                       const QSet<QString>& named,
                        QStringList& folders)
 {
-    const QStringList files = filesBelow(package, root);
     for (const QString& file : files) {
         const QString folder = file.section(u'/', 0, -2);
         const bool isSegment = folder == "Thumbnails/Segments"_L1;
-        if (!isSegment && !known.contains(folder.section(u'/', -1))) {
+        const bool isNamed =
+            named.contains(folder) || named.contains(PackageFiles::finishedPath(file));
+        if (!isSegment && !isNamed && !known.contains(folder.section(u'/', -1))) {
             folders.append(folder);
         }
     }
@@ -120,15 +121,17 @@ QStringList StrayFiles::inMasters(Connection& connection, const NamedFiles& name
     return strays;
 }
 
-QStringList StrayFiles::foldersOfNoPhoto(Connection& connection)
+QStringList StrayFiles::foldersOfNoPhoto(Connection& connection, const NamedFiles& namedFiles)
 {
     const QString& package = connection.packagePath();
-    const QSet<QString> versions = namesOf(connection, "SELECT uuid FROM RKVersion");
-    const QSet<QString> masters = namesOf(connection, "SELECT uuid FROM RKMaster");
+    const QStringList pictures =
+        filesBelow(package, u"Previews"_s) + filesBelow(package, u"Thumbnails"_s);
+    const QStringList sidecars = filesBelow(package, u"Database/Versions"_s);
+    // In this order: see inMasters().
+    const QSet<QString> named = namedFiles.now();
     QStringList folders;
-    addStrangeFolders(package, u"Previews"_s, versions, folders);
-    addStrangeFolders(package, u"Thumbnails"_s, versions, folders);
-    addStrangeFolders(package, u"Database/Versions"_s, masters, folders);
+    addStrangeFolders(pictures, namesOf(connection, "SELECT uuid FROM RKVersion"), named, folders);
+    addStrangeFolders(sidecars, namesOf(connection, "SELECT uuid FROM RKMaster"), named, folders);
     folders.removeDuplicates();
     folders.sort();
     return folders;

@@ -16,8 +16,9 @@ namespace StrayFiles
 [[nodiscard]] QStringList inMasters(Connection& connection, const NamedFiles& namedFiles);
 
 /// Folders in Previews and Thumbnails that hold files and are those of no photo version, and
-/// folders of sidecars of no master. Package-relative.
-[[nodiscard]] QStringList foldersOfNoPhoto(Connection& connection);
+/// folders of sidecars of no master. Package-relative. Files and folders that `namedFiles` holds do
+/// not count.
+[[nodiscard]] QStringList foldersOfNoPhoto(Connection& connection, const NamedFiles& namedFiles);
 
 /// Sidecars of albums and folders that are not there. Package-relative.
 [[nodiscard]] QStringList sidecarsOfNothing(Connection& connection);

@@ -123,12 +123,12 @@ TEST_F(OpenedLibrary, databasesThatContradictThemselvesAreNotWrittenToHoweverThe
           "DELETE FROM RKVersion_RidIndexes WHERE indexName='isInTrash'",
           "UPDATE RKFolder SET versionCount=7 WHERE folderType=2 AND isMagic=0"}) {
         change(sql);
-        expectSays(refusal(ErrorCode::Damaged), {"corvane-cli info", "restore it from a backup"});
+        expectSays(refusal(ErrorCode::Damaged), {"corvane-cli verify", "restore it from a backup"});
         EXPECT_FALSE(problems().isEmpty());
     }
     expectSays(refusal(ErrorCode::Damaged), {"3 problems"});
     leaveOpen();
-    expectSays(refusal(ErrorCode::Damaged, true), {"3 problems", "corvane-cli info"});
+    expectSays(refusal(ErrorCode::Damaged, true), {"3 problems", "corvane-cli verify"});
     EXPECT_NE(open(Access::Read), nullptr) << "it is read all the same";
 }
 
@@ -136,7 +136,7 @@ TEST_F(OpenedLibrary, anIndexThatLacksARowIsDamageHoweverTheLibraryWasClosed)
 {
     importOne(u"IMG_1.JPG"_s);
     loseARowInAnIndex();
-    expectSays(refusal(ErrorCode::Damaged), {"A database is damaged", "corvane-cli info"});
+    expectSays(refusal(ErrorCode::Damaged), {"A database is damaged", "corvane-cli verify"});
     const auto library = open(Access::Read);
     ASSERT_NE(library, nullptr);
     const auto summary = library->summary();
@@ -198,7 +198,7 @@ TEST_F(OpenedLibrary, aLibraryThatWasNotClosedIsRefusedWithTheConditionOfAccepti
     put(u"Masters/stray.jpg"_s, "somebody's");
     expectSays(refusal(ErrorCode::Damaged, true),
                {"is 1 problem",
-                "corvane-cli info",
+                "corvane-cli verify",
                 "stray.jpg",
                 "verify --repair --after-crash",
                 "move files"});
@@ -233,6 +233,37 @@ TEST_F(OpenedLibrary, whatCannotFollowIsSafeInTheDatabasesAndFollowsAtTheNextRun
     expectSound();
 }
 
+TEST_F(OpenedLibrary, ofALibraryThatWasNotClosedNothingIsAcceptedThatFollowsNothing)
+{
+    importOne(u"IMG_1.JPG"_s);
+    const QByteArray catalogue = content(u"AlbumData.xml"_s);
+    leaveOpen();
+    const QString sidecar = u"Database/Albums/stray.apalbum"_s;
+    put(sidecar, "somebody's");
+    expectSays(refusal(ErrorCode::Damaged, true),
+               {"sidecar(s) belong to no album", "stray.apalbum"});
+    ASSERT_TRUE(QFile::remove(package() + u'/' + sidecar));
+    for (const QString& root : {u"Previews"_s, u"Thumbnails"_s, u"Database/Versions"_s}) {
+        const QString folder = root + u"/2010/strange"_s;
+        ASSERT_TRUE(QDir().mkpath(package() + u'/' + folder));
+        put(folder + u"/picture.jpg"_s, "somebody's");
+        expectSays(refusal(ErrorCode::Damaged, true), {"belong to no photo", "2010/strange"});
+        ASSERT_TRUE(QDir(package() + u'/' + folder).removeRecursively());
+    }
+    put(u"AlbumData.xml"_s, "torn");
+    expectSays(refusal(ErrorCode::Damaged, true), {"AlbumData.xml"});
+    put(u"AlbumData.xml"_s, catalogue);
+    EXPECT_TRUE(PhotoLibrary::open(package(), {Access::Write, true}).ok());
+}
+
+TEST_F(OpenedLibrary, ofALibraryThatWasNotClosedAMissingOriginalDoesNotMatter)
+{
+    importOne(u"IMG_1.JPG"_s);
+    leaveOpen();
+    ASSERT_TRUE(QFile::remove(package() + u'/' + pictureFiles().filter(u"Masters/"_s).first()));
+    EXPECT_TRUE(PhotoLibrary::open(package(), {Access::Write, true}).ok());
+}
+
 TEST_F(OpenedLibrary, aDamagedCatalogueIsAProblemThatStopsNothingAndStaysAsItIs)
 {
     importOne(u"IMG_1.JPG"_s);
@@ -249,10 +280,6 @@ TEST_F(OpenedLibrary, aDamagedCatalogueIsAProblemThatStopsNothingAndStaysAsItIs)
         << log;
     EXPECT_EQ(content(u"AlbumData.xml"_s), torn);
     EXPECT_EQ(rows(u"RKMaster"_s), 2);
-
-    leaveOpen(); // what follows the databases anyway is no reason to refuse
-    EXPECT_TRUE(PhotoLibrary::open(package(), {Access::Write, true}).ok());
-    change("UPDATE RKAdminData SET propertyValue='1' WHERE propertyName='closedClean'");
 
     put(u"AlbumData.xml"_s, good);
     EXPECT_TRUE(open(Access::Write)->close().ok());
