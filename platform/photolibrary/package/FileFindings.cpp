@@ -90,8 +90,8 @@ void tellStrays(Connection& connection, const NamedFiles& namedFiles, QList<Find
          u"A file was left unfinished when it was written."_s);
 }
 
-/// iPhoto has links beside the folder of the databases. A copy that followed them, or could not
-/// make them, has files there, which nothing keeps in step.
+/// iPhoto has links beside the folder of the databases. A copy that followed them has files there,
+/// which nothing keeps in step, and one that could not make them lacks them.
 void tellLinks(const QString& package, QList<Finding>& findings)
 {
     for (const QString& name : {u"BigBlobs.apdb"_s,
@@ -105,6 +105,8 @@ void tellLinks(const QString& package, QList<Finding>& findings)
         if (file.exists() && !file.isSymLink()) {
             findings.append(
                 {u"This is a file, but should be a link to “apdb/%1”."_s.arg(name), path, false});
+        } else if (!file.exists() && QFileInfo::exists(package + u"/Database/apdb/"_s + name)) {
+            findings.append({u"iPhoto's link to “apdb/%1” is missing."_s.arg(name), path, false});
         }
     }
 }

@@ -56,6 +56,14 @@ TEST_F(LibraryVerificationTest, aFileInPlaceOfALinkToADatabaseIsTold)
                           "[Database/Library.apdb]"_s});
 }
 
+TEST_F(LibraryVerificationTest, aMissingLinkBesideTheDatabasesIsTold)
+{
+    remove(u"Database/Library.apdb"_s);
+    EXPECT_EQ(findings(),
+              QStringList{u"iPhoto's link to “apdb/Library.apdb” is missing. "
+                          "[Database/Library.apdb]"_s});
+}
+
 TEST_F(LibraryVerificationTest, whatTheFinderLeavesIsNoFinding)
 {
     write(u"Masters/.DS_Store"_s, "a view");
