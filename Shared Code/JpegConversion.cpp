@@ -10,6 +10,7 @@
 #include "TargetSize.h"
 #include "Tasks.h"
 #include "Texts.h"
+#include "Upright.h"
 
 #include <QFileInfo>
 #include <QImageReader>
@@ -76,9 +77,9 @@ Result<QSize> wantedSize(QSize size, const QString& source, const OutputSize& wa
     return *target;
 }
 
-/// The library's own rendering of an unedited photo in sRGB, turned so that it lies as the master's
-/// rows.
-QImage libraryPreview(const PhotoEvidence& evidence)
+/// The library's own rendering of an unedited photo in sRGB, turned and mirrored so that it lies as
+/// the rows of its master, which has this Exif orientation.
+QImage libraryPreview(const PhotoEvidence& evidence, int orientation)
 {
     constexpr int kLongestSideCompared = 1024;
     QImageReader reader(evidence.previewPath);
@@ -90,8 +91,12 @@ QImage libraryPreview(const PhotoEvidence& evidence)
     }
     QImage upright = reader.read();
     BitmapImage::convertToSrgb(upright);
-    return upright.isNull() ? upright
-                            : upright.transformed(QTransform().rotate(-evidence.rotation));
+    if (upright.isNull()) {
+        return upright;
+    }
+    // The library's rotation holds the file's own and what the person turned after that.
+    const int ownTurn = Upright::rotation(orientation) - evidence.rotation;
+    return Upright::stored(upright.transformed(QTransform().rotate(ownTurn)), orientation);
 }
 
 /// Whether the library's preview shows what the file does.
@@ -108,9 +113,12 @@ struct Surroundings {
 
     [[nodiscard]] static Surroundings of(const QString& source, const PhotoEvidence& evidence)
     {
-        return {.properties = ImageProperties::read(source),
-                .libraryPreview =
-                    isShownByLibrary(source, evidence) ? ::libraryPreview(evidence) : QImage()};
+        Surroundings found{.properties = ImageProperties::read(source), .libraryPreview = {}};
+        if (found.properties.ok() && isShownByLibrary(source, evidence)) {
+            const int orientation = found.properties.value().facts().orientation;
+            found.libraryPreview = ::libraryPreview(evidence, orientation);
+        }
+        return found;
     }
 
     /// What else shows the photo: the preview `embedded` in its file, and the library's.

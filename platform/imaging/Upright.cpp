@@ -40,3 +40,9 @@ QImage Upright::turned(const QImage& picture, int orientation)
     const QImage upright = picture.transformed(QTransform().rotate(rotation(orientation)));
     return isMirrored(orientation) ? upright.mirrored(true, false) : upright;
 }
+
+QImage Upright::stored(const QImage& upright, int orientation)
+{
+    const QImage turned = isMirrored(orientation) ? upright.mirrored(true, false) : upright;
+    return turned.transformed(QTransform().rotate(-rotation(orientation)));
+}

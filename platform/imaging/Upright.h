@@ -12,5 +12,8 @@ namespace Upright
 [[nodiscard]] int rotation(int orientation);
 /// The picture as it is to be shown. Null where memory is too short.
 [[nodiscard]] QImage turned(const QImage& picture, int orientation);
+/// The opposite: a picture that is shown upright, as its pixels would lie in a file of this
+/// orientation. Null where memory is too short.
+[[nodiscard]] QImage stored(const QImage& upright, int orientation);
 
 } // namespace Upright

@@ -5,9 +5,11 @@
 #include "JpegConversion.h"
 #include "JpegDestination.h"
 #include "QtPrinters.h"
+#include "Upright.h"
 
 #include <QColorSpace>
 #include <QTemporaryDir>
+#include <QTransform>
 
 #include <gtest/gtest.h>
 
@@ -29,6 +31,17 @@ Bitmap miscoloured(QSize size, Transfer transfer)
         const auto row = bitmap.row(y);
         for (std::size_t i = 0; i < row.size(); i += 3) {
             std::swap(row[i], row[i + 2]);
+        }
+    }
+    return bitmap;
+}
+
+/// As if there had been less light.
+Bitmap darkened(Bitmap bitmap)
+{
+    for (int y = 0; y < bitmap.pixelsHigh(); ++y) {
+        for (quint16& value : bitmap.row(y)) {
+            value = static_cast<quint16>(value * 6 / 10);
         }
     }
     return bitmap;
@@ -148,5 +161,38 @@ TEST_F(JpegConversionProofTest, theLibrarysPictureGuidesByTheColoursThatItShows)
     }
     EXPECT_LT(ImageBuilder::difference(converted.first(), converted.last()), 0.003);
 }
+
+class LibraryPreviewTest : public JpegConversionProofTest, public testing::WithParamInterface<int>
+{
+protected:
+    /// Converts a photo stored in an orientation, which the library shows upright and darkened,
+    /// and the person has turned by so many degrees.
+    void expectToneOfPreview(int orientation, int turn)
+    {
+        addPhoto(u"IMG_1.dng"_s,
+                 ImageBuilder::dng(ImageBuilder::scene(kPhotoSize, Transfer::Linear),
+                                   {.crop = {}, .preview = {}, .orientation = orientation}));
+        const Bitmap dusk = darkened(ImageBuilder::scene(kPhotoSize));
+        const QImage upright = Upright::turned(BitmapImage::toImage(dusk), orientation);
+        setLibraryPreview(BitmapImage::fromImage(upright.transformed(QTransform().rotate(turn))));
+        m_library.photo(1).evidence.rotation = (Upright::rotation(orientation) + turn) % 360;
+        const Result<ProvedJpeg> jpeg = convert();
+        ASSERT_TRUE(jpeg.ok()) << jpeg.error().message.toStdString();
+        EXPECT_LT(ImageBuilder::difference(BitmapImage::fromImage(jpeg.value().picture), dusk),
+                  0.02);
+    }
+};
+
+TEST_P(LibraryPreviewTest, itGuidesHoweverThePhotoIsStored)
+{
+    expectToneOfPreview(GetParam(), 0);
+}
+
+TEST_P(LibraryPreviewTest, itGuidesWhereThePersonTurnedThePhoto)
+{
+    expectToneOfPreview(GetParam(), 90);
+}
+
+INSTANTIATE_TEST_SUITE_P(Orientations, LibraryPreviewTest, testing::Range(1, 9));
 
 } // namespace

@@ -52,6 +52,15 @@ TEST(UprightTest, everyOrientationPutsTheStoredPixelsWhereTheyAreShown)
     }
 }
 
+TEST(UprightTest, whatIsShownGoesBackToWhereItIsStored)
+{
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        const QImage upright = Upright::turned(sixPixels(), orientation);
+        EXPECT_EQ(redValues(Upright::stored(upright, orientation)), redValues(sixPixels()))
+            << orientation;
+    }
+}
+
 TEST(UprightTest, whatIsNoOrientationTurnsNothing)
 {
     for (const int orientation : {-1, 0, 9, 255}) {
