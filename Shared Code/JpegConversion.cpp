@@ -46,7 +46,10 @@ ImageProperties forCopy(ImageProperties properties, Photo& photo)
     if (!properties.hasGps()) {
         const double latitude = photo.latitude();
         const double longitude = photo.longitude();
-        properties.setGps(JpegConversion::gpsPosition(latitude, longitude));
+        // No position is 0, 0, which must not take the place of one that could not be read.
+        if (properties.isWhole() || latitude != 0.0 || longitude != 0.0) {
+            properties.setGps(JpegConversion::gpsPosition(latitude, longitude));
+        }
     }
     if (properties.hasIptc()) {
         properties.removeIptcKeywords();

@@ -15,9 +15,10 @@ namespace JpegConversion
 {
 
 /// Converts `source`, a file of `photo`. The file's metadata goes into the JPEG; without a GPS
-/// block of its own, in Exif or XMP, it gets the library's position (also 0, 0), and keywords are
-/// left out, since they reach the copy through the library. The result has been proved: decoded
-/// again, compared with what was encoded and with the previews of the photo.
+/// block of its own, in Exif or XMP, it gets the library's position (also 0, 0, unless the file's
+/// metadata could not be read whole, which the system log tells), and keywords are left out, since
+/// they reach the copy through the library. The result has been proved: decoded again, compared
+/// with what was encoded and with the previews of the photo.
 ///
 /// Thread: the scan's worker. Touches nothing on disk. Raises what the photo application raises.
 /// Errors: the message is a sentence for a report; every failure is one of this photo alone,

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -98,24 +99,33 @@ ImageProperties& ImageProperties::operator=(ImageProperties&& other) noexcept
 
 ImageProperties::~ImageProperties() = default;
 
-Result<ImageProperties> ImageProperties::read(const QString& path)
+template <typename Reading>
+Result<ImageProperties> ImageProperties::readBy(const Reading& reading)
 {
     ImageProperties properties;
-    const Result<void> done = MetadataAdapter::readFile(path, *properties.m_content);
-    if (!done.ok()) {
-        return done.error();
+    try {
+        const Result<void> done = reading(*properties.m_content);
+        return done.ok() ? Result<ImageProperties>(std::move(properties)) : done.error();
+    } catch (const std::bad_alloc&) {
+        return Error{ErrorCode::OutOfSpace,
+                     QStringLiteral("There is not enough memory to read the metadata of %1")
+                         .arg(properties.m_content->name)};
     }
-    return properties;
+}
+
+Result<ImageProperties> ImageProperties::read(const QString& path)
+{
+    return readBy([&](Content& content) { return MetadataAdapter::readFile(path, content); });
 }
 
 Result<ImageProperties> ImageProperties::fromBytes(const QByteArray& bytes)
 {
-    ImageProperties properties;
-    const Result<void> done = MetadataAdapter::readBytes(bytes, *properties.m_content);
-    if (!done.ok()) {
-        return done.error();
-    }
-    return properties;
+    return readBy([&](Content& content) { return MetadataAdapter::readBytes(bytes, content); });
+}
+
+bool ImageProperties::isWhole() const
+{
+    return !m_content->isReadInPart;
 }
 
 bool ImageProperties::hasGps() const

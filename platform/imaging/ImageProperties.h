@@ -64,9 +64,13 @@ public:
 
     /// Reads the metadata of the file's main picture. A picture without metadata yields an empty
     /// object; metadata that is damaged in part yields what could be read.
-    /// Errors: NotFound, Unreadable, Unsupported (no picture type that is known).
+    /// Errors: NotFound, Unreadable, Unsupported (no picture type that is known), OutOfSpace.
+    /// (The other functions throw std::bad_alloc where memory is too short.)
     [[nodiscard]] static Result<ImageProperties> read(const QString& path);
     [[nodiscard]] static Result<ImageProperties> fromBytes(const QByteArray& bytes);
+
+    /// Whether all of the file's metadata could be read.
+    [[nodiscard]] bool isWhole() const;
 
     /// Whether there is a GPS block, even one without a position ("{GPS}"), in Exif or in XMP.
     [[nodiscard]] bool hasGps() const;
@@ -89,5 +93,8 @@ public:
     [[nodiscard]] const Content& content() const { return *m_content; }
 
 private:
+    template <typename Reading>
+    [[nodiscard]] static Result<ImageProperties> readBy(const Reading& reading);
+
     std::unique_ptr<Content> m_content;
 };

@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QSize>
+#include <QString>
 
 #include <exiv2/exif.hpp>
 #include <exiv2/iptc.hpp>
@@ -23,6 +24,10 @@ struct ImageProperties::Content {
     QByteArray iccProfile;
     /// From a CRW file, whose exposure and lens stand where only LibRaw finds them.
     bool isOfCrwFile{false};
+    /// Whose they are, for messages: the path of the file, where there is one.
+    QString name{QStringLiteral("the data")};
+    /// A part of the file's metadata is damaged, and is not here.
+    bool isReadInPart{false};
     /// The XMP packet notes a second part that is not whole.
     bool isExtendedXmpLost{false};
 };

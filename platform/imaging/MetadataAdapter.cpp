@@ -19,6 +19,8 @@
 #include <exiv2/image.hpp>
 #include <exiv2/xmpsidecar.hpp>
 #include <mutex>
+#include <new>
+#include <string_view>
 
 using namespace Qt::StringLiterals;
 
@@ -28,13 +30,29 @@ namespace
 /// As many bytes of a file as tell HEIF and JPEG files from others.
 constexpr qsizetype kMarkBytes = 32;
 
+/// Whether Exiv2 has given up a block since this was last cleared. Guarded by attempt()'s lock.
+bool& isBlockGivenUp()
+{
+    static bool isGivenUp = false;
+    return isGivenUp;
+}
+
+/// Exiv2 leaves a block out that it cannot decode, and only says so. (A packet of XMP is repaired,
+/// or known to be refused.)
+void noteGivenUp(int /*level*/, const char* message)
+{
+    const std::string_view text(message);
+    isBlockGivenUp() = isBlockGivenUp() || text.starts_with("Failed to decode Exif") ||
+                       text.starts_with("Failed to decode IPTC");
+}
+
 /// Exiv2 is prepared on first use: silent, with the readers of HEIC and CR3, and with the XMP
 /// toolkit started before two threads could start it at once.
 std::recursive_mutex& preparedLibrary()
 {
     static std::recursive_mutex mutex;
     static const bool prepared = [] {
-        Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
+        Exiv2::LogMsg::setHandler(&noteGivenUp);
         Exiv2::enableBMFF(true);
         // All calls come through attempt(), whose lock is the only one needed.
         return Exiv2::XmpParser::initialize();
@@ -48,6 +66,8 @@ bool guarded(const std::function<void()>& work)
     try {
         work();
         return true;
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception&) {
         // Exiv2's AnyError is a std::exception as well.
         return false;
@@ -64,15 +84,24 @@ int bitsPerSample(const Exiv2::ExifData& exif)
 }
 
 /// A packet that was refused as a whole is tried again without what RDF forbids.
-void takeRefusedXmp(const Exiv2::Image& image, Exiv2::XmpData& xmp)
+void takeRefusedXmp(const Exiv2::Image& image, ImageProperties::Content& content)
 {
     const std::string& packet = image.xmpPacket();
-    if (!xmp.empty() || packet.empty()) {
+    if (!content.xmp.empty() || packet.empty() ||
+        Exiv2::XmpParser::decode(content.xmp, packet) == 0) {
         return;
     }
     const QByteArray repaired = XmpRepair::withoutDuplicates(QByteArray::fromStdString(packet));
-    if (!repaired.isEmpty()) {
-        static_cast<void>(Exiv2::XmpParser::decode(xmp, repaired.toStdString()));
+    if (repaired.isEmpty() || Exiv2::XmpParser::decode(content.xmp, repaired.toStdString()) != 0) {
+        content.isReadInPart = true;
+    }
+}
+
+/// Runs `work`; what it could not read is noted.
+void readPart(ImageProperties::Content& content, const std::function<void()>& work)
+{
+    if (!guarded(work)) {
+        content.isReadInPart = true;
     }
 }
 
@@ -80,12 +109,12 @@ void takeRefusedXmp(const Exiv2::Image& image, Exiv2::XmpData& xmp)
 /// not reached) leaves the others.
 void take(Exiv2::Image& image, ImageProperties::Content& content)
 {
-    static_cast<void>(guarded([&] { content.exif = image.exifData(); }));
-    static_cast<void>(guarded([&] { content.iptc = image.iptcData(); }));
-    static_cast<void>(guarded([&] {
+    readPart(content, [&] { content.exif = image.exifData(); });
+    readPart(content, [&] { content.iptc = image.iptcData(); });
+    readPart(content, [&] {
         content.xmp = image.xmpData();
-        takeRefusedXmp(image, content.xmp);
-    }));
+        takeRefusedXmp(image, content);
+    });
     if (image.byteOrder() != Exiv2::invalidByteOrder) {
         content.byteOrder = image.byteOrder();
     }
@@ -108,6 +137,7 @@ template <typename Open>
 bool readWithExiv2(const Open& open, ImageProperties::Content& content)
 {
     bool isPicture = false;
+    isBlockGivenUp() = false;
     static_cast<void>(guarded([&] {
         auto image = open();
         isPicture = image->imageType() != Exiv2::ImageType::xmp;
@@ -115,8 +145,9 @@ bool readWithExiv2(const Open& open, ImageProperties::Content& content)
             return;
         }
         // Damage in the middle leaves what stood before it.
-        static_cast<void>(guarded([&] { image->readMetadata(); }));
+        readPart(content, [&] { image->readMetadata(); });
         take(*image, content);
+        content.isReadInPart = content.isReadInPart || isBlockGivenUp();
         content.isOfCrwFile = image->imageType() == Exiv2::ImageType::crw;
     }));
     return isPicture;
@@ -140,11 +171,12 @@ bool completeFrom(const QByteArray& bytes, FileType type, ImageProperties::Conte
 
 /// For pictures of types that only Qt reads: they have no blocks that would be carried over. Qt
 /// takes any XML for a drawing.
-Result<void> readWithQt(QIODevice& device, const QString& name, ImageProperties::Content& content)
+Result<void> readWithQt(QIODevice& device, ImageProperties::Content& content)
 {
     QImageReader reader(&device);
     if (!reader.canRead() || reader.format().startsWith("svg")) {
-        return Error{ErrorCode::Unsupported, u"%1 is no picture of a known type"_s.arg(name)};
+        return Error{ErrorCode::Unsupported,
+                     u"%1 is no picture of a known type"_s.arg(content.name)};
     }
     content.pixels = reader.size();
     return {};
@@ -163,6 +195,7 @@ bool attempt(const std::function<void()>& work)
 
 Result<void> readFile(const QString& path, ImageProperties::Content& content)
 {
+    content.name = path;
     const QFileInfo info(path);
     if (!info.isFile()) {
         return Error{ErrorCode::NotFound, u"%1 does not exist"_s.arg(path)};
@@ -184,7 +217,7 @@ Result<void> readFile(const QString& path, ImageProperties::Content& content)
             known = completeFrom(file.readAll(), type, content) || known;
         }
     }));
-    return known ? Result<void>{} : readWithQt(file, path, content);
+    return known ? Result<void>{} : readWithQt(file, content);
 }
 
 Result<void> readBytes(const QByteArray& bytes, ImageProperties::Content& content)
@@ -210,7 +243,7 @@ Result<void> readBytes(const QByteArray& bytes, ImageProperties::Content& conten
     QBuffer buffer;
     buffer.setData(bytes);
     buffer.open(QIODevice::ReadOnly);
-    return known ? Result<void>{} : readWithQt(buffer, u"The data"_s, content);
+    return known ? Result<void>{} : readWithQt(buffer, content);
 }
 
 } // namespace MetadataAdapter

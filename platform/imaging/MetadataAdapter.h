@@ -13,12 +13,13 @@ namespace MetadataAdapter
 {
 
 /// Runs `work`, which may call Exiv2, one caller at a time: the XMP toolkit beneath Exiv2 keeps
-/// tables for the whole process. False when Exiv2 or an allocation threw; what `work` had changed
-/// until then stays changed. May be nested: an inner failure ends there.
+/// tables for the whole process. False when Exiv2 threw; what `work` had changed until then stays
+/// changed. May be nested: an inner failure ends there. std::bad_alloc passes: memory that is too
+/// short must not pass for metadata that are not there.
 [[nodiscard]] bool attempt(const std::function<void()>& work);
 
-/// Reads all metadata into `content`. Damage in one block leaves the others.
-/// Errors: NotFound, Unreadable, Unsupported.
+/// Reads all metadata into `content`. Damage in one block leaves the others, and is noted there.
+/// Throws std::bad_alloc. Errors: NotFound, Unreadable, Unsupported.
 [[nodiscard]] Result<void> readFile(const QString& path, ImageProperties::Content& content);
 [[nodiscard]] Result<void> readBytes(const QByteArray& bytes, ImageProperties::Content& content);
 

@@ -81,7 +81,8 @@ void appendIptc(const Exiv2::IptcData& iptc, QList<JpegSegment>& segments)
 void appendXmp(ImageProperties::Content& content, QSize pixels, QList<JpegSegment>& segments)
 {
     if (content.isExtendedXmpLost) {
-        systemLog(u"The second part of the XMP metadata is not whole; left out"_s);
+        systemLog(u"The second part of the XMP metadata of %1 is not whole; left out"_s.arg(
+            content.name));
     }
     MetadataPruning::makeXmpTrue(content, pixels);
     const QByteArray packet =
@@ -92,10 +93,11 @@ void appendXmp(ImageProperties::Content& content, QSize pixels, QList<JpegSegmen
 }
 
 /// Each block by itself: one that cannot be written leaves the others.
-void appendBlock(const QString& name, const std::function<void()>& append)
+void appendBlock(const QString& block, const QString& name, const std::function<void()>& append)
 {
     if (!MetadataAdapter::attempt(append)) {
-        systemLog(u"The %1 metadata cannot be written; all of it is left out"_s.arg(name));
+        systemLog(
+            u"The %1 metadata of %2 cannot be written; all of it is left out"_s.arg(block, name));
     }
 }
 
@@ -107,14 +109,19 @@ namespace MetadataSegments
 QList<JpegSegment>
 build(const ImageProperties& properties, QSize pixels, const QByteArray& thumbnailJpeg)
 {
+    const ImageProperties::Content& content = properties.content();
+    if (content.isReadInPart) {
+        systemLog(
+            u"The metadata of %1 is damaged; what cannot be read is left out"_s.arg(content.name));
+    }
     QList<JpegSegment> segments;
-    appendBlock(u"Exif"_s, [&] {
-        ImageProperties::Content copy = properties.content();
+    appendBlock(u"Exif"_s, content.name, [&] {
+        ImageProperties::Content copy = content;
         appendExif(copy, pixels, thumbnailJpeg, segments);
     });
-    appendBlock(u"IPTC"_s, [&] { appendIptc(properties.content().iptc, segments); });
-    appendBlock(u"XMP"_s, [&] {
-        ImageProperties::Content copy = properties.content();
+    appendBlock(u"IPTC"_s, content.name, [&] { appendIptc(content.iptc, segments); });
+    appendBlock(u"XMP"_s, content.name, [&] {
+        ImageProperties::Content copy = content;
         appendXmp(copy, pixels, segments);
     });
     return segments;

@@ -16,7 +16,9 @@ namespace MetadataSegments
 /// that MetadataTags names and the maker note are carried, of Photoshop's image resources IPTC
 /// alone. Tags that do not hold for the JPEG are left out or made true; `thumbnailJpeg` (may be
 /// empty) takes the place of any old thumbnail. What a segment cannot hold is trimmed from its
-/// least useful end, what cannot be written is left out, and the system log says so. Never fails.
+/// least useful end, what cannot be written is left out, and the system log names the file and says
+/// so, as it does where the file's metadata were damaged. Throws std::bad_alloc; never fails
+/// otherwise.
 [[nodiscard]] QList<JpegSegment>
 build(const ImageProperties& properties, QSize pixels, const QByteArray& thumbnailJpeg);
 

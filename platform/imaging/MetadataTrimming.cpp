@@ -203,19 +203,19 @@ QString listed(const QStringList& parts)
                : u"%1 and %2 more"_s.arg(first).arg(parts.size() - kMostNames);
 }
 
-void logTrimmed(const QString& block, const QStringList& parts)
+void logTrimmed(const QString& block, const QString& name, const QStringList& parts)
 {
     if (!parts.isEmpty()) {
-        systemLog(u"The %1 metadata is more than a JPEG segment holds; left out: %2"_s.arg(
-            block, listed(parts)));
+        systemLog(u"The %1 metadata of %2 is more than a JPEG segment holds; left out: %3"_s.arg(
+            block, name, listed(parts)));
     }
 }
 
-void logUnwritable(const QString& block, const QStringList& parts)
+void logUnwritable(const QString& block, const QString& name, const QStringList& parts)
 {
     if (!parts.isEmpty()) {
-        systemLog(u"The %1 metadata has parts that cannot be written; left out: %2"_s.arg(
-            block, listed(parts)));
+        systemLog(u"The %1 metadata of %2 has parts that cannot be written; left out: %3"_s.arg(
+            block, name, listed(parts)));
     }
 }
 
@@ -361,8 +361,8 @@ QByteArray encodeExif(ImageProperties::Content& content, qsizetype largest)
         }
         trimmed.append(trimExif(content));
     }
-    logUnwritable(u"Exif"_s, unwritable);
-    logTrimmed(u"Exif"_s, trimmed);
+    logUnwritable(u"Exif"_s, content.name, unwritable);
+    logTrimmed(u"Exif"_s, content.name, trimmed);
     return {reinterpret_cast<const char*>(block.data()), std::ssize(block)};
 }
 
@@ -377,7 +377,7 @@ QByteArray encodeXmp(ImageProperties::Content& content, qsizetype largest)
     std::string packet;
     bool isWritten = encode(xmp, packet);
     if (!isWritten) {
-        logUnwritable(u"XMP"_s, removeRefused(xmp));
+        logUnwritable(u"XMP"_s, content.name, removeRefused(xmp));
         isWritten = encode(xmp, packet);
     }
     qsizetype room = largest;
@@ -390,7 +390,7 @@ QByteArray encodeXmp(ImageProperties::Content& content, qsizetype largest)
         trimmed.append(trimXmp(xmp, room));
         isWritten = encode(xmp, packet);
     }
-    logTrimmed(u"XMP"_s, trimmed);
+    logTrimmed(u"XMP"_s, content.name, trimmed);
     return xmp.empty() ? QByteArray() : QByteArray(packet.data(), std::ssize(packet));
 }
 

@@ -6,7 +6,7 @@
 
 /// Metadata blocks as bytes of at most a given number. What is too much is taken out of `content`,
 /// least useful first, and so is any part that Exiv2 cannot write; one line of the system log each
-/// names the first ten and says how many more there were. To be called from within
+/// names the file and the first ten and says how many more there were. To be called from within
 /// MetadataAdapter::attempt() only; Exiv2's exceptions pass through.
 namespace MetadataTrimming
 {

@@ -49,6 +49,18 @@ protected:
         return JpegConversion::convert(m_source, *photo, m_delegate);
     }
 
+    /// Gives the source an Exif block that is none.
+    void damageExif() const
+    {
+        QFile file(m_source);
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        const QByteArray bytes = file.readAll();
+        const QByteArray segment = QByteArrayLiteral("\xFF\xE1\0\x10"
+                                                     "Exif\0\0damaged!");
+        ASSERT_TRUE(file.seek(0));
+        file.write(bytes.first(2) + segment + bytes.sliced(2));
+    }
+
     /// Converts and opens the result.
     [[nodiscard]] std::unique_ptr<Exiv2::Image> converted()
     {
@@ -150,6 +162,27 @@ TEST_F(JpegConversionTest, aLibraryWithoutAPositionGivesZeroNorthAndEast)
     EXPECT_EQ(degrees(*image, "Exif.GPSInfo.GPSLatitude"), 0.0);
     EXPECT_EQ(image->exifData()["Exif.GPSInfo.GPSLatitudeRef"].toString(), "N");
     EXPECT_EQ(image->exifData()["Exif.GPSInfo.GPSLongitudeRef"].toString(), "E");
+}
+
+TEST_F(JpegConversionTest, noPositionDoesNotTakeThePlaceOfOneThatCannotBeRead)
+{
+    damageExif();
+    const auto image = converted();
+    ASSERT_NE(image, nullptr);
+    EXPECT_EQ(image->exifData().findKey(Exiv2::ExifKey("Exif.GPSInfo.GPSLatitude")),
+              image->exifData().end());
+    EXPECT_EQ(m_log.entries(),
+              QStringList{u"The metadata of %1 is damaged; what cannot be read is left out"_s.arg(
+                  m_source)});
+}
+
+TEST_F(JpegConversionTest, aPositionThatTheLibraryKnowsIsWrittenForOneThatCannotBeRead)
+{
+    damageExif();
+    m_library.photo(1).latitude = -33.9;
+    const auto image = converted();
+    ASSERT_NE(image, nullptr);
+    EXPECT_NEAR(degrees(*image, "Exif.GPSInfo.GPSLatitude"), 33.9, 1e-4);
 }
 
 TEST_F(JpegConversionTest, aPictureWithAPositionKeepsItAndNobodyIsAsked)

@@ -1,6 +1,7 @@
 #include "ImageProperties.h"
 
 #include "ImagePropertiesContent.h"
+#include "MetadataAdapter.h"
 #include "MetadataSamples.h"
 #include "MetadataSegments.h"
 
@@ -10,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -112,6 +115,38 @@ TEST(ImageProperties, aFileInTheCurrentFolderNamedLikeStandardInputIsReadAsAFile
     ASSERT_TRUE(QDir::setCurrent(before));
     ASSERT_TRUE(read.ok());
     EXPECT_EQ(exifText(read.value(), "Exif.Image.Make"), "Maker");
+}
+
+TEST(ImageProperties, metadataThatCanBeReadAreWhole)
+{
+    Blocks blocks;
+    blocks.exif["Exif.Image.Make"] = std::string("Maker");
+    blocks.xmp["Xmp.dc.source"] = std::string("text");
+    EXPECT_TRUE(readBack(jpegWith(blocks)).isWhole());
+}
+
+TEST(ImageProperties, aFileThatEndsAmidItsMetadataIsNotWhole)
+{
+    Blocks blocks;
+    blocks.exif["Exif.Image.ImageDescription"] = std::string(3000, 'd');
+    EXPECT_FALSE(readBack(jpegWith(blocks).first(1000)).isWhole());
+}
+
+TEST(ImageProperties, anExifBlockThatIsNoneIsNotWhole)
+{
+    EXPECT_FALSE(readBack(jpegWithExifBytes("no directory at all")).isWhole());
+}
+
+TEST(ImageProperties, whatWasLostOfOneFileIsNotLostOfTheNext)
+{
+    static_cast<void>(readBack(jpegWithExifBytes("no directory at all")));
+    EXPECT_TRUE(readBack(jpegWith({})).isWhole());
+}
+
+TEST(ImageProperties, memoryThatIsTooShortIsNoMissingMetadata)
+{
+    EXPECT_THROW(static_cast<void>(MetadataAdapter::attempt([] { throw std::bad_alloc(); })),
+                 std::bad_alloc);
 }
 
 TEST(ImageProperties, aSouthernAndEasternPositionIsWrittenUnsignedWithItsReferences)

@@ -1,11 +1,13 @@
 #include "MetadataSegments.h"
 
+#include "ImageBuilder.h"
 #include "ImagePropertiesContent.h"
 #include "LogRecorder.h"
 #include "MetadataPruning.h"
 #include "MetadataSamples.h"
 
 #include <QDirIterator>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -435,7 +437,33 @@ TEST(MetadataSegments, aBlockThatCannotBeWrittenIsNamedInTheLog)
     const ImageProperties carried = asCarried(holding(blocks), kCopy);
     EXPECT_EQ(exifText(carried, "Exif.Image.Make"), "Maker");
     ASSERT_EQ(log.entries().size(), 1);
-    EXPECT_TRUE(log.entries().first().startsWith(u"The XMP metadata cannot be written"_s));
+    EXPECT_TRUE(
+        log.entries().first().startsWith(u"The XMP metadata of the data cannot be written"_s));
+}
+
+TEST(MetadataSegments, whatTheLogSaysNamesTheFile)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"IMG_7.jpg"_s);
+    Blocks blocks;
+    setBytes(blocks.exif, "Exif.Photo.UserComment", 40000);
+    ImageBuilder::write(path, jpegWith(blocks));
+    const LogRecorder log;
+    static_cast<void>(asCarried(ImageProperties::read(path).value(), kCopy, noise(30000)));
+    EXPECT_EQ(log.entries(),
+              QStringList{u"The Exif metadata of %1 is more than a JPEG segment holds; left out: "
+                          "the thumbnail"_s.arg(path)});
+}
+
+TEST(MetadataSegments, metadataThatAreDamagedAreNamedInTheLog)
+{
+    const ImageProperties damaged =
+        ImageProperties::fromBytes(jpegWithExifBytes("no directory at all")).value();
+    const LogRecorder log;
+    static_cast<void>(asCarried(damaged, kCopy));
+    EXPECT_EQ(
+        log.entries(),
+        QStringList{u"The metadata of the data is damaged; what cannot be read is left out"_s});
 }
 
 TEST(MetadataSegments, xmpThatIsTooLargeLosesItsLargestProperty)
