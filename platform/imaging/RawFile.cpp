@@ -1,11 +1,8 @@
 #include "RawFile.h"
 
+#include "OpenMpThreads.h"
 #include "PictureLimits.h"
 #include "TiffStructure.h"
-
-#if defined(_OPENMP)
-#include <omp.h>
-#endif
 
 #include <algorithm>
 #include <cstring>
@@ -69,32 +66,10 @@ void setParameters(libraw_output_params_t& parameters)
 
 /// LibRaw decodes the strips of compressed Fujifilm files in threads that share its input; one
 /// thread keeps the order of its reads, and of its complaints, the same each time.
-class FujiOnOneThread final
+bool needsOneThread(const libraw_iparams_t& names)
 {
-public:
-    explicit FujiOnOneThread([[maybe_unused]] bool fuji)
-    {
-#if defined(_OPENMP)
-        m_threads = omp_get_max_threads();
-        if (fuji) {
-            omp_set_num_threads(1);
-        }
-#endif
-    }
-
-    ~FujiOnOneThread()
-    {
-#if defined(_OPENMP)
-        omp_set_num_threads(m_threads);
-#endif
-    }
-
-    FujiOnOneThread(const FujiOnOneThread&) = delete;
-    FujiOnOneThread& operator=(const FujiOnOneThread&) = delete;
-
-private:
-    [[maybe_unused]] int m_threads{1};
-};
+    return std::string_view(&names.make[0]).starts_with("Fuji");
+}
 
 /// The crop that a DNG file's own tags state, in coordinates of the visible area; empty where none
 /// is stated.
@@ -149,8 +124,7 @@ std::optional<Error> RawFile::unpackSensor()
         return errorOf(LIBRAW_IO_ERROR);
     }
     setParameters(imgdata.params);
-    const std::string_view make(&imgdata.idata.make[0]);
-    const FujiOnOneThread oneThread(make.starts_with("Fuji"));
+    const OpenMpThreads threads(needsOneThread(imgdata.idata));
     const int status = unpack();
     if (status != LIBRAW_SUCCESS) {
         return errorOf(status);
@@ -167,8 +141,7 @@ std::optional<Error> RawFile::unpackSensor()
 Result<Bitmap> RawFile::processed()
 {
     const QSize visible(imgdata.sizes.width, imgdata.sizes.height);
-    const std::string_view make(&imgdata.idata.make[0]);
-    const FujiOnOneThread oneThread(make.starts_with("Fuji"));
+    const OpenMpThreads threads(needsOneThread(imgdata.idata));
     const int status = dcraw_process(); // reads some makers' corrections from the file
     recycle_datastream();
     if (status != LIBRAW_SUCCESS) {
