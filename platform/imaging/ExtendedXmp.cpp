@@ -1,6 +1,7 @@
 #include "ExtendedXmp.h"
 
 #include "ImagePropertiesContent.h"
+#include "JpegSegments.h"
 #include "XmpRepair.h"
 
 #include <QCryptographicHash>
@@ -24,25 +25,16 @@ constexpr qsizetype kHeadLength = kSignature.size() + kDigestLength + 8;
 /// More than any program writes; depth maps and second pictures are a few megabytes.
 constexpr qsizetype kLongest = qsizetype{64} * 1024 * 1024;
 
-/// The payloads of the segments before the picture (ITU-T T.81, B.1.1.4) that hold pieces.
+/// What follows name and digest of the segments that hold pieces.
 QList<QByteArrayView> piecesIn(QByteArrayView jpeg, QByteArrayView digest)
 {
-    constexpr quint8 kStartOfScan = 0xDA;
     constexpr quint8 kApp1 = 0xE1;
     QList<QByteArrayView> pieces;
-    qsizetype offset = 2;
-    while (offset + 4 <= jpeg.size() && static_cast<quint8>(jpeg[offset]) == 0xFF) {
-        const auto marker = static_cast<quint8>(jpeg[offset + 1]);
-        const qsizetype length = qFromBigEndian<quint16>(jpeg.data() + offset + 2);
-        if (marker == kStartOfScan || length < 2 || length > jpeg.size() - offset - 2) {
-            break;
-        }
-        const QByteArrayView payload = jpeg.sliced(offset + 4, length - 2);
-        if (marker == kApp1 && payload.size() > kHeadLength && payload.startsWith(kSignature) &&
+    for (const QByteArrayView payload : JpegSegments::payloads(jpeg, kApp1, kSignature)) {
+        if (payload.size() > kHeadLength &&
             payload.sliced(kSignature.size(), kDigestLength) == digest) {
             pieces.append(payload.sliced(kSignature.size() + kDigestLength));
         }
-        offset += 2 + length;
     }
     return pieces;
 }
