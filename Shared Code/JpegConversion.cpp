@@ -64,9 +64,22 @@ QString outputTooLarge(const QString& path)
     return Texts::translated("The output size of %1 is larger than this program writes").arg(path);
 }
 
-QString memoryTooShort(const QString& path)
+Error memoryTooShort(const QString& path)
 {
-    return Texts::translated("There is not enough memory to convert %1").arg(path);
+    return {ErrorCode::OutOfSpace,
+            Texts::translated("There is not enough memory to convert %1. Close other programs, and "
+                              "scan again")
+                .arg(path)};
+}
+
+/// Why no copy came of a file that is good.
+Error noCopy(const QString& path, const Error& reason)
+{
+    return {
+        reason.code,
+        Texts::translated("No copy of %1 could be made, since %2. Scan again with another size or "
+                          "quality, and report it if that fails as well")
+            .arg(path, reason.message)};
 }
 
 Result<QSize> wantedSize(QSize size, const QString& source, const OutputSize& wanted)
@@ -161,17 +174,17 @@ Result<ProvedJpeg> converted(const QString& source, Photo& photo, const CorvaneD
     const QList<QImage> references = surroundings.references(picture.preview());
     const Result<QImage> rendered = std::move(picture).rendered(size.value(), references);
     if (!rendered.ok()) {
-        return rendered.error();
+        return noCopy(source, rendered.error());
     }
     const Result<QByteArray> jpeg =
         JpegDestination::encode(rendered.value(), properties, delegate.compressionFactor());
     if (!jpeg.ok()) {
         systemLog(u"***Could not create data from image destination ***"_s);
-        return jpeg.error();
+        return noCopy(source, jpeg.error());
     }
     const Result<void> proof = JpegProof::prove(jpeg.value(), rendered.value(), references);
     if (!proof.ok()) {
-        return proof.error();
+        return noCopy(source, proof.error());
     }
     return ProvedJpeg{jpeg.value(), rendered.value()};
 }
@@ -182,9 +195,11 @@ Result<ProvedJpeg>
 JpegConversion::convert(const QString& source, Photo& photo, const CorvaneDelegate& delegate)
 {
     try {
-        return converted(source, photo, delegate);
+        Result<ProvedJpeg> made = converted(source, photo, delegate);
+        return made.ok() || made.error().code != ErrorCode::OutOfSpace ? std::move(made)
+                                                                       : memoryTooShort(source);
     } catch (const std::bad_alloc&) {
-        return Error{ErrorCode::OutOfSpace, memoryTooShort(source)};
+        return memoryTooShort(source);
     }
 }
 

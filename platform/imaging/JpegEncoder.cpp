@@ -116,10 +116,10 @@ QByteArray Compressor::file() const
 Error Compressor::error() const
 {
     if (m_errors.outOfMemory()) {
-        return {ErrorCode::OutOfSpace, QStringLiteral("Memory is too short to encode the picture")};
+        return {ErrorCode::OutOfSpace, QStringLiteral("memory is too short to encode the picture")};
     }
     return {ErrorCode::Internal,
-            QStringLiteral("The picture could not be encoded: %1").arg(m_errors.text())};
+            QStringLiteral("the picture could not be encoded: %1").arg(m_errors.text())};
 }
 
 bool writePicture(Compressor& compressor, const QImage& picture)
@@ -167,7 +167,7 @@ Result<QByteArray> JpegEncoder::encode(const QImage& picture, const Options& opt
 {
     if (!PictureLimits::holds(picture.width(), picture.height())) {
         return Error{ErrorCode::Internal,
-                     QStringLiteral("A picture of %1 x %2 pixels cannot be a JPEG file")
+                     QStringLiteral("a picture of %1 x %2 pixels cannot be a JPEG file")
                          .arg(picture.width())
                          .arg(picture.height())};
     }
@@ -176,14 +176,14 @@ Result<QByteArray> JpegEncoder::encode(const QImage& picture, const Options& opt
     });
     if (tooLong) {
         return Error{ErrorCode::Internal,
-                     QStringLiteral("The metadata are too large for a JPEG segment")};
+                     QStringLiteral("the metadata are too large for a JPEG segment")};
     }
     Q_ASSERT(picture.format() == QImage::Format_RGB888);
     try {
         return encodeChecked(picture, options);
     } catch (const std::bad_alloc&) {
         return Error{ErrorCode::OutOfSpace,
-                     QStringLiteral("Memory is too short to encode the picture")};
+                     QStringLiteral("memory is too short to encode the picture")};
     }
 }
 

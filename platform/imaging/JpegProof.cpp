@@ -45,7 +45,7 @@ constexpr double kLightBound = 16.0;
 Error damaged(const QString& what)
 {
     return {ErrorCode::Damaged,
-            QStringLiteral("The finished JPEG did not pass its proof: %1.").arg(what)};
+            QStringLiteral("the finished JPEG did not pass its proof: %1").arg(what)};
 }
 
 /// How far the means of blocks lie apart, in levels of 0..255.
@@ -174,7 +174,7 @@ difference(const QImage& decoded, int denominator, const QImage& encodedBlocks, 
         denominator == kBlock ? decoded : ByteAverages::of(decoded, kBlock / denominator);
     if (decodedBlocks.isNull() || encodedBlocks.isNull()) {
         return Error{ErrorCode::OutOfSpace,
-                     QStringLiteral("Memory is too short to prove the finished JPEG")};
+                     QStringLiteral("memory is too short to prove the finished JPEG")};
     }
     const auto deviation = [](const QImage& image) { return SmallPicture::of(image).deviation(); };
     if (deviation(decodedBlocks) < kFlat && deviation(encodedBlocks) >= kVaried) {

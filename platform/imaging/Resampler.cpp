@@ -56,7 +56,7 @@ Error zimgError()
     std::array<char, 256> text{};
     zimg_get_last_error(text.data(), text.size());
     return {ErrorCode::Internal,
-            QStringLiteral("The picture could not be scaled: %1")
+            QStringLiteral("the picture could not be scaled: %1")
                 .arg(QString::fromLatin1(text.data()))};
 }
 
@@ -151,7 +151,7 @@ Result<Bitmap> Resampler::scale(const Bitmap& bitmap, QSize size)
 {
     if (bitmap.isNull() || size.width() < 1 || size.height() < 1) {
         return Error{ErrorCode::Internal,
-                     QStringLiteral("A picture without pixels cannot be scaled")};
+                     QStringLiteral("a picture without pixels cannot be scaled")};
     }
     try {
         if (bitmap.size() == size) {
@@ -163,7 +163,7 @@ Result<Bitmap> Resampler::scale(const Bitmap& bitmap, QSize size)
         return scaleLinear(SrgbTransfer::converted(bitmap, Transfer::Linear), size);
     } catch (const std::bad_alloc&) {
         return Error{ErrorCode::OutOfSpace,
-                     QStringLiteral("Memory is too short to scale the picture to %1 x %2 pixels")
+                     QStringLiteral("memory is too short to scale the picture to %1 x %2 pixels")
                          .arg(size.width())
                          .arg(size.height())};
     }

@@ -54,7 +54,7 @@ Result<Bitmap> inSize(Bitmap bitmap, QSize size)
 
 Error noMemoryForPicture()
 {
-    return {ErrorCode::OutOfSpace, QStringLiteral("Memory is too short to make the picture")};
+    return {ErrorCode::OutOfSpace, QStringLiteral("memory is too short to make the picture")};
 }
 
 Result<QImage> inBytes(const Bitmap& bitmap)

@@ -89,9 +89,11 @@ protected:
         const Result<ProvedJpeg> jpeg = convert();
         ASSERT_FALSE(jpeg.ok());
         EXPECT_EQ(jpeg.error().code, ErrorCode::Damaged);
-        EXPECT_EQ(jpeg.error().message,
-                  u"The finished JPEG did not pass its proof: its colours are not those of the "
-                  "preview of the photo."_s);
+        EXPECT_EQ(
+            jpeg.error().message,
+            u"No copy of %1 could be made, since the finished JPEG did not pass its proof: its "
+            "colours are not those of the preview of the photo. Scan again with another size or "
+            "quality, and report it if that fails as well"_s.arg(m_source));
     }
 
     QTemporaryDir m_folder;

@@ -51,7 +51,7 @@ Result<QByteArray> encode(const QImage& picture, const ImageProperties& properti
     calls.qualities.append(quality);
     if (calls.encodingsToFail > 0) {
         --calls.encodingsToFail;
-        return Error{ErrorCode::Internal, u"The encoder gave up."_s};
+        return Error{ErrorCode::Internal, u"the encoder gave up"_s};
     }
     if (calls.jpeg) {
         return calls.jpeg(picture);
@@ -67,7 +67,7 @@ Result<Bitmap> scale(const Bitmap& bitmap, QSize size)
     if (!calls.isEncoding) {
         calls.scaledTo.append(size);
         if (calls.isResamplerBroken) {
-            return Error{ErrorCode::Internal, u"The resampler gave up."_s};
+            return Error{ErrorCode::Internal, u"the resampler gave up"_s};
         }
     }
     return realScale(bitmap, size);
@@ -182,7 +182,9 @@ TEST_F(JpegConversionStepsTest, anEncoderThatFailsIsLoggedAndGivesItsReason)
     calls().encodingsToFail = 1;
     const Result<ProvedJpeg> jpeg = convert();
     ASSERT_FALSE(jpeg.ok());
-    EXPECT_EQ(jpeg.error().message, u"The encoder gave up."_s);
+    EXPECT_EQ(jpeg.error().message,
+              u"No copy of %1 could be made, since the encoder gave up. Scan again with another "
+              "size or quality, and report it if that fails as well"_s.arg(m_source));
     EXPECT_EQ(m_log.entries(), QStringList{kEncoderFailed});
 }
 

@@ -131,7 +131,10 @@ TEST_F(JpegConversionTest, memoryThatIsTooShortFailsThePhotoAlone)
     const Result<ProvedJpeg> jpeg = convert();
     ASSERT_FALSE(jpeg.ok());
     EXPECT_EQ(jpeg.error().code, ErrorCode::OutOfSpace);
-    EXPECT_EQ(jpeg.error().message, u"There is not enough memory to convert "_s + m_source);
+    EXPECT_EQ(
+        jpeg.error().message,
+        u"There is not enough memory to convert %1. Close other programs, and scan again"_s.arg(
+            m_source));
 }
 
 TEST_F(JpegConversionTest, theControllersQualityDecidesTheSize)

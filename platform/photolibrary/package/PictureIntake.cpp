@@ -66,7 +66,7 @@ QString baseOf(const QString& fileName)
 
 Error noMemory()
 {
-    return {ErrorCode::OutOfSpace, u"Memory is too short for the pictures that a library keeps"_s};
+    return {ErrorCode::OutOfSpace, u"memory is too short"_s};
 }
 
 /// The picture, its longest side at most `side`; never made larger.
@@ -192,6 +192,13 @@ Error noPicture(const QString& path, const Error& reason)
                 path, reason.message)};
 }
 
+Error notKept(const QString& path, const Error& reason)
+{
+    return {reason.code,
+            u"The thumbnails and the preview of \"%1\" could not be made: %2."_s.arg(
+                path, reason.message)};
+}
+
 } // namespace
 
 bool PictureIntake::isUsableName(const QString& name)
@@ -216,7 +223,7 @@ Result<PreparedPicture> PictureIntake::jpeg(const QString& path,
         return noPicture(path, decoded.error());
     }
     const Result<void> made = render(picture, decoded.value(), stored);
-    return made.ok() ? std::move(result) : Result<PreparedPicture>(made.error());
+    return made.ok() ? std::move(result) : Result<PreparedPicture>(notKept(path, made.error()));
 }
 
 Result<PreparedPicture>
@@ -247,7 +254,7 @@ PictureIntake::raw(const QString& path, const QString& fileName, const QByteArra
     picture.rotation = Upright::rotation(orientation);
     constexpr int kUpright = 1;
     const Result<void> made = makeThumbnails(picture, decoded.value(), kUpright);
-    return made.ok() ? std::move(result) : Result<PreparedPicture>(made.error());
+    return made.ok() ? std::move(result) : Result<PreparedPicture>(notKept(path, made.error()));
 }
 
 Result<PreparedPicture> PictureIntake::rendered(const QString& path)
@@ -261,5 +268,5 @@ Result<PreparedPicture> PictureIntake::rendered(const QString& path)
     takeFacts(picture, properties.ok() ? properties.value().facts() : ImageFacts());
     const QImage image = BitmapImage::toImage(decoded.value());
     const Result<void> made = image.isNull() ? noMemory() : render(picture, image, image.size());
-    return made.ok() ? Result<PreparedPicture>(std::move(picture)) : made.error();
+    return made.ok() ? Result<PreparedPicture>(std::move(picture)) : notKept(path, made.error());
 }
