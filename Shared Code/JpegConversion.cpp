@@ -95,7 +95,7 @@ Result<QSize> wantedSize(QSize size, const QString& source, const OutputSize& wa
 
 /// The library's own rendering of an unedited photo in sRGB, turned and mirrored so that it lies as
 /// the rows of its master, which has this Exif orientation.
-QImage libraryPreview(const PhotoEvidence& evidence, int orientation)
+std::optional<Preview> libraryPreview(const PhotoEvidence& evidence, int orientation)
 {
     constexpr int kLongestSideCompared = 1024;
     QImageReader reader(evidence.previewPath);
@@ -108,11 +108,12 @@ QImage libraryPreview(const PhotoEvidence& evidence, int orientation)
     QImage upright = reader.read();
     BitmapImage::convertToSrgb(upright);
     if (upright.isNull()) {
-        return upright;
+        return std::nullopt;
     }
     // The library's rotation holds the file's own and what the person turned after that.
     const int ownTurn = Upright::rotation(orientation) - evidence.rotation;
-    return Upright::stored(upright.transformed(QTransform().rotate(ownTurn)), orientation);
+    return Preview{Upright::stored(upright.transformed(QTransform().rotate(ownTurn)), orientation),
+                   qint64{size.width()} * size.height()};
 }
 
 /// Whether the library's preview shows what the file does.
@@ -125,7 +126,7 @@ bool isShownByLibrary(const QString& source, const PhotoEvidence& evidence)
 /// What is read of a photo beside the picture in its file.
 struct Surroundings {
     Result<ImageProperties> properties;
-    QImage libraryPreview; ///< null where there is none that shows the same
+    std::optional<Preview> libraryPreview; ///< where there is one that shows the same
 
     [[nodiscard]] static Surroundings of(const QString& source, const PhotoEvidence& evidence)
     {
@@ -137,15 +138,17 @@ struct Surroundings {
         return found;
     }
 
-    /// What else shows the photo: the preview `embedded` in its file, and the library's.
-    [[nodiscard]] QList<QImage> references(const std::optional<QImage>& embedded) const
+    /// What else shows the photo: the preview `embedded` in its file, and the library's; those of
+    /// more pixels first.
+    [[nodiscard]] QList<QImage> references(const std::optional<Preview>& embedded) const
     {
         QList<QImage> all;
         if (embedded) {
-            all.append(*embedded);
+            all.append(embedded->image);
         }
-        if (!libraryPreview.isNull()) {
-            all.append(libraryPreview);
+        if (libraryPreview) {
+            const bool isLarger = !embedded || libraryPreview->pixels > embedded->pixels;
+            all.insert(isLarger ? 0 : 1, libraryPreview->image);
         }
         return all;
     }

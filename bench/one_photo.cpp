@@ -79,7 +79,7 @@ int prove(const Task& task)
     SourcePicture picture = std::move(opened).value();
     QList<QImage> references;
     if (picture.preview()) {
-        references.append(*picture.preview());
+        references.append(picture.preview()->image);
     }
     const QSize size = picture.size();
     const auto rendered = std::move(picture).rendered(size, references);

@@ -96,7 +96,7 @@ QImage renderedPart(const QString& path, double part)
     SourcePicture picture = std::move(opened).value();
     QList<QImage> references;
     if (picture.preview()) {
-        references.append(*picture.preview());
+        references.append(picture.preview()->image);
     }
     const QSize size = picture.size() * part;
     auto rendered = std::move(picture).rendered(size, references);

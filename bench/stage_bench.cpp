@@ -49,7 +49,7 @@ std::optional<SourcePicture> opened(const QString& path)
 
 QList<QImage> previewsOf(const SourcePicture& picture)
 {
-    return picture.preview() ? QList<QImage>{*picture.preview()} : QList<QImage>{};
+    return picture.preview() ? QList<QImage>{picture.preview()->image} : QList<QImage>{};
 }
 
 /// The picture in a part of its size.

@@ -83,7 +83,7 @@ Result<QImage> readWithOwnDecoders(const QString& path, QSize within, PictureFil
                               Upright::isTransposed(orientation) ? within.transposed() : within);
     QList<QImage> references;
     if (picture.value().preview()) {
-        references.append(*picture.value().preview());
+        references.append(picture.value().preview()->image);
     }
     const Result<QImage> rendered = std::move(picture).value().rendered(size, references);
     if (!rendered.ok()) {

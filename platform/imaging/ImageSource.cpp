@@ -28,7 +28,8 @@ Result<Bitmap> ImageSource::decode(const QString& path)
 std::optional<QImage> ImageSource::embeddedPreview(const QString& path)
 {
     const Result<SourceFile> file = SourceFile::read(path);
-    return file.ok() ? file.value().preview() : std::nullopt;
+    const std::optional<Preview> preview = file.ok() ? file.value().preview() : std::nullopt;
+    return preview ? std::optional(preview->image) : std::nullopt;
 }
 
 Result<void> ImageSource::check(const QString& path)

@@ -88,9 +88,9 @@ QImage imageOf(const Candidate& candidate)
 
 } // namespace
 
-std::optional<QImage> PreviewFinder::largest(const QByteArray& bytes, const Predicate& isWanted)
+std::optional<Preview> PreviewFinder::largest(const QByteArray& bytes, const Predicate& isWanted)
 {
-    std::optional<QImage> first;
+    std::optional<Preview> first;
     const std::vector<Candidate> all = candidates(bytes);
     for (const Candidate& candidate : std::span(all).first(std::min(all.size(), kMostTried))) {
         const QImage image = imageOf(candidate);
@@ -99,10 +99,10 @@ std::optional<QImage> PreviewFinder::largest(const QByteArray& bytes, const Pred
             continue;
         }
         if (isWanted(image, shown)) {
-            return image;
+            return Preview{image, candidate.pixels};
         }
         if (!first) {
-            first = image;
+            first = Preview{image, candidate.pixels};
         }
     }
     return first;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Preview.h"
 #include "SmallPicture.h"
 
 #include <QByteArray>
@@ -26,6 +27,6 @@ using Predicate = std::function<bool(const QImage& preview, const SmallPicture& 
 /// Looked for where LibRaw knows of one and in the file's own TIFF directories. A large one is
 /// averaged down, to no less than 1024 pixels on its longest side. `isWanted` is asked of the
 /// largest first, and of none after it held.
-[[nodiscard]] std::optional<QImage> largest(const QByteArray& bytes, const Predicate& isWanted);
+[[nodiscard]] std::optional<Preview> largest(const QByteArray& bytes, const Predicate& isWanted);
 
 } // namespace PreviewFinder

@@ -18,16 +18,16 @@ Error memoryTooShort()
     return {ErrorCode::OutOfSpace, QStringLiteral("there is not enough memory to decode it")};
 }
 
-std::optional<RawPhoto::Preview> previewOf(const libraw_thumbnail_t& thumbnail, int longestSide)
+std::optional<Preview> previewOf(const libraw_thumbnail_t& thumbnail, int longestSide)
 {
     const QByteArrayView data(thumbnail.thumb, static_cast<qsizetype>(thumbnail.tlength));
     if (thumbnail.tformat == LIBRAW_THUMBNAIL_JPEG) {
         const QSize size = JpegDecoder::size(data).value_or(QSize());
         const auto image =
             JpegDecoder::decodeReduced(data, JpegDecoder::denominatorFor(size, longestSide));
-        return image.ok() ? std::optional(RawPhoto::Preview{image.value(),
-                                                            qint64{size.width()} * size.height()})
-                          : std::nullopt;
+        return image.ok()
+                   ? std::optional(Preview{image.value(), qint64{size.width()} * size.height()})
+                   : std::nullopt;
     }
     const qint64 pixels = qint64{thumbnail.twidth} * thumbnail.theight;
     if (thumbnail.tformat != LIBRAW_THUMBNAIL_BITMAP || pixels == 0 || data.size() < 3 * pixels) {
@@ -38,7 +38,7 @@ std::optional<RawPhoto::Preview> previewOf(const libraw_thumbnail_t& thumbnail, 
                       thumbnail.theight,
                       qsizetype{thumbnail.twidth} * 3,
                       QImage::Format_RGB888);
-    return RawPhoto::Preview{view.copy(), pixels};
+    return Preview{view.copy(), pixels};
 }
 
 } // namespace
@@ -81,7 +81,7 @@ Result<RawPhoto> RawPhoto::open(const QByteArray& bytes)
     }
 }
 
-std::optional<RawPhoto::Preview> RawPhoto::preview(const QByteArray& bytes, int longestSide)
+std::optional<Preview> RawPhoto::preview(const QByteArray& bytes, int longestSide)
 {
     try {
         const auto file = std::make_unique<RawFile>(bytes);

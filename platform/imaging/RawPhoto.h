@@ -2,6 +2,7 @@
 
 #include "BayerRenderer.h"
 #include "Bitmap.h"
+#include "Preview.h"
 #include "RenditionFit.h"
 #include "Result.h"
 
@@ -23,11 +24,6 @@ public:
     /// Data that LibRaw complains of are an error. Errors: Damaged, Unsupported, OutOfSpace; they
     /// name no file.
     [[nodiscard]] static Result<RawPhoto> open(const QByteArray& bytes);
-
-    struct Preview {
-        QImage image;     ///< Format_RGB888
-        qint64 pixels{0}; ///< that it has in the file
-    };
 
     /// The preview that LibRaw finds the largest, as it lies in the file, averaged down where at
     /// least `longestSide` pixels remain on its longest side; nothing where there is none that

@@ -204,11 +204,7 @@ fitted(const Bitmap& light, const SensorColors& colors, const QImage& reference)
 Rendition
 RenditionFit::of(const Bitmap& light, const SensorColors& colors, const QList<QImage>& references)
 {
-    QList<QImage> largestFirst = references;
-    std::ranges::stable_sort(largestFirst, std::greater(), [](const QImage& image) {
-        return qint64{image.width()} * image.height();
-    });
-    for (const QImage& reference : largestFirst) {
+    for (const QImage& reference : references) {
         if (auto rendition = fitted(light, colors, reference)) {
             return std::move(*rendition);
         }

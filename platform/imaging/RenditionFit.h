@@ -42,9 +42,9 @@ namespace RenditionFit
 
 /// `light`: the photo as it was decoded, Transfer::Linear, averaged down (ReducedPicture), in the
 /// colours that `colors` tells.
-/// `references`: pictures that may show it, turned in any way.
+/// `references`: pictures that may show it, turned in any way, those that tell most first.
 ///
-/// The largest reference that shows the scene in colour is followed, in exposure, a tone curve, two
+/// The first reference that shows the scene in colour is followed, in exposure, a tone curve, two
 /// gains of the sensor's colours and a saturation, in this order of trust. Places that differ from
 /// it otherwise, by the reference's sharpening, retouching or cropping, have little weight. Where
 /// no reference shows the scene in colour it is the neutral rendition, whatever the photo shows.

@@ -57,17 +57,20 @@ Error SourceFile::errorOf(const QString& path, ErrorCode code, const QString& re
     return {code, QStringLiteral("The file \"%1\" cannot be used: %2.").arg(path, reason)};
 }
 
-std::optional<QImage> SourceFile::preview(const PreviewFinder::Predicate& isWanted) const
+std::optional<Preview> SourceFile::preview(const PreviewFinder::Predicate& isWanted) const
 {
     if (type == FileType::Heif) {
-        return HeifDecoder::thumbnail(bytes);
+        const auto thumbnail = HeifDecoder::thumbnail(bytes);
+        return thumbnail ? std::optional(Preview{*thumbnail,
+                                                 qint64{thumbnail->width()} * thumbnail->height()})
+                         : std::nullopt;
     }
-    std::optional<QImage> preview =
+    std::optional<Preview> preview =
         type == FileType::Raw ? PreviewFinder::largest(bytes, isWanted) : std::nullopt;
     // Previews without an Exif block of their own are in the colours that the camera was set to.
-    if (preview && !preview->colorSpace().isValid() && ExifColor::isAdobeRgb(bytes)) {
-        preview->setColorSpace(QColorSpace::AdobeRgb);
-        BitmapImage::convertToSrgb(*preview);
+    if (preview && !preview->image.colorSpace().isValid() && ExifColor::isAdobeRgb(bytes)) {
+        preview->image.setColorSpace(QColorSpace::AdobeRgb);
+        BitmapImage::convertToSrgb(preview->image);
     }
     return preview;
 }

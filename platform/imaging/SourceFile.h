@@ -23,6 +23,6 @@ struct SourceFile {
 
     /// What the file shows of its picture beside it, in sRGB: a RAW file's largest preview that is
     /// wanted (PreviewFinder), as stored; a HEIF file's thumbnail, as it is to be shown.
-    [[nodiscard]] std::optional<QImage>
+    [[nodiscard]] std::optional<Preview>
     preview(const PreviewFinder::Predicate& isWanted = PreviewFinder::isAny) const;
 };

@@ -98,7 +98,7 @@ std::optional<QString> SourcePicture::judge(const SourceFile& file)
     m_preview = file.preview();
     return m_preview
                ? PictureDamage::thumbnailComplaint(SmallPicture::of(std::get<Bitmap>(m_content)),
-                                                   SmallPicture::of(*m_preview))
+                                                   SmallPicture::of(m_preview->image))
                : std::nullopt;
 }
 

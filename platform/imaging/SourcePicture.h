@@ -25,13 +25,13 @@ public:
 
     /// What the file shows of its picture beside it, in sRGB: of a RAW file's previews the largest
     /// that shows the scene, where none does the largest; a HEIF file's thumbnail.
-    [[nodiscard]] const std::optional<QImage>& preview() const { return m_preview; }
+    [[nodiscard]] const std::optional<Preview>& preview() const { return m_preview; }
 
     /// The decoded picture: linear light for RAW.
     [[nodiscard]] Bitmap decoded() &&;
 
     /// The picture in `size`, each side at least 1, sRGB encoded, Format_RGB888. RAW photos are
-    /// rendered to look like the largest of the `references` that shows them, which guides colour
+    /// rendered to look like the first of the `references` that shows them, which guides colour
     /// and tone and nothing else; where there is none, in a neutral way. Errors: OutOfSpace,
     /// Internal.
     [[nodiscard]] Result<QImage> rendered(QSize size, const QList<QImage>& references) &&;
@@ -46,5 +46,5 @@ private:
     [[nodiscard]] std::optional<QString> judgeRaw(const RawPhoto& photo, const SourceFile& file);
 
     Content m_content;
-    std::optional<QImage> m_preview;
+    std::optional<Preview> m_preview;
 };

@@ -164,6 +164,20 @@ TEST_F(JpegConversionProofTest, theLibrarysPictureGuidesByTheColoursThatItShows)
     EXPECT_LT(ImageBuilder::difference(converted.first(), converted.last()), 0.003);
 }
 
+TEST_F(JpegConversionProofTest, ofTwoPicturesTheOneOfMorePixelsGuides)
+{
+    const Bitmap scene = ImageBuilder::scene({1600, 1200});
+    addPhoto(u"IMG_1.dng"_s,
+             ImageBuilder::dng(ImageBuilder::scene(kPhotoSize, Transfer::Linear),
+                               {.crop = {}, .preview = jpegOf(scene)}));
+    setLibraryPreview(darkened(ImageBuilder::scene({2000, 1500})));
+    const Result<ProvedJpeg> jpeg = convert();
+    ASSERT_TRUE(jpeg.ok()) << jpeg.error().message.toStdString();
+    EXPECT_LT(ImageBuilder::difference(BitmapImage::fromImage(jpeg.value().picture),
+                                       darkened(ImageBuilder::scene(kPhotoSize))),
+              0.02);
+}
+
 class LibraryPreviewTest : public JpegConversionProofTest, public testing::WithParamInterface<int>
 {
 protected:

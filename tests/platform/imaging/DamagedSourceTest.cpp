@@ -88,7 +88,7 @@ QImage pictureOf(const QString& path)
     SourcePicture picture = std::move(opened).value();
     QList<QImage> references;
     if (picture.preview()) {
-        references.append(*picture.preview());
+        references.append(picture.preview()->image);
     }
     const QSize size = picture.size();
     const auto image = std::move(picture).rendered(size, references);

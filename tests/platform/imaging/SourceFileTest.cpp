@@ -41,7 +41,8 @@ std::optional<QImage> previewOfAdobeRgb(const QByteArray& jpeg)
     image->writeMetadata();
     const Result<SourceFile> file = SourceFile::read(path);
     EXPECT_TRUE(file.ok());
-    return file.ok() ? file.value().preview() : std::nullopt;
+    const auto preview = file.ok() ? file.value().preview() : std::nullopt;
+    return preview ? std::optional(preview->image) : std::nullopt;
 }
 
 QImage scene()

@@ -78,7 +78,7 @@ protected:
         SourcePicture picture = std::move(opened).value();
         QList<QImage> references;
         if (picture.preview()) {
-            references.append(*picture.preview());
+            references.append(picture.preview()->image);
         }
         const auto image = std::move(picture).rendered(size, references);
         EXPECT_TRUE(image.ok());
