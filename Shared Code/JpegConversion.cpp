@@ -5,6 +5,7 @@
 #include "JpegDestination.h"
 #include "JpegProof.h"
 #include "Scripting.h"
+#include "SourceFile.h"
 #include "SourcePicture.h"
 #include "SystemLog.h"
 #include "TargetSize.h"
@@ -154,6 +155,13 @@ struct Surroundings {
     }
 };
 
+/// What the library's preview shows to be damaged, where the file shows nothing itself.
+std::optional<QString> complaintByLibrary(const SourcePicture& picture,
+                                          const std::optional<Preview>& preview)
+{
+    return picture.preview() || !preview ? std::nullopt : picture.complaintBy(preview->image);
+}
+
 Result<ProvedJpeg> converted(const QString& source, Photo& photo, const CorvaneDelegate& delegate)
 {
     const PhotoEvidence evidence = photo.evidence();
@@ -169,6 +177,9 @@ Result<ProvedJpeg> converted(const QString& source, Photo& photo, const CorvaneD
         return surroundings.properties.error();
     }
     SourcePicture picture = std::move(opened).value();
+    if (const auto complaint = complaintByLibrary(picture, surroundings.libraryPreview)) {
+        return SourceFile::errorOf(source, ErrorCode::Damaged, *complaint);
+    }
     const ImageProperties properties = forCopy(std::move(surroundings.properties).value(), photo);
     const Result<QSize> size = wantedSize(picture.size(), source, OutputSize::of(delegate));
     if (!size.ok()) {

@@ -2,6 +2,7 @@
 
 #include "OpenMpThreads.h"
 #include "PictureLimits.h"
+#include "SensorGaps.h"
 #include "TiffStructure.h"
 
 #include <algorithm>
@@ -136,6 +137,39 @@ std::optional<Error> RawFile::unpackSensor()
         return errorOf(LIBRAW_FILE_UNSUPPORTED);
     }
     return std::nullopt;
+}
+
+/// LibRaw takes where the visible area lies from the file and bounds its own reads, not ours.
+bool RawFile::isVisibleAreaHeld(int valuesOfPixel) const
+{
+    const auto& sizes = imgdata.sizes;
+    return sizes.top_margin + sizes.height <= sizes.raw_height &&
+           (sizes.left_margin + sizes.width) * static_cast<unsigned>(valuesOfPixel) *
+                   sizeof(quint16) <=
+               sizes.raw_pitch;
+}
+
+bool RawFile::hasGaps() const
+{
+    const auto& data = imgdata.rawdata;
+    const auto& sizes = imgdata.sizes;
+    const auto& color = imgdata.color;
+    SensorValues values{.first = data.raw_image};
+    if (data.color3_image != nullptr) {
+        values = {.first = &data.color3_image[0][0], .channels = 3};
+    } else if (data.color4_image != nullptr) {
+        values = {.first = &data.color4_image[0][0], .channels = 4};
+    }
+    if (values.first == nullptr || !isVisibleAreaHeld(values.channels)) {
+        return false;
+    }
+    values.stride = static_cast<qsizetype>(sizes.raw_pitch / sizeof(quint16));
+    values.first += sizes.top_margin * values.stride + sizes.left_margin * values.channels;
+    values.size = QSize(sizes.width, sizes.height);
+    values.black =
+        static_cast<int>(color.black + *std::min_element(color.cblack, color.cblack + 4));
+    values.white = static_cast<int>(color.maximum);
+    return SensorGaps::isFoundIn(values);
 }
 
 Result<Bitmap> RawFile::processed()

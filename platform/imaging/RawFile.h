@@ -25,6 +25,10 @@ public:
     /// Unsupported, OutOfSpace; they name no file.
     [[nodiscard]] std::optional<Error> unpackSensor();
 
+    /// Whether a large part of the sensor's data is gone (SensorGaps). After unpackSensor() and
+    /// before anything is made of them; false for data of a kind that cannot be judged.
+    [[nodiscard]] bool hasGaps() const;
+
     /// The sensor's data where they lie in plain cells of red, green and blue, as the camera's
     /// white balance or, unknown, daylight has them; nothing where they are any other. They live as
     /// long as this, which is done with the file then.
@@ -45,6 +49,7 @@ private:
     using Filters = std::array<std::size_t, 4>;
 
     static void onDataError(void* object, const char* file, int offset);
+    [[nodiscard]] bool isVisibleAreaHeld(int valuesOfPixel) const;
     [[nodiscard]] QRect statedCrop() const;
     [[nodiscard]] QRect keptArea(QSize visible) const;
     [[nodiscard]] std::optional<std::array<float, 4>> multipliers() const;

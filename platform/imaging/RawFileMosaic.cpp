@@ -69,11 +69,8 @@ std::optional<BayerMosaic> RawFile::mosaic()
                          names.is_foveon == 0 && sizes.pixel_aspect == 1.0 &&
                          libraw_internal_data.internal_output_params.fuji_width == 0 &&
                          !is_phaseone_compressed() && imgdata.color.phase_one_data.format == 0;
-    // LibRaw takes where the visible area lies from the file and bounds its own reads, not this.
-    const bool isInside = sizes.top_margin + sizes.height <= sizes.raw_height &&
-                          (sizes.left_margin + sizes.width) * 2U <= sizes.raw_pitch;
     const auto gains = multipliers();
-    if (!isPlain || !isInside || !gains) {
+    if (!isPlain || !isVisibleAreaHeld(1) || !gains) {
         return std::nullopt;
     }
     adjust_bl();

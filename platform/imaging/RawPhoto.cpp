@@ -67,18 +67,29 @@ Result<RawPhoto> RawPhoto::open(const QByteArray& bytes)
         if (const auto failure = file->unpackSensor()) {
             return *failure;
         }
-        SensorColors colors = file->colors();
-        if (const auto mosaic = file->mosaic()) {
-            const auto& [red, green, blue] = mosaic->balance;
-            colors.sensor = {.balance = {red, green, blue}, .white = mosaic->white / 65535.0};
-            return RawPhoto(std::move(file), BayerRenderer(*mosaic, colors.toSrgb), colors);
+        const bool hasGaps = file->hasGaps();
+        Result<RawPhoto> photo = made(std::move(file));
+        if (photo.ok()) {
+            photo.value().m_hasGaps = hasGaps;
         }
-        Result<Bitmap> linear = file->processed();
-        return linear.ok() ? Result<RawPhoto>(RawPhoto(std::move(linear).value(), colors))
-                           : linear.error();
+        return photo;
     } catch (const std::bad_alloc&) {
         return memoryTooShort();
     }
+}
+
+/// Of a file whose sensor data were read.
+Result<RawPhoto> RawPhoto::made(std::shared_ptr<RawFile> file)
+{
+    SensorColors colors = file->colors();
+    if (const auto mosaic = file->mosaic()) {
+        const auto& [red, green, blue] = mosaic->balance;
+        colors.sensor = {.balance = {red, green, blue}, .white = mosaic->white / 65535.0};
+        return RawPhoto(std::move(file), BayerRenderer(*mosaic, colors.toSrgb), colors);
+    }
+    Result<Bitmap> linear = file->processed();
+    return linear.ok() ? Result<RawPhoto>(RawPhoto(std::move(linear).value(), colors))
+                       : linear.error();
 }
 
 std::optional<Preview> RawPhoto::preview(const QByteArray& bytes, int longestSide)

@@ -32,6 +32,9 @@ public:
 
     [[nodiscard]] QSize size() const;
 
+    /// Whether a large part of the sensor's data is gone.
+    [[nodiscard]] bool hasGaps() const { return m_hasGaps; }
+
     [[nodiscard]] const SensorColors& colors() const { return m_colors; }
 
     /// Transfer::Linear, at full size.
@@ -49,6 +52,7 @@ public:
     [[nodiscard]] Result<QImage> rendered(const Rendition& rendition, QSize size) &&;
 
 private:
+    [[nodiscard]] static Result<RawPhoto> made(std::shared_ptr<RawFile> file);
     [[nodiscard]] Bitmap light(const Rendition& rendition, bool halved) &&;
 
     RawPhoto(std::shared_ptr<RawFile> file,
@@ -62,4 +66,5 @@ private:
     Bitmap m_linear;
     Bitmap m_reduced;
     SensorColors m_colors;
+    bool m_hasGaps{false};
 };

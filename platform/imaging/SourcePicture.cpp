@@ -96,10 +96,17 @@ std::optional<QString> SourcePicture::judge(const SourceFile& file)
         return judgeRaw(*raw, file);
     }
     m_preview = file.preview();
-    return m_preview
-               ? PictureDamage::thumbnailComplaint(SmallPicture::of(std::get<Bitmap>(m_content)),
-                                                   SmallPicture::of(m_preview->image))
-               : std::nullopt;
+    return m_preview ? complaintBy(m_preview->image) : std::nullopt;
+}
+
+std::optional<QString> SourcePicture::complaintBy(const QImage& shown) const
+{
+    const SmallPicture preview = SmallPicture::of(shown);
+    if (const auto* const raw = std::get_if<RawPhoto>(&m_content)) {
+        return PictureDamage::complaint(SmallPicture::of(raw->reduced()), preview, shown);
+    }
+    return PictureDamage::thumbnailComplaint(SmallPicture::of(std::get<Bitmap>(m_content)),
+                                             preview);
 }
 
 // A RAW file is also judged without a preview, since its sensor's data could be any values.
@@ -109,6 +116,9 @@ std::optional<QString> SourcePicture::judgeRaw(const RawPhoto& photo, const Sour
     const Bitmap rows = photo.someRows();
     if (PictureNoise::isNoise(small, photo.size(), rows) || PictureNoise::isNoiseInPlaces(rows)) {
         return QStringLiteral("it decodes to noise, its picture data is corrupt");
+    }
+    if (photo.hasGaps()) {
+        return QStringLiteral("a part of it decodes to nothing, its picture data is corrupt");
     }
     std::optional<QString> complaint;
     m_preview = file.preview([&](const QImage& preview, const SmallPicture& shown) {

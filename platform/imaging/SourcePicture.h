@@ -27,6 +27,10 @@ public:
     /// that shows the scene, where none does the largest; a HEIF file's thumbnail.
     [[nodiscard]] const std::optional<Preview>& preview() const { return m_preview; }
 
+    /// A clause that says what is wrong with the picture, judged by what another program made of
+    /// the same file, in sRGB and as its rows lie; nothing where it may be right.
+    [[nodiscard]] std::optional<QString> complaintBy(const QImage& shown) const;
+
     /// The decoded picture: linear light for RAW.
     [[nodiscard]] Bitmap decoded() &&;
 
@@ -41,7 +45,8 @@ private:
 
     explicit SourcePicture(Content content);
 
-    /// Takes the file's preview, and gives a clause that says what is wrong with the picture.
+    /// Takes the file's preview, and gives a clause that says what is
+    /// wrong with the picture.
     [[nodiscard]] std::optional<QString> judge(const SourceFile& file);
     [[nodiscard]] std::optional<QString> judgeRaw(const RawPhoto& photo, const SourceFile& file);
 

@@ -13,6 +13,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 // What a conversion is compared with before it is taken for one.
@@ -176,6 +178,22 @@ TEST_F(JpegConversionProofTest, ofTwoPicturesTheOneOfMorePixelsGuides)
     EXPECT_LT(ImageBuilder::difference(BitmapImage::fromImage(jpeg.value().picture),
                                        darkened(ImageBuilder::scene(kPhotoSize))),
               0.02);
+}
+
+TEST_F(JpegConversionProofTest, aHoleInAFileWithoutAPreviewShowsBesideTheLibrarysPicture)
+{
+    Bitmap light = ImageBuilder::scene(kPhotoSize, Transfer::Linear);
+    for (int y = 22; y < 90; ++y) {
+        std::ranges::fill(light.row(y).subspan(std::size_t{3} * 120, std::size_t{3} * 90),
+                          quint16{0});
+    }
+    addPhoto(u"IMG_1.dng"_s, ImageBuilder::dng(light));
+    expectConverted();
+    setLibraryPreview(ImageBuilder::scene(kPreviewSize));
+    const Result<ProvedJpeg> jpeg = convert();
+    ASSERT_FALSE(jpeg.ok());
+    EXPECT_EQ(jpeg.error().code, ErrorCode::Damaged);
+    EXPECT_TRUE(jpeg.error().message.contains(m_source));
 }
 
 class LibraryPreviewTest : public JpegConversionProofTest, public testing::WithParamInterface<int>

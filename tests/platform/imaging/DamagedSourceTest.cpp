@@ -171,6 +171,33 @@ TEST_P(DamagedSourceTest, aRawPhotoFailsOrIsRight)
     }
 }
 
+TEST(GoneDataTest, aRawPhotoWithoutAPreviewFailsWhereItsDataAreGone)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(u"photo.dng"_s);
+    const Bitmap light =
+        SrgbTransfer::converted(SceneSamples::leaves(kDamagedSize, 7), Transfer::Linear);
+    for (const bool demosaiced : {false, true}) {
+        const QByteArray file =
+            ImageBuilder::dng(light, {.crop = {}, .preview = {}, .demosaiced = demosaiced});
+        const qsizetype length =
+            qsizetype{2} * kDamagedSize.width() * kDamagedSize.height() * (demosaiced ? 3 : 1);
+        ImageBuilder::write(path, file);
+        ASSERT_TRUE(SourcePicture::open(path).ok());
+        std::mt19937 random(1);
+        for (const int share : {7, 10, 30, 50, 70, 95}) {
+            for (const int begin : {0, 37, 100}) {
+                const Range gone{file.size() - length + length * (100 - share) / 100 * begin / 100,
+                                 length * share / 100};
+                ImageBuilder::write(path, destroyed(file, gone, Kind::Zeros, random));
+                const auto opened = SourcePicture::open(path);
+                ASSERT_FALSE(opened.ok()) << share << " of 100 from " << begin;
+                EXPECT_EQ(opened.error().code, ErrorCode::Damaged);
+            }
+        }
+    }
+}
+
 TEST_P(DamagedSourceTest, aHeifPhotoFailsOrIsRight)
 {
     const Bitmap scene = SceneSamples::leaves(kDamagedSize / 2, 8);

@@ -217,7 +217,7 @@ TEST_F(ImageSourceTest, darknessWithAFlatPreviewDecodes)
     const ImageBuilder::RawFile details{
         .crop = {}, .preview = jpegOf(ImageBuilder::flat({160, 120}, 0)), .orientation = 1};
     const QString path =
-        file(u"dark.dng"_s, ImageBuilder::dng(ImageBuilder::flat(kSize, 3), details));
+        file(u"dark.dng"_s, ImageBuilder::dng(ImageBuilder::night({800, 600}, 0), details));
     EXPECT_TRUE(ImageSource::check(path).ok());
     EXPECT_FALSE(ImageSource::embeddedPreview(path).has_value());
 }
