@@ -21,8 +21,9 @@
 /// area. Other types: their colours converted to sRGB.
 ///
 /// Damage is an error, never a picture: data errors reported by a library, truncated strips, a
-/// file shorter than its own offsets say, and a decode that yields noise or nothing where the
-/// embedded preview (RAW, HEIC) shows a scene.
+/// file shorter than its own offsets say, a decode that yields noise or nothing where the embedded
+/// preview (RAW, HEIC) or the Exif thumbnail (JPEG) shows a scene, noise (RAW, HEIC, TIFF), and
+/// large parts without any (RAW).
 ///
 /// All functions: any thread, several at once. Deterministic. Errors name the file: NotFound,
 /// Unreadable, Unsupported, Damaged, OutOfSpace (memory).

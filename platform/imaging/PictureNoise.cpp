@@ -19,6 +19,8 @@ namespace
 /// Smaller pictures hold too little to prove anything.
 constexpr int kSmallestNoise = 24;
 
+constexpr int kBandRows = 16;
+
 /// Neighbours in small pictures of scenes correlate by 0.7 and more, those of noise by about 0.
 constexpr double kNoiseNeighbours = 0.25;
 
@@ -152,4 +154,36 @@ bool PictureNoise::isNoiseInPlaces(const Bitmap& rows)
         marks.push_back(Part(rows, QRect(corner, size)).isNoise());
     }
     return MarkedCells(kColumns, std::move(marks)).largestPatch() * kShare >= bands * kColumns;
+}
+
+Bitmap PictureNoise::someRows(QSize size, const std::function<Bitmap(int from, int end)>& rowsOf)
+{
+    constexpr int kBands = 16;
+    if (size.height() <= kBands * kBandRows) {
+        return rowsOf(0, size.height());
+    }
+    Bitmap rows;
+    for (int band = 0; band < kBands; ++band) {
+        const int from =
+            static_cast<int>(qint64{band} * (size.height() - kBandRows) / (kBands - 1));
+        const Bitmap part = rowsOf(from, from + kBandRows);
+        if (rows.isNull()) {
+            rows = Bitmap(size.width(), kBands * kBandRows, part.transfer());
+        }
+        for (int y = 0; y < kBandRows; ++y) {
+            std::ranges::copy(part.row(y), rows.row(band * kBandRows + y).begin());
+        }
+    }
+    return rows;
+}
+
+Bitmap PictureNoise::someRows(const Bitmap& bitmap)
+{
+    return someRows(bitmap.size(), [&](int from, int end) {
+        Bitmap part(bitmap.pixelsWide(), end - from, bitmap.transfer());
+        for (int y = from; y < end; ++y) {
+            std::ranges::copy(bitmap.row(y), part.row(y - from).begin());
+        }
+        return part;
+    });
 }

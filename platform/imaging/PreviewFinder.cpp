@@ -23,6 +23,10 @@ constexpr std::size_t kMostTried = 6;
 /// ones beside them.
 constexpr qint64 kMostPixels = 64LL * 1024 * 1024;
 
+// Of the Exif directory (CIPA DC-008, 4.6.5).
+constexpr quint16 kPixelXDimension = 0xA002;
+constexpr quint16 kPixelYDimension = 0xA003;
+
 struct Candidate {
     qint64 pixels{0};
     QByteArrayView jpeg; ///< a file of its own, to be decoded
@@ -30,7 +34,7 @@ struct Candidate {
 };
 
 /// JPEG files that the directories point to, each once.
-std::vector<Candidate> ofDirectories(const QByteArray& bytes)
+std::vector<Candidate> ofDirectories(QByteArrayView bytes)
 {
     std::vector<Candidate> found;
     const auto tiff = TiffStructure::parse(bytes);
@@ -44,9 +48,8 @@ std::vector<Candidate> ofDirectories(const QByteArray& bytes)
             ranges.first().length > length - ranges.first().offset) {
             continue;
         }
-        const auto view =
-            QByteArrayView(bytes).sliced(static_cast<qsizetype>(ranges.first().offset),
-                                         static_cast<qsizetype>(ranges.first().length));
+        const auto view = bytes.sliced(static_cast<qsizetype>(ranges.first().offset),
+                                       static_cast<qsizetype>(ranges.first().length));
         const bool isKnown = std::ranges::any_of(
             found, [view](const Candidate& other) { return other.jpeg.data() == view.data(); });
         if (isKnown || !view.startsWith("\xFF\xD8\xFF")) {
@@ -106,4 +109,23 @@ std::optional<Preview> PreviewFinder::largest(const QByteArray& bytes, const Pre
         }
     }
     return first;
+}
+
+std::optional<QImage> PreviewFinder::thumbnail(QByteArrayView exif, QSize size)
+{
+    const auto tiff = TiffStructure::parse(exif);
+    const auto isOfSize = [size](const TiffDirectory& directory) {
+        return directory.number(kPixelXDimension) == static_cast<quint64>(size.width()) &&
+               directory.number(kPixelYDimension) == static_cast<quint64>(size.height());
+    };
+    if (!tiff || std::ranges::none_of(tiff->directories(), isOfSize)) {
+        return std::nullopt;
+    }
+    for (const Candidate& candidate : ofDirectories(exif)) {
+        const QImage image = imageOf(candidate);
+        if (!image.isNull()) {
+            return image;
+        }
+    }
+    return std::nullopt;
 }

@@ -9,7 +9,7 @@
 #include <functional>
 #include <optional>
 
-/// The previews inside RAW files. Any thread.
+/// The previews inside RAW files, and in Exif blocks. Any thread.
 namespace PreviewFinder
 {
 
@@ -28,5 +28,9 @@ using Predicate = std::function<bool(const QImage& preview, const SmallPicture& 
 /// averaged down, to no less than 1024 pixels on its longest side. `isWanted` is asked of the
 /// largest first, and of none after it held.
 [[nodiscard]] std::optional<Preview> largest(const QByteArray& bytes, const Predicate& isWanted);
+
+/// The thumbnail of an Exif block (a TIFF structure); nothing where there is none that decodes, or
+/// where the block is not of a picture of `size`: what changed the size left an old one behind.
+[[nodiscard]] std::optional<QImage> thumbnail(QByteArrayView exif, QSize size);
 
 } // namespace PreviewFinder

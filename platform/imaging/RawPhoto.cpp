@@ -6,7 +6,6 @@
 #include "ReducedPicture.h"
 #include "Resampler.h"
 
-#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -115,22 +114,10 @@ Bitmap RawPhoto::linear() const
 
 Bitmap RawPhoto::someRows() const
 {
-    constexpr int kBands = 16;
-    constexpr int kRows = PictureNoise::kBandRows;
-    const int height = size().height();
-    if (height <= kBands * kRows) {
-        return linear();
-    }
-    Bitmap rows(size().width(), kBands * kRows, Transfer::Linear);
-    for (int band = 0; band < kBands; ++band) {
-        const int from = static_cast<int>(qint64{band} * (height - kRows) / (kBands - 1));
-        const Bitmap part = m_renderer ? m_renderer->linearRows(from, from + kRows) : Bitmap();
-        for (int y = 0; y < kRows; ++y) {
-            const auto row = m_renderer ? part.row(y) : m_linear.row(from + y);
-            std::ranges::copy(row, rows.row(band * kRows + y).begin());
-        }
-    }
-    return rows;
+    return m_renderer
+               ? PictureNoise::someRows(
+                     size(), [&](int from, int end) { return m_renderer->linearRows(from, end); })
+               : PictureNoise::someRows(m_linear);
 }
 
 /// Light of the rendition's matrix, at full size or at half.

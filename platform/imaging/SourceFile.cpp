@@ -3,6 +3,8 @@
 #include "BitmapImage.h"
 #include "ExifColor.h"
 #include "HeifDecoder.h"
+#include "JpegSegments.h"
+#include "TiffStructure.h"
 
 #include <QColorSpace>
 #include <QFile>
@@ -73,4 +75,29 @@ std::optional<Preview> SourceFile::preview(const PreviewFinder::Predicate& isWan
         BitmapImage::convertToSrgb(preview->image);
     }
     return preview;
+}
+
+std::optional<QImage> SourceFile::thumbnail(QSize size) const
+{
+    constexpr quint8 kApp1 = 0xE1;
+    constexpr QByteArrayView kSignature("Exif\0\0", 6);
+    if (type != FileType::Jpeg) {
+        return std::nullopt;
+    }
+    const auto blocks = JpegSegments::payloads(bytes, kApp1, kSignature);
+    return blocks.isEmpty()
+               ? std::nullopt
+               : PreviewFinder::thumbnail(blocks.first().sliced(kSignature.size()), size);
+}
+
+bool SourceFile::mayHideNoise() const
+{
+    constexpr quint16 kBitsPerSample = 0x0102; // TIFF 6.0, section 8
+    constexpr quint64 kFewestBits = 8;         // dithered pictures have fewer
+    if (type != FileType::Picture) {
+        return type == FileType::Heif;
+    }
+    const auto tiff = TiffStructure::parse(bytes);
+    return tiff && !tiff->directories().isEmpty() &&
+           tiff->directories().first().number(kBitsPerSample, 1) >= kFewestBits;
 }

@@ -25,4 +25,12 @@ struct SourceFile {
     /// wanted (PreviewFinder), as stored; a HEIF file's thumbnail, as it is to be shown.
     [[nodiscard]] std::optional<Preview>
     preview(const PreviewFinder::Predicate& isWanted = PreviewFinder::isAny) const;
+
+    /// The Exif thumbnail of a JPEG file whose picture has `size`, as stored. (Its colours may be
+    /// those of an earlier state of the picture.)
+    [[nodiscard]] std::optional<QImage> thumbnail(QSize size) const;
+
+    /// Whether nothing but the pixels themselves tells that its data were overwritten: those of
+    /// HEIF files, and of TIFF files that hold pixels of 8 bits a colour or more.
+    [[nodiscard]] bool mayHideNoise() const;
 };

@@ -63,6 +63,11 @@ Result<QImage> inBytes(const Bitmap& bitmap)
     return image.isNull() ? Result<QImage>(noMemoryForPicture()) : Result<QImage>(std::move(image));
 }
 
+QString decodesToNoise()
+{
+    return QStringLiteral("it decodes to noise, its picture data is corrupt");
+}
+
 } // namespace
 
 SourcePicture::SourcePicture(Content content)
@@ -95,8 +100,16 @@ std::optional<QString> SourcePicture::judge(const SourceFile& file)
     if (const auto* const raw = std::get_if<RawPhoto>(&m_content)) {
         return judgeRaw(*raw, file);
     }
+    const auto& bitmap = std::get<Bitmap>(m_content);
+    if (file.mayHideNoise() && PictureNoise::isNoiseInPlaces(PictureNoise::someRows(bitmap))) {
+        return decodesToNoise();
+    }
     m_preview = file.preview();
-    return m_preview ? complaintBy(m_preview->image) : std::nullopt;
+    if (m_preview) {
+        return complaintBy(m_preview->image);
+    }
+    const std::optional<QImage> thumbnail = file.thumbnail(bitmap.size());
+    return thumbnail ? complaintBy(*thumbnail) : std::nullopt;
 }
 
 std::optional<QString> SourcePicture::complaintBy(const QImage& shown) const
@@ -115,7 +128,7 @@ std::optional<QString> SourcePicture::judgeRaw(const RawPhoto& photo, const Sour
     const SmallPicture small = SmallPicture::of(photo.reduced());
     const Bitmap rows = photo.someRows();
     if (PictureNoise::isNoise(small, photo.size(), rows) || PictureNoise::isNoiseInPlaces(rows)) {
-        return QStringLiteral("it decodes to noise, its picture data is corrupt");
+        return decodesToNoise();
     }
     if (photo.hasGaps()) {
         return QStringLiteral("a part of it decodes to nothing, its picture data is corrupt");

@@ -45,7 +45,7 @@ private:
 
     explicit SourcePicture(Content content);
 
-    /// Takes the file's preview, and gives a clause that says what is
+    /// Takes the file's preview, if it is to be compared with, and gives a clause that says what is
     /// wrong with the picture.
     [[nodiscard]] std::optional<QString> judge(const SourceFile& file);
     [[nodiscard]] std::optional<QString> judgeRaw(const RawPhoto& photo, const SourceFile& file);

@@ -5,6 +5,7 @@
 #include "ImageBuilder.h"
 #include "JpegDestination.h"
 #include "JpegEncoder.h"
+#include "MetadataSegments.h"
 #include "ProfileSamples.h"
 #include "QtPrinters.h"
 #include "SceneSamples.h"
@@ -14,6 +15,8 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -26,6 +29,16 @@ QByteArray jpegOf(const Bitmap& bitmap)
 {
     const auto jpeg = JpegDestination::encodePlain(bitmap, 0.9);
     return jpeg.ok() ? jpeg.value() : QByteArray();
+}
+
+/// A JPEG of one picture whose Exif block has a thumbnail of another, and states that size.
+QByteArray jpegWithThumbnail(const Bitmap& shown, const Bitmap& ofThumbnail, QSize stated)
+{
+    const QImage small = SceneSamples::thumbnailOf(ofThumbnail, 160, Qt::SmoothTransformation);
+    JpegEncoder::Options options;
+    options.segments = MetadataSegments::build(
+        ImageProperties(), stated, JpegDestination::encodePlain(small, 0.9).value());
+    return JpegEncoder::encode(shown, options).value();
 }
 
 class ImageSourceTest : public testing::Test
@@ -241,9 +254,53 @@ TEST_F(ImageSourceTest, heifOfNoiseOrNothingIsDamagedWhereItsThumbnailShowsAScen
     EXPECT_TRUE(ImageSource::check(file(u"whole.heic"_s, whole)).ok());
     expectDamaged(u"noise.heic"_s, HeifSamples::file(ImageBuilder::noise(kSize), options));
     expectDamaged(u"nothing.heic"_s, HeifSamples::file(ImageBuilder::flat(kSize, 0), options));
-    // Without one there is nothing to judge it by.
-    const QByteArray alone = HeifSamples::file(ImageBuilder::noise(kSize));
-    EXPECT_TRUE(ImageSource::check(file(u"alone.heic"_s, alone)).ok());
+}
+
+TEST_F(ImageSourceTest, heifOfNoiseIsDamagedWithoutAThumbnail)
+{
+    expectDamaged(u"alone.heic"_s, HeifSamples::file(ImageBuilder::noise(kSize)));
+}
+
+TEST_F(ImageSourceTest, aJpegThatShowsOtherThanItsThumbnailInPartIsDamaged)
+{
+    const QSize size(480, 320);
+    const Bitmap scene = SceneSamples::leaves(size);
+    EXPECT_TRUE(
+        ImageSource::check(file(u"whole.jpg"_s, jpegWithThumbnail(scene, scene, size))).ok());
+    Bitmap overwritten = scene;
+    const Bitmap other = SceneSamples::leaves(size, 5);
+    for (int y = size.height() / 2; y < size.height(); ++y) {
+        std::ranges::copy(other.row(y), overwritten.row(y).begin());
+    }
+    expectDamaged(u"damaged.jpg"_s, jpegWithThumbnail(overwritten, scene, size));
+    // What changed the picture's size left the thumbnail as it was.
+    const QByteArray edited = jpegWithThumbnail(overwritten, scene, size * 2);
+    EXPECT_TRUE(ImageSource::check(file(u"edited.jpg"_s, edited)).ok());
+}
+
+TEST_F(ImageSourceTest, tiffThatIsNoiseInPartIsDamaged)
+{
+    Bitmap overwritten = ImageBuilder::scene(kSize);
+    const Bitmap noise = ImageBuilder::noise(kSize);
+    for (int y = kSize.height() / 2; y < kSize.height(); ++y) {
+        std::ranges::copy(noise.row(y), overwritten.row(y).begin());
+    }
+    const QString path = m_folder.filePath(u"photo.tif"_s);
+    ASSERT_TRUE(BitmapImage::toImage(ImageBuilder::scene(kSize)).save(path));
+    EXPECT_TRUE(ImageSource::check(path).ok());
+    ASSERT_TRUE(BitmapImage::toImage(overwritten).save(path));
+    const auto checked = ImageSource::check(path);
+    ASSERT_FALSE(checked.ok());
+    EXPECT_EQ(checked.error().code, ErrorCode::Damaged);
+}
+
+TEST_F(ImageSourceTest, aDitheredScanIsNoNoise)
+{
+    const QImage grey = BitmapImage::toImage(ImageBuilder::scene({1200, 900}));
+    const QString path = m_folder.filePath(u"scan.tif"_s);
+    ASSERT_TRUE(grey.convertToFormat(QImage::Format_Mono, Qt::MonoOnly).save(path));
+    const auto checked = ImageSource::check(path);
+    EXPECT_TRUE(checked.ok()) << qPrintable(checked.ok() ? QString() : checked.error().message);
 }
 
 TEST_F(ImageSourceTest, aHeifPhotoPassesByTheThumbnailThatItsEncoderMade)
