@@ -221,6 +221,9 @@ Connection::Interruptible::Interruptible(Connection& connection, std::function<b
     const auto ask = [](void* self) {
         return static_cast<Interruptible*>(self)->m_shouldStop() ? 1 : 0;
     };
+    if (m_shouldStop && m_shouldStop()) { // short requests would not ask
+        throw SQLite::Exception("interrupted", SQLITE_INTERRUPT);
+    }
     if (m_shouldStop) {
         sqlite3_progress_handler(m_connection.database().getHandle(), kInstructions, ask, this);
     }

@@ -84,7 +84,8 @@ public:
     };
 
     /// While it lives, requests are given up with SQLITE_INTERRUPT soon after `shouldStop`, which
-    /// any number of requests ask, has answered yes. An empty one changes nothing. For reads only.
+    /// any number of requests ask, has answered yes; raised at once where it does already. An empty
+    /// one changes nothing. For reads only.
     class Interruptible final
     {
     public:
