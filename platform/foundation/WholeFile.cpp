@@ -45,10 +45,21 @@ Result<qint64> sizeOf(const FileDescriptor& file, const QString& path, qint64 mo
     return status.st_size;
 }
 
+/// What is compiled into the program.
+Result<QByteArray> ofResource(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? Result<QByteArray>(file.readAll())
+                                          : notFoundOrUnreadable(path, ENOENT);
+}
+
 } // namespace
 
 Result<QByteArray> WholeFile::read(const QString& path, qint64 mostBytes)
 {
+    if (path.startsWith(":/"_L1)) {
+        return ofResource(path);
+    }
     // Without O_NONBLOCK, opening a pipe waits for somebody who writes to it.
     const FileDescriptor file(
         ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));

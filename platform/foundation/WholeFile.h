@@ -9,10 +9,10 @@
 namespace WholeFile
 {
 
-/// The bytes of a plain file of at most `mostBytes`; links are followed. Nothing else is read, so
-/// that neither a pipe nor a device can hold the program up or take its memory; the size is judged
-/// before memory is taken.
-/// Errors: NotFound, also for a link to nothing; Unreadable. The message names file and remedy.
+/// The bytes of a plain file of at most `mostBytes`, or of one of Qt's resources; links are
+/// followed. Nothing else is read, so that neither a pipe nor a device can hold the program up or
+/// take its memory; the size is judged before memory is taken. Errors: NotFound, also for a link to
+/// nothing; Unreadable. The message names file and remedy.
 [[nodiscard]] Result<QByteArray> read(const QString& path, qint64 mostBytes);
 
 } // namespace WholeFile

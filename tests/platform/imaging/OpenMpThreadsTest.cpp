@@ -14,7 +14,9 @@ class OpenMpThreadsTest : public testing::Test
 {
 protected:
     OpenMpThreadsTest() { omp_set_num_threads(kThreads); }
+
     ~OpenMpThreadsTest() override { omp_set_num_threads(m_before); }
+
     OpenMpThreadsTest(const OpenMpThreadsTest&) = delete;
     OpenMpThreadsTest& operator=(const OpenMpThreadsTest&) = delete;
 
