@@ -3,6 +3,7 @@
 #include "FileDescriptor.h"
 
 #include <QFile>
+#include <QFileInfo>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -17,7 +18,8 @@ namespace
 
 Error notFoundOrUnreadable(const QString& path, int reason)
 {
-    const bool isMissing = reason == ENOENT || reason == ENOTDIR || reason == ELOOP;
+    // Neither is a link to nothing, nor what lies in a folder that is closed to the user.
+    const bool isMissing = !QFileInfo::exists(path);
     const QString words = QString::fromStdString(std::generic_category().message(reason));
     return isMissing
                ? Error{ErrorCode::NotFound, u"There is no file \"%1\" (%2)."_s.arg(path, words)}
