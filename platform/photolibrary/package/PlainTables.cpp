@@ -12,14 +12,14 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-struct Place {
+struct AttachedDatabase {
     QLatin1StringView schema;
     Schema::Database database;
 };
 
-constexpr std::array kPlaces{Place{"main"_L1, Schema::Database::Library},
-                             Place{"prop"_L1, Schema::Database::Properties},
-                             Place{"prox"_L1, Schema::Database::ImageProxies}};
+constexpr std::array kPlaces{AttachedDatabase{"main"_L1, Schema::Database::Library},
+                             AttachedDatabase{"prop"_L1, Schema::Database::Properties},
+                             AttachedDatabase{"prox"_L1, Schema::Database::ImageProxies}};
 
 /// SQLite begins what it stores in these words, however a statement was written; a view begins
 /// otherwise. That a word stands where another kind is meant it takes for damage itself.
@@ -42,7 +42,7 @@ const QSet<QString>& knownTables()
 {
     static const QSet<QString> known = [] {
         QSet<QString> names;
-        for (const Place& place : kPlaces) {
+        for (const AttachedDatabase& place : kPlaces) {
             for (const Schema::Table& table : Schema::tables(place.database)) {
                 names.insert(table.name.toLower());
             }
@@ -52,13 +52,13 @@ const QSet<QString>& knownTables()
     return known;
 }
 
-QString viewIn(Connection& connection, const Place& place)
+QString viewIn(Connection& connection, const AttachedDatabase& place)
 {
     return Sql::firstText(connection, QString(kViews).arg(place.schema).toLatin1().constData());
 }
 
 /// A known table that is no plain one, or a column that is computed; null where there is none.
-QString madeUpIn(Connection& connection, const Place& place)
+QString madeUpIn(Connection& connection, const AttachedDatabase& place)
 {
     const QStringList others = Sql::texts(connection, kOtherThanTables, place.schema);
     for (const QString& name : others) {
@@ -74,7 +74,7 @@ QString madeUpIn(Connection& connection, const Place& place)
 Result<void> PlainTables::check(Connection& connection)
 {
     for (const auto& find : {&viewIn, &madeUpIn}) {
-        for (const Place& place : kPlaces) {
+        for (const AttachedDatabase& place : kPlaces) {
             const QString name = find(connection, place);
             if (!name.isNull()) {
                 return Error{
