@@ -29,10 +29,10 @@ TrashDialogs::TrashDialogs(LibrarySession& session,
     });
     connect(
         &m_session, &LibrarySession::trashEmptied, this, [this](qsizetype photos, qint64 bytes) {
-            const QString deleted =
-                photos == 1 ? tr("1 photo was deleted for good; %1 are free again.")
-                            : tr("%2 photos were deleted for good; %1 are free again.").arg(photos);
-            emit said(deleted.arg(PhotoTexts::size(bytes)));
+            const QString size = PhotoTexts::size(bytes);
+            emit said(photos == 1 ? tr("1 photo was deleted for good; %1 are free again.").arg(size)
+                                  : tr("%1 photos were deleted for good; %2 are free again.")
+                                        .arg(QString::number(photos), size));
         });
 }
 

@@ -14,7 +14,8 @@ using namespace Qt::StringLiterals;
 class TrashDialogsTest : public LibraryWindowFixture
 {
 protected:
-    /// With one photo in the trash.
+    [[nodiscard]] virtual qsizetype thrownAway() const { return 1; }
+
     void SetUp() override
     {
         LibraryWindowFixture::SetUp();
@@ -23,10 +24,13 @@ protected:
         const auto application =
             opened.value()->applicationWithBundleIdentifier(u"com.apple.iPhoto"_s);
         const AlbumPtr all = application->photoLibraryAlbum();
-        all->photos().first()->removeFrom(all);
+        const QList<PhotoPtr> photos = all->photos();
+        for (qsizetype index = 0; index < thrownAway(); ++index) {
+            photos.at(index)->removeFrom(all);
+        }
         ASSERT_TRUE(opened.value()->close().ok());
         open(library());
-        ASSERT_EQ(m_session.contents().trash.size(), 1);
+        ASSERT_EQ(m_session.contents().trash.size(), thrownAway());
     }
 
     /// What is asked before the trash is emptied; answered by the button of that role.
@@ -94,4 +98,18 @@ TEST_F(TrashDialogsTest, withNothingSelectedAllPhotosArePutBack)
     ASSERT_TRUE(waitUntil([this] { return !m_session.isBusy(); }));
     EXPECT_TRUE(m_session.contents().trash.isEmpty());
     EXPECT_EQ(m_window.statusBar()->currentMessage(), u"1 photo was put back."_s);
+}
+
+class SeveralInTheTrash : public TrashDialogsTest
+{
+protected:
+    [[nodiscard]] qsizetype thrownAway() const override { return 2; }
+};
+
+TEST_F(SeveralInTheTrash, areDeletedWithTheirNumberAndSizeTold)
+{
+    static_cast<void>(askedToEmpty(QMessageBox::DestructiveRole));
+    const QString told = m_window.statusBar()->currentMessage();
+    EXPECT_TRUE(told.startsWith(u"2 photos were deleted for good; "_s)) << told.toStdString();
+    EXPECT_TRUE(told.endsWith(u"B are free again."_s)) << told.toStdString();
 }
