@@ -25,8 +25,7 @@ info(const QString& library, const QString& version, const LibrarySummary& summa
 [[nodiscard]] QJsonObject backups(const QList<LibraryBackup>& backups);
 [[nodiscard]] QJsonObject restored(const LibraryBackups::Restored& restored);
 
-/// The document as text: UTF-8, control characters and direction marks as \u escapes, so that a
-/// terminal that shows it is not steered by them and no reader loses them; ends in a line end.
+/// The document as text in UTF-8 that steers no terminal (JsonText); ends in a line end.
 [[nodiscard]] QByteArray text(const QJsonObject& document);
 
 /// The document of a list, as text() would give it, in pieces of some kilobytes, each handed to
