@@ -39,10 +39,10 @@ Result<qint64> sizeOf(const FileDescriptor& file, const QString& path, qint64 mo
                      "or remove it."_s.arg(path)};
     }
     if (status.st_size > mostBytes) {
-        return Error{ErrorCode::Unreadable,
-                     u"\"%1\" has %2 bytes, more than any file of its kind, so it is not read: "
-                     "restore it from a backup, or remove it."_s.arg(path)
-                         .arg(status.st_size)};
+        return Error{
+            ErrorCode::Unreadable,
+            u"\"%1\" has %2 bytes, more than any file of its kind, so it is not read: "
+            "restore it from a backup, or remove it."_s.arg(path, QString::number(status.st_size))};
     }
     return status.st_size;
 }

@@ -8,6 +8,7 @@
 
 #include <QColorSpace>
 #include <QFile>
+#include <QFileInfo>
 
 #include <new>
 
@@ -22,6 +23,11 @@ Result<QByteArray> readBytes(const QString& path)
     QFile file(path);
     if (!file.exists()) {
         return SourceFile::errorOf(path, ErrorCode::NotFound, QStringLiteral("it does not exist"));
+    }
+    // Opening a pipe waits for somebody who writes to it, and a device may have no end.
+    if (!QFileInfo(path).isFile()) {
+        return SourceFile::errorOf(
+            path, ErrorCode::Unreadable, QStringLiteral("it is no plain file"));
     }
     if (!file.open(QIODevice::ReadOnly)) {
         return SourceFile::errorOf(path, ErrorCode::Unreadable, file.errorString());

@@ -41,6 +41,22 @@ int openFlags(Connection::Mode mode)
                                             : SQLite::OPEN_READWRITE;
 }
 
+Result<void> isThere(const QString& packagePath, const char* file)
+{
+    const QFileInfo database(databasePath(packagePath, file));
+    if (!database.exists()) {
+        return Error{ErrorCode::NotFound,
+                     u"The library \"%1\" is damaged: its database %2 is missing. Restore "
+                     "the library from a backup."_s.arg(packagePath, QLatin1StringView(file))};
+    }
+    if (!database.isFile()) { // opening a pipe may wait for ever
+        return Error{ErrorCode::Damaged,
+                     u"The library \"%1\" is damaged: its database %2 is no plain file. Restore "
+                     "the library from a backup."_s.arg(packagePath, QLatin1StringView(file))};
+    }
+    return {};
+}
+
 QString pragma(const char* schema, const char* words)
 {
     return u"PRAGMA %1.%2"_s.arg(QLatin1StringView(schema), QLatin1StringView(words));
@@ -106,11 +122,8 @@ Connection::open(const QString& packagePath, Mode mode, int busyMilliseconds)
 {
     if (mode != Mode::Create) {
         for (const char* file : kFiles) {
-            if (!QFileInfo::exists(databasePath(packagePath, file))) {
-                return Error{
-                    ErrorCode::NotFound,
-                    u"The library \"%1\" is damaged: its database %2 is missing. Restore "
-                    "the library from a backup."_s.arg(packagePath, QLatin1StringView(file))};
+            if (const Result<void> there = isThere(packagePath, file); !there.ok()) {
+                return there.error();
             }
         }
         if (const Result<void> decidable = HotJournals::canBeDecidedHere(packagePath);

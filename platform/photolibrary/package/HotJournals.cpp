@@ -56,6 +56,11 @@ QString packageOf(const QString& superJournal)
     return folder.endsWith(kInPackage) ? folder.chopped(kInPackage.size()) : folder;
 }
 
+bool isOtherThanFile(const QString& path)
+{
+    return QFileInfo::exists(path) && !QFileInfo(path).isFile();
+}
+
 } // namespace
 
 Result<void> HotJournals::canBeDecidedHere(const QString& package)
@@ -66,13 +71,16 @@ Result<void> HotJournals::canBeDecidedHere(const QString& package)
         const QString database =
             QFileInfo(package + "/Database/apdb/"_L1 + name).canonicalFilePath();
         const QString journal = database + "-journal"_L1;
+        if (isOtherThanFile(journal)) {
+            return Error{ErrorCode::Unreadable,
+                         u"\"%1\" in the library \"%2\" is no plain file: remove it."_s.arg(
+                             journal, package)};
+        }
         const QString super = superJournalOf(journal);
-        for (const QString& path : {journal, super}) {
-            if (QFileInfo::exists(path) && !QFileInfo(path).isFile()) {
-                return Error{ErrorCode::Unreadable,
-                             u"\"%1\" in the library \"%2\" is no plain file: remove it."_s.arg(
-                                 path, package)};
-            }
+        if (isOtherThanFile(super)) {
+            return Error{ErrorCode::Unreadable,
+                         u"\"%1\" in the library \"%2\" names \"%3\", which is no plain file: "
+                         "restore the library from a backup."_s.arg(journal, package, super)};
         }
         if (super.isEmpty() || QFileInfo::exists(super)) {
             continue;

@@ -9,9 +9,9 @@
 #include "Resampler.h"
 #include "Upright.h"
 #include "Uuid.h"
+#include "WholeFile.h"
 
 #include <QDateTime>
-#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -28,29 +28,13 @@ constexpr int kMiniatureSide = 360;
 /// Longest name in bytes on the file systems of Linux and the Mac, and room for "_1024.jpg".
 constexpr qsizetype kLongestName = 255;
 constexpr qsizetype kLongestBase = 240;
+/// Pictures are read as a whole; no camera or program writes larger ones.
+constexpr qint64 kMostBytes = 2LL * 1024 * 1024 * 1024 - 1;
 
 double secondsSince2001(const QDateTime& moment)
 {
     const QDateTime known = moment.isValid() ? moment : QDateTime::currentDateTimeUtc();
     return static_cast<double>(known.toMSecsSinceEpoch()) / 1000.0 - kSecondsFrom1970To2001;
-}
-
-Result<QByteArray> readWhole(const QString& path)
-{
-    QFile file(path);
-    if (!QFileInfo::exists(path)) {
-        return Error{ErrorCode::NotFound, u"There is no file \"%1\"."_s.arg(path)};
-    }
-    if (!file.open(QIODevice::ReadOnly)) {
-        return Error{ErrorCode::Unreadable,
-                     u"The file \"%1\" cannot be read: %2."_s.arg(path, file.errorString())};
-    }
-    QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        return Error{ErrorCode::Unreadable,
-                     u"The file \"%1\" cannot be read: %2."_s.arg(path, file.errorString())};
-    }
-    return bytes;
 }
 
 QString baseOf(const QString& fileName)
@@ -125,7 +109,7 @@ Result<PreparedPicture> taken(const QString& path, const QString& fileName)
         return Error{ErrorCode::Unsupported,
                      u"\"%1\" cannot be the name of a file in the library."_s.arg(fileName)};
     }
-    Result<QByteArray> bytes = readWhole(path);
+    Result<QByteArray> bytes = WholeFile::read(path, kMostBytes);
     if (!bytes.ok()) {
         return bytes.error();
     }

@@ -5,9 +5,12 @@
 
 #include <QBuffer>
 #include <QColorSpace>
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <sys/stat.h>
 
 #include <exiv2/exiv2.hpp>
 
@@ -75,4 +78,18 @@ TEST(SourceFileTest, aPreviewThatTellsOfItsColoursIsTakenAtItsWord)
     QBuffer buffer(&bytes);
     ASSERT_TRUE(scene().save(&buffer, "JPG", 98)); // with its profile
     EXPECT_LT(differenceFromScene(previewOfAdobeRgb(bytes)), 0.01);
+}
+
+TEST(SourceFileTest, neitherAPipeNorAFolderIsRead)
+{
+    const QTemporaryDir folder;
+    const QString pipe = folder.filePath(u"IMG_1.dng"_s);
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    for (const QString& path : {pipe, folder.path()}) {
+        const Result<SourceFile> file = SourceFile::read(path);
+        ASSERT_FALSE(file.ok()) << path.toStdString();
+        EXPECT_EQ(file.error().code, ErrorCode::Unreadable);
+        EXPECT_EQ(file.error().message,
+                  u"The file \"%1\" cannot be used: it is no plain file."_s.arg(path));
+    }
 }

@@ -350,3 +350,28 @@ TEST_F(DeadJournal, aPipeThatIsCalledOneHoldsNobodyUp)
             u"\"%1\" in the library \"%2\" is no plain file: remove it."_s.arg(journal, package()));
     }
 }
+
+TEST_F(DeadJournal, aDeviceThatAJournalNamesIsNotToBeRemoved)
+{
+    const QByteArray device("/dev/null");
+    quint32 sum = 0;
+    for (const char character : device) {
+        sum += static_cast<quint32>(character);
+    }
+    const auto hex = [](quint32 number) {
+        return QByteArray::number(number, 16).rightJustified(8, '0');
+    };
+    const QByteArray bytes = QByteArray(64, 'x') + device +
+                             QByteArray::fromHex(hex(static_cast<quint32>(device.size())) +
+                                                 hex(sum) + "d9d505f920a163d7"); // SQLite's mark
+    const QString journal = QFileInfo(apdb()).canonicalFilePath() + u"/Library.apdb-journal"_s;
+    put(u"Library.apdb-journal"_s, bytes);
+    for (const Access access : {Access::Read, Access::Write}) {
+        const auto refused = PhotoLibrary::open(package(), {access, false});
+        ASSERT_FALSE(refused.ok());
+        EXPECT_EQ(refused.error().code, ErrorCode::Unreadable);
+        EXPECT_EQ(refused.error().message,
+                  u"\"%1\" in the library \"%2\" names \"/dev/null\", which is no plain file: "
+                  "restore the library from a backup."_s.arg(journal, package()));
+    }
+}

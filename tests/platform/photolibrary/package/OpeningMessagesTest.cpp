@@ -282,6 +282,35 @@ TEST_F(OpeningMessage, aSchemaThatIsOnlyReadSaysWhatIsStrangeAboutIt)
     }
 }
 
+TEST_F(OpeningMessage, aLibraryWithTablesOfAModuleThatOnlyIPhotoHasCanBeRead)
+{
+    auto connection = Connection::open(package(), Connection::Mode::Write);
+    ASSERT_TRUE(connection.ok());
+    SQLite::Database& database = connection.value()->database();
+    sqlite3_db_config(database.getHandle(), SQLITE_DBCONFIG_DEFENSIVE, 0, nullptr);
+    database.exec("PRAGMA writable_schema=ON;"
+                  "INSERT INTO sqlite_master(type, name, tbl_name, rootpage, sql) VALUES('table',"
+                  " 'strange', 'strange', 0, 'CREATE VIRTUAL TABLE strange USING"
+                  " VirtualReaderModule(a, b)')");
+    connection.value().reset();
+    EXPECT_TRUE(isRead());
+    expectRefused(Access::Write,
+                  ErrorCode::Unsupported,
+                  u"The library \"$\" is not written to: its databases are of another kind than "
+                  "iPhoto 9.6 writes (a trigger or table of a foreign program, \"strange\"). Open "
+                  "it in iPhoto 9.6 first."_s);
+}
+
+TEST_F(OpeningMessage, aPipeInThePlaceOfADatabaseHoldsNobodyUp)
+{
+    const QString database = package() + u"/Database/apdb/Properties.apdb"_s;
+    ASSERT_TRUE(QFile::remove(database));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(database).constData(), 0444), 0);
+    expectRefusedHowever(ErrorCode::Damaged,
+                         u"The library \"$\" is damaged: its database Properties.apdb is no plain "
+                         "file. Restore the library from a backup."_s);
+}
+
 TEST_F(OpeningMessage, anInfoThatIsNoFileOfItsKindIsNamedAtOnce)
 {
     const QString info = package() + u"/Info.plist"_s;
