@@ -124,6 +124,11 @@ void ForeignUse::leave(const QString& package, const QString& stateFolder)
     }
 }
 
+void ForeignUse::forget(const QString& stateFolder)
+{
+    QFile::remove(noteIn(stateFolder));
+}
+
 bool ForeignUse::areAsLeft(const QString& stateFolder, const Traces& found)
 {
     return !found.print.isEmpty() && found.print == noted(stateFolder);

@@ -24,6 +24,8 @@ struct Traces {
 /// Notes in `stateFolder` how this program leaves the databases, so that the next run tells its own
 /// changes from those of others. Where that fails the next run warns without need.
 void leave(const QString& package, const QString& stateFolder);
+/// Takes that note back: somebody else has changed the databases meanwhile.
+void forget(const QString& stateFolder);
 
 /// Whether the databases are found as this program left them.
 [[nodiscard]] bool areAsLeft(const QString& stateFolder, const Traces& found);

@@ -122,19 +122,26 @@ Removal removeLeftovers(const WriteAccess& write, const TrashRows::Leftovers& le
     return removal;
 }
 
-Error notAllRemoved(const QString& package, qsizetype photos, const Removal& removal)
+/// "2 photos were deleted from the library "/a/b" for good and 1.50 MB are free again"
+QString deletedForGood(const QString& package, qsizetype photos, const Removal& removal)
 {
     constexpr double kMegabyte = 1024.0 * 1024.0;
     const QString freed =
         NumberValue::withTwoDecimals(static_cast<double>(removal.bytes) / kMegabyte) + " MB"_L1;
     const QString deleted = photos == 1 ? u"1 photo was"_s : u"%1 photos were"_s.arg(photos);
+    return u"%1 deleted from the library \"%2\" for good and %3 are free again"_s.arg(
+        deleted, package, freed);
+}
+
+Error notAllRemoved(const QString& package, qsizetype photos, const Removal& removal)
+{
     const QString remedy =
         removal.isMoved ? u"Bring it back to that path"_s : u"Make their folders writable"_s;
-    return {
-        removal.isMoved ? ErrorCode::NotFound : ErrorCode::NotWritable,
-        u"%1 deleted from the library \"%2\" for good and %3 are free again, but these files "
-        "could not be removed:\n%4\n%5; the next run that writes to the library tries again."_s.arg(
-            deleted, package, freed, PackageFiles::listed(removal.left), remedy)};
+    return {removal.isMoved ? ErrorCode::NotFound : ErrorCode::NotWritable,
+            u"%1, but these files could not be removed:\n%2\n%3; the next run that writes to the "
+            "library tries again."_s.arg(deletedForGood(package, photos, removal),
+                                         PackageFiles::listed(removal.left),
+                                         remedy)};
 }
 
 bool isLedOut(const Result<void>& done)
@@ -426,7 +433,13 @@ Result<EmptiedTrash> PhotoLibraryPrivate::emptyTrash(const std::optional<QList<q
     if (!removal.left.isEmpty()) {
         return notAllRemoved(path(), photos, removal);
     }
-    return settled.ok() ? Result<EmptiedTrash>({photos, removal.bytes}) : settled.error();
+    if (!settled.ok()) {
+        return Error{settled.error().code,
+                     u"%1, but that could not be noted. %2"_s.arg(
+                         deletedForGood(path(), photos, removal),
+                         LibraryErrors::asSentence(settled.error().message))};
+    }
+    return EmptiedTrash{photos, removal.bytes};
 }
 
 NamedFiles PhotoLibraryPrivate::journaledFiles() const

@@ -25,8 +25,16 @@ namespace
 Error doneAllTheSame(const Error& error)
 {
     return {error.code,
-            u"%1 All the same this was done: the picture is in the library, and the photo that it "
-            "is a copy of is replaced."_s.arg(LibraryErrors::asSentence(error.message))};
+            u"%1 All the same this was done: the picture is in the library, and so is all that "
+            "belongs to its turn."_s.arg(LibraryErrors::asSentence(error.message))};
+}
+
+Error perhapsDone(const Error& error)
+{
+    return {error.code,
+            u"%1 Whether it was done all the same shows when the library is opened for writing "
+            "again: what was begun is then finished, or was undone."_s.arg(
+                LibraryErrors::asSentence(error.message))};
 }
 
 } // namespace
@@ -104,13 +112,22 @@ Result<void> WriteTransaction::commit()
         });
     }
     if (!done.ok()) {
-        return abandon() == Outcome::Done ? doneAllTheSame(done.error()) : done;
+        switch (abandon()) {
+        case Outcome::Done:
+            return doneAllTheSame(done.error());
+        case Outcome::InDoubt:
+            return perhapsDone(done.error());
+        case Outcome::Undone:
+            break;
+        }
+        return done;
     }
     m_open = false;
     if (!m_made.isEmpty()) {
         m_access->noteCommit(m_turn);
     }
     m_access->addPending(m_changes);
+    m_access->noteOwn();
     m_access->m_gate.leave();
     return {};
 }
@@ -130,6 +147,7 @@ WriteTransaction::Outcome WriteTransaction::abandon()
     if (const Result<void> settled = settle(found); !settled.ok()) {
         systemLog(settled.error().message);
     }
+    m_access->noteOwn(); // also what is undone may have been in the files
     m_access->m_gate.leave();
     return found;
 }
@@ -198,6 +216,7 @@ WriteAccess::WriteAccess(Places places,
     , m_package(m_places.package)
     , m_lock(std::move(lock))
     , m_journal(std::move(journal))
+    , m_own(ForeignUse::tracesOf(m_places.package).print)
 {
 }
 
@@ -219,6 +238,7 @@ Result<std::unique_ptr<WriteTransaction>> WriteAccess::begin(Connection& connect
         m_gate.leave();
         return begun.error();
     }
+    noteOthers();
     if (const Result<void> backedUp = backUpOnce(); !backedUp.ok()) {
         connection.rollback();
         m_gate.leave();
@@ -231,7 +251,10 @@ Result<std::unique_ptr<WriteTransaction>> WriteAccess::begin(Connection& connect
 void WriteAccess::shutDown()
 {
     const WriterGate::Scope taken(m_gate);
-    if (m_lock != nullptr) {
+    noteOthers();
+    if (m_lock != nullptr && m_othersWrote) {
+        ForeignUse::forget(m_places.state);
+    } else if (m_lock != nullptr) {
         ForeignUse::leave(m_places.package, m_places.state);
     }
     m_shutDown = true;
@@ -355,6 +378,16 @@ Result<void> WriteAccess::backUpOnce()
         m_backedUp = true;
     }
     return {};
+}
+
+void WriteAccess::noteOthers()
+{
+    m_othersWrote = m_othersWrote || ForeignUse::tracesOf(m_places.package).print != m_own;
+}
+
+void WriteAccess::noteOwn()
+{
+    m_own = ForeignUse::tracesOf(m_places.package).print;
 }
 
 Changes WriteAccess::pending()

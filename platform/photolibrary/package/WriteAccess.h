@@ -48,7 +48,7 @@ public:
     void spoil() { m_spoilt = true; }
 
     /// Makes everything durable, or undoes everything and says why. Where it happened though
-    /// SQLite tells an error, the message says that too.
+    /// SQLite tells an error, or may have happened, the message says that too.
     [[nodiscard]] Result<void> commit();
     void rollback();
 
@@ -143,6 +143,9 @@ private:
     /// The journal tells no more than what is left to follow, and which files nobody settled.
     [[nodiscard]] Result<void> clearJournal(const Changes& left = {});
     [[nodiscard]] Result<void> keepPending(const Changes& left);
+    /// With the databases' lock, before and after this program writes: whether somebody else did.
+    void noteOthers();
+    void noteOwn();
     void noteCommit(qint64 turn);
 
     const Places m_places;
@@ -150,8 +153,10 @@ private:
     std::unique_ptr<LibraryLock> m_lock;
     const std::unique_ptr<TurnJournal> m_journal;
     WriterGate m_gate;
-    bool m_backedUp{false}; ///< under the gate
-    bool m_shutDown{false}; ///< under the gate
+    QByteArray m_own; ///< the databases' print after this program's last change; under the gate
+    bool m_othersWrote{false}; ///< since this was opened; under the gate
+    bool m_backedUp{false};    ///< under the gate
+    bool m_shutDown{false};    ///< under the gate
 
     std::mutex m_mutex; ///< guards what follows
     Changes m_pending;

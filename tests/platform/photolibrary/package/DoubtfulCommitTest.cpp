@@ -60,8 +60,8 @@ TEST_F(DoubtfulCommit, ofATurnThatHappenedTheErrorSaysSo)
         told = exception.reason();
     }
     EXPECT_TRUE(told.endsWith(
-        "All the same this was done: the picture is in the library, and the photo that it is a "
-        "copy of is replaced."_L1))
+        "All the same this was done: the picture is in the library, and so is all that belongs "
+        "to its turn."_L1))
         << told.toStdString();
 }
 
@@ -95,7 +95,10 @@ TEST_F(DoubtfulCommit, aDeletionThatHappenedThoughItsLastFlushFailedIsFinishedBy
         photo->removeFrom(application(*library)->photoLibraryAlbum());
         FlushRecorder recorder;
         failAfterCommit(recorder);
-        EXPECT_FALSE(library->emptyTrash().ok());
+        const Result<EmptiedTrash> emptied = library->emptyTrash();
+        ASSERT_FALSE(emptied.ok());
+        EXPECT_TRUE(emptied.error().message.contains("Whether it was done all the same shows"_L1))
+            << emptied.error().message.toStdString();
         EXPECT_TRUE(library->close().ok());
     }
     ASSERT_EQ(rows(u"RKMaster"_s), 0);
@@ -104,4 +107,25 @@ TEST_F(DoubtfulCommit, aDeletionThatHappenedThoughItsLastFlushFailedIsFinishedBy
     EXPECT_TRUE(again->close().ok());
     EXPECT_EQ(pictureFiles(), QStringList());
     expectSound();
+}
+
+TEST_F(DoubtfulCommit, ofPhotosThatAreGoneTheErrorSaysSoThoughItCouldNotBeNoted)
+{
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    import(*library, makePicture(u"IMG_1.JPG"_s));
+    const PhotoPtr photo = lastImported(*library);
+    ASSERT_NE(photo, nullptr);
+    photo->removeFrom(application(*library)->photoLibraryAlbum());
+    FlushRecorder recorder;
+    recorder.failWhere([this](const QString& path) {
+        return path.endsWith("/journal"_L1) && pictureFiles().isEmpty();
+    });
+    const Result<EmptiedTrash> emptied = library->emptyTrash();
+    ASSERT_FALSE(emptied.ok());
+    EXPECT_TRUE(emptied.error().message.startsWith(
+        u"1 photo was deleted from the library \"%1\" for good and "_s.arg(package())))
+        << emptied.error().message.toStdString();
+    EXPECT_TRUE(
+        emptied.error().message.contains(" are free again, but that could not be noted. "_L1));
 }

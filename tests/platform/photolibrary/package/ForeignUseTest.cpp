@@ -108,6 +108,28 @@ TEST_F(UsedByOthers, aRunDoesNotWarnOfTheChangesOfTheOneBefore)
     EXPECT_EQ(warnings(Access::Write).toStdString(), changedRecently().toStdString());
 }
 
+TEST_F(UsedByOthers, whatAnotherProgramWroteWhileTheLibraryWasOpenIsNoOwnChange)
+{
+    const auto changeAsAnother = [this](const char* sql) {
+        auto other = Connection::open(package(), Connection::Mode::Write);
+        ASSERT_TRUE(other.ok());
+        other.value()->database().exec(sql);
+    };
+    for (const bool writesAfterwards : {false, true}) {
+        {
+            const auto library = open(Access::Write);
+            ASSERT_NE(library, nullptr);
+            import(*library, makePicture(u"IMG_1.JPG"_s));
+            changeAsAnother("UPDATE RKVersion SET name = name || '!'");
+            if (writesAfterwards) {
+                import(*library, makePicture(u"IMG_2.JPG"_s));
+            }
+            ASSERT_TRUE(library->close().ok());
+        }
+        EXPECT_EQ(warnings(Access::Write).toStdString(), changedRecently().toStdString());
+    }
+}
+
 TEST(SharedFileSystems, ofThoseOfFuseSharesAreTakenForThemAndDisksOfThisComputerAreNot)
 {
     const QByteArray mounts =
