@@ -41,9 +41,8 @@ enum class Depth : std::uint8_t {
 [[nodiscard]] QStringList ofCrash(Connection& connection, const NamedFiles& namedFiles);
 
 /// Of the databases, what leads nowhere, files in Masters that belong to no photo, and a catalogue
-/// that cannot be read; empty for a sound library. Sidecars and catalogues
-/// that lag behind the databases are no problems, nor is what another process of this program is
-/// writing.
+/// that cannot be read; empty for a sound library. Sidecars and catalogues that lag behind the
+/// databases are no problems, nor is what another process of this program is writing.
 [[nodiscard]] QStringList problems(Connection& connection, const NamedFiles& namedFiles);
 
 } // namespace IntegrityCheck
