@@ -29,7 +29,7 @@ constexpr int kMiniatureSide = 360;
 constexpr qsizetype kLongestName = 255;
 constexpr qsizetype kLongestBase = 240;
 /// Pictures are read as a whole; no camera or program writes larger ones.
-constexpr qint64 kMostBytes = 2LL * 1024 * 1024 * 1024 - 1;
+constexpr qint64 kMostBytesOfPicture = 2LL * 1024 * 1024 * 1024 - 1;
 
 double secondsSince2001(const QDateTime& moment)
 {
@@ -109,7 +109,7 @@ Result<PreparedPicture> taken(const QString& path, const QString& fileName)
         return Error{ErrorCode::Unsupported,
                      u"\"%1\" cannot be the name of a file in the library."_s.arg(fileName)};
     }
-    Result<QByteArray> bytes = WholeFile::read(path, kMostBytes);
+    Result<QByteArray> bytes = WholeFile::read(path, kMostBytesOfPicture);
     if (!bytes.ok()) {
         return bytes.error();
     }

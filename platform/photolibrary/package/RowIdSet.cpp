@@ -44,7 +44,7 @@ std::optional<RowIdSet> RowIdSet::fromBlob(const QByteArray& blob)
         return std::nullopt;
     }
     RowIdSet result;
-    constexpr quint64 kLeastBytes = kWords + 2; // of a chunk
+    constexpr quint64 kLeastBytes = kWords + 2;
     result.m_chunks.reserve(std::min(chunks, static_cast<quint64>(blob.size()) / kLeastBytes));
     for (quint64 i = 0; i < chunks; ++i) {
         constexpr qint64 kLast = std::numeric_limits<qint64>::max() / kIdsPerChunk;
@@ -66,9 +66,9 @@ std::optional<RowIdSet> RowIdSet::fromBlob(const QByteArray& blob)
 
 QByteArray RowIdSet::toBlob() const
 {
-    constexpr std::size_t kMostBytes = 5UL * kWords + 12UL; // of a chunk
+    constexpr std::size_t kMostBytesOfChunk = 5UL * kWords + 12UL;
     QByteArray bytes;
-    bytes.reserve(static_cast<qsizetype>(m_chunks.size() * kMostBytes));
+    bytes.reserve(static_cast<qsizetype>(m_chunks.size() * kMostBytesOfChunk));
     appendLeb128(bytes, kFormat);
     appendLeb128(bytes, 0);
     appendLeb128(bytes, static_cast<quint64>(m_chunks.size()));
