@@ -2,7 +2,6 @@
 
 #include "Catalogues.h"
 #include "LooseRows.h"
-#include "MastersOfPhoto.h"
 #include "ModelIds.h"
 #include "ProxyFiles.h"
 #include "Queries.h"
@@ -45,8 +44,10 @@ constexpr Question kQuestions[] = {
      " (SELECT 1 FROM RKKeywordForVersion k WHERE k.versionId = v.modelId)",
      "%2 photo version(s) are wrong about having keywords, the first is %1.",
      true},
+    // One of which no version is left leads nowhere (LooseRows).
     {"SELECT m.modelId FROM RKMaster m LEFT JOIN RKVersion v ON v.uuid = m.originalVersionUuid"
-     " AND v.versionNumber = 0 WHERE v.modelId IS NULL",
+     " AND v.versionNumber = 0 WHERE v.modelId IS NULL"
+     " AND EXISTS (SELECT 1 FROM RKVersion o WHERE o.masterUuid = m.uuid)",
      "%2 master(s) have no original version, the first is %1."},
     {"SELECT v.modelId FROM RKVersion v JOIN RKMaster m ON m.uuid = v.masterUuid"
      " LEFT JOIN prox.RKImageProxyState p ON p.versionUuid = v.uuid"
@@ -73,8 +74,6 @@ constexpr Question kQuestions[] = {
      "%2 camera text(s) of photos name a string that is not there, the first is %1.",
      false,
      Schema::Database::Properties},
-    {RowQuestions::kLostKeywords,
-     "%2 assigned keyword(s) of photos are not there, the first is %1."},
     {RowQuestions::kMiscountedAlbums,
      "%2 album(s) miscount their photos, the first is \"%1\".",
      true},
@@ -93,17 +92,6 @@ void askQuestions(Connection& connection, QList<Finding>& findings)
                              Schema::filePath(question.database),
                              question.isDerived});
         }
-    }
-}
-
-void checkMastersWithoutPhoto(Connection& connection, QList<Finding>& findings)
-{
-    const QList<qint64> masters = MastersOfPhoto::withoutPhoto(connection);
-    if (!masters.isEmpty()) {
-        findings.append({u"%1 master(s) have no photo, the first is %2."_s.arg(masters.size())
-                             .arg(masters.first()),
-                         Schema::filePath(Schema::Database::Library),
-                         false});
     }
 }
 
@@ -203,7 +191,6 @@ QList<Finding> IntegrityCheck::ofRows(Connection& connection)
 {
     QList<Finding> findings;
     askQuestions(connection, findings);
-    checkMastersWithoutPhoto(connection, findings);
     checkCounters(connection, findings);
     if (Schema::mismatches(connection).isEmpty()) { // older schemas lack columns that are indexed
         const QStringList mismatches = RowIdIndexes::mismatches(connection);

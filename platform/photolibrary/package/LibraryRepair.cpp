@@ -52,12 +52,10 @@ bool isRepairable(const Finding& finding)
 void keepLostWords(Writer& writer)
 {
     QStringList masters;
-    for (const char* lost :
-         {RowQuestions::kLostKeywords, RowQuestions::kLostTexts, RowQuestions::kLostCameraTexts}) {
+    for (const char* lost : {RowQuestions::kLostTexts, RowQuestions::kLostCameraTexts}) {
         masters << Sql::texts(writer.connection, RowQuestions::column("masterUuid", lost).c_str());
     }
     writer.changes.masters.subtract(QSet<QString>(masters.begin(), masters.end()));
-    writer.changes.keywords = writer.changes.keywords && masters.isEmpty();
 }
 
 /// Rows, and the list of the sidecars and catalogues that are to follow.

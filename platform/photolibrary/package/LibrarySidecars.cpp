@@ -3,6 +3,7 @@
 #include "AdminData.h"
 #include "PropertyList.h"
 #include "Queries.h"
+#include "RowQuestions.h"
 #include "SidecarFile.h"
 #include "SidecarValues.h"
 
@@ -114,6 +115,9 @@ Result<void> LibrarySidecars::putKeywords(Connection& connection, SidecarOutput&
             missing.insert(order.last(), keyword);
         }
     }
+    // What photos still name is told by nothing else.
+    const QList<qint64> lost = Sql::integers(
+        connection, RowQuestions::column("keywordId", RowQuestions::kLostKeywords).c_str());
     QVariantList keywords;
     const QVariantList old = content.value(u"keywords"_s).toList();
     for (const QVariant& item : old) {
@@ -121,6 +125,8 @@ Result<void> LibrarySidecars::putKeywords(Connection& connection, SidecarOutput&
         const QVariantMap current = missing.take(keyword.value(u"uuid"_s).toString());
         if (!current.isEmpty()) {
             keyword.insert(current);
+            keywords.append(keyword);
+        } else if (lost.contains(keyword.value(u"modelId"_s).toLongLong())) {
             keywords.append(keyword);
         }
     }

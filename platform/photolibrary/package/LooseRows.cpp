@@ -3,6 +3,7 @@
 #include "MastersOfPhoto.h"
 #include "ModelIds.h"
 #include "Queries.h"
+#include "RowQuestions.h"
 #include "Schema.h"
 
 #include <string>
@@ -22,6 +23,17 @@ struct Loose {
 };
 
 constexpr Loose kKinds[] = {
+    {"RKMaster",
+     MastersOfPhoto::kWithoutPhoto,
+     "%2 master(s) have no photo, the first is %1.",
+     Schema::Database::Library,
+     false},
+    {"RKMaster",
+     "SELECT m.modelId FROM RKMaster m WHERE NOT EXISTS"
+     " (SELECT 1 FROM RKVersion v WHERE v.masterUuid = m.uuid)",
+     "%2 master(s) have no version, the first is %1.",
+     Schema::Database::Library,
+     false},
     {"RKVersion",
      "SELECT v.modelId FROM RKVersion v LEFT JOIN RKMaster m ON m.uuid = v.masterUuid"
      " WHERE m.modelId IS NULL",
@@ -50,6 +62,11 @@ constexpr Loose kKinds[] = {
      " ON v.modelId = k.versionId WHERE v.modelId IS NULL",
      "%2 assigned keyword(s) name a photo that is not there, the first is %1.",
      Schema::Database::Library},
+    {"RKKeywordForVersion",
+     RowQuestions::kLostKeywords,
+     "%2 assigned keyword(s) of photos are not there, the first is %1.",
+     Schema::Database::Library,
+     false},
     // Pictures are found by the uuid of their photo: the number alone may be wrong.
     {"RKImageProxyState",
      "SELECT p.modelId FROM RKImageProxyState p LEFT JOIN RKVersion v"
@@ -82,7 +99,7 @@ constexpr Loose kKinds[] = {
 /// Where the row of a photo is lost, what seems to tie nothing tells of that photo.
 bool mayBeMended(Connection& connection)
 {
-    return MastersOfPhoto::withoutPhoto(connection).isEmpty();
+    return Sql::integers(connection, MastersOfPhoto::kWithoutPhoto).isEmpty();
 }
 
 } // namespace

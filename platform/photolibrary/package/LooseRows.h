@@ -6,16 +6,16 @@
 #include <QList>
 
 /// Rows that lead to something that is gone: an album's entry for a photo that was deleted, a photo
-/// version without a master. They say nothing of any other photo, so that a library with some is
-/// written to. The ids that they name are never given out again (ModelIds), so that no new photo,
-/// album or keyword can come to what an old one left behind.
-/// Errors: SQLite::Exception.
+/// version without a master, a master without a photo, a photo's keyword. They say nothing of any
+/// other photo, so that a library with some is written to. The ids that they name are never given
+/// out again (ModelIds), so that no new photo, album or keyword can come to what an old one left
+/// behind. Errors: SQLite::Exception.
 namespace LooseRows
 {
 
 /// One finding for each kind. Repairable are those that only tie two things together, one of which
-/// is gone; a version without a master holds what somebody wrote about a photo, and stays. None is
-/// where a master has no photo: then the row of that photo may be lost, not the photo.
+/// is gone; all others hold what somebody knew of a photo, and stay. None is where a master has no
+/// photo: then the row of that photo may be lost, not the photo.
 [[nodiscard]] QList<Finding> findings(Connection& connection);
 
 /// Deletes the repairable ones. Counts, indexes and sidecars are not touched: DerivedRows::mend()

@@ -45,22 +45,6 @@ bool MastersOfPhoto::isShown(Connection& connection, const QString& master)
     return false;
 }
 
-QList<qint64> MastersOfPhoto::withoutPhoto(Connection& connection)
-{
-    // Masters of a pair share the photo. The signs keep SQLite to the indexes of masters.
-    return Sql::integers(
-        connection,
-        "SELECT m.modelId FROM RKMaster m WHERE NOT EXISTS (SELECT 1 FROM RKVersion v"
-        " WHERE v.masterUuid = m.uuid AND (+v.showInLibrary <> 0 OR +v.isOriginal = 0))"
-        " AND NOT EXISTS (SELECT 1 FROM RKVersion v"
-        " WHERE v.rawMasterUuid = m.uuid AND (+v.showInLibrary <> 0 OR +v.isOriginal = 0))"
-        " AND NOT EXISTS (SELECT 1 FROM RKVersion v"
-        " WHERE v.nonRawMasterUuid = m.uuid AND (+v.showInLibrary <> 0 OR +v.isOriginal = 0))"
-        " AND NOT EXISTS (SELECT 1 FROM RKMaster a JOIN RKVersion v ON v.masterUuid = a.uuid"
-        " WHERE (a.alternateMasterUuid = m.uuid OR a.uuid = m.alternateMasterUuid)"
-        " AND (+v.showInLibrary <> 0 OR +v.isOriginal = 0)) ORDER BY m.modelId");
-}
-
 QList<qint64> MastersOfPhoto::hiddenVersions(Connection& connection, const QString& master)
 {
     return Sql::integers(

@@ -17,9 +17,19 @@ namespace MastersOfPhoto
 /// Whether a visible version outside the trash shows the master.
 [[nodiscard]] bool isShown(Connection& connection, const QString& master);
 
-/// The ids of the masters that have no version but the one as imported, not even as the other one
-/// of a pair: rows of photos are lost. Photos in the trash count, and versions that somebody hid.
-[[nodiscard]] QList<qint64> withoutPhoto(Connection& connection);
+/// Asks for the ids of the masters that have no version but the one as imported, not even as the
+/// other one of a pair: rows of photos are lost. Photos in the trash count, and versions that
+/// somebody hid. The signs keep SQLite to the indexes of masters.
+inline constexpr const char* kWithoutPhoto =
+    "SELECT m.modelId FROM RKMaster m WHERE NOT EXISTS (SELECT 1 FROM RKVersion v"
+    " WHERE v.masterUuid = m.uuid AND (+v.showInLibrary <> 0 OR +v.isOriginal = 0))"
+    " AND NOT EXISTS (SELECT 1 FROM RKVersion v"
+    " WHERE v.rawMasterUuid = m.uuid AND (+v.showInLibrary <> 0 OR +v.isOriginal = 0))"
+    " AND NOT EXISTS (SELECT 1 FROM RKVersion v"
+    " WHERE v.nonRawMasterUuid = m.uuid AND (+v.showInLibrary <> 0 OR +v.isOriginal = 0))"
+    " AND NOT EXISTS (SELECT 1 FROM RKMaster a JOIN RKVersion v ON v.masterUuid = a.uuid"
+    " WHERE (a.alternateMasterUuid = m.uuid OR a.uuid = m.alternateMasterUuid)"
+    " AND (+v.showInLibrary <> 0 OR +v.isOriginal = 0)) ORDER BY m.modelId";
 
 /// The ids of the versions of a master that nobody sees.
 [[nodiscard]] QList<qint64> hiddenVersions(Connection& connection, const QString& master);

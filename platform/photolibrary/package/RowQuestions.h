@@ -27,8 +27,8 @@ inline constexpr const char* kMiscountedAlbums =
     " AND coalesce(a.versionCount, 0) <> (SELECT count(*) FROM RKAlbumVersion v JOIN RKVersion p"
     " ON p.modelId = v.versionId WHERE v.albumId = a.modelId)";
 
-/// modelId and masterUuid of rows of photos that name a text or keyword which is gone. A photo's
-/// sidecar, which would follow the databases, may still tell it.
+/// modelId and masterUuid of rows of photos that name a text which is gone. A photo's sidecar,
+/// which would follow the databases, may still tell it.
 inline constexpr const char* kLostTexts =
     "SELECT p.modelId, v.masterUuid FROM prop.RKIptcProperty p"
     " JOIN RKVersion v ON v.modelId = p.versionId"
@@ -38,8 +38,10 @@ inline constexpr const char* kLostCameraTexts =
     " JOIN RKVersion v ON v.modelId = p.versionId"
     " LEFT JOIN prop.RKUniqueString s ON s.modelId = p.stringId"
     " WHERE p.stringId IS NOT NULL AND s.modelId IS NULL";
+/// modelId, versionId and keywordId of rows of photos that name a keyword which is gone. Sidecars
+/// that still tell it keep it.
 inline constexpr const char* kLostKeywords =
-    "SELECT k.modelId, v.masterUuid FROM RKKeywordForVersion k"
+    "SELECT k.modelId, k.versionId, k.keywordId FROM RKKeywordForVersion k"
     " JOIN RKVersion v ON v.modelId = k.versionId"
     " LEFT JOIN RKKeyword w ON w.modelId = k.keywordId WHERE w.modelId IS NULL";
 

@@ -111,10 +111,29 @@ private:
                                 "SELECT k.name FROM RKKeywordForVersion f JOIN RKKeyword k"
                                 " ON k.modelId=f.keywordId WHERE f.versionId=? ORDER BY f.modelId",
                                 m_version);
+        keepLostKeywords();
         if (m_keywords.isEmpty()) {
             m_content.remove(u"keywords"_s);
         } else {
             SidecarValues::mirrorNames(m_content, u"keywords"_s, m_keywords);
+        }
+    }
+
+    /// Where the row of a keyword is gone, this sidecar may be the last that tells its name.
+    void keepLostKeywords()
+    {
+        const bool isOneLost =
+            Sql::firstInteger(m_connection,
+                              "SELECT f.modelId FROM RKKeywordForVersion f LEFT JOIN RKKeyword k"
+                              " ON k.modelId=f.keywordId WHERE f.versionId=? AND k.modelId IS NULL",
+                              m_version)
+                .has_value();
+        const QVariantList told =
+            isOneLost ? m_content.value(u"keywords"_s).toList() : QVariantList();
+        for (const QVariant& name : told) {
+            if (!m_keywords.contains(name.toString())) {
+                m_keywords.append(name.toString());
+            }
         }
     }
 

@@ -5,6 +5,7 @@
 #include "QtPrinters.h"
 #include "Queries.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -157,12 +158,14 @@ TEST_F(LooseRowsOfALibrary, whatNamesAnAlbumThatIsGoneIsATieToo)
     EXPECT_EQ(count("SELECT count(*) FROM RKAlbumVersion WHERE albumId=1"), 0);
 }
 
-TEST_F(LooseRowsOfALibrary, aKeywordThatIsLostWhileItsPhotoIsThereIsNoTie)
+TEST_F(LooseRowsOfALibrary, aKeywordThatIsLostWhileItsPhotoIsThereIsToldAndStays)
 {
     execute(u"INSERT INTO RKKeywordForVersion(modelId,versionId,keywordId) VALUES(900,%1,1);"
             "UPDATE RKVersion SET hasKeywords=1 WHERE modelId=%1;"
+            "UPDATE RKAdminData SET propertyValue='901' WHERE propertyName='nextModelId' AND"
+            " propertyArea='RKKeywordForVersion';"
             "DELETE FROM RKKeyword WHERE modelId=1"_s.arg(m_photo));
-    EXPECT_EQ(open({}).error().code, ErrorCode::Damaged);
+    EXPECT_TRUE(open({}).ok());
     ASSERT_TRUE(repair().ok());
     EXPECT_TRUE(
         findings().contains(u"1 assigned keyword(s) of photos are not there, the first is 900."_s));
@@ -186,14 +189,43 @@ TEST_F(LooseRowsOfALibrary, whereThePhotoOfAMasterIsLostNothingIsATie)
     const qint64 kept = m_builder.addPhoto(u"C.JPG"_s, u"Trip"_s);
     execute(u"DELETE FROM RKVersion WHERE modelId=%1"_s.arg(m_photo));
     ASSERT_TRUE(repair().ok());
-    const QString refusal = open({}).error().message;
-    EXPECT_TRUE(refusal.contains("1 master(s) have no photo"_L1)) << refusal.toStdString();
+    EXPECT_EQ(findings().filter(u"1 master(s) have no photo"_s).size(), 1);
     EXPECT_EQ(count("SELECT count(*) FROM RKAlbumVersion v JOIN RKAlbum a ON a.modelId=v.albumId"
                     " WHERE a.name='Best'"),
               1);
     EXPECT_EQ(findings().filter(u"album entry(ies) name"_s).size(), 1);
     EXPECT_EQ(findings().filter(u"album entry(ies) name"_s).filter(u"*"_s), QStringList());
     EXPECT_EQ(count("SELECT max(modelId) FROM RKVersion WHERE showInLibrary=1"), kept);
+}
+
+TEST_F(LooseRowsOfALibrary, aMasterWhosePhotoIsLostKeepsNoOtherFromBeingWrittenAndLosesNothing)
+{
+    const QString original = m_builder.package() + "/Masters/"_L1 + m_builder.imagePath(m_photo);
+    for (const char* lost : {"DELETE FROM RKVersion WHERE versionNumber=1 AND masterUuid=(%1)",
+                             "DELETE FROM RKVersion WHERE masterUuid=(%1)"}) {
+        execute(
+            QString::fromLatin1(lost).arg(u"SELECT uuid FROM RKMaster WHERE fileName='A.JPG'"_s));
+        ASSERT_TRUE(repair().ok()) << "counts and indexes follow";
+        const auto library = open({});
+        ASSERT_TRUE(library.ok()) << library.error().message.toStdString();
+        ASSERT_TRUE(library.value()->close().ok());
+        const qint64 other = m_builder.addPhoto(u"C.JPG"_s, u"Trip"_s);
+        m_builder.moveToTrash(other);
+        ASSERT_TRUE(open({}).value()->emptyTrash().ok());
+        EXPECT_TRUE(QFile::exists(original));
+        EXPECT_EQ(findings().filter(u"1 master(s) have no photo"_s).size(), 1);
+    }
+    EXPECT_EQ(findings().filter(u"1 master(s) have no version"_s).size(), 1);
+}
+
+TEST_F(LooseRowsOfALibrary, aMasterThatLacksTheVersionAsImportedAloneContradictsItself)
+{
+    execute(u"DELETE FROM RKVersion WHERE versionNumber=0"_s);
+    ASSERT_TRUE(repair().ok());
+    const auto refused = open({});
+    ASSERT_FALSE(refused.ok());
+    EXPECT_TRUE(refused.error().message.contains("have no original version"_L1))
+        << refused.error().message.toStdString();
 }
 
 TEST_F(LooseRowsOfALibrary, bothMastersOfAPairAreShownByTheirPhoto)

@@ -308,6 +308,28 @@ TEST_F(SidecarsTest, newKeywordsJoinTheListAndOthersStayInPlace)
     EXPECT_EQ(after, before);
 }
 
+TEST_F(SidecarsTest, theNameOfAKeywordThatIsLostStaysWhileAllElseFollows)
+{
+    Writer to = writer();
+    PhotoRows::assignKeyword(to, m_photo.visible, u"Lake"_s);
+    follow(m_now);
+    Sql::execute(connection(), "DELETE FROM RKKeyword WHERE name='Lake'");
+    PhotoRows::assignKeyword(to, m_photo.visible, u"Shore"_s);
+    PhotoRows::setRating(to, m_photo.visible, 4);
+    follow(m_now);
+    const QVariantMap visible = content(versionPath(1));
+    EXPECT_EQ(visible.value(u"mainRating"_s).toLongLong(), 4);
+    EXPECT_EQ(visible.value(u"keywords"_s).toList(), QVariantList({u"Shore"_s, u"Lake"_s}));
+    const QVariantList list =
+        content(package() + u"/Database/Keywords.plist"_s).value(u"keywords"_s).toList();
+    QStringList names;
+    for (const QVariant& keyword : list) {
+        names.append(keyword.toMap().value(u"name"_s).toString());
+    }
+    EXPECT_TRUE(names.contains(u"Lake"_s) && names.contains(u"Shore"_s));
+    EXPECT_TRUE(Sidecars::compare(connection(), changes()).stale.isEmpty());
+}
+
 TEST_F(SidecarsTest, theCountsOfTheLibraryFollow)
 {
     const QVariantMap model = content(package() + u"/Database/DataModelVersion.plist"_s);
