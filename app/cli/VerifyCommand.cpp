@@ -74,8 +74,8 @@ int VerifyCommand::repair(PhotoLibrary& library, const CommandServices& services
     const Result<RepairReport> repaired =
         library.repair([&services] { return services.interruption.isRequested(); });
     if (!repaired.ok()) {
-        return services.interruption.isRequested() ? interruptedEarly(services)
-                                                   : failed(repaired.error(), services);
+        return repaired.error().code == ErrorCode::Interrupted ? interruptedEarly(services)
+                                                               : failed(repaired.error(), services);
     }
     const RepairReport& report = repaired.value();
     Console& console = services.console;
@@ -94,5 +94,6 @@ int VerifyCommand::repair(PhotoLibrary& library, const CommandServices& services
     if (services.interruption.isRequested()) {
         return interruptedEarly(services);
     }
-    return report.left.isEmpty() ? ExitStatus::kDone : ExitStatus::kNotAll;
+    const bool isAllWell = report.left.isEmpty() && report.failures.isEmpty() && !report.stopped;
+    return isAllWell ? ExitStatus::kDone : ExitStatus::kNotAll;
 }

@@ -32,7 +32,10 @@ Result<RepairReport> repairedApart(const QString& path,
     }
     Result<RepairReport> report = opened.value()->repair(shouldStop, tell);
     const Result<void> closed = opened.value()->close();
-    return report.ok() && !closed.ok() ? Result<RepairReport>(closed.error()) : report;
+    if (report.ok() && !closed.ok() && !report.value().failures.contains(closed.error().message)) {
+        report.value().failures.append(closed.error().message);
+    }
+    return report;
 }
 
 } // namespace

@@ -21,7 +21,7 @@ struct RepairReport {
     QList<Finding> mended; ///< that are there no more
     QList<Finding> left;   ///< that are still there
     QStringList failures;  ///< a sentence for each thing that could not be mended after all
-    /// It was stopped after the backup: nobody has looked again, and what is known to have been
-    /// done is `mended`.
+    /// It ended early after the backup, on request or by an error that `failures` tells: nobody has
+    /// looked again, and what is known to have been done is `mended`.
     bool stopped{false};
 };

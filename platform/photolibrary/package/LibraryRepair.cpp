@@ -18,7 +18,7 @@
 #include <QSet>
 
 #include <algorithm>
-#include <utility>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 using Stage = CareProgress::Stage;
@@ -103,33 +103,39 @@ Result<void> announce(PhotoLibraryPrivate& library, const QList<ProxyFiles::Miss
 
 /// What was done of what was to be done.
 struct Work {
-    QSet<QString> missing;    ///< pictures that were not there; package-relative
-    QSet<QString> made;       ///< those of them that were made
-    QStringList failures;     ///< sentences about those that could not be made after all
-    bool stopped{false};      ///< before all pictures were made
+    bool rowsMended{false};
     bool everyFollows{false}; ///< no sidecar and no catalogue was left alone
+    bool stopped{false};      ///< before all was done, on request or by an error
+    QSet<QString> undone;     ///< pictures that are still missing; package-relative
+    QStringList failures;     ///< a sentence for each thing that could not be done
+
+    void endWith(const Error& error)
+    {
+        failures.append(error.message);
+        stopped = true;
+    }
 };
 
 void makePicture(Connection& connection, const ProxyFiles::Missing& missing, Work& work)
 {
     const Result<void> made = writePicture(connection, missing);
     if (made.ok()) {
-        work.made.insert(missing.relativePath);
+        work.undone.remove(missing.relativePath);
     } else {
         work.failures.append(
             u"%1: %2"_s.arg(missing.relativePath, LibraryErrors::asSentence(made.error().message)));
     }
 }
 
-Result<Work> makePictures(PhotoLibraryPrivate& library, Connection& connection, const Watch& watch)
+Result<void>
+makePictures(PhotoLibraryPrivate& library, Connection& connection, const Watch& watch, Work& work)
 {
-    Work work;
     const QList<ProxyFiles::Missing> all = ProxyFiles::missing(connection);
-    if (const Result<void> announced = announce(library, all); !announced.ok()) {
-        return announced.error();
-    }
     for (const ProxyFiles::Missing& missing : all) {
-        work.missing.insert(missing.relativePath);
+        work.undone.insert(missing.relativePath);
+    }
+    if (Result<void> announced = announce(library, all); !announced.ok()) {
+        return announced;
     }
     qint64 begun = 0;
     // A thumbnail may be made from a preview that is made only now.
@@ -137,7 +143,7 @@ Result<Work> makePictures(PhotoLibraryPrivate& library, Connection& connection, 
         for (const ProxyFiles::Missing& missing : all) {
             work.stopped = watch.isStopped();
             if (work.stopped) {
-                return work;
+                return {};
             }
             const bool isPreview = missing.kind == ProxyFiles::Kind::Preview;
             if (isPreview == previews && ProxyFiles::canBeMade(connection, missing)) {
@@ -146,7 +152,7 @@ Result<Work> makePictures(PhotoLibraryPrivate& library, Connection& connection, 
             }
         }
     }
-    return work;
+    return {};
 }
 
 Result<Findings> verified(PhotoLibraryPrivate& library, const Watch& watch)
@@ -157,8 +163,9 @@ Result<Findings> verified(PhotoLibraryPrivate& library, const Watch& watch)
     });
 }
 
-Result<Work> mend(PhotoLibraryPrivate& library, const Watch& watch)
+Work mend(PhotoLibraryPrivate& library, const Watch& watch)
 {
+    Work work;
     watch.say({.stage = Stage::Mending});
     const Result<void> rows = library.tryWrite([](WriteTransaction& transaction) -> Result<void> {
         Writer writer = transaction.writer();
@@ -166,32 +173,52 @@ Result<Work> mend(PhotoLibraryPrivate& library, const Watch& watch)
         return {};
     });
     if (!rows.ok()) {
-        return rows.error();
+        work.endWith(rows.error());
+        return work;
     }
-    Result<Result<Work>> pictures = library.tryRead(
-        [&](Connection& connection) { return makePictures(library, connection, watch); });
-    const Result<void> followed = library.synchronise();
+    work.rowsMended = true;
+    const Result<Result<void>> asked = library.tryRead(
+        [&](Connection& connection) { return makePictures(library, connection, watch, work); });
+    const Result<void> pictures = asked.ok() ? asked.value() : asked.error();
     if (!pictures.ok()) {
-        return pictures.error();
+        work.endWith(pictures.error());
     }
-    Result<Work> work = std::move(pictures).value();
+    const Result<void> followed = library.synchronise();
     // What is left alone stays a finding.
     if (!followed.ok() && !LibraryErrors::isLeftAlone(followed)) {
-        return followed.error();
+        work.endWith(followed.error());
     }
-    if (work.ok()) {
-        work.value().everyFollows = followed.ok();
-    }
+    work.everyFollows = pictures.ok() && followed.ok();
     return work;
 }
 
-/// Of findings before a repair that was stopped, those that it is known to have mended: pictures
-/// that it made, and all else unless something was left alone.
+bool isOfDatabases(const Finding& finding)
+{
+    return finding.where.startsWith("Database/apdb/"_L1);
+}
+
+/// Of findings before a repair that ended early, those that it is known to have mended.
 bool isMended(const Finding& finding, const Work& work)
 {
-    return finding.repairable &&
-           (work.missing.contains(finding.where) ? work.made.contains(finding.where)
-                                                 : work.everyFollows);
+    return finding.repairable && !work.undone.contains(finding.where) &&
+           (isOfDatabases(finding) ? work.rowsMended : work.everyFollows);
+}
+
+/// Looks again; nothing where that, or the work before it, ended early.
+std::optional<Findings> stillThere(PhotoLibraryPrivate& library, const Watch& watch, Work& work)
+{
+    if (work.stopped) {
+        return std::nullopt;
+    }
+    const Result<Findings> after = verified(library, watch);
+    if (after.ok()) {
+        return after.value();
+    }
+    work.stopped = true;
+    if (after.error().code != ErrorCode::Interrupted) {
+        work.failures.append(after.error().message);
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -215,25 +242,17 @@ Result<RepairReport> LibraryRepair::run(PhotoLibraryPrivate& library,
     if (!backup.ok()) {
         return backup.error();
     }
-    const Result<Work> work = mend(library, watch);
-    if (!work.ok()) {
-        return work.error();
-    }
-    const Result<Findings> after = verified(library, watch);
-    const bool isVerified = after.ok();
-    if (!isVerified && after.error().code != ErrorCode::Interrupted) {
-        return after.error();
-    }
+    Work work = mend(library, watch);
+    const std::optional<Findings> after = stillThere(library, watch, work);
     report.backup = backup.value();
-    report.failures = work.value().failures;
-    report.stopped = work.value().stopped || !isVerified;
-    report.left = isVerified ? after.value() : Findings();
+    report.failures = work.failures;
+    report.stopped = work.stopped;
+    report.left = after.value_or(Findings());
     for (const Finding& finding : before.value()) {
-        const bool isGone =
-            isVerified ? !report.left.contains(finding) : isMended(finding, work.value());
+        const bool isGone = after ? !after->contains(finding) : isMended(finding, work);
         if (isGone) {
             report.mended.append(finding);
-        } else if (!isVerified) {
+        } else if (!after) {
             report.left.append(finding);
         }
     }

@@ -127,9 +127,9 @@ public:
 
     /// Mends what verify() finds and can be mended without a choice: statistics, indexes, id
     /// counters, sidecars, catalogues, rendered pictures. Everything else stays as it is, and no
-    /// file is removed. A backup comes first, unless nothing is to be mended. A stop after that is
-    /// told by the report. Errors, beside those of every write: Interrupted, before the backup;
-    /// nothing is changed then.
+    /// file is removed. A backup comes first, unless nothing is to be mended. A stop or an error
+    /// after that is told by the report. Errors: those of every write, and Interrupted, before the
+    /// backup; nothing is changed then.
     [[nodiscard]] Result<RepairReport> repair(const std::function<bool()>& shouldStop = {},
                                               const CareProgress::Tell& tell = {});
 

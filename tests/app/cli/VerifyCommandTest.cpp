@@ -62,6 +62,17 @@ TEST_F(VerifyCommandTest, whatIsLeftMakesTheExitStatusOne)
     EXPECT_TRUE(QFile::exists(document().value(u"backup"_s).toString()));
 }
 
+TEST_F(VerifyCommandTest, anErrorAfterTheBackupIsToldWithThePlaceOfTheBackup)
+{
+    ASSERT_TRUE(QFile::remove(library() + u"/AlbumData.xml"_s));
+    ASSERT_TRUE(QFile::remove(brief()) && QDir().mkdir(brief()));
+    EXPECT_EQ(run({u"verify"_s, library(), u"--repair"_s, u"--json"_s}), 3);
+    EXPECT_TRUE(QFile::exists(document().value(u"backup"_s).toString()));
+    EXPECT_TRUE(document().value(u"stopped"_s).toBool());
+    EXPECT_EQ(document().value(u"failures"_s).toArray().size(), 1);
+    EXPECT_TRUE(m_err.contains(brief().toUtf8())) << m_err.toStdString();
+}
+
 TEST_F(VerifyCommandTest, afterCrashIsOfRepairAlone)
 {
     EXPECT_EQ(run({u"verify"_s, library(), u"--after-crash"_s}), 2);

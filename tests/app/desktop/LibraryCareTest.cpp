@@ -3,6 +3,7 @@
 #include "LibraryCopyFixture.h"
 #include "LibrarySession.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QThread>
@@ -185,6 +186,20 @@ TEST_F(LibraryCareTest, rowsThatKeepALibraryFromBeingWrittenToAreMendedAndItIsOp
     EXPECT_FALSE(m_report->mended.isEmpty());
     EXPECT_TRUE(m_report->left.isEmpty());
     EXPECT_TRUE(m_session.contents().isWritable());
+}
+
+TEST_F(LibraryCareTest, anErrorAfterTheRowsWereMendedIsReportedWithThemAndTheBackup)
+{
+    execute("DELETE FROM RKMaster_RidIndexes");
+    ASSERT_TRUE(QFile::remove(library() + u"/AlbumData.xml"_s));
+    ASSERT_TRUE(QFile::remove(brief()) && QDir().mkdir(brief()));
+    open();
+    m_session.care().repair(Unclosed::Refuse);
+    ASSERT_TRUE(settle());
+    ASSERT_TRUE(m_report.has_value()) << m_failures.value(0).message.toStdString();
+    EXPECT_TRUE(QFileInfo::exists(m_report->backup));
+    EXPECT_FALSE(m_report->mended.isEmpty());
+    EXPECT_EQ(m_report->failures.size(), 1) << "once, though closing fails as well";
 }
 
 TEST_F(LibraryCareTest, aLibraryThatWasNotClosedIsRepairedOnlyWhenThatIsAccepted)

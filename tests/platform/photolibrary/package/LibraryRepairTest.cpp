@@ -4,6 +4,7 @@
 #include "DamagedLibrary.h"
 #include "PropertyList.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -305,6 +306,33 @@ TEST_F(LibraryRepairTest, aRepairThatIsStoppedTellsWhatItMendedAndWhereTheBackup
     ASSERT_EQ(report.value().left.size(), 1);
     EXPECT_EQ(report.value().left.first().where, thumbnail);
     EXPECT_FALSE(QFileInfo::exists(package() + u'/' + thumbnail));
+}
+
+TEST_F(LibraryRepairTest, anErrorAfterTheBackupIsToldWithWhatWasMendedAndWhereTheBackupIs)
+{
+    execute(u"DELETE FROM RKMaster_RidIndexes"_s);
+    remove(u"AlbumData.xml"_s);
+    const auto library =
+        PhotoLibrary::open(package(), {.access = Access::Write, .forRepair = true});
+    ASSERT_TRUE(library.ok());
+    const QString inTheWay = package() + u"/iLifeShared/AlbumData2.xml"_s;
+    const Result<RepairReport> report =
+        library.value()->repair({}, [&inTheWay](const CareProgress& progress) {
+            if (progress.stage == CareProgress::Stage::Mending) {
+                ASSERT_TRUE(QFile::remove(inTheWay) && QDir().mkdir(inTheWay));
+            }
+        });
+    ASSERT_TRUE(report.ok()) << report.error().message.toStdString();
+    EXPECT_TRUE(report.value().stopped);
+    ASSERT_EQ(report.value().failures.size(), 1);
+    EXPECT_TRUE(report.value().failures.first().contains(inTheWay));
+    EXPECT_TRUE(QFileInfo::exists(report.value().backup + u"/Database"_s));
+    ASSERT_FALSE(report.value().mended.isEmpty());
+    for (const Finding& finding : report.value().mended) {
+        EXPECT_EQ(finding.where, u"Database/apdb/Library.apdb"_s);
+    }
+    ASSERT_EQ(report.value().left.size(), 1);
+    EXPECT_EQ(report.value().left.first().where, u"AlbumData.xml"_s);
 }
 
 TEST_F(LibraryRepairTest, eachStageOfARepairIsTold)
