@@ -48,18 +48,29 @@ bool isRepairable(const Finding& finding)
     return finding.repairable;
 }
 
-/// What the databases have lost may still be told by sidecars: these stay.
-void keepLostWords(Writer& writer)
+/// What the databases have lost may still be told by sidecars: these stay. The paths of those that
+/// lag; package-relative.
+QSet<QString> keepLostWords(Writer& writer)
 {
-    QStringList masters;
+    Changes kept;
     for (const char* lost : {RowQuestions::kLostTexts, RowQuestions::kLostCameraTexts}) {
-        masters << Sql::texts(writer.connection, RowQuestions::column("masterUuid", lost).c_str());
+        const QStringList masters =
+            Sql::texts(writer.connection, RowQuestions::column("masterUuid", lost).c_str());
+        kept.masters.unite(QSet<QString>(masters.begin(), masters.end()));
     }
-    writer.changes.masters.subtract(QSet<QString>(masters.begin(), masters.end()));
+    kept.masters.intersect(writer.changes.masters);
+    writer.changes.masters.subtract(kept.masters);
+    QSet<QString> paths;
+    const QList<Sidecars::Stale> lagging = Sidecars::compare(writer.connection, kept).stale;
+    for (const Sidecars::Stale& sidecar : lagging) {
+        paths.insert(sidecar.path.mid(writer.connection.packagePath().size() + 1));
+    }
+    return paths;
 }
 
-/// Rows, and the list of the sidecars and catalogues that are to follow.
-void mendRows(Writer& writer)
+/// Rows, and the list of the sidecars and catalogues that are to follow. The paths of those that
+/// lag and stay; package-relative.
+QSet<QString> mendRows(Writer& writer)
 {
     ModelIds::mend(writer); // before the rows go that tell which ids were given out
     LooseRows::mend(writer);
@@ -67,10 +78,11 @@ void mendRows(Writer& writer)
     writer.changes.unite(
         Sidecars::compare(writer.connection, LibraryVerification::allObjects(writer.connection))
             .lagging);
-    keepLostWords(writer);
+    QSet<QString> kept = keepLostWords(writer);
     const Findings ofCatalogues = Catalogues::compare(writer.connection);
     writer.changes.catalogues =
         writer.changes.catalogues || std::ranges::any_of(ofCatalogues, isRepairable);
+    return kept;
 }
 
 /// Writes one picture. It is named by the databases already, so that a crash leaves either all of
@@ -106,7 +118,7 @@ struct Work {
     bool rowsMended{false};
     bool everyFollows{false}; ///< no sidecar and no catalogue was left alone
     bool stopped{false};      ///< before all was done, on request or by an error
-    QSet<QString> undone;     ///< pictures that are still missing; package-relative
+    QSet<QString> undone;     ///< sidecars that stay, pictures that are missing; package-relative
     QStringList failures;     ///< a sentence for each thing that could not be done
 
     void endWith(const Error& error)
@@ -167,9 +179,9 @@ Work mend(PhotoLibraryPrivate& library, const Watch& watch)
 {
     Work work;
     watch.say({.stage = Stage::Mending});
-    const Result<void> rows = library.tryWrite([](WriteTransaction& transaction) -> Result<void> {
+    const Result<void> rows = library.tryWrite([&](WriteTransaction& transaction) -> Result<void> {
         Writer writer = transaction.writer();
-        mendRows(writer);
+        work.undone = mendRows(writer);
         return {};
     });
     if (!rows.ok()) {

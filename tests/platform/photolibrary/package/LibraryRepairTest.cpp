@@ -308,6 +308,29 @@ TEST_F(LibraryRepairTest, aRepairThatIsStoppedTellsWhatItMendedAndWhereTheBackup
     EXPECT_FALSE(QFileInfo::exists(package() + u'/' + thumbnail));
 }
 
+TEST_F(LibraryRepairTest, aSidecarThatStaysForItsWordsIsNotToldAsMendedByARepairThatWasStopped)
+{
+    const QString sidecar = fileIn(u"Database/Versions"_s, u"Version-1.apversion"_s);
+    setKey(sidecar, u"mainRating"_s, qlonglong{3});
+    execute(u"INSERT INTO RKIptcProperty(modelId,versionId,propertyKey,stringId)"
+            " SELECT 900+modelId,modelId,'Caption/Abstract',899 FROM RKVersion"_s);
+    const auto library =
+        PhotoLibrary::open(package(), {.access = Access::Write, .forRepair = true});
+    ASSERT_TRUE(library.ok());
+    bool isMending = false;
+    const Result<RepairReport> report =
+        library.value()->repair([&isMending] { return isMending; },
+                                [&isMending](const CareProgress& progress) {
+                                    isMending =
+                                        isMending || progress.stage == CareProgress::Stage::Mending;
+                                });
+    ASSERT_TRUE(report.ok() && report.value().stopped);
+    const auto isOfIt = [&sidecar](const Finding& finding) { return finding.where == sidecar; };
+    EXPECT_TRUE(std::ranges::any_of(report.value().left, isOfIt));
+    EXPECT_TRUE(std::ranges::none_of(report.value().mended, isOfIt));
+    EXPECT_FALSE(report.value().mended.isEmpty()) << "the id counter was";
+}
+
 TEST_F(LibraryRepairTest, anErrorAfterTheBackupIsToldWithWhatWasMendedAndWhereTheBackupIs)
 {
     execute(u"DELETE FROM RKMaster_RidIndexes"_s);
