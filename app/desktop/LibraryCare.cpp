@@ -152,8 +152,14 @@ void LibraryCare::list(const QString& library)
     const bool isWritable = m_session.contents().isWritable();
     begin(Work::List, [this, library, isWritable](const LibraryPtr& open) {
         // What this program itself wrote meanwhile is no sign of another one.
-        const QStringList warnings =
-            open != nullptr && isWritable ? open->warnings() : LibraryBackups::warnings(library);
+        const bool isOurs = open != nullptr && isWritable;
+        QStringList warnings = isOurs ? open->warnings() : LibraryBackups::warnings(library);
+        if (isOurs && !m_session.isAsLeft(*open)) {
+            warnings.prepend(tr(
+                "The databases of the library were changed while it is open here, as it seems by "
+                "another program. If iPhoto has the library open, quit it first: it would write "
+                "over what is restored."));
+        }
         const Result<QList<LibraryBackup>> found = LibraryBackups::list(library);
         if (!found.ok()) {
             return failure(found.error());

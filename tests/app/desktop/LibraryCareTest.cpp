@@ -35,7 +35,10 @@ protected:
         QObject::connect(
             &care, &LibraryCare::backedUp, [this](const auto& backup) { m_backup = backup; });
         QObject::connect(
-            &care, &LibraryCare::listed, [this](const auto& backups) { m_backups = backups; });
+            &care, &LibraryCare::listed, [this](const auto& backups, const auto& warnings) {
+                m_backups = backups;
+                m_warnings = warnings;
+            });
         QObject::connect(
             &care, &LibraryCare::restored, [this](const auto& restored) { m_restored = restored; });
         QObject::connect(
@@ -95,6 +98,7 @@ protected:
     std::optional<RepairReport> m_report;
     std::optional<LibraryBackup> m_backup;
     std::optional<QList<LibraryBackup>> m_backups;
+    QStringList m_warnings; ///< told with m_backups
     std::optional<LibraryBackups::Restored> m_restored;
     QList<Error> m_failures;
 };
@@ -274,6 +278,22 @@ TEST_F(LibraryCareTest, aLibraryThatCannotEvenBeReadIsRestoredAndOpened)
     ASSERT_TRUE(m_restored.has_value()) << m_failures.value(0).message.toStdString();
     EXPECT_TRUE(m_session.isOpen());
     EXPECT_TRUE(m_session.contents().isWritable());
+}
+
+TEST_F(LibraryCareTest, whatAnotherProgramChangedInTheOpenLibraryIsToldBeforeARestore)
+{
+    const QString words = u"were changed while it is open here"_s;
+    open();
+    ASSERT_EQ(makeAlbum(u"Made by a scan"_s), QString());
+    m_session.synchronise();
+    m_session.care().list(library());
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(m_warnings.filter(words), QStringList()) << "this program's own change";
+    execute("UPDATE RKVersion SET mainRating=2");
+    m_session.reload();
+    m_session.care().list(library());
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(m_warnings.filter(words).size(), 1);
 }
 
 TEST_F(LibraryCareTest, aRestoreThatFailsLeavesTheLibraryOpenForWriting)
