@@ -36,8 +36,10 @@ enum class Depth : std::uint8_t {
 
 /// What a crash may leave beside sidecars and catalogues that lag: rows that belong to something
 /// that is gone (LooseRows), pictures that are missing, files, folders and sidecars that belong to
-/// nothing, and a catalogue that cannot be read. Missing masters are no problem here, nor are
-/// `namedFiles`. A library with any of that is written to, unless it was not closed properly.
+/// nothing, and a catalogue that cannot be read. A library with any of that is written to, unless
+/// it was not closed properly. No problems here are `namedFiles`, and what LibraryVerification
+/// tells beyond that, which writing makes no worse: masters that are missing or of another size,
+/// links to the databases, unfinished files, and what DerivedRows::findings() tells.
 [[nodiscard]] QStringList ofCrash(Connection& connection, const NamedFiles& namedFiles);
 
 /// Of the databases, what leads nowhere, files in Masters that belong to no photo, and a catalogue

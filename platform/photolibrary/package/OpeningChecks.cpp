@@ -305,6 +305,7 @@ Error OpeningChecks::notClosed(const QString& package)
         "written to. Open it in iPhoto and quit. Or, where iPhoto does not run, accept it as "
         "it is: --after-crash does so once its integrity check passes, no row leads nowhere, no "
         "preview or thumbnail is missing, no file or sidecar belongs to nothing, and the "
-        "catalogue can be read. Originals that are missing, and sidecars and catalogues that "
-        "lag, do not matter."_s.arg(package)};
+        "catalogue can be read. Originals that are missing or of another size, links to the "
+        "databases, dates and key photos of events, and sidecars and catalogues that lag, do not "
+        "matter."_s.arg(package)};
 }

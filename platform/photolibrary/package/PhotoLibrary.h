@@ -23,8 +23,7 @@ enum class Access : quint8 { Read, Write };
 struct OpenOptions {
     Access access{Access::Read};
     /// Accept for writing a library that iPhoto did not close properly, once its integrity check
-    /// passes and nothing else is found that a crash may have left, but sidecars and catalogues
-    /// that lag; originals that are missing do not count.
+    /// passes and nothing else is found that a crash may have left (IntegrityCheck::ofCrash).
     bool afterCrash{false};
     /// Asked now and then while the databases are checked, which takes long for a large library;
     /// yes ends the opening with Interrupted. Called on the thread that opens; may be empty.

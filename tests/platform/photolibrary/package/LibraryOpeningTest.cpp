@@ -264,6 +264,31 @@ TEST_F(OpenedLibrary, ofALibraryThatWasNotClosedAMissingOriginalDoesNotMatter)
     EXPECT_TRUE(PhotoLibrary::open(package(), {Access::Write, true}).ok());
 }
 
+TEST_F(OpenedLibrary, ofALibraryThatWasNotClosedWhatWritingMakesNoWorseDoesNotMatter)
+{
+    importOne(u"IMG_1.JPG"_s);
+    change("UPDATE RKMaster SET fileSize=fileSize+1");
+    change("UPDATE RKFolder SET maxImageDate=maxImageDate+5000 WHERE folderType=2 AND isMagic=0");
+    put(u"iLifeShared/AlbumData2.xml"_s, "torn");
+    put(u"Database/.Keywords.plist.0abc123.corvane-new"_s, "half");
+    ASSERT_TRUE(QFile::remove(package() + u"/Database/Library.apdb"_s));
+    leaveOpen();
+    QStringList told;
+    const Result<QList<Finding>> found = open(Access::Read)->verify();
+    for (const Finding& finding : found.value()) {
+        told.append(finding.what);
+    }
+    for (const QString& words : {u"bytes, but"_s,
+                                 u"first or last date"_s,
+                                 u"AlbumData2.xml is damaged"_s,
+                                 u"left unfinished"_s,
+                                 u"link to"_s}) {
+        EXPECT_EQ(told.filter(words).size(), 1) << words.toStdString();
+    }
+    const auto library = PhotoLibrary::open(package(), {Access::Write, true});
+    EXPECT_TRUE(library.ok()) << library.error().message.toStdString();
+}
+
 TEST_F(OpenedLibrary, aDamagedCatalogueIsAProblemThatStopsNothingAndStaysAsItIs)
 {
     importOne(u"IMG_1.JPG"_s);
