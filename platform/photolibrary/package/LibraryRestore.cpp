@@ -5,16 +5,14 @@
 #include "Catalogues.h"
 #include "Clock.h"
 #include "Connection.h"
-#include "FileSystemFlush.h"
-#include "IntegrityCheck.h"
 #include "LibraryErrors.h"
 #include "PackageFiles.h"
 #include "PropertyList.h"
+#include "RestoreStaging.h"
 #include "SystemLog.h"
 #include "WholeFile.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 
@@ -23,32 +21,15 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
 using namespace Qt::StringLiterals;
-
-namespace fs = std::filesystem;
+using RestoreStaging::databasesIn;
+using RestoreStaging::folderIn;
+using RestoreStaging::markIn;
 
 namespace
 {
-
-/// In the package: what is to be put in place, then what was there before. Of the same name in the
-/// staged folder of the databases: a file that tells them apart, which holds the number of the last
-/// turn that the journal tells of, in digits.
-constexpr QLatin1StringView kStaging(".corvane-restore");
-constexpr QLatin1StringView kDatabases("Database");
-
-QString stagingOf(const QString& package)
-{
-    return package + u'/' + kStaging;
-}
-
-QString markIn(const QString& folder)
-{
-    return folder + u'/' + kDatabases + u'/' + kStaging;
-}
 
 QString noteIn(const QString& stateFolder)
 {
@@ -65,133 +46,6 @@ bool isFolder(const QString& path)
 {
     const QFileInfo entry(path);
     return entry.isDir() && !entry.isSymLink();
-}
-
-/// iPhoto has links to the databases beside their folder, which a copy does not hold; folders that
-/// are empty are not copied either.
-Result<void> copyShape(const QString& from, const QString& to)
-{
-    const fs::path source(QFile::encodeName(from).toStdString());
-    const fs::path target(QFile::encodeName(to).toStdString());
-    std::error_code error;
-    for (fs::directory_iterator entry(source, error); !error && entry != fs::directory_iterator();
-         entry.increment(error)) {
-        const fs::path place = target / entry->path().filename();
-        if (entry->is_symlink()) {
-            fs::copy_symlink(entry->path(), place, error);
-            AtomicFile::giveToOwnerOfFolder(QFile::decodeName(place.c_str()));
-        } else if (entry->is_directory()) {
-            fs::create_directory(place, error);
-        }
-    }
-    if (error && error != std::errc::no_such_file_or_directory) {
-        return AtomicFile::errorFromErrno(error.value(), u"write"_s, to);
-    }
-    return {};
-}
-
-/// Whose the new entry is and who may read it follows from what it takes the place of, or from its
-/// folder where there was nothing.
-Result<void> takeOver(const QString& package, const QString& staging, const QString& relative)
-{
-    const QString present = package + u'/' + relative;
-    const QString staged = staging + u'/' + relative;
-    if (QFileInfo::exists(present)) {
-        return AtomicFile::takeOver(present, staged);
-    }
-    AtomicFile::giveToOwnerOfFolder(staged);
-    return {};
-}
-
-/// takeOver() for the folder of the databases and all that is in it, each folder before its
-/// content.
-Result<void> takeOverAll(const QString& package, const QString& staging)
-{
-    Result<void> done = takeOver(package, staging, kDatabases);
-    QDirIterator walk(staging + u'/' + kDatabases,
-                      QDir::Dirs | QDir::Files | QDir::Hidden | QDir::NoSymLinks |
-                          QDir::NoDotAndDotDot,
-                      QDirIterator::Subdirectories);
-    while (done.ok() && walk.hasNext()) {
-        done = takeOver(package, staging, walk.next().mid(staging.size() + 1));
-    }
-    return done;
-}
-
-/// A copy cannot take the place of what lies behind a link: the link would be lost, or what it
-/// leads to would be written at once.
-Result<void> isWithoutLinks(const QString& package, const QString& copy)
-{
-    QStringList parts{kDatabases};
-    parts += Backup::parts(copy);
-    for (const QString& part : std::as_const(parts)) {
-        const bool isOfDatabases = (part + u'/').startsWith(kDatabases + u'/');
-        const QString path = package + u'/' + part;
-        if (isOfDatabases &&
-            (QFileInfo(path).isSymLink() || PackageFiles::leadsOut(package, part))) {
-            return Error{ErrorCode::NotWritable,
-                         u"\"%1\" lies behind a symbolic link, so that no backup can take its "
-                         "place, and nothing was changed. Put the file or folder itself in the "
-                         "place of the link."_s.arg(path)};
-        }
-    }
-    return {};
-}
-
-Result<void> copyDatabases(const QString& copy, const QString& staging)
-{
-    const QStringList parts = Backup::parts(copy);
-    for (const QString& part : parts) {
-        if (!part.startsWith(kDatabases + u'/')) {
-            continue;
-        }
-        const QString to = staging + u'/' + part;
-        const QString folder = QFileInfo(to).path();
-        const Result<void> copied =
-            QDir().mkpath(folder) ? Backup::copyFile(copy + u'/' + part, to)
-                                  : AtomicFile::errorFromErrno(errno, u"make the folder"_s, folder);
-        if (!copied.ok()) {
-            return copied;
-        }
-    }
-    return {};
-}
-
-Result<void> isWhole(const QString& staging, const QString& copy)
-{
-    const Result<std::unique_ptr<Connection>> connection =
-        Connection::open(staging, Connection::Mode::Read);
-    Result<QList<Finding>> damages =
-        connection.ok()
-            ? LibraryErrors::caught(staging,
-                                    [&]() -> Result<QList<Finding>> {
-                                        return IntegrityCheck::ofForm(*connection.value());
-                                    })
-            : Result<QList<Finding>>(connection.error());
-    if (damages.ok() && damages.value().isEmpty()) {
-        return {};
-    }
-    return Error{
-        ErrorCode::Damaged,
-        u"The backup \"%1\" is damaged, so nothing was changed. Choose another one."_s.arg(copy)};
-}
-
-Result<void> makeStaging(const QString& package, const QString& stateFolder, const QString& copy)
-{
-    const QString staging = stagingOf(package);
-    const QString databases = staging + u'/' + kDatabases;
-    Result<void> done = AtomicFile::makeFolder(databases);
-    const FileSystemFlush written(staging);
-    done = done.ok() ? copyShape(package + u'/' + kDatabases, databases) : done;
-    done = done.ok() ? copyDatabases(copy, staging) : done;
-    done = done.ok() ? takeOverAll(package, staging) : done;
-    done = done.ok() ? isWhole(staging, copy) : done;
-    done = done.ok() ? written.flush() : done;
-    done = done.ok()
-               ? AtomicFile::write(markIn(staging), QByteArray::number(lastTurnIn(stateFolder)))
-               : done;
-    done = done.ok() ? AtomicFile::flushFolder(databases) : done;
-    return done.ok() ? AtomicFile::flushFolder(staging) : done;
 }
 
 Result<void> renamed(const QString& from, const QString& to)
@@ -212,7 +66,7 @@ Result<void> exchangeInTwoSteps(const QString& present, const QString& staged)
         }
     }
     Result<void> placed = renamed(staged, present);
-    if (!placed.ok() && QFileInfo::exists(present + u'/' + kStaging)) {
+    if (!placed.ok() && QFileInfo::exists(present + u'/' + RestoreStaging::kFolder)) {
         return {}; // another program's opening has made it good
     }
     if (!placed.ok() && QFileInfo::exists(before)) {
@@ -242,7 +96,7 @@ Result<void> exchange(const QString& present, const QString& staged)
 /// After it no power cut undoes the exchange.
 Result<void> flushExchange(const QString& package)
 {
-    const QString staging = stagingOf(package);
+    const QString staging = folderIn(package);
     Result<void> flushed = AtomicFile::flushFolder(package);
     return flushed.ok() && isFolder(staging) ? AtomicFile::flushFolder(staging) : flushed;
 }
@@ -294,7 +148,7 @@ QStringList putCatalogues(const QString& package, const QString& copy)
     }
     QStringList lagging;
     for (const QString& part : parts) {
-        if (part.startsWith(kDatabases + u'/')) {
+        if (part.startsWith(RestoreStaging::kDatabases + u'/')) {
             continue;
         }
         const Result<void> done = putFile(package, copy, part);
@@ -316,19 +170,20 @@ QStringList putCatalogues(const QString& package, const QString& copy)
 Result<void>
 LibraryRestore::stage(const QString& package, const QString& stateFolder, const QString& copy)
 {
-    if (QFileInfo::exists(stagingOf(package))) {
+    if (QFileInfo::exists(folderIn(package))) {
         return Error{ErrorCode::NotWritable,
                      u"In the library \"%1\" there is \"%2\" already: move it away."_s.arg(
-                         package, kStaging)};
+                         package, RestoreStaging::kFolder)};
     }
-    if (Result<void> replaceable = isWithoutLinks(package, copy); !replaceable.ok()) {
+    if (Result<void> replaceable = RestoreStaging::canTakeThePlace(package, copy);
+        !replaceable.ok()) {
         return replaceable;
     }
     if (Result<void> noted = AtomicFile::write(noteIn(stateFolder), package.toUtf8());
         !noted.ok()) {
         return noted;
     }
-    Result<void> staged = makeStaging(package, stateFolder, copy);
+    Result<void> staged = RestoreStaging::make(package, copy, lastTurnIn(stateFolder));
     if (!staged.ok()) {
         if (const Result<void> swept = sweep(package, stateFolder); !swept.ok()) {
             systemLog(swept.error().message);
@@ -339,8 +194,8 @@ LibraryRestore::stage(const QString& package, const QString& stateFolder, const 
 
 Result<QStringList> LibraryRestore::putInPlace(const QString& package, const QString& copy)
 {
-    const QString present = package + u'/' + kDatabases;
-    if (Result<void> done = exchange(present, stagingOf(package) + u'/' + kDatabases); !done.ok()) {
+    const QString present = databasesIn(package);
+    if (Result<void> done = exchange(present, databasesIn(folderIn(package))); !done.ok()) {
         return done.error();
     }
     if (const Result<void> flushed = flushExchange(package); !flushed.ok()) {
@@ -356,7 +211,7 @@ bool LibraryRestore::isInPlace(const QString& package, const QString& stateFolde
 
 Result<void> LibraryRestore::sweep(const QString& package, const QString& stateFolder)
 {
-    const bool hasDatabases = QFileInfo::exists(package + u'/' + kDatabases);
+    const bool hasDatabases = QFileInfo::exists(databasesIn(package));
     if (!QFileInfo::exists(noteIn(stateFolder)) || !hasDatabases) {
         return {};
     }
@@ -366,7 +221,8 @@ Result<void> LibraryRestore::sweep(const QString& package, const QString& stateF
             return flushed;
         }
     }
-    const QList<PackageFiles::NotRemoved> left = PackageFiles::remove(package, kStaging);
+    const QList<PackageFiles::NotRemoved> left =
+        PackageFiles::remove(package, RestoreStaging::kFolder);
     if (!left.isEmpty()) {
         systemLog(
             u"These files in the library \"%1\" are of no use any more but could not be "
@@ -391,7 +247,7 @@ QList<JournaledTurn> LibraryRestore::turns(const QString& package, const QString
 
 void LibraryRestore::followed(const QString& package, const QString& stateFolder)
 {
-    if (!QFileInfo::exists(stagingOf(package))) { // which could not be swept without the note
+    if (!QFileInfo::exists(folderIn(package))) { // which could not be swept without the note
         QFile::remove(markIn(package));
         QFile::remove(noteIn(stateFolder));
     }
@@ -399,10 +255,10 @@ void LibraryRestore::followed(const QString& package, const QString& stateFolder
 
 void LibraryRestore::resume(const QString& package)
 {
-    const QString present = package + u'/' + kDatabases;
-    const QString staged = stagingOf(package) + u'/' + kDatabases;
+    const QString present = databasesIn(package);
+    const QString staged = databasesIn(folderIn(package));
     if (!QFileInfo::exists(present) && isFolder(staged) &&
-        QFileInfo::exists(markIn(stagingOf(package)))) {
+        QFileInfo::exists(markIn(folderIn(package)))) {
         if (const Result<void> done = renamed(staged, present); !done.ok()) {
             systemLog(done.error().message);
         }

@@ -14,10 +14,9 @@
 namespace LibraryRestore
 {
 
-/// Makes what is to be put in place from the copy at `copy`, flushed, and looks whether its
-/// databases are whole. Each file and folder gets owner, permissions and extended attributes of
-/// what it is to replace. Errors: Damaged, Unreadable, NotWritable (also where databases lie behind
-/// a link), OutOfSpace; then nothing is left of it.
+/// Makes what is to be put in place from the copy at `copy` (RestoreStaging). Errors: Damaged,
+/// Unreadable, NotWritable (also where databases lie behind a link), OutOfSpace; then nothing is
+/// left of it.
 [[nodiscard]] Result<void>
 stage(const QString& package, const QString& stateFolder, const QString& copy);
 /// Puts it in place: the databases at once, then the catalogues. One that cannot be put there, or

@@ -2,6 +2,7 @@
 
 #include "PackageFiles.h"
 #include "Queries.h"
+#include "RestoreStaging.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -156,16 +157,16 @@ QStringList StrayFiles::sidecarsOfNothing(Connection& connection)
 
 QStringList StrayFiles::unfinished(const QString& package)
 {
-    constexpr QLatin1StringView kRestore(".corvane-restore");
     QStringList files = unfinishedIn(package, QString(), QDirIterator::NoIteratorFlags);
     const QStringList folders = QDir(package).entryList(QDir::Dirs | QDir::Hidden |
                                                         QDir::NoSymLinks | QDir::NoDotAndDotDot);
     for (const QString& folder : folders) {
-        if (folder != kRestore && folder != "Masters"_L1) {
+        if (folder != RestoreStaging::kFolder && folder != "Masters"_L1) {
             files << unfinishedIn(package, folder, QDirIterator::Subdirectories);
         }
     }
-    for (const QString& left : {QString(kRestore), "Database/"_L1 + kRestore}) {
+    for (const QString& left :
+         {QString(RestoreStaging::kFolder), "Database/"_L1 + RestoreStaging::kFolder}) {
         if (QFileInfo::exists(package + u'/' + left)) {
             files.append(left);
         }
