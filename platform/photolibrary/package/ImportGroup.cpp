@@ -41,3 +41,20 @@ QString ImportGroup::folder(const QDateTime& stamp)
 {
     return stamp.toString(u"yyyy/MM/dd/yyyyMMdd-HHmmss"_s);
 }
+
+QString ImportGroup::ofMaster(Connection& connection, const QString& master)
+{
+    const QString path = Sql::firstText(
+        connection,
+        "SELECT imagePath FROM RKMaster WHERE uuid=? AND coalesce(fileIsReference,0)=0",
+        master);
+    if (!path.isNull()) {
+        return path.section(u'/', 0, -2);
+    }
+    return Sql::firstText(
+        connection,
+        "SELECT g.importYear||'/'||g.importMonth||'/'||g.importDay||'/'||g.importYear||"
+        "g.importMonth||g.importDay||'-'||g.importTime FROM RKMaster m JOIN RKImportGroup g"
+        " ON g.uuid=m.importGroupUuid WHERE m.uuid=? AND m.fileIsReference<>0",
+        master);
+}

@@ -17,4 +17,9 @@ namespace ImportGroup
 /// "2026/11/21/20261121-104500".
 [[nodiscard]] QString folder(const QDateTime& stamp);
 
+/// The group folder of a master's sidecars: that of its file; of an original outside the package,
+/// whose path tells nothing of it, that of its import. As the databases tell it, which may lead out
+/// of the package; empty where they tell none.
+[[nodiscard]] QString ofMaster(Connection& connection, const QString& master);
+
 } // namespace ImportGroup

@@ -1,5 +1,6 @@
 #include "PhotoFiles.h"
 
+#include "ImportGroup.h"
 #include "PackageFiles.h"
 #include "PathMapping.h"
 #include "Queries.h"
@@ -39,16 +40,6 @@ QString alike(const QString& path)
 QString spelled(const QString& package, const QString& path)
 {
     return PathMapping::inside(package, "Masters"_L1, path).mid(package.size() + 1);
-}
-
-/// "YYYY/MM/DD/YYYYMMDD-HHMMSS"
-QString importGroup(Connection& connection, const QString& master)
-{
-    return Sql::firstText(connection,
-                          "SELECT importYear||'/'||importMonth||'/'||importDay||'/'||importYear||"
-                          "importMonth||importDay||'-'||importTime FROM RKImportGroup g JOIN "
-                          "RKMaster m ON m.importGroupUuid=g.uuid WHERE m.uuid=?",
-                          master);
 }
 
 } // namespace
@@ -105,14 +96,7 @@ void PhotoFiles::addRendered(const QString& root, const QString& path, const QSt
 
 QString PhotoFiles::groupOf(const QString& master) const
 {
-    const bool isReference =
-        Sql::firstInteger(m_connection, "SELECT fileIsReference FROM RKMaster WHERE uuid=?", master)
-            .value_or(1) != 0;
-    // Sidecars lie by the group of the import, also those of an original outside the package.
-    const QString group =
-        isReference ? importGroup(m_connection, master)
-                    : folderOf(Sql::firstText(
-                          m_connection, "SELECT imagePath FROM RKMaster WHERE uuid=?", master));
+    const QString group = ImportGroup::ofMaster(m_connection, master);
     return Uuid::isSafeName(master) && isInside(group) ? group : QString();
 }
 

@@ -2,6 +2,7 @@
 
 #include "PackageFiles.h"
 #include "Queries.h"
+#include "SidecarWriter.h"
 #include "WholeFile.h"
 
 #include <QDir>
@@ -126,11 +127,9 @@ void removeUnfinishedSidecars(Connection& connection, const Changes& changes)
     PackageFiles::removeAllUnfinished(package, u"Database/Albums"_s, u".apalbum"_s);
     PackageFiles::removeAllUnfinished(package, u"Database/Folders"_s, u".apfolder"_s);
     for (const QString& master : changes.masters) {
-        const QString path =
-            Sql::firstText(connection, "SELECT imagePath FROM RKMaster WHERE uuid = ?", master);
-        const QString group = path.section(u'/', 0, -2);
-        if (!group.isEmpty()) {
-            const QString folder = "Database/Versions/"_L1 + group + u'/' + master;
+        const QString folder =
+            SidecarWriter::folderOfMaster(connection, master).mid(package.size() + 1);
+        if (!folder.isEmpty()) {
             PackageFiles::removeAllUnfinished(package, folder, u".apmaster"_s);
             PackageFiles::removeAllUnfinished(package, folder, u".apversion"_s);
         }

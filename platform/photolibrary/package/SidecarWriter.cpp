@@ -1,5 +1,6 @@
 #include "SidecarWriter.h"
 
+#include "ImportGroup.h"
 #include "LibrarySidecars.h"
 #include "PathMapping.h"
 #include "SidecarValues.h"
@@ -40,27 +41,11 @@ void mirrorNotes(QVariantMap& content, Connection& connection, const QString& uu
 
 } // namespace
 
-QString SidecarWriter::folderOfMaster(const QString& uuid)
+QString SidecarWriter::folderOfMaster(Connection& connection, const QString& uuid)
 {
-    // The group of the import. The path of an original outside the package tells nothing of it.
-    QString group = Sql::firstText(
-        m_connection,
-        "SELECT g.importYear||'/'||g.importMonth||'/'||g.importDay||'/'||g.importYear||"
-        "g.importMonth||g.importDay||'-'||g.importTime FROM RKMaster m JOIN RKImportGroup g"
-        " ON g.uuid=m.importGroupUuid WHERE m.uuid=? AND m.fileIsReference<>0",
-        uuid);
-    if (group.isEmpty()) {
-        const QString path = Sql::firstText(
-            m_connection,
-            "SELECT imagePath FROM RKMaster WHERE uuid=? AND coalesce(fileIsReference,0)=0",
-            uuid);
-        if (path.isNull()) {
-            return {};
-        }
-        group = path.section(u'/', 0, -2);
-    }
+    const QString group = ImportGroup::ofMaster(connection, uuid);
     return PathMapping::inside(
-        m_connection.packagePath(), "Database/Versions"_L1, group + u'/' + uuid);
+        connection.packagePath(), "Database/Versions"_L1, group + u'/' + uuid);
 }
 
 Result<void> SidecarWriter::putMaster(const QString& uuid)
@@ -68,7 +53,7 @@ Result<void> SidecarWriter::putMaster(const QString& uuid)
     if (!Uuid::isSafeName(uuid)) {
         return {};
     }
-    const QString folder = folderOfMaster(uuid);
+    const QString folder = folderOfMaster(m_connection, uuid);
     const bool exists =
         Sql::firstInteger(m_connection, "SELECT modelId FROM RKMaster WHERE uuid=?", uuid)
             .has_value();

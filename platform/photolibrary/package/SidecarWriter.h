@@ -21,6 +21,10 @@ public:
     {
     }
 
+    /// Where the sidecars of a master and of its versions lie: absolute, whether or not it exists.
+    /// Empty where the databases tell none in the package.
+    [[nodiscard]] static QString folderOfMaster(Connection& connection, const QString& uuid);
+
     /// Everything that `changes` names. One that cannot be read or put keeps no other from
     /// following; the first error is returned.
     [[nodiscard]] Result<void> put(const Changes& changes);
@@ -29,7 +33,6 @@ public:
     [[nodiscard]] Result<void> putFolder(const QString& uuid);
 
 private:
-    [[nodiscard]] QString folderOfMaster(const QString& uuid);
     [[nodiscard]] Result<void> putMasterFile(const QString& uuid, const QString& folder);
     void mirrorMaster(QVariantMap& content, const QString& uuid);
     void mirrorAlbum(QVariantMap& content, Sql::Query& row);
