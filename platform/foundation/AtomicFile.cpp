@@ -2,6 +2,7 @@
 
 #include "FileDescriptor.h"
 
+#include <QByteArrayView>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -30,7 +31,9 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr const char* kTemporarySuffix = ".corvane-new";
+constexpr QByteArrayView kTemporarySuffix(".corvane-new");
+/// As many as a number of 32 bits has to the base 36.
+constexpr qsizetype kRandomDigits = 7;
 /// Longest file name in bytes on the file systems of Linux.
 constexpr qsizetype kLongestName = 255;
 /// As many links as the kernel follows in one path.
@@ -96,15 +99,14 @@ Result<QByteArray> withoutLinks(const QString& path)
     return target.ok() ? AtomicFile::errorFromErrno(ELOOP, u"write"_s, path) : target;
 }
 
-/// ".NAME.XXXXXXX.corvane-new" beside the target, NAME cut short where that would be too long.
+/// ".NAME.XXXXXXX.corvane-new" beside the target.
 QByteArray temporaryPath(const QByteArray& target)
 {
-    const QByteArray random =
-        QByteArray::number(QRandomGenerator::system()->generate(), 36).rightJustified(7, '0');
-    const QByteArray tail = '.' + random + kTemporarySuffix;
+    const QByteArray random = QByteArray::number(QRandomGenerator::system()->generate(), 36)
+                                  .rightJustified(kRandomDigits, '0');
     const qsizetype slash = target.lastIndexOf('/');
-    const QByteArray name = target.mid(slash + 1, kLongestName - 1 - tail.size());
-    return target.left(slash + 1) + '.' + name + tail;
+    const QByteArray name = AtomicFile::nameInTemporary(target.mid(slash + 1));
+    return target.left(slash + 1) + '.' + name + '.' + random + kTemporarySuffix.toByteArray();
 }
 
 bool writeAll(int descriptor, const QByteArray& bytes)
@@ -253,6 +255,20 @@ Error AtomicFile::errorFromErrno(int errorNumber, const QString& action, const Q
     }
     const QString reason = QString::fromStdString(std::generic_category().message(errorNumber));
     return Error{code, u"Could not %1 \"%2\": %3"_s.arg(action, path, reason)};
+}
+
+QByteArray AtomicFile::nameInTemporary(const QByteArray& name)
+{
+    constexpr qsizetype kAroundIt = 1 + 1 + kRandomDigits + kTemporarySuffix.size();
+    qsizetype size = qMin(name.size(), kLongestName - kAroundIt);
+    // Qt lists no name that ends within a character.
+    const auto isWithinCharacter = [](char byte) { // of UTF-8
+        return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+    };
+    while (size > 0 && size < name.size() && isWithinCharacter(name.at(size))) {
+        --size;
+    }
+    return name.left(size);
 }
 
 Result<void> AtomicFile::write(const QString& path, const QByteArray& bytes, Existing existing)

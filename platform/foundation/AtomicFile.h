@@ -22,6 +22,10 @@ enum class Existing : quint8 { Replace, Refuse };
 [[nodiscard]] Result<void>
 write(const QString& path, const QByteArray& bytes, Existing existing = Existing::Replace);
 
+/// NAME in the temporary name of the file `name`: all of it, or of one that would make that too
+/// long the begin, in whole characters.
+[[nodiscard]] QByteArray nameInTemporary(const QByteArray& name);
+
 /// Makes the folder and its missing parents and flushes what was made.
 [[nodiscard]] Result<void> makeFolder(const QString& path);
 

@@ -268,8 +268,9 @@ void PackageFiles::removeUnfinished(const QString& package,
                                     const QString& folder,
                                     const QString& name)
 {
+    const QString begin = QFile::decodeName(AtomicFile::nameInTemporary(QFile::encodeName(name)));
     removeUnfinishedThat(
-        package, folder, [&name](const QString& finished) { return finished == name; });
+        package, folder, [&begin](const QString& finished) { return finished == begin; });
 }
 
 void PackageFiles::removeAllUnfinished(const QString& package,

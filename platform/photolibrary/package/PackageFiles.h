@@ -50,7 +50,8 @@ void removeAllUnfinished(const QString& package, const QString& folder, const QS
 
 /// Whether AtomicFile gave that name to a file that it was writing.
 [[nodiscard]] bool isUnfinished(const QString& name);
-/// The path that an unfinished file is to bear; that of any other is its own.
+/// The path that an unfinished file is to bear, of a very long name the begin
+/// (AtomicFile::nameInTemporary()); that of any other is its own.
 [[nodiscard]] QString finishedPath(const QString& path);
 
 /// One line for each path with its reason, for a message; of many the first ones and a count.

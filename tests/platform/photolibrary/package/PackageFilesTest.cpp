@@ -1,5 +1,7 @@
 #include "PackageFiles.h"
 
+#include "AtomicFile.h"
+#include "FlushRecorder.h"
 #include "OrdinaryUser.h"
 
 #include <QDir>
@@ -240,6 +242,24 @@ TEST_F(PackageFilesOnDisk, ofUnfinishedFilesOnlyThoseOfThatKindAreRemoved)
     const QStringList left =
         QDir(package() + u'/' + folder).entryList(QDir::Files | QDir::Hidden, QDir::Name);
     EXPECT_EQ(left, names.sliced(1));
+}
+
+TEST_F(PackageFilesOnDisk, anUnfinishedFileIsRemovedHoweverLongTheNameThatItIsToBear)
+{
+    const QString folder = u"Masters/2010"_s;
+    const QString place = QFileInfo(package() + u'/' + folder).canonicalFilePath();
+    const QString characters = QString(120, u'\u00e9'); // of two bytes each
+    for (const QString& name :
+         {QString(240, u'a') + u".JPG"_s, characters + u".JPG"_s, u'a' + characters + u".JPG"_s}) {
+        const FlushRecorder recorder;
+        ASSERT_TRUE(AtomicFile::write(place + u'/' + name, "four").ok());
+        const QStringList flushed = recorder.flushed().values().filter(u".corvane-new"_s);
+        ASSERT_EQ(flushed.size(), 1);
+        writeFile(flushed.first());
+        PackageFiles::removeUnfinished(package(), folder, name);
+        EXPECT_FALSE(QFileInfo::exists(flushed.first())) << flushed.first().toStdString();
+        EXPECT_TRUE(QFileInfo::exists(place + u'/' + name));
+    }
 }
 
 TEST(UnfinishedFile, isOfTheFileWhoseNameItIsToBear)
