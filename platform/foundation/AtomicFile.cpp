@@ -363,6 +363,14 @@ void AtomicFile::giveToOwnerOfFolder(const QString& path)
     }
 }
 
+Result<void> AtomicFile::flushFile(const QString& path)
+{
+    const FileDescriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    return file.isOpen() && flushDescriptor(file.number())
+               ? Result<void>()
+               : errorFromErrno(errno, u"write"_s, path);
+}
+
 Result<void> AtomicFile::flushFolder(const QString& path)
 {
     const FileDescriptor folder(

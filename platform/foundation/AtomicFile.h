@@ -37,6 +37,9 @@ write(const QString& path, const QByteArray& bytes, Existing existing = Existing
 /// is not followed.
 void giveToOwnerOfFolder(const QString& path);
 
+/// Flushes a file's content to disk.
+[[nodiscard]] Result<void> flushFile(const QString& path);
+
 /// Flushes a folder's entries to disk.
 [[nodiscard]] Result<void> flushFolder(const QString& path);
 

@@ -3,10 +3,12 @@
 #include <QFile>
 
 #include <sys/syscall.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <mutex>
+#include <optional>
 #include <utility>
 
 namespace
@@ -17,6 +19,7 @@ struct Record {
     bool isOn{false};
     QSet<QString> paths;
     std::function<bool(const QString&)> fails;
+    std::optional<qint64> fileSystem;
 };
 
 Record& record()
@@ -56,6 +59,7 @@ FlushRecorder::~FlushRecorder()
     const std::lock_guard lock(record().mutex);
     record().isOn = false;
     record().fails = nullptr;
+    record().fileSystem.reset();
 }
 
 QSet<QString> FlushRecorder::flushed() const
@@ -68,6 +72,12 @@ void FlushRecorder::failWhere(std::function<bool(const QString&)> picks)
 {
     const std::lock_guard lock(record().mutex);
     record().fails = std::move(picks);
+}
+
+void FlushRecorder::pretendFileSystem(qint64 type)
+{
+    const std::lock_guard lock(record().mutex);
+    record().fileSystem = type;
 }
 
 // The header names the parameters otherwise.
@@ -85,6 +95,16 @@ extern "C" int fdatasync(int descriptor)
 extern "C" int syncfs(int descriptor)
 {
     return flush(SYS_syncfs, descriptor);
+}
+
+extern "C" int fstatfs(int descriptor, struct statfs* found)
+{
+    const auto result = static_cast<int>(::syscall(SYS_fstatfs, descriptor, found));
+    const std::lock_guard lock(record().mutex);
+    if (result == 0 && record().fileSystem) {
+        found->f_type = static_cast<decltype(found->f_type)>(*record().fileSystem);
+    }
+    return result;
 }
 
 // NOLINTEND(readability-inconsistent-declaration-parameter-name)

@@ -6,8 +6,8 @@
 #include <functional>
 
 /// Tells which files and folders were flushed while it lives (a file system by the folder that was
-/// named), and lets flushes fail. The test's
-/// executable links FlushRecorder.cpp, whose fsync, fdatasync and syncfs take the place of the C
+/// named), lets flushes fail, and lets the file system seem to be another. The test's executable
+/// links FlushRecorder.cpp, whose fsync, fdatasync, syncfs and fstatfs take the place of the C
 /// library's. One at a time.
 class FlushRecorder final
 {
@@ -22,4 +22,7 @@ public:
 
     /// Flushes of paths that it picks fail with EIO.
     void failWhere(std::function<bool(const QString&)> picks);
+
+    /// Every file system has that type (f_type of fstatfs).
+    void pretendFileSystem(qint64 type);
 };

@@ -134,7 +134,7 @@ Result<void> copyAll(const QString& package, const QString& target, Backup::OfDa
             return copied;
         }
     }
-    return written.flush();
+    return Backup::flush(written, target);
 }
 
 /// A name behind those of all copies that are there, also where the clock was set back meanwhile:
@@ -212,6 +212,12 @@ Result<void> Backup::copyFile(const QString& from, const QString& to)
     }
     QFile::setPermissions(to, QFile::permissions(to) | QFile::WriteOwner);
     return {};
+}
+
+Result<void> Backup::flush(const FileSystemFlush& written, const QString& copy)
+{
+    const Result<void> done = FileSystemFlush::eachBelow(copy + u'/' + kDatabaseFolder);
+    return done.ok() ? written.flush() : done;
 }
 
 QDateTime Backup::momentOf(const QString& name)

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+class FileSystemFlush;
+
 /// Dated copies of a library's databases and catalogues, outside the package. Any thread.
 namespace Backup
 {
@@ -36,7 +38,10 @@ enum class OfDamaged : quint8 {
 /// folder of the databases, each of the three, and the whole folders of sidecars are found behind
 /// links too; a link within those folders leads to what the library does not write.
 [[nodiscard]] QStringList parts(const QString& package);
-/// Copies a file that no connection has open; nothing is flushed (FileSystemFlush).
+/// Copies a file that no connection has open; nothing is flushed.
 [[nodiscard]] Result<void> copyFile(const QString& from, const QString& to);
+/// Flushes a copy, or what is to be put in place of one, of whose folder `written` is: the files of
+/// the databases one by one in any case, since they are few and everything else follows from them.
+[[nodiscard]] Result<void> flush(const FileSystemFlush& written, const QString& copy);
 
 } // namespace Backup

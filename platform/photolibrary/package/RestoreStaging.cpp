@@ -160,7 +160,7 @@ Result<void> RestoreStaging::make(const QString& package, const QString& copy, q
     done = done.ok() ? copyDatabases(copy, staging) : done;
     done = done.ok() ? takeOverAll(package, staging) : done;
     done = done.ok() ? isWhole(staging, copy) : done;
-    done = done.ok() ? written.flush() : done;
+    done = done.ok() ? Backup::flush(written, staging) : done;
     done = done.ok() ? AtomicFile::write(markIn(staging), QByteArray::number(lastTurn)) : done;
     done = done.ok() ? AtomicFile::flushFolder(databases) : done;
     return done.ok() ? AtomicFile::flushFolder(staging) : done;

@@ -147,6 +147,21 @@ TEST_F(BackupsOfALibrary, aCopyIsFlushedWholeBeforeItBearsItsName)
     EXPECT_TRUE(recorder.flushed().contains(QFileInfo(copy).path()));
 }
 
+TEST_F(BackupsOfALibrary, theDatabasesOfACopyAreFlushedOneByOne)
+{
+    const FlushRecorder recorder;
+    const Result<QString> made = Backup::make(package(), ownFolder());
+    ASSERT_TRUE(made.ok()) << made.error().message.toStdString();
+    const QString copy = QFileInfo(made.value()).canonicalFilePath();
+    const QStringList databases =
+        QDir(copy + u"/Database/apdb"_s).entryList(QDir::Files | QDir::Hidden);
+    ASSERT_TRUE(databases.contains(u"Library.apdb"_s));
+    for (const QString& name : databases) {
+        EXPECT_TRUE(recorder.flushed().contains(copy + u".unfinished/Database/apdb/"_s + name))
+            << name.toStdString();
+    }
+}
+
 TEST_F(BackupsOfALibrary, aCopyThatCannotBeFlushedIsNone)
 {
     FlushRecorder recorder;

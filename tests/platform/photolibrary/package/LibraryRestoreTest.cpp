@@ -188,6 +188,19 @@ TEST_F(LibraryRestoreTest, cutOffAfterTheExchangeTurnsFromBeforeItAreForgotten)
     EXPECT_EQ(journal(), QByteArray());
 }
 
+TEST_F(LibraryRestoreTest, theDatabasesThatItPutsInPlaceAreFlushedOneByOne)
+{
+    const FlushRecorder recorder;
+    ASSERT_TRUE(LibraryRestore::stage(package(), m_state, m_backup.path).ok());
+    const QString staged =
+        QFileInfo(package()).canonicalFilePath() + u"/.corvane-restore/Database/apdb"_s;
+    const QStringList databases = QDir(staged).entryList(QDir::Files | QDir::Hidden);
+    ASSERT_TRUE(databases.contains(u"Library.apdb"_s));
+    for (const QString& name : databases) {
+        EXPECT_TRUE(recorder.flushed().contains(staged + u'/' + name)) << name.toStdString();
+    }
+}
+
 TEST_F(LibraryRestoreTest, cataloguesThatWereUnfinishedWhenItWasCutOffAreRemoved)
 {
     const QStringList ours{u".AlbumData.xml.0abc123.corvane-new"_s,
