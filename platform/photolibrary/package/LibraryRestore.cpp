@@ -21,7 +21,7 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <utility>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 using RestoreStaging::databasesIn;
@@ -36,7 +36,7 @@ QString noteIn(const QString& stateFolder)
     return stateFolder + "/restore"_L1;
 }
 
-qint64 lastTurnIn(const QString& stateFolder)
+qint64 lastJournaledTurn(const QString& stateFolder)
 {
     const QList<JournaledTurn> turns = TurnJournal::read(stateFolder);
     return turns.isEmpty() ? 0 : turns.last().number;
@@ -183,7 +183,7 @@ LibraryRestore::stage(const QString& package, const QString& stateFolder, const 
         !noted.ok()) {
         return noted;
     }
-    Result<void> staged = RestoreStaging::make(package, copy, lastTurnIn(stateFolder));
+    Result<void> staged = RestoreStaging::make(package, copy, lastJournaledTurn(stateFolder));
     if (!staged.ok()) {
         if (const Result<void> swept = sweep(package, stateFolder); !swept.ok()) {
             systemLog(swept.error().message);
@@ -236,11 +236,11 @@ Result<void> LibraryRestore::sweep(const QString& package, const QString& stateF
 QList<JournaledTurn> LibraryRestore::turns(const QString& package, const QString& stateFolder)
 {
     QList<JournaledTurn> turns = TurnJournal::read(stateFolder);
-    QFile mark(markIn(package));
-    if (isInPlace(package, stateFolder) && mark.open(QIODevice::ReadOnly)) {
-        const qint64 lastBefore = mark.readAll().toLongLong();
-        turns.removeIf(
-            [lastBefore](const JournaledTurn& turn) { return turn.number <= lastBefore; });
+    if (isInPlace(package, stateFolder)) {
+        const std::optional<qint64> lastBefore = RestoreStaging::lastTurnOf(markIn(package));
+        turns.removeIf([lastBefore](const JournaledTurn& turn) {
+            return !lastBefore || turn.number <= *lastBefore;
+        });
     }
     return turns;
 }

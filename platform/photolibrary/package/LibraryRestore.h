@@ -33,7 +33,9 @@ stage(const QString& package, const QString& stateFolder, const QString& copy);
 /// The turns that the journal tells of, without those that were noted before databases were put in
 /// place: what they made stays, since for databases of an earlier day it looks like what no photo
 /// needs, and what was to follow them has nothing to follow. A restore that is cut off before the
-/// exchange forgets no turn, and one that is cut off after it all of them.
+/// exchange forgets no turn, and one that is cut off after it all of them. Where the mark cannot be
+/// read, so that nobody knows which those are, none is told: then at most files stay that no photo
+/// needs, and sidecars lag.
 [[nodiscard]] QList<JournaledTurn> turns(const QString& package, const QString& stateFolder);
 /// The catalogues follow what was put in place, or cannot, and the journal tells of no turn before
 /// it any more: the note goes.

@@ -7,6 +7,7 @@
 #include "IntegrityCheck.h"
 #include "LibraryErrors.h"
 #include "PackageFiles.h"
+#include "WholeFile.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -130,6 +131,15 @@ QString RestoreStaging::databasesIn(const QString& folder)
 QString RestoreStaging::markIn(const QString& folder)
 {
     return databasesIn(folder) + u'/' + kFolder;
+}
+
+std::optional<qint64> RestoreStaging::lastTurnOf(const QString& mark)
+{
+    constexpr qint64 kMostDigits = 19; // of 64 bits
+    const Result<QByteArray> digits = WholeFile::read(mark, kMostDigits);
+    bool isNumber = false;
+    const qint64 number = digits.ok() ? digits.value().toLongLong(&isNumber) : 0;
+    return isNumber ? std::optional(number) : std::nullopt;
 }
 
 Result<void> RestoreStaging::canTakeThePlace(const QString& package, const QString& copy)

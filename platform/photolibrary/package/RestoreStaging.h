@@ -5,6 +5,8 @@
 #include <QLatin1StringView>
 #include <QString>
 
+#include <optional>
+
 /// What a restore is to put in place, made whole in a folder of the package first. Thread: any,
 /// with the writer's lock.
 namespace RestoreStaging
@@ -21,6 +23,8 @@ inline constexpr QLatin1StringView kDatabases("Database");
 /// Beside those databases: a file that tells what a restore made from what was there before. It
 /// holds the number of the last turn that the journal told of, in digits.
 [[nodiscard]] QString markIn(const QString& folder);
+/// That number; nothing where the mark cannot be read.
+[[nodiscard]] std::optional<qint64> lastTurnOf(const QString& mark);
 
 /// Whether the databases of a package can be exchanged: a copy cannot take the place of what lies
 /// behind a link, since the link would be lost, or what it leads to would be written at once.

@@ -10,6 +10,8 @@
 #include <QFileInfo>
 #include <QThread>
 
+#include <sys/stat.h>
+
 #include <csignal>
 #include <optional>
 
@@ -89,6 +91,18 @@ protected:
         journal.write("{\"turn\":" + QByteArray::number(number) + ",\"made\":[\"" + made.toUtf8() +
                       "\"]}\n");
     }
+
+    /// A restore that is cut off after the exchange, beside a turn from before it that made a photo
+    /// which the backup does not know; returns the photo's file.
+    [[nodiscard]] QString cutOffAfterATurn() const
+    {
+        QString later = fileIn(u"Masters"_s, u"Later.jpg"_s);
+        noteTurn(7, later);
+        cutOffAfterTheExchange();
+        return later;
+    }
+
+    [[nodiscard]] QString mark() const { return package() + u"/Database/.corvane-restore"_s; }
 
     [[nodiscard]] QByteArray journal() const
     {
@@ -180,12 +194,36 @@ TEST_F(LibraryRestoreTest, cutOffBeforeTheExchangeATurnOfAnEarlierCrashIsStillKn
 
 TEST_F(LibraryRestoreTest, cutOffAfterTheExchangeTurnsFromBeforeItAreForgotten)
 {
-    const QString later = fileIn(u"Masters"_s, u"Later.jpg"_s);
-    noteTurn(7, later);
-    cutOffAfterTheExchange();
+    const QString later = cutOffAfterATurn();
     ASSERT_TRUE(open(Access::Write)->close().ok());
     EXPECT_TRUE(isThere(later)) << "for the older databases it looks like half a turn";
     EXPECT_EQ(journal(), QByteArray());
+}
+
+TEST_F(LibraryRestoreTest, aMarkThatMayNotBeReadForgetsEveryTurn)
+{
+    const QString later = cutOffAfterATurn();
+    const OrdinaryUser user({folder()});
+    const WithPermissions closed(mark(), 0000);
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_TRUE(isThere(later));
+}
+
+TEST_F(LibraryRestoreTest, aMarkThatIsAPipeForgetsEveryTurn)
+{
+    const QString later = cutOffAfterATurn();
+    ASSERT_TRUE(QFile::remove(mark()));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(mark()).constData(), 0600), 0);
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_TRUE(isThere(later));
+}
+
+TEST_F(LibraryRestoreTest, aMarkWithoutANumberForgetsEveryTurn)
+{
+    const QString later = cutOffAfterATurn();
+    write(u"Database/.corvane-restore"_s, "");
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    EXPECT_TRUE(isThere(later));
 }
 
 TEST_F(LibraryRestoreTest, theDatabasesThatItPutsInPlaceAreFlushedOneByOne)
