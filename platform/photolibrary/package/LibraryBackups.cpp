@@ -184,9 +184,15 @@ Result<ConnectionPtr> lockedDatabases(const QString& package, bool afterCrash)
 /// on.
 Result<void> clearAway(const Places& places, const Result<QStringList>& lagging)
 {
-    Result<void> swept = LibraryRestore::sweep(places.package, places.state);
-    if (!swept.ok() || !lagging.ok()) {
-        return swept;
+    const Result<QString> swept = LibraryRestore::sweep(places.package, places.state);
+    if (!swept.ok()) {
+        return swept.error();
+    }
+    if (!swept.value().isNull()) {
+        systemLog(swept.value()); // which the next opening warns of
+    }
+    if (!lagging.ok()) {
+        return {};
     }
     const Result<std::unique_ptr<TurnJournal>> journal = TurnJournal::open(places.state);
     Result<void> forgotten = journal.ok() ? journal.value()->clearBut({}, {})
@@ -234,7 +240,7 @@ replaced(const Places& places, const LibraryBackup& from, bool afterCrash)
     if (!locked.ok()) {
         return locked.error();
     }
-    if (const Result<void> swept = LibraryRestore::sweep(package, places.state); !swept.ok()) {
+    if (const Result<QString> swept = LibraryRestore::sweep(package, places.state); !swept.ok()) {
         return swept.error();
     }
     if (const Result<void> staged = LibraryRestore::stage(package, places.state, from.path);

@@ -139,8 +139,8 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
     if (!outcome.ok()) {
         return outcome.error();
     }
-    if (const Result<void> swept = LibraryRestore::sweep(places.package, places.state);
-        !swept.ok()) {
+    const Result<QString> swept = LibraryRestore::sweep(places.package, places.state);
+    if (!swept.ok()) {
         return swept.error();
     }
     connection->database().setBusyTimeout(Connection::kBusyMilliseconds);
@@ -156,6 +156,9 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
     QStringList lasting = warnings.lasting;
     if (!outcome.value().notRemoved.isEmpty()) {
         lasting << notRemoved(places.package, outcome.value().notRemoved);
+    }
+    if (!swept.value().isNull()) {
+        lasting << swept.value();
     }
     library->setPassingWarning(warnings.passing, warnings.milliseconds);
     const Result<void> followed = library->synchronise();

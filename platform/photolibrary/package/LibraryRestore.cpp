@@ -185,8 +185,10 @@ LibraryRestore::stage(const QString& package, const QString& stateFolder, const 
     }
     Result<void> staged = RestoreStaging::make(package, copy, lastJournaledTurn(stateFolder));
     if (!staged.ok()) {
-        if (const Result<void> swept = sweep(package, stateFolder); !swept.ok()) {
-            systemLog(swept.error().message);
+        const Result<QString> swept = sweep(package, stateFolder);
+        const QString told = swept.ok() ? swept.value() : swept.error().message;
+        if (!told.isNull()) {
+            systemLog(told);
         }
     }
     return staged;
@@ -209,28 +211,29 @@ bool LibraryRestore::isInPlace(const QString& package, const QString& stateFolde
     return QFileInfo::exists(noteIn(stateFolder)) && QFileInfo::exists(markIn(package));
 }
 
-Result<void> LibraryRestore::sweep(const QString& package, const QString& stateFolder)
+Result<QString> LibraryRestore::sweep(const QString& package, const QString& stateFolder)
 {
     const bool hasDatabases = QFileInfo::exists(databasesIn(package));
     if (!QFileInfo::exists(noteIn(stateFolder)) || !hasDatabases) {
-        return {};
+        return QString();
     }
     const bool wasPutInPlace = isInPlace(package, stateFolder);
     if (wasPutInPlace) {
-        if (Result<void> flushed = flushExchange(package); !flushed.ok()) {
-            return flushed;
+        if (const Result<void> flushed = flushExchange(package); !flushed.ok()) {
+            return flushed.error();
         }
     }
     const QList<PackageFiles::NotRemoved> left =
         PackageFiles::remove(package, RestoreStaging::kFolder);
     if (!left.isEmpty()) {
-        systemLog(
-            u"These files in the library \"%1\" are of no use any more but could not be "
-            "removed; the next run tries again:\n%2"_s.arg(package, PackageFiles::listed(left)));
-    } else if (!wasPutInPlace) {
+        return u"A restore left these files in the library \"%1\", which could not be removed; the "
+               "next run tries again, make their folders writable:\n%2"_s.arg(
+                   package, PackageFiles::listed(left));
+    }
+    if (!wasPutInPlace) {
         QFile::remove(noteIn(stateFolder));
     }
-    return {};
+    return QString();
 }
 
 QList<JournaledTurn> LibraryRestore::turns(const QString& package, const QString& stateFolder)
@@ -247,8 +250,8 @@ QList<JournaledTurn> LibraryRestore::turns(const QString& package, const QString
 
 void LibraryRestore::followed(const QString& package, const QString& stateFolder)
 {
+    QFile::remove(markIn(package));
     if (!QFileInfo::exists(folderIn(package))) { // which could not be swept without the note
-        QFile::remove(markIn(package));
         QFile::remove(noteIn(stateFolder));
     }
 }

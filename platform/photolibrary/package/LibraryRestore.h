@@ -24,9 +24,10 @@ stage(const QString& package, const QString& stateFolder, const QString& copy);
 /// does not follow them all the same. Errors: NotWritable, and the library is as it was.
 [[nodiscard]] Result<QStringList> putInPlace(const QString& package, const QString& copy);
 /// Removes what stage() made, or a restore that was cut off left, and after putInPlace() what was
-/// there before. Where databases isInPlace() the note stays. Errors: what was put in place could
-/// not be flushed; then all stays.
-[[nodiscard]] Result<void> sweep(const QString& package, const QString& stateFolder);
+/// there before. Where databases isInPlace() the note stays, as it does for the next run where not
+/// all could be removed: then returns a sentence that tells what is left, else nothing. Errors:
+/// what was put in place could not be flushed; then all stays.
+[[nodiscard]] Result<QString> sweep(const QString& package, const QString& stateFolder);
 /// Whether the databases in the package were put in place and the catalogues may not have followed
 /// yet: each run that writes to the library makes them follow, until followed().
 [[nodiscard]] bool isInPlace(const QString& package, const QString& stateFolder);
@@ -38,7 +39,7 @@ stage(const QString& package, const QString& stateFolder, const QString& copy);
 /// needs, and sidecars lag.
 [[nodiscard]] QList<JournaledTurn> turns(const QString& package, const QString& stateFolder);
 /// The catalogues follow what was put in place, or cannot, and the journal tells of no turn before
-/// it any more: the note goes.
+/// it any more: nothing isInPlace() from now on, and the note goes unless something is to be swept.
 void followed(const QString& package, const QString& stateFolder);
 
 /// Where a kill between two renames left a library without its databases, the second is made good.

@@ -1,5 +1,6 @@
 #include "LibraryRestore.h"
 
+#include "Backup.h"
 #include "ChildProcess.h"
 #include "DamagedLibrary.h"
 #include "FlushRecorder.h"
@@ -224,6 +225,33 @@ TEST_F(LibraryRestoreTest, aMarkWithoutANumberForgetsEveryTurn)
     write(u"Database/.corvane-restore"_s, "");
     ASSERT_TRUE(open(Access::Write)->close().ok());
     EXPECT_TRUE(isThere(later));
+}
+
+TEST_F(LibraryRestoreTest, whatCannotBeRemovedIsAWarning)
+{
+    cutOffAfterTheExchange();
+    const OrdinaryUser user({folder()});
+    const WithPermissions closed(package() + u"/.corvane-restore/Database/apdb"_s, 0555);
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    const QString told = library->warnings().join(u'\n');
+    EXPECT_TRUE(told.contains(".corvane-restore/Database/apdb/Library.apdb"_L1))
+        << told.toStdString();
+}
+
+TEST_F(LibraryRestoreTest, whatCannotBeRemovedCostsNoCopyAtEachOpening)
+{
+    cutOffAfterTheExchange();
+    const OrdinaryUser user({folder()});
+    {
+        const WithPermissions closed(package() + u"/.corvane-restore/Database/apdb"_s, 0555);
+        ASSERT_TRUE(open(Access::Write)->close().ok());
+        const QString backups = QFileInfo(m_backup.path).path();
+        const QStringList copies = Backup::names(backups);
+        ASSERT_TRUE(open(Access::Write)->close().ok());
+        EXPECT_EQ(Backup::names(backups), copies);
+    }
+    expectEitherState();
 }
 
 TEST_F(LibraryRestoreTest, theDatabasesThatItPutsInPlaceAreFlushedOneByOne)
