@@ -176,7 +176,7 @@ std::optional<QString> PictureDamage::complaint(const SmallPicture& decoded,
                                                 const QImage& preview)
 {
     return complaintOf(decoded, shown, [&] {
-        return SceneComparison::isToned(SceneComparison::Views::of(preview));
+        return SceneComparison::isMonochrome(SceneComparison::Views::of(preview));
     });
 }
 

@@ -127,9 +127,12 @@ void markFarPlaces(std::vector<Place>& places, const ComparedPlaces& compared)
             samples.push_back({placeAt(index), compared.bestStep(placeAt(index))});
         }
     }
-    const EvenSteps steps(samples);
+    const auto steps = EvenSteps::of(samples);
+    if (!steps) {
+        return;
+    }
     for (int index = 0; index < kPlaces * kPlaces; ++index) {
-        places[static_cast<std::size_t>(index)].isFar = steps.lengthAt(placeAt(index)) > kFar;
+        places[static_cast<std::size_t>(index)].isFar = steps->lengthAt(placeAt(index)) > kFar;
     }
 }
 

@@ -15,11 +15,17 @@ namespace
 
 constexpr QSize kColorGrid(64, 64);
 
-/// Whether one view of the colour depends on lightness alone.
-bool isTonedIn(const SmallPicture& lightness, const SmallPicture& color)
+/// Deviation of a colour among places of one lightness below which a picture hardly has colours
+/// that a rendering could be judged or guided by.
+constexpr double kHardlyColored = 0.015;
+
+/// The same where there is none but what the rounding of JPEG leaves.
+constexpr double kUncolored = 0.003;
+
+/// Whether one view of the colour depends on lightness alone, but for such a deviation.
+bool isTonedIn(const SmallPicture& lightness, const SmallPicture& color, double deviation)
 {
-    constexpr std::size_t kSteps = 16;
-    constexpr double kColored = 0.015;
+    constexpr std::size_t kSteps = 64; // within which a tint hardly changes
     std::array<double, kSteps> sums{};
     std::array<double, kSteps> squares{};
     std::array<double, kSteps> counts{};
@@ -35,7 +41,13 @@ bool isTonedIn(const SmallPicture& lightness, const SmallPicture& color)
     for (std::size_t step = 0; step < kSteps; ++step) {
         rest += squares.at(step) - sums.at(step) * sums.at(step) / std::max(counts.at(step), 1.0);
     }
-    return rest <= kColored * kColored * static_cast<double>(color.values().size());
+    return rest <= deviation * deviation * static_cast<double>(color.values().size());
+}
+
+bool isTonedBut(double deviation, const SceneComparison::Views& shown)
+{
+    return isTonedIn(shown.lightness, shown.redBlue, deviation) &&
+           isTonedIn(shown.lightness, shown.greenMagenta, deviation);
 }
 
 /// Whether the colours are far apart on the whole, or one picture's are where the other's are not,
@@ -56,8 +68,12 @@ bool isContrary(const std::pair<SmallPicture, SmallPicture>& colors)
 
 bool SceneComparison::isToned(const Views& shown)
 {
-    return isTonedIn(shown.lightness, shown.redBlue) &&
-           isTonedIn(shown.lightness, shown.greenMagenta);
+    return isTonedBut(kHardlyColored, shown);
+}
+
+bool SceneComparison::isMonochrome(const Views& shown)
+{
+    return isTonedBut(kUncolored, shown);
 }
 
 SceneComparison::Views SceneComparison::Views::of(const Bitmap& bitmap)
@@ -83,7 +99,8 @@ bool SceneComparison::hasOtherColors(const Views& picture,
     const auto redBlue = laidOver(picture.redBlue, shown.redBlue, overlay, kColorGrid);
     const auto greenMagenta =
         laidOver(picture.greenMagenta, shown.greenMagenta, overlay, kColorGrid);
-    if (isTonedIn(lightness, redBlue.second) && isTonedIn(lightness, greenMagenta.second)) {
+    if (isTonedIn(lightness, redBlue.second, kHardlyColored) &&
+        isTonedIn(lightness, greenMagenta.second, kHardlyColored)) {
         return false;
     }
     return isContrary(redBlue) || isContrary(greenMagenta);

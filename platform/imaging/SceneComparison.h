@@ -58,8 +58,13 @@ struct Views {
     [[nodiscard]] static Views of(const QImage& image);
 };
 
-/// Whether the colour depends on lightness alone, as in black and white pictures and toned ones.
+/// Whether the colour nearly depends on lightness alone, as in black and white pictures and toned
+/// ones, but also in those of pale scenes: fog, snow, concrete.
 [[nodiscard]] bool isToned(const Views& shown);
+
+/// Whether it does so wholly: a picture in black and white, or in one tint, was made of one channel,
+/// and any colour of the scene may be lighter or darker in it.
+[[nodiscard]] bool isMonochrome(const Views& shown);
 
 /// Whether a picture that shows the same scene as `shown`, laid over it so, has its colours wrong:
 /// far off on the whole, or exchanged. False where `shown` is in black and white, or toned in one
