@@ -139,6 +139,11 @@ bool differsInPlaces(const SmallPicture& decoded, const SmallPicture& shown)
     return marked.largestPatch() >= kEnough;
 }
 
+bool isMonochrome(const QImage& shown)
+{
+    return SceneComparison::isMonochrome(SceneComparison::Views::of(shown));
+}
+
 /// `isFiltered` tells whether the lightness of single colours may be any in what is shown.
 std::optional<QString> complaintOf(const SmallPicture& decoded,
                                    const SmallPicture& shown,
@@ -175,9 +180,7 @@ std::optional<QString> PictureDamage::complaint(const SmallPicture& decoded,
                                                 const SmallPicture& shown,
                                                 const QImage& preview)
 {
-    return complaintOf(decoded, shown, [&] {
-        return SceneComparison::isMonochrome(SceneComparison::Views::of(preview));
-    });
+    return complaintOf(decoded, shown, [&] { return isMonochrome(preview); });
 }
 
 std::optional<QString> PictureDamage::thumbnailComplaint(const SmallPicture& decoded,
@@ -193,4 +196,17 @@ std::optional<QString> PictureDamage::thumbnailComplaint(const SmallPicture& dec
                ? std::optional(QStringLiteral("a part of it does not show what its thumbnail "
                                               "shows, its picture data is corrupt"))
                : std::nullopt;
+}
+
+std::optional<QString> PictureDamage::exifThumbnailComplaint(const Bitmap& decoded,
+                                                             const QImage& thumbnail)
+{
+    const auto found = complaintOf(SmallPicture::of(decoded), SmallPicture::of(thumbnail), [&] {
+        return SceneComparison::isMonochrome(SceneComparison::Views::of(decoded)) !=
+               isMonochrome(thumbnail);
+    });
+    return found ? std::optional(QStringLiteral(
+                       "it does not show what its thumbnail shows, its picture data is corrupt or "
+                       "a program changed the picture and left the thumbnail"))
+                 : std::nullopt;
 }

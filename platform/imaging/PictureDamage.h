@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Bitmap.h"
 #include "SmallPicture.h"
 
 #include <QImage>
@@ -22,5 +23,11 @@ complaint(const SmallPicture& decoded, const SmallPicture& shown, const QImage& 
 /// where only the lightness of places differs.
 [[nodiscard]] std::optional<QString> thumbnailComplaint(const SmallPicture& decoded,
                                                         const SmallPicture& shown);
+
+/// The same by the thumbnail in a JPEG file's Exif block, which programs that change the picture
+/// leave as it was: its tones tell nothing, and where only one of the two is in black and white,
+/// only what is lost does.
+[[nodiscard]] std::optional<QString> exifThumbnailComplaint(const Bitmap& decoded,
+                                                            const QImage& thumbnail);
 
 } // namespace PictureDamage

@@ -106,20 +106,19 @@ std::optional<QString> SourcePicture::judge(const SourceFile& file)
     }
     m_preview = file.preview();
     if (m_preview) {
-        return complaintBy(m_preview->image);
+        return PictureDamage::thumbnailComplaint(SmallPicture::of(bitmap),
+                                                 SmallPicture::of(m_preview->image));
     }
     const std::optional<QImage> thumbnail = file.thumbnail(bitmap.size());
-    return thumbnail ? complaintBy(*thumbnail) : std::nullopt;
+    return thumbnail ? PictureDamage::exifThumbnailComplaint(bitmap, *thumbnail) : std::nullopt;
 }
 
 std::optional<QString> SourcePicture::complaintBy(const QImage& shown) const
 {
-    const SmallPicture preview = SmallPicture::of(shown);
-    if (const auto* const raw = std::get_if<RawPhoto>(&m_content)) {
-        return PictureDamage::complaint(SmallPicture::of(raw->reduced()), preview, shown);
-    }
-    return PictureDamage::thumbnailComplaint(SmallPicture::of(std::get<Bitmap>(m_content)),
-                                             preview);
+    const auto* const raw = std::get_if<RawPhoto>(&m_content);
+    const SmallPicture small =
+        SmallPicture::of(raw != nullptr ? raw->reduced() : std::get<Bitmap>(m_content));
+    return PictureDamage::complaint(small, SmallPicture::of(shown), shown);
 }
 
 // A RAW file is also judged without a preview, since its sensor's data could be any values.

@@ -73,7 +73,7 @@ using AlbumPtr = std::shared_ptr<Album>;
 struct PhotoEvidence {
     QStringList files;   ///< absolute paths of the photo's own image files (masters, preview)
     QString previewPath; ///< largest rendered picture of it, upright; empty when there is none
-    bool edited{false};  ///< the rendered picture shows edits that the master lacks
+    bool edited{false};  ///< the rendered picture shows edits that the master lacks, or may be old
     /// Clockwise degrees (0, 90, 180, 270) from the master's stored pixels to the rendered picture.
     int rotation{0};
 };

@@ -31,7 +31,7 @@ struct Record {
     QVariant preview;
     QVariant miniature;
     qint64 rotation{0};
-    qint64 isEdited{0};
+    qint64 mayBeEdited{0};
     PathMapping::MasterPlace alternate;
     QString volumeFolder;
 };
@@ -39,7 +39,8 @@ struct Record {
 constexpr const char* kRecord =
     "SELECT m.fileName, v.name, v.imageDate, v.imageTimeZoneName, v.processedWidth,"
     " v.processedHeight, v.mainRating, m.imagePath, m.fileIsReference, p.fullSizePreviewPath,"
-    " p.miniThumbnailPath, v.rotation, v.hasEnabledAdjustments, m.fileVolumeUuid,"
+    " p.miniThumbnailPath, v.rotation,"
+    " v.hasEnabledAdjustments <> 0 OR p.fullSizePreviewUpToDate = 0, m.fileVolumeUuid,"
     " a.imagePath, a.fileIsReference, a.fileVolumeUuid"
     " FROM RKVersion v"
     " JOIN RKMaster m ON m.uuid = coalesce(v.rawMasterUuid, v.masterUuid)"
@@ -74,7 +75,7 @@ std::optional<Record> recordOf(Connection& connection, qint64 id)
     record.preview = Sql::value(query.column(column++));
     record.miniature = Sql::value(query.column(column++));
     record.rotation = query.column(column++).getInt64();
-    record.isEdited = query.column(column++).getInt64();
+    record.mayBeEdited = query.column(column++).getInt64();
     const QString volume = Sql::text(query.column(column++));
     record.alternate.imagePath = Sql::text(query.column(column++));
     record.alternate.isReference = query.column(column++).getInt64() != 0;
@@ -367,7 +368,7 @@ PhotoEvidence PackagePhoto::evidence()
     }
     const QString& package = m_library->path();
     evidence.previewPath = below(package, "Previews"_L1, record->preview);
-    evidence.edited = record->isEdited != 0;
+    evidence.edited = record->mayBeEdited != 0;
     evidence.rotation = static_cast<int>(record->rotation);
     const QString alternate = record->alternate.imagePath.isEmpty()
                                   ? QString()

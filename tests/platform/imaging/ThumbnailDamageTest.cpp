@@ -24,6 +24,17 @@ std::optional<QString> thumbnailComplaint(const Bitmap& picture, const QImage& t
                                              SmallPicture::of(thumbnail));
 }
 
+/// Half as light again in a square that covers places of the thumbnail.
+Bitmap dodged(Bitmap picture)
+{
+    for (int y = 120; y < 280; ++y) {
+        for (quint16& value : picture.row(y).subspan(3 * 480, 3 * 160)) {
+            value = static_cast<quint16>(value / 2 + 32767);
+        }
+    }
+    return picture;
+}
+
 } // namespace
 
 TEST(ThumbnailDamageTest, aPlaceThatDiffersFromTheThumbnailIsDamage)
@@ -97,4 +108,25 @@ TEST(ThumbnailDamageTest, aThumbnailOfAnotherToneProvesNothing)
     }
     const QImage thumbnail = BitmapImage::toImage(ImageBuilder::scene({160, 120}));
     EXPECT_FALSE(thumbnailComplaint(darker, thumbnail).has_value());
+}
+
+TEST(ThumbnailDamageTest, changesOfToneThatLeftTheExifThumbnailAreNoDamage)
+{
+    const Bitmap picture = redLeavesBelow();
+    const QImage thumbnail = SceneSamples::thumbnailOf(picture, 160, Qt::SmoothTransformation);
+    for (const Bitmap& changed :
+         {picture, dodged(picture), throughRedFilter(picture), throughRedFilter(picture, 0.4)}) {
+        EXPECT_FALSE(PictureDamage::exifThumbnailComplaint(changed, thumbnail).has_value());
+    }
+}
+
+TEST(ThumbnailDamageTest, garbageIsFoundByTheExifThumbnail)
+{
+    for (const Bitmap& picture :
+         {SceneSamples::leaves(kLandscape), throughRedFilter(redLeavesBelow())}) {
+        const QImage thumbnail = SceneSamples::thumbnailOf(picture, 160, Qt::SmoothTransformation);
+        const auto found = PictureDamage::exifThumbnailComplaint(shifted(picture, 480), thumbnail);
+        ASSERT_TRUE(found.has_value());
+        EXPECT_TRUE(found->contains(QStringLiteral("left the thumbnail")));
+    }
 }

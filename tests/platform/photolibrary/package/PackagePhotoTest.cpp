@@ -55,6 +55,14 @@ protected:
         return photos.ok() && !photos.value().isEmpty() ? photos.value().first() : PhotoFacts();
     }
 
+    [[nodiscard]] bool mayShowEdits() const
+    {
+        const auto library = open(Access::Read);
+        const PhotoPtr photo = library == nullptr ? PhotoPtr() : photoOf(*library);
+        EXPECT_NE(photo, nullptr);
+        return photo && photo->evidence().edited;
+    }
+
     [[nodiscard]] QString master() const
     {
         for (const QString& file : pictureFiles()) {
@@ -85,6 +93,15 @@ TEST_F(PhotoRecord, theImageIsThePreviewWhereThereIsOneElseTheMaster)
     change("UPDATE prox.RKImageProxyState SET fullSizePreviewPath = NULL");
     EXPECT_EQ(properties().value(u"imagePath"_s).toString(), master());
     EXPECT_EQ(facts().imagePath, master());
+}
+
+TEST_F(PhotoRecord, aPreviewThatIsNotUpToDateMayShowEdits)
+{
+    EXPECT_FALSE(mayShowEdits());
+    change("UPDATE prox.RKImageProxyState SET fullSizePreviewUpToDate = NULL");
+    EXPECT_FALSE(mayShowEdits());
+    change("UPDATE prox.RKImageProxyState SET fullSizePreviewUpToDate = 0");
+    EXPECT_TRUE(mayShowEdits());
 }
 
 TEST_F(PhotoRecord, aPreviewStandsAlsoWithoutAMaster)
