@@ -73,14 +73,17 @@ Error memoryTooShort(const QString& path)
                 .arg(path)};
 }
 
-/// Why no copy came of a file that is good.
+/// Why no copy came of a file that is good as far as it could be told.
 Error noCopy(const QString& path, const Error& reason)
 {
-    return {
-        reason.code,
-        Texts::translated("No copy of %1 could be made, since %2. Scan again with another size or "
-                          "quality, and report it if that fails as well")
-            .arg(path, reason.message)};
+    // What contradicts the photo's preview does so in every size and quality.
+    const QString text =
+        reason.code == ErrorCode::Damaged
+            ? Texts::translated("No copy of %1 could be made, since %2. Look at the photo, and "
+                                "report it if nothing is wrong with it")
+            : Texts::translated("No copy of %1 could be made, since %2. Scan again with another "
+                                "size or quality, and report it if that fails as well");
+    return {reason.code, text.arg(path, reason.message)};
 }
 
 Result<QSize> wantedSize(QSize size, const QString& source, const OutputSize& wanted)
