@@ -98,12 +98,19 @@ std::optional<QImage> SourceFile::thumbnail(QSize size) const
 
 bool SourceFile::mayHideNoise() const
 {
-    constexpr quint16 kBitsPerSample = 0x0102; // TIFF 6.0, section 8
-    constexpr quint64 kFewestBits = 8;         // dithered pictures have fewer
+    // TIFF 6.0, section 8. Dithered pictures and halftones have fewer, or a palette.
+    constexpr quint16 kBitsPerSample = 0x0102;
+    constexpr quint64 kFewestBits = 8;
+    constexpr quint16 kSamplesPerPixel = 0x0115;
+    constexpr quint64 kFewestSamples = 3;
     if (type != FileType::Picture) {
         return type == FileType::Heif;
     }
     const auto tiff = TiffStructure::parse(bytes);
-    return tiff && !tiff->directories().isEmpty() &&
-           tiff->directories().first().number(kBitsPerSample, 1) >= kFewestBits;
+    if (!tiff || tiff->directories().isEmpty()) {
+        return false;
+    }
+    const TiffDirectory& picture = tiff->directories().first();
+    return picture.number(kBitsPerSample, 1) >= kFewestBits &&
+           picture.number(kSamplesPerPixel, 1) >= kFewestSamples;
 }

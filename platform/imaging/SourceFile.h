@@ -31,6 +31,6 @@ struct SourceFile {
     [[nodiscard]] std::optional<QImage> thumbnail(QSize size) const;
 
     /// Whether nothing but the pixels themselves tells that its data were overwritten: those of
-    /// HEIF files, and of TIFF files that hold pixels of 8 bits a colour or more.
+    /// HEIF files, and of TIFF files that hold red, green and blue of 8 bits or more.
     [[nodiscard]] bool mayHideNoise() const;
 };

@@ -303,6 +303,28 @@ TEST_F(ImageSourceTest, aDitheredScanIsNoNoise)
     EXPECT_TRUE(checked.ok()) << qPrintable(checked.ok() ? QString() : checked.error().message);
 }
 
+TEST_F(ImageSourceTest, aHalftoneInGreyOrWithAPaletteIsNoNoise)
+{
+    const QSize size(1200, 900);
+    const Bitmap scene = ImageBuilder::scene(size);
+    const Bitmap thresholds = ImageBuilder::noise(size);
+    Bitmap halftone(size.width(), size.height(), Transfer::Srgb);
+    for (int y = 0; y < size.height(); ++y) {
+        const auto row = halftone.row(y);
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            const std::size_t green = i / 3 * 3 + 1;
+            row[i] = scene.row(y)[green] > thresholds.row(y)[green] ? 65535 : 0;
+        }
+    }
+    const QImage image = BitmapImage::toImage(halftone);
+    for (const auto format : {QImage::Format_Grayscale8, QImage::Format_Indexed8}) {
+        const QString path = m_folder.filePath(u"halftone.tif"_s);
+        ASSERT_TRUE(image.convertToFormat(format).save(path));
+        const auto checked = ImageSource::check(path);
+        EXPECT_TRUE(checked.ok()) << qPrintable(checked.ok() ? QString() : checked.error().message);
+    }
+}
+
 TEST_F(ImageSourceTest, aHeifPhotoPassesByTheThumbnailThatItsEncoderMade)
 {
     // Of half the size of what is given.
