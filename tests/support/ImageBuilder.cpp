@@ -143,7 +143,11 @@ Directory rawDirectory(const Bitmap& linear, const ImageBuilder::RawFile& detail
     }
     raw.bytes(0xC612, 1, QByteArray("\1\4\0\0", 4));
     raw.bytes(0xC614, 2, QByteArrayLiteral("Corvane Test Camera\0"));
-    raw.longs(0xC61D, {65535});
+    if (details.black) {
+        raw.shorts(0xC619, {2, 2});
+        raw.longs(0xC61A, std::vector<quint32>(4, *details.black));
+    }
+    raw.longs(0xC61D, {details.white});
     // XYZ to linear sRGB (IEC 61966-2-1): the camera's colours are those of sRGB.
     raw.fractions(
         0xC621, 10, {3.2406, -1.5372, -0.4986, -0.9689, 1.8758, 0.0415, 0.0557, -0.2040, 1.0570});

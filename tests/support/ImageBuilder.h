@@ -34,6 +34,8 @@ struct RawFile {
     int orientation{1};
     std::array<double, 3> neutral{1.0, 1.0, 1.0}; ///< what the sensor measures of grey
     bool demosaiced{false};                       ///< all three colours in each pixel
+    std::optional<quint32> black{};               ///< of each place in a pattern of two by two
+    quint32 white{65535};
 };
 
 /// An uncompressed 16-bit DNG file (little-endian, RGGB) whose camera sees linear sRGB.

@@ -1,0 +1,65 @@
+#include "RawFile.h"
+
+#include "ImageBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+
+namespace
+{
+
+constexpr QSize kSensorSize(320, 256);
+constexpr quint16 kBlackLevel = 3000;
+
+/// What a sensor measured, of which the lower half is one value.
+Bitmap halfOf(quint16 value)
+{
+    Bitmap light = ImageBuilder::noise(kSensorSize);
+    for (int y = 0; y < light.pixelsHigh(); ++y) {
+        for (quint16& measured : light.row(y)) {
+            measured = static_cast<quint16>(y < light.pixelsHigh() / 2 ? kBlackLevel + measured / 2
+                                                                       : value);
+        }
+    }
+    return light;
+}
+
+/// The left half of that clipped, so that no row is one value from end to end.
+Bitmap clippedAt(quint16 value)
+{
+    Bitmap light = halfOf(value);
+    for (int y = 0; y < light.pixelsHigh(); ++y) {
+        const auto row = light.row(y);
+        std::ranges::copy(light.row(y % 128).subspan(row.size() / 2),
+                          row.begin() + std::ssize(row) / 2);
+    }
+    return light;
+}
+
+bool hasGaps(const Bitmap& light, std::optional<quint32> black, quint32 white = 65535)
+{
+    const QByteArray bytes =
+        ImageBuilder::dng(light, {.crop = {}, .preview = {}, .black = black, .white = white});
+    const auto file = std::make_unique<RawFile>(bytes);
+    EXPECT_FALSE(file->unpackSensor().has_value());
+    return file->hasGaps();
+}
+
+} // namespace
+
+TEST(RawFileTest, shadowsThatClipAtABlackOfEachPlaceAreNoGap)
+{
+    EXPECT_FALSE(hasGaps(clippedAt(kBlackLevel), kBlackLevel));
+    EXPECT_TRUE(hasGaps(clippedAt(0), kBlackLevel));
+}
+
+TEST(RawFileTest, levelsBeyondAllValuesHideNoGap)
+{
+    for (const quint32 level : {65536U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
+        EXPECT_TRUE(hasGaps(halfOf(20000), {}, level)) << level;
+        EXPECT_TRUE(hasGaps(halfOf(20000), level)) << level;
+    }
+}
