@@ -14,8 +14,8 @@ namespace Correlation
 [[nodiscard]] double ofRanks(std::span<const float> first, std::span<const float> second);
 
 /// The ranks themselves, 0 for the least, equal values sharing their mean rank. Values count as
-/// equal where less than a 4096th of the range of all lies between them: of pictures' values,
-/// a sixteenth of a step of 8 bits.
+/// equal in each of 4096 equal steps of the range of all: of pictures' values, a sixteenth of a
+/// step of 8 bits.
 [[nodiscard]] std::vector<float> ranksOf(std::span<const float> values);
 
 } // namespace Correlation
