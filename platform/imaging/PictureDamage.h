@@ -15,7 +15,7 @@ namespace PictureDamage
 /// A clause that says what is wrong with a decoded picture, judged by a preview of it, which
 /// `shown` is the lightness of; nothing where it may be right, where the preview shows nothing, or
 /// another scene. A preview of another scene tells damage only where large parts of the picture are
-/// empty; one in black and white, or in one tint, whose filter may lighten any colour, where they are.
+/// empty; one in black and white, whose filter may lighten any colour, where they are.
 [[nodiscard]] std::optional<QString>
 complaint(const SmallPicture& decoded, const SmallPicture& shown, const QImage& preview);
 

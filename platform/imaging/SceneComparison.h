@@ -62,8 +62,8 @@ struct Views {
 /// ones, but also in those of pale scenes: fog, snow, concrete.
 [[nodiscard]] bool isToned(const Views& shown);
 
-/// Whether it does so wholly: a picture in black and white, or in one tint, was made of one channel,
-/// and any colour of the scene may be lighter or darker in it.
+/// Whether it does so wholly: a picture in black and white was made of one channel, and any colour
+/// of the scene may be lighter or darker in it. A tint counts only where JPEG left it exact.
 [[nodiscard]] bool isMonochrome(const Views& shown);
 
 /// Whether a picture that shows the same scene as `shown`, laid over it so, has its colours wrong:

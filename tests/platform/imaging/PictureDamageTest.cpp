@@ -192,11 +192,9 @@ TEST(PictureDamageTest, aPreviewThroughAColourFilterTellsOnlyWhatIsLost)
     const Bitmap picture = redLeavesBelow();
     Bitmap damaged = picture;
     fill(damaged, {150, 100, 600, 300}, 20000);
-    for (const double tint : {0.0, 0.1, 0.4}) {
-        const QImage preview = compressed(croppedBy(throughRedFilter(picture, tint), {}));
-        EXPECT_FALSE(complaint(picture, preview).has_value()) << tint;
-        EXPECT_TRUE(complaint(damaged, preview).has_value()) << tint;
-    }
+    const QImage preview = compressed(croppedBy(throughRedFilter(picture), {}));
+    EXPECT_FALSE(complaint(picture, preview).has_value());
+    EXPECT_TRUE(complaint(damaged, preview).has_value());
 }
 
 TEST(PictureDamageTest, aPaleSceneIsNoneInBlackAndWhite)

@@ -27,14 +27,15 @@ Bitmap halfOf(quint16 value)
     return light;
 }
 
-/// The left half of that clipped, so that no row is one value from end to end.
-Bitmap clippedAt(quint16 value)
+/// Only the left half of that, so that no row is one value from end to end.
+Bitmap quarterOf(quint16 value)
 {
     Bitmap light = halfOf(value);
-    for (int y = 0; y < light.pixelsHigh(); ++y) {
+    const int half = light.pixelsHigh() / 2;
+    for (int y = half; y < light.pixelsHigh(); ++y) {
         const auto row = light.row(y);
-        std::ranges::copy(light.row(y % 128).subspan(row.size() / 2),
-                          row.begin() + std::ssize(row) / 2);
+        std::ranges::copy(light.row(y - half).subspan(row.size() / 2),
+                          row.subspan(row.size() / 2).begin());
     }
     return light;
 }
@@ -52,8 +53,8 @@ bool hasGaps(const Bitmap& light, std::optional<quint32> black, quint32 white = 
 
 TEST(RawFileTest, shadowsThatClipAtABlackOfEachPlaceAreNoGap)
 {
-    EXPECT_FALSE(hasGaps(clippedAt(kBlackLevel), kBlackLevel));
-    EXPECT_TRUE(hasGaps(clippedAt(0), kBlackLevel));
+    EXPECT_FALSE(hasGaps(quarterOf(kBlackLevel), kBlackLevel));
+    EXPECT_TRUE(hasGaps(quarterOf(0), kBlackLevel));
 }
 
 TEST(RawFileTest, levelsBeyondAllValuesHideNoGap)

@@ -10,6 +10,7 @@
 #include "SrgbTransfer.h"
 
 #include <QDataStream>
+#include <QIODevice>
 
 #include <gtest/gtest.h>
 
