@@ -7,7 +7,7 @@
 #include <cmath>
 #include <memory>
 
-Bitmap Demosaicing::byPixelGrouping(const QByteArray& raw)
+Bitmap Demosaicing::byLibRaw(const QByteArray& raw, Interpolation interpolation)
 {
     const auto libRaw = std::make_unique<LibRaw>();
     QByteArray bytes = raw;
@@ -18,7 +18,8 @@ Bitmap Demosaicing::byPixelGrouping(const QByteArray& raw)
     parameters.output_bps = 16;
     parameters.gamm[0] = 1.0;
     parameters.gamm[1] = 1.0;
-    parameters.user_qual = 2;
+    parameters.output_color = 0;
+    parameters.user_qual = static_cast<int>(interpolation);
     parameters.adjust_maximum_thr = 0.0F;
     EXPECT_EQ(libRaw->unpack(), 0);
     EXPECT_EQ(libRaw->dcraw_process(), 0);
