@@ -156,9 +156,11 @@ PlaceComparison::PlaceComparison(const SmallPicture& picture, const SmallPicture
             m_alike = alike;
             m_alikeRows = rows;
             judge(places, compared);
-        }
-        if (m_alike >= kSettled && m_unlike == 0) {
-            return;
+            // Places that are unlike only because they lie far off are doubtful: they may be
+            // damaged as well, which an overlay in which they lie nearer shows.
+            if (alike >= kSettled && largestPatch(places, isUnlike) == 0) {
+                return;
+            }
         }
     }
 }

@@ -1,5 +1,6 @@
 #include "PlaceComparison.h"
 
+#include "BitmapImage.h"
 #include "SceneSamples.h"
 
 #include <gtest/gtest.h>
@@ -92,4 +93,19 @@ TEST(PlaceComparisonTest, whatItTellsWhereItEndsEarlyIsWhatAllOverlaysTell)
         EXPECT_EQ(verdictOn(picture, shown), one.expected) << one.name;
         EXPECT_EQ(verdictOn(picture, shown.turned()), one.expected) << one.name;
     }
+}
+
+TEST(PlaceComparisonTest, damageOfPlacesThatLieFarOffIsFoundInTheOverlayWhereTheyLieNear)
+{
+    const QRect band(0, 80, 1200, 100);
+    const Bitmap good = SceneSamples::leaves({1200, 800});
+    Bitmap damaged = good;
+    for (int y = band.top(); y <= band.bottom(); ++y) {
+        std::ranges::fill(damaged.row(y), quint16{20000});
+    }
+    // Stretched over the whole it lies right in the middle only.
+    const QImage wide = BitmapImage::toImage(good).copy(0, 62, 1200, 676);
+    const SmallPicture shown = SmallPicture::of(wide);
+    EXPECT_TRUE(PlaceComparison(SmallPicture::of(damaged), shown).isDamaged());
+    EXPECT_FALSE(PlaceComparison(SmallPicture::of(good), shown).isDamaged());
 }
