@@ -69,10 +69,12 @@ public:
     [[nodiscard]] static Result<ImageProperties> read(const QString& path);
     [[nodiscard]] static Result<ImageProperties> fromBytes(const QByteArray& bytes);
 
-    /// Whether all of the file's metadata could be read.
+    /// Whether the file's metadata could be read: all blocks, and of Exif all entries. (Damage
+    /// within a maker note is not noticed.)
     [[nodiscard]] bool isWhole() const;
 
-    /// Whether there is a GPS block, even one without a position ("{GPS}"), in Exif or in XMP.
+    /// Whether there is a GPS block, even one without a position ("{GPS}"), in Exif or in XMP. Of
+    /// damaged metadata a block that could not be read, or that is empty, is none.
     [[nodiscard]] bool hasGps() const;
     /// Replaces the GPS block of Exif by one of this position alone.
     void setGps(const GpsPosition& position);

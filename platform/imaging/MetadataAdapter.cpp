@@ -1,5 +1,6 @@
 #include "MetadataAdapter.h"
 
+#include "Exiv2Messages.h"
 #include "ExtendedXmp.h"
 #include "FileType.h"
 #include "HeifMetadata.h"
@@ -12,6 +13,7 @@
 #include <QFileInfo>
 #include <QImageReader>
 
+#include <algorithm>
 #include <exception>
 #include <exiv2/bmffimage.hpp>
 #include <exiv2/crwimage.hpp>
@@ -20,7 +22,6 @@
 #include <exiv2/xmpsidecar.hpp>
 #include <mutex>
 #include <new>
-#include <string_view>
 
 using namespace Qt::StringLiterals;
 
@@ -30,20 +31,23 @@ namespace
 /// As many bytes of a file as tell HEIF and JPEG files from others.
 constexpr qsizetype kMarkBytes = 32;
 
-/// Whether Exiv2 has given up a block since this was last cleared. Guarded by attempt()'s lock.
-bool& isBlockGivenUp()
+/// What Exiv2 has left out, of which it only says so.
+struct LeftOut {
+    bool isPart{false}; ///< for good
+    bool isXmp{false};  ///< a packet, which may be repaired
+};
+
+/// Since it was last cleared. Guarded by attempt()'s lock.
+LeftOut& leftOut()
 {
-    static bool isGivenUp = false;
-    return isGivenUp;
+    static LeftOut noted;
+    return noted;
 }
 
-/// Exiv2 leaves a block out that it cannot decode, and only says so. (A packet of XMP is repaired,
-/// or known to be refused.)
-void noteGivenUp(int /*level*/, const char* message)
+void noteLeftOut(int /*level*/, const char* message)
 {
-    const std::string_view text(message);
-    isBlockGivenUp() = isBlockGivenUp() || text.starts_with("Failed to decode Exif") ||
-                       text.starts_with("Failed to decode IPTC");
+    leftOut().isPart = leftOut().isPart || Exiv2Messages::tellsOfLoss(message);
+    leftOut().isXmp = leftOut().isXmp || Exiv2Messages::tellsOfRefusedXmp(message);
 }
 
 /// Exiv2 is prepared on first use: silent, with the readers of HEIC and CR3, and with the XMP
@@ -52,7 +56,7 @@ std::recursive_mutex& preparedLibrary()
 {
     static std::recursive_mutex mutex;
     static const bool prepared = [] {
-        Exiv2::LogMsg::setHandler(&noteGivenUp);
+        Exiv2::LogMsg::setHandler(&noteLeftOut);
         Exiv2::enableBMFF(true);
         // All calls come through attempt(), whose lock is the only one needed.
         return Exiv2::XmpParser::initialize();
@@ -83,17 +87,41 @@ int bitsPerSample(const Exiv2::ExifData& exif)
     return found == exif.end() || found->count() == 0 ? 0 : static_cast<int>(found->toLong(0));
 }
 
+/// As it stands in the file; empty where Exiv2 keeps none (HEIF).
+QByteArray xmpPacketOf(const Exiv2::Image& image, const Exiv2::ExifData& exif)
+{
+    const auto tag = exif.findKey(Exiv2::ExifKey("Exif.Image.XMLPacket"));
+    if (!image.xmpPacket().empty() || tag == exif.end()) {
+        return QByteArray::fromStdString(image.xmpPacket());
+    }
+    // Of TIFF files, and of RAW files built like them, it is a tag.
+    QByteArray packet(static_cast<qsizetype>(tag->size()), '\0');
+    tag->copy(reinterpret_cast<Exiv2::byte*>(packet.data()), Exiv2::littleEndian);
+    return packet;
+}
+
 /// A packet that was refused as a whole is tried again without what RDF forbids.
 void takeRefusedXmp(const Exiv2::Image& image, ImageProperties::Content& content)
 {
-    const std::string& packet = image.xmpPacket();
-    if (!content.xmp.empty() || packet.empty() ||
-        Exiv2::XmpParser::decode(content.xmp, packet) == 0) {
+    if (!leftOut().isXmp || !content.xmp.empty()) {
         return;
     }
-    const QByteArray repaired = XmpRepair::withoutDuplicates(QByteArray::fromStdString(packet));
+    const QByteArray repaired = XmpRepair::withoutDuplicates(xmpPacketOf(image, content.exif));
     if (repaired.isEmpty() || Exiv2::XmpParser::decode(content.xmp, repaired.toStdString()) != 0) {
         content.isReadInPart = true;
+    }
+}
+
+/// A pointer that leads to nothing readable is no GPS block, which would keep the library's
+/// position out.
+void removeLostGps(Exiv2::ExifData& exif)
+{
+    const bool hasTags = std::any_of(exif.begin(), exif.end(), [](const Exiv2::Exifdatum& datum) {
+        return datum.groupName() == "GPSInfo";
+    });
+    const auto pointer = exif.findKey(Exiv2::ExifKey("Exif.Image.GPSTag"));
+    if (!hasTags && pointer != exif.end()) {
+        exif.erase(pointer);
     }
 }
 
@@ -137,7 +165,7 @@ template <typename Open>
 bool readWithExiv2(const Open& open, ImageProperties::Content& content)
 {
     bool isPicture = false;
-    isBlockGivenUp() = false;
+    leftOut() = {};
     static_cast<void>(guarded([&] {
         auto image = open();
         isPicture = image->imageType() != Exiv2::ImageType::xmp;
@@ -147,7 +175,10 @@ bool readWithExiv2(const Open& open, ImageProperties::Content& content)
         // Damage in the middle leaves what stood before it.
         readPart(content, [&] { image->readMetadata(); });
         take(*image, content);
-        content.isReadInPart = content.isReadInPart || isBlockGivenUp();
+        content.isReadInPart = content.isReadInPart || leftOut().isPart;
+        if (content.isReadInPart) {
+            removeLostGps(content.exif);
+        }
         content.isOfCrwFile = image->imageType() == Exiv2::ImageType::crw;
     }));
     return isPicture;

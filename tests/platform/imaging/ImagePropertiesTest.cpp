@@ -117,32 +117,6 @@ TEST(ImageProperties, aFileInTheCurrentFolderNamedLikeStandardInputIsReadAsAFile
     EXPECT_EQ(exifText(read.value(), "Exif.Image.Make"), "Maker");
 }
 
-TEST(ImageProperties, metadataThatCanBeReadAreWhole)
-{
-    Blocks blocks;
-    blocks.exif["Exif.Image.Make"] = std::string("Maker");
-    blocks.xmp["Xmp.dc.source"] = std::string("text");
-    EXPECT_TRUE(readBack(jpegWith(blocks)).isWhole());
-}
-
-TEST(ImageProperties, aFileThatEndsAmidItsMetadataIsNotWhole)
-{
-    Blocks blocks;
-    blocks.exif["Exif.Image.ImageDescription"] = std::string(3000, 'd');
-    EXPECT_FALSE(readBack(jpegWith(blocks).first(1000)).isWhole());
-}
-
-TEST(ImageProperties, anExifBlockThatIsNoneIsNotWhole)
-{
-    EXPECT_FALSE(readBack(jpegWithExifBytes("no directory at all")).isWhole());
-}
-
-TEST(ImageProperties, whatWasLostOfOneFileIsNotLostOfTheNext)
-{
-    static_cast<void>(readBack(jpegWithExifBytes("no directory at all")));
-    EXPECT_TRUE(readBack(jpegWith({})).isWhole());
-}
-
 TEST(ImageProperties, memoryThatIsTooShortIsNoMissingMetadata)
 {
     EXPECT_THROW(static_cast<void>(MetadataAdapter::attempt([] { throw std::bad_alloc(); })),
@@ -192,20 +166,6 @@ TEST(ImageProperties, aPositionInXmpAloneCountsAsPresentAndStaysAsItIs)
     EXPECT_EQ(xmpText(carried, "Xmp.exif.GPSLatitude"), "48,30.0N");
     EXPECT_EQ(xmpText(carried, "Xmp.exif.GPSLongitude"), "2,0.0E");
     EXPECT_FALSE(hasExif(carried, "Exif.GPSInfo.GPSLatitude"));
-}
-
-TEST(ImageProperties, xmpThatStatesAPropertyTwiceKeepsTheFirst)
-{
-    const QByteArray packet = R"(<x:xmpmeta xmlns:x="adobe:ns:meta/">
-        <rdf:RDF xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#">
-        <rdf:Description rdf:about="" xmlns:photoshop="http://ns.adobe.com/photoshop/1.0/">
-        <photoshop:City>Adelaide</photoshop:City><photoshop:City>Perth</photoshop:City>
-        <photoshop:Country>Australia</photoshop:Country>
-        </rdf:Description></rdf:RDF></x:xmpmeta>)";
-    const QByteArray signature = QByteArrayLiteral("http://ns.adobe.com/xap/1.0/\0");
-    const ImageProperties properties = readBack(jpegWithSegments({{0xe1, signature + packet}}));
-    EXPECT_EQ(xmpText(properties, "Xmp.photoshop.City"), "Adelaide");
-    EXPECT_EQ(xmpText(properties, "Xmp.photoshop.Country"), "Australia");
 }
 
 TEST(ImageProperties, aNewPositionReplacesTheWholeGpsBlock)
