@@ -174,6 +174,20 @@ void moveTags(Exiv2::ExifData& exif)
     }
 }
 
+/// Digital pictures, and an object's data with what stands before and after them (IPTC-IIM).
+bool isOfPictureRecord(const Exiv2::Iptcdatum& datum)
+{
+    constexpr std::array<uint16_t, 4> kRecords{3, 7, 8, 9};
+    return std::ranges::find(kRecords, datum.record()) != kRecords.end();
+}
+
+bool isOfIptcPreview(const Exiv2::Iptcdatum& datum)
+{
+    return datum.record() == Exiv2::IptcDataSets::application2 &&
+           datum.tag() >= Exiv2::IptcDataSets::PreviewFormat &&
+           datum.tag() <= Exiv2::IptcDataSets::Preview;
+}
+
 double numberOf(const Exiv2::ExifData& exif, const char* key)
 {
     const auto found = exif.findKey(Exiv2::ExifKey(key));
@@ -270,6 +284,13 @@ void makeExifTrue(ImageProperties::Content& content, QSize pixels)
         exif["Exif.Iop.InteroperabilityIndex"] = std::string("R98");
     }
     addRequired(exif);
+}
+
+void makeIptcTrue(Exiv2::IptcData& iptc)
+{
+    MetadataData::eraseWhere(iptc, [](const Exiv2::Iptcdatum& datum) {
+        return isOfPictureRecord(datum) || isOfIptcPreview(datum);
+    });
 }
 
 } // namespace MetadataPruning

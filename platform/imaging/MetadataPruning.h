@@ -4,6 +4,7 @@
 
 #include <QSize>
 
+#include <exiv2/iptc.hpp>
 #include <string_view>
 #include <vector>
 
@@ -14,11 +15,15 @@ namespace MetadataPruning
 
 /// Leaves the tags that MetadataTags names and the maker note without its pictures, and sets those
 /// that describe the JPEG: nothing tells any more how the original file was built (strips and
-/// tiles, sub-images, RAW and DNG data, thumbnails and previews, profiles, private tags).
-/// Tags of the photo that stand where only RAW files have them move to where a JPEG has them.
+/// tiles, sub-images, RAW and DNG data, thumbnails and previews, profiles, tags of unknown
+/// meaning). Tags of the photo that stand where only RAW files have them move to where a JPEG has
+/// them.
 void makeExifTrue(ImageProperties::Content& content, QSize pixels);
 
-/// The same for XMP. Keeps the history and rights of the photo.
+/// Removes from IPTC the preview, and the records of the picture's data.
+void makeIptcTrue(Exiv2::IptcData& iptc);
+
+/// The same as for Exif for XMP. Keeps the history and rights of the photo.
 void makeXmpTrue(ImageProperties::Content& content, QSize pixels);
 
 /// The single tags that makeExifTrue() looks for by name. A name that Exiv2 does not give itself

@@ -65,8 +65,9 @@ void appendExif(ImageProperties::Content& content,
 
 /// A block of image resources larger than a segment goes on in the next one (Adobe Photoshop File
 /// Formats, "JPEG Files").
-void appendIptc(const Exiv2::IptcData& iptc, QList<JpegSegment>& segments)
+void appendIptc(Exiv2::IptcData iptc, QList<JpegSegment>& segments)
 {
+    MetadataPruning::makeIptcTrue(iptc);
     if (iptc.empty()) {
         return;
     }

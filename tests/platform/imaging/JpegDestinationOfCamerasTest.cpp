@@ -66,7 +66,7 @@ constexpr std::array kLeftOut{
     // Development of RAW files, digests of blocks that are others now, the original's structure.
     LeftOut{"XMP-crs|XMP-rdf", ".*"},
     LeftOut{"XMP-exif", "CompressedBitsPerPixel|NativeDigest|ComponentsConfiguration"},
-    LeftOut{"XMP-photoshop", "ColorMode|ICCProfileName|LegacyIPTCDigest|DocumentAncestors"},
+    LeftOut{"XMP-photoshop", "ColorMode|ICCProfileName|LegacyIPTCDigest"},
     LeftOut{"XMP-exifEX", "Gamma|InteropIndex"},
     LeftOut{"XMP-tiff",
             "ImageWidth|ImageHeight|Compression|PhotometricInterpretation|SamplesPerPixel|"

@@ -309,7 +309,6 @@ TEST(MetadataSegments, developmentSettingsLeaveXmpAndItsSizesBecomeTrue)
     blocks.xmp["Xmp.tiff.Orientation"] = std::string("6");
     blocks.xmp["Xmp.exif.PixelXDimension"] = std::string("4000");
     blocks.xmp["Xmp.crs.Exposure2012"] = std::string("+1.00");
-    blocks.xmp["Xmp.photoshop.DocumentAncestors"] = std::string("some id");
     blocks.xmp["Xmp.xmpMM.DocumentID"] = std::string("xmp.did:1");
     blocks.xmp["Xmp.dc.format"] = std::string("image/x-adobe-dng");
     const ImageProperties carried = asCarried(readBack(jpegWith(blocks)), kCopy);
@@ -317,7 +316,6 @@ TEST(MetadataSegments, developmentSettingsLeaveXmpAndItsSizesBecomeTrue)
     EXPECT_EQ(xmpText(carried, "Xmp.tiff.Orientation"), "6");
     EXPECT_EQ(xmpText(carried, "Xmp.exif.PixelXDimension"), "1000");
     EXPECT_EQ(xmpText(carried, "Xmp.crs.Exposure2012"), "(none)");
-    EXPECT_EQ(xmpText(carried, "Xmp.photoshop.DocumentAncestors"), "(none)");
     EXPECT_EQ(xmpText(carried, "Xmp.xmpMM.DocumentID"), "xmp.did:1");
     EXPECT_EQ(xmpText(carried, "Xmp.dc.format"), "image/jpeg");
 }
