@@ -72,10 +72,7 @@ bool statesTurns(const QByteArray& bytes)
 
 bool isPlace(std::string_view key)
 {
-    return std::ranges::any_of(kPlaces, [key](std::string_view place) {
-        return key.starts_with(place) &&
-               (key.size() == place.size() || key[place.size()] == '[' || key[place.size()] == '/');
-    });
+    return std::ranges::find(kPlaces, MetadataData::propertyOf(key)) != kPlaces.end();
 }
 
 template <typename Data>

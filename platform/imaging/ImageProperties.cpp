@@ -32,14 +32,10 @@ constexpr std::array kSubjectProperties{
     std::string_view("Xmp.pdf.Keywords"),
 };
 
-/// Whether `key` is one of these properties or a part of one ("Xmp.dc.subject[2]", ".../…").
 bool isSubject(std::string_view key)
 {
-    return std::ranges::any_of(kSubjectProperties, [key](std::string_view property) {
-        return key.starts_with(property) &&
-               (key.size() == property.size() || key[property.size()] == '[' ||
-                key[property.size()] == '/');
-    });
+    return std::ranges::find(kSubjectProperties, MetadataData::propertyOf(key)) !=
+           kSubjectProperties.end();
 }
 
 bool isOfGps(const Exiv2::Exifdatum& datum)

@@ -11,6 +11,7 @@
 #include <exiv2/types.hpp>
 #include <exiv2/xmp_exiv2.hpp>
 #include <iterator>
+#include <string_view>
 
 /// What ImageProperties holds: the decoded blocks, and what the file says beside them.
 struct ImageProperties::Content {
@@ -32,7 +33,7 @@ struct ImageProperties::Content {
     bool isExtendedXmpLost{false};
 };
 
-/// Exiv2's three kinds of metadata, handled alike.
+/// What is asked of Exiv2's kinds of metadata that they do not know themselves.
 namespace MetadataData
 {
 
@@ -56,6 +57,13 @@ void eraseWhere(Exiv2::XmpData& data, const Predicate& predicate)
         }
     }
     data = kept;
+}
+
+/// The property that a key of XMP names a part of: "Xmp.xmpMM.History" of
+/// "Xmp.xmpMM.History[2]/stEvt:action". A view of `key`.
+[[nodiscard]] inline std::string_view propertyOf(std::string_view key)
+{
+    return key.substr(0, key.find_first_of("[/"));
 }
 
 } // namespace MetadataData

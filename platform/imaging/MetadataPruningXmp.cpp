@@ -79,18 +79,10 @@ constexpr std::array kPropertiesOfSize{
     std::string_view("Xmp.GPano.LargestValidInteriorRectHeight"),
 };
 
-bool isPartOf(std::string_view key, std::string_view property)
-{
-    return key.starts_with(property) &&
-           (key.size() == property.size() || key[property.size()] == '[' ||
-            key[property.size()] == '/');
-}
-
 template <typename List>
 bool isPartOfAny(std::string_view key, const List& properties)
 {
-    return std::ranges::any_of(
-        properties, [key](std::string_view property) { return isPartOf(key, property); });
+    return std::ranges::find(properties, MetadataData::propertyOf(key)) != properties.end();
 }
 
 bool isUntrue(const Exiv2::Xmpdatum& datum, bool isScaled)
