@@ -1,6 +1,7 @@
 #include "ExtendedXmp.h"
 
 #include "ImagePropertiesContent.h"
+#include "JpegSegment.h"
 #include "JpegSegments.h"
 #include "XmpRepair.h"
 
@@ -8,6 +9,7 @@
 #include <QtEndian>
 
 #include <algorithm>
+#include <functional>
 #include <set>
 #include <string>
 
@@ -22,15 +24,18 @@ constexpr QByteArrayView kSignature("http://ns.adobe.com/xmp/extension/\0", 35);
 constexpr qsizetype kDigestLength = 32;
 constexpr qsizetype kHeadLength = kSignature.size() + kDigestLength + 8;
 
-/// More than any program writes; depth maps and second pictures are a few megabytes.
-constexpr qsizetype kLongest = qsizetype{64} * 1024 * 1024;
+/// 32 digits, in capitals.
+QByteArray digestOf(QByteArrayView packet)
+{
+    return QCryptographicHash::hash(packet, QCryptographicHash::Md5).toHex().toUpper();
+}
 
 /// What follows name and digest of the segments that hold pieces.
 QList<QByteArrayView> piecesIn(QByteArrayView jpeg, QByteArrayView digest)
 {
-    constexpr quint8 kApp1 = 0xE1;
     QList<QByteArrayView> pieces;
-    for (const QByteArrayView payload : JpegSegments::payloads(jpeg, kApp1, kSignature)) {
+    for (const QByteArrayView payload :
+         JpegSegments::payloads(jpeg, JpegSegment::kApp1, kSignature)) {
         if (payload.size() > kHeadLength &&
             payload.sliced(kSignature.size(), kDigestLength) == digest) {
             pieces.append(payload.sliced(kSignature.size() + kDigestLength));
@@ -47,7 +52,7 @@ QByteArray assembled(QByteArrayView jpeg, const QByteArray& digest)
         return {};
     }
     const qsizetype length = qFromBigEndian<quint32>(pieces.first().data());
-    if (length > std::min(kLongest, jpeg.size())) {
+    if (length > std::min(ExtendedXmp::kLargestPacket, jpeg.size())) {
         return {};
     }
     QByteArray packet(length, '\0');
@@ -60,8 +65,7 @@ QByteArray assembled(QByteArrayView jpeg, const QByteArray& digest)
         std::copy(bytes.begin(), bytes.end(), packet.begin() + place);
     }
     // The digest also tells whether a piece is missing.
-    const QByteArray found = QCryptographicHash::hash(packet, QCryptographicHash::Md5).toHex();
-    return found.toUpper() == digest.toUpper() ? packet : QByteArray();
+    return digestOf(packet) == digest.toUpper() ? packet : QByteArray();
 }
 
 bool isNote(const Exiv2::Xmpdatum& datum)
@@ -70,15 +74,16 @@ bool isNote(const Exiv2::Xmpdatum& datum)
            Exiv2::XmpProperties::ns(datum.groupName()) == kNoteSpace;
 }
 
-/// "Xmp.xmpMM.History" of "Xmp.xmpMM.History[2]/stEvt:action".
-std::string wholeProperty(const std::string& key)
-{
-    return key.substr(0, key.find_first_of("[/"));
-}
-
 bool decodePacket(const QByteArray& packet, Exiv2::XmpData& xmp)
 {
     return !packet.isEmpty() && Exiv2::XmpParser::decode(xmp, packet.toStdString()) == 0;
+}
+
+QByteArray bigEndian(qsizetype number)
+{
+    QByteArray bytes(sizeof(quint32), '\0');
+    qToBigEndian(static_cast<quint32>(number), bytes.data());
+    return bytes;
 }
 
 } // namespace
@@ -101,13 +106,34 @@ void ExtendedXmp::merge(QByteArrayView jpeg, ImageProperties::Content& content)
         content.isExtendedXmpLost = true;
         return;
     }
-    std::set<std::string> known;
+    std::set<std::string, std::less<>> known;
     for (const Exiv2::Xmpdatum& datum : xmp) {
-        known.insert(wholeProperty(datum.key()));
+        known.emplace(MetadataData::propertyOf(datum.key()));
     }
     for (const Exiv2::Xmpdatum& datum : rest) {
-        if (!known.contains(wholeProperty(datum.key()))) {
+        if (!known.contains(MetadataData::propertyOf(datum.key()))) {
             xmp.add(datum);
         }
     }
+}
+
+void ExtendedXmp::note(Exiv2::XmpData& main, QByteArrayView packet)
+{
+    if (Exiv2::XmpProperties::prefix(kNoteSpace).empty()) {
+        Exiv2::XmpProperties::registerNs(kNoteSpace, "xmpNote");
+    }
+    const Exiv2::XmpKey key(Exiv2::XmpProperties::prefix(kNoteSpace), kNoteName);
+    main[key.key()] = digestOf(packet).toStdString();
+}
+
+QList<JpegSegment> ExtendedXmp::segments(const QByteArray& packet)
+{
+    constexpr qsizetype kLargestPiece = JpegSegment::kLargestPayload - kHeadLength;
+    const QByteArray head = kSignature.toByteArray() + digestOf(packet) + bigEndian(packet.size());
+    QList<JpegSegment> segments;
+    for (qsizetype place = 0; place < packet.size(); place += kLargestPiece) {
+        segments.append(
+            {JpegSegment::kApp1, head + bigEndian(place) + packet.mid(place, kLargestPiece)});
+    }
+    return segments;
 }

@@ -16,8 +16,8 @@ namespace JpegDestination
 /// is sRGB encoded, Format_RGB888.
 /// The metadata is written with what no longer holds made true: pixel dimensions, colour space,
 /// a new thumbnail; strip offsets, RAW dimensions, sub-images and other structure tags are left
-/// out; the orientation stays. Metadata larger than a segment holds is trimmed from its least
-/// useful end (embedded previews, then maker notes, …) and the system log says so.
+/// out; the orientation stays. Exif larger than a segment holds is trimmed from its least useful
+/// end (the thumbnail, then maker notes, …) and the system log says so.
 /// Errors: Internal, OutOfSpace.
 [[nodiscard]] Result<QByteArray>
 encode(const QImage& picture, const ImageProperties& properties, double quality);

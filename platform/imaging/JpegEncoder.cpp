@@ -12,9 +12,6 @@
 namespace
 {
 
-/// A marker segment's length field counts itself and has 16 bits.
-constexpr qsizetype kMaximumPayload = 65533;
-
 /// libjpeg's compressor and the file it grows, which must outlive a longjmp.
 class Compressor final
 {
@@ -172,7 +169,7 @@ Result<QByteArray> JpegEncoder::encode(const QImage& picture, const Options& opt
                          .arg(picture.height())};
     }
     const bool tooLong = std::ranges::any_of(options.segments, [](const JpegSegment& segment) {
-        return segment.payload.size() > kMaximumPayload;
+        return segment.payload.size() > JpegSegment::kLargestPayload;
     });
     if (tooLong) {
         return Error{ErrorCode::Internal,

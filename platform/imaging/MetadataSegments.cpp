@@ -1,25 +1,22 @@
 #include "MetadataSegments.h"
 
+#include "ExifTrimming.h"
+#include "ExtendedXmp.h"
 #include "ImagePropertiesContent.h"
 #include "MetadataAdapter.h"
 #include "MetadataPruning.h"
-#include "MetadataTrimming.h"
 #include "SystemLog.h"
+#include "XmpPackets.h"
 
 #include <algorithm>
 #include <exiv2/jpgimage.hpp>
 #include <functional>
-#include <string>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace
 {
-
-constexpr int kApp1 = 0xe1;
-constexpr int kApp13 = 0xed;
-/// A segment's length field has 16 bits and counts itself (ITU-T T.81, B.1.1.4).
-constexpr qsizetype kLargestPayload = 65533;
 
 QByteArray exifSignature()
 {
@@ -57,9 +54,9 @@ void appendExif(ImageProperties::Content& content,
     MetadataPruning::makeExifTrue(content, pixels);
     setThumbnail(content.exif, thumbnailJpeg);
     const QByteArray block =
-        MetadataTrimming::encodeExif(content, kLargestPayload - exifSignature().size());
+        ExifTrimming::encode(content, JpegSegment::kLargestPayload - exifSignature().size());
     if (!block.isEmpty()) {
-        segments.append({kApp1, exifSignature() + block});
+        segments.append({JpegSegment::kApp1, exifSignature() + block});
     }
 }
 
@@ -73,9 +70,9 @@ void appendIptc(Exiv2::IptcData iptc, QList<JpegSegment>& segments)
     }
     const Exiv2::DataBuf block = Exiv2::Photoshop::setIptcIrb(nullptr, 0, iptc);
     const QByteArray resources(reinterpret_cast<const char*>(block.pData_), block.size_);
-    const qsizetype room = kLargestPayload - photoshopSignature().size();
+    const qsizetype room = JpegSegment::kLargestPayload - photoshopSignature().size();
     for (qsizetype start = 0; start < resources.size(); start += room) {
-        segments.append({kApp13, photoshopSignature() + resources.mid(start, room)});
+        segments.append({JpegSegment::kApp13, photoshopSignature() + resources.mid(start, room)});
     }
 }
 
@@ -86,11 +83,15 @@ void appendXmp(ImageProperties::Content& content, QSize pixels, QList<JpegSegmen
             content.name));
     }
     MetadataPruning::makeXmpTrue(content, pixels);
-    const QByteArray packet =
-        MetadataTrimming::encodeXmp(content, kLargestPayload - xmpSignature().size());
-    if (!packet.isEmpty()) {
-        segments.append({kApp1, xmpSignature() + packet});
+    const XmpPackets::Packets packets =
+        XmpPackets::encode(std::move(content.xmp),
+                           content.name,
+                           {.main = JpegSegment::kLargestPayload - xmpSignature().size(),
+                            .extended = ExtendedXmp::kLargestPacket});
+    if (!packets.main.isEmpty()) {
+        segments.append({JpegSegment::kApp1, xmpSignature() + packets.main});
     }
+    segments.append(ExtendedXmp::segments(packets.extended));
 }
 
 /// Each block by itself: one that cannot be written leaves the others.

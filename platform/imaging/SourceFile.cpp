@@ -3,6 +3,7 @@
 #include "BitmapImage.h"
 #include "ExifColor.h"
 #include "HeifDecoder.h"
+#include "JpegSegment.h"
 #include "JpegSegments.h"
 #include "TiffStructure.h"
 
@@ -85,12 +86,11 @@ std::optional<Preview> SourceFile::preview(const PreviewFinder::Predicate& isWan
 
 std::optional<QImage> SourceFile::thumbnail(QSize size) const
 {
-    constexpr quint8 kApp1 = 0xE1;
     constexpr QByteArrayView kSignature("Exif\0\0", 6);
     if (type != FileType::Jpeg) {
         return std::nullopt;
     }
-    const auto blocks = JpegSegments::payloads(bytes, kApp1, kSignature);
+    const auto blocks = JpegSegments::payloads(bytes, JpegSegment::kApp1, kSignature);
     return blocks.isEmpty()
                ? std::nullopt
                : PreviewFinder::thumbnail(blocks.first().sliced(kSignature.size()), size);

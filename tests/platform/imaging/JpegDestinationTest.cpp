@@ -135,3 +135,25 @@ TEST(JpegDestination, metadataLargerThanASegmentLeaveASoundJpegAndAreNamed)
     EXPECT_EQ(tags.value(u"EXIF"_s, u"FNumber"_s), u"2.8"_s);
     EXPECT_TRUE(log.entries().join(u'\n').contains(u"the maker note"_s));
 }
+
+TEST(JpegDestination, anotherReaderFindsAllOfXmpThatIsLargerThanASegment)
+{
+    MetadataSamples::Blocks blocks;
+    blocks.xmp = MetadataSamples::largeXmp();
+    const ExiftoolReader::Tags tags = copied(MetadataSamples::holding(blocks));
+    expectSoundJpeg(tags);
+    int texts = 0;
+    for (const Exiv2::Xmpdatum& datum : blocks.xmp) {
+        const QString name = QString::fromStdString(datum.tagName());
+        if (name.startsWith(u"Property"_s)) {
+            ++texts;
+            EXPECT_EQ(tags.value(u"XMP"_s, name),
+                      QString::fromStdString(datum.toString()).simplified());
+        }
+    }
+    EXPECT_EQ(texts, 400);
+    EXPECT_EQ(tags.value(u"XMP"_s, u"HistoryAction"_s).value_or(QString()).count(u"saved"_s), 300);
+    EXPECT_EQ(tags.value(u"XMP"_s, u"PersonInImage"_s), uR"([["Ann","Ben"]])"_s);
+    EXPECT_EQ(tags.value(u"XMP"_s, u"Title"_s), u"A title"_s);
+    EXPECT_EQ(tags.value(u"XMP"_s, u"Title-de-DE"_s), u"Ein Titel"_s);
+}

@@ -58,6 +58,31 @@ ImageProperties holding(const Blocks& blocks)
     return properties;
 }
 
+Exiv2::XmpData largeXmp()
+{
+    constexpr int kTexts = 400;
+    constexpr int kEvents = 300;
+    Exiv2::XmpData xmp;
+    for (int index = 0; index < kTexts; ++index) {
+        const std::string letters(static_cast<size_t>(2 * index),
+                                  static_cast<char>('a' + index % 26));
+        xmp["Xmp.photoshop.Property" + std::to_string(index)] = "text " + letters + " <&> \xc3\xa9";
+    }
+    Exiv2::XmpTextValue events;
+    events.setXmpArrayType(Exiv2::XmpValue::xaSeq);
+    xmp.add(Exiv2::XmpKey("Xmp.xmpMM.History"), &events);
+    for (int index = 1; index <= kEvents; ++index) {
+        const std::string event = "Xmp.xmpMM.History[" + std::to_string(index) + "]";
+        xmp[event + "/stEvt:action"] = "saved " + std::to_string(index);
+        xmp[event + "/stEvt:softwareAgent"] = std::string("an editor of pictures");
+    }
+    xmp["Xmp.iptcExt.PersonInImage"] = std::string("Ann");
+    xmp["Xmp.iptcExt.PersonInImage"] = std::string("Ben");
+    xmp["Xmp.dc.title"] = std::string("lang=x-default A title");
+    xmp["Xmp.dc.title"] = std::string("lang=de-DE Ein Titel");
+    return xmp;
+}
+
 QByteArray jpegWithExifBytes(const QByteArray& exif)
 {
     return jpegWithSegments({{0xe1, QByteArrayLiteral("Exif\0\0") + exif}});
@@ -107,6 +132,17 @@ std::string xmpText(const ImageProperties& properties, const char* key)
     const Exiv2::XmpData& xmp = properties.content().xmp;
     const auto found = xmp.findKey(Exiv2::XmpKey(key));
     return found == xmp.end() ? kNone : found->toString();
+}
+
+std::map<std::string, std::string> xmpTexts(const ImageProperties& properties)
+{
+    std::map<std::string, std::string> texts;
+    for (const Exiv2::Xmpdatum& datum : properties.content().xmp) {
+        if (datum.tagName() != "HasExtendedXMP") {
+            texts.emplace(datum.key(), datum.toString());
+        }
+    }
+    return texts;
 }
 
 int iptcCount(const ImageProperties& properties, const char* key)

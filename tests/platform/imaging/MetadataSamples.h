@@ -10,6 +10,7 @@
 #include <exiv2/exif.hpp>
 #include <exiv2/iptc.hpp>
 #include <exiv2/xmp_exiv2.hpp>
+#include <map>
 #include <string>
 
 /// Pictures with metadata of the tests' own making, and what stands in those that were made.
@@ -26,6 +27,9 @@ struct Blocks {
 [[nodiscard]] QByteArray jpegWith(const Blocks& blocks);
 /// The blocks as a file of any type would have yielded them, whatever a JPEG may hold.
 [[nodiscard]] ImageProperties holding(const Blocks& blocks);
+/// More than 200,000 bytes of XMP: many texts of all sizes ("Xmp.photoshop.Property0" and on), a
+/// history in structures, names in an array, a title in two languages.
+[[nodiscard]] Exiv2::XmpData largeXmp();
 /// A small JPEG with this Exif block (a TIFF structure), byte for byte.
 [[nodiscard]] QByteArray jpegWithExifBytes(const QByteArray& exif);
 /// A small JPEG with these segments.
@@ -41,6 +45,8 @@ asCarried(const ImageProperties& properties, QSize pixels, const QByteArray& thu
 /// "(none)" where there is no such tag.
 [[nodiscard]] std::string exifText(const ImageProperties& properties, const char* key);
 [[nodiscard]] std::string xmpText(const ImageProperties& properties, const char* key);
+/// All that XMP says but the note of a second packet.
+[[nodiscard]] std::map<std::string, std::string> xmpTexts(const ImageProperties& properties);
 [[nodiscard]] int iptcCount(const ImageProperties& properties, const char* key);
 
 } // namespace MetadataSamples

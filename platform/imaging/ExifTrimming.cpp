@@ -1,20 +1,16 @@
-#include "MetadataTrimming.h"
+#include "ExifTrimming.h"
 
 #include "ImagePropertiesContent.h"
 #include "MetadataAdapter.h"
+#include "MetadataLosses.h"
 #include "MetadataPruning.h"
-#include "SystemLog.h"
 
 #include <QStringList>
 
 #include <algorithm>
-#include <functional>
 #include <iterator>
-#include <map>
-#include <numeric>
-#include <set>
 #include <string>
-#include <vector>
+#include <string_view>
 
 using namespace Qt::StringLiterals;
 
@@ -193,145 +189,12 @@ QString trimExif(ImageProperties::Content& content)
     return largest == exif.end() ? QString() : takeOut(exif, largest);
 }
 
-/// The first names, and how many there are more.
-QString listed(const QStringList& parts)
-{
-    constexpr qsizetype kMostNames = 10;
-    const QString first = parts.first(std::min(parts.size(), kMostNames)).join(u", "_s);
-    return parts.size() <= kMostNames
-               ? first
-               : u"%1 and %2 more"_s.arg(first).arg(parts.size() - kMostNames);
-}
-
-void logTrimmed(const QString& block, const QString& name, const QStringList& parts)
-{
-    if (!parts.isEmpty()) {
-        systemLog(u"The %1 metadata of %2 is more than a JPEG segment holds; left out: %3"_s.arg(
-            block, name, listed(parts)));
-    }
-}
-
-void logUnwritable(const QString& block, const QString& name, const QStringList& parts)
-{
-    if (!parts.isEmpty()) {
-        systemLog(u"The %1 metadata of %2 has parts that cannot be written; left out: %3"_s.arg(
-            block, name, listed(parts)));
-    }
-}
-
-/// "Xmp.xmpMM.History" of "Xmp.xmpMM.History[2]/stEvt:action".
-std::string wholeProperty(const std::string& key)
-{
-    return key.substr(0, key.find_first_of("[/"));
-}
-
-bool encode(const Exiv2::XmpData& xmp, std::string& packet)
-{
-    constexpr uint32_t kNoPadding = 0;
-    packet.clear();
-    int refused = 1;
-    static_cast<void>(MetadataAdapter::attempt([&] {
-        refused =
-            Exiv2::XmpParser::encode(packet, xmp, Exiv2::XmpParser::useCompactFormat, kNoPadding);
-    }));
-    return refused == 0;
-}
-
-/// Takes the properties out with all their parts.
-void remove(Exiv2::XmpData& xmp, const std::set<std::string>& properties)
-{
-    MetadataData::eraseWhere(xmp, [&](const Exiv2::Xmpdatum& datum) {
-        return properties.contains(wholeProperty(datum.key()));
-    });
-}
-
-/// The toolkit refuses a whole packet for one property that it does not take. Removes the
-/// properties that it does not take even alone, and returns their names.
-QStringList removeRefused(Exiv2::XmpData& xmp)
-{
-    std::map<std::string, Exiv2::XmpData> properties;
-    for (const Exiv2::Xmpdatum& datum : xmp) {
-        properties[wholeProperty(datum.key())].add(datum);
-    }
-    std::set<std::string> refused;
-    QStringList names;
-    std::string packet;
-    for (const auto& [property, alone] : properties) {
-        if (!encode(alone, packet)) {
-            refused.insert(property);
-            names.append(QString::fromStdString(property));
-        }
-    }
-    remove(xmp, refused);
-    return names;
-}
-
-/// At least so many bytes of the packet are this part's: what its element says, without markup and
-/// the names of the elements around it.
-qsizetype estimatedSize(const Exiv2::Xmpdatum& datum)
-{
-    const std::string key = datum.key();
-    return std::max<qsizetype>(datum.size(), 0) +
-           std::ssize(key.substr(key.find_last_of("./") + 1));
-}
-
-struct XmpProperty {
-    std::string name;
-    qsizetype size{0}; ///< estimated
-};
-
-/// The largest first.
-std::vector<XmpProperty> propertiesBySize(const Exiv2::XmpData& xmp)
-{
-    std::map<std::string, qsizetype> sizes;
-    for (const Exiv2::Xmpdatum& datum : xmp) {
-        sizes[wholeProperty(datum.key())] += estimatedSize(datum);
-    }
-    std::vector<XmpProperty> properties;
-    properties.reserve(sizes.size());
-    for (const auto& [name, size] : sizes) {
-        properties.push_back({.name = name, .size = size});
-    }
-    std::ranges::stable_sort(properties, std::greater(), &XmpProperty::size);
-    return properties;
-}
-
-qsizetype estimatedSize(const Exiv2::XmpData& xmp)
-{
-    return std::accumulate(
-        xmp.begin(), xmp.end(), qsizetype{0}, [](qsizetype sum, const Exiv2::Xmpdatum& datum) {
-            return sum + estimatedSize(datum);
-        });
-}
-
-/// Takes the largest properties out, with all their parts, until the rest is estimated at `room`
-/// or less, and returns their names.
-QStringList trimXmp(Exiv2::XmpData& xmp, qsizetype room)
-{
-    qsizetype rest = estimatedSize(xmp);
-    if (rest <= room) {
-        return {};
-    }
-    std::set<std::string> removed;
-    QStringList names;
-    for (const XmpProperty& property : propertiesBySize(xmp)) {
-        if (rest <= room) {
-            break;
-        }
-        rest -= property.size;
-        removed.insert(property.name);
-        names.append(QString::fromStdString(property.name));
-    }
-    remove(xmp, removed);
-    return names;
-}
-
 } // namespace
 
-namespace MetadataTrimming
+namespace ExifTrimming
 {
 
-QByteArray encodeExif(ImageProperties::Content& content, qsizetype largest)
+QByteArray encode(ImageProperties::Content& content, qsizetype largest)
 {
     // The estimate leaves out headers and padding of the directories.
     constexpr qsizetype kMargin = 2048;
@@ -361,37 +224,9 @@ QByteArray encodeExif(ImageProperties::Content& content, qsizetype largest)
         }
         trimmed.append(trimExif(content));
     }
-    logUnwritable(u"Exif"_s, content.name, unwritable);
-    logTrimmed(u"Exif"_s, content.name, trimmed);
+    MetadataLosses::logUnwritable(u"Exif"_s, content.name, unwritable);
+    MetadataLosses::logTooLarge(u"Exif"_s, content.name, trimmed);
     return {reinterpret_cast<const char*>(block.data()), std::ssize(block)};
 }
 
-QByteArray encodeXmp(ImageProperties::Content& content, qsizetype largest)
-{
-    // Markup makes a packet larger than its estimate by a factor that each round knows better.
-    constexpr int kRoundsByFactor = 4;
-    Exiv2::XmpData& xmp = content.xmp;
-    // What even the estimate shows to be too much goes before the first packet is made: the time
-    // for that grows with the square of the number of properties.
-    QStringList trimmed = trimXmp(xmp, largest);
-    std::string packet;
-    bool isWritten = encode(xmp, packet);
-    if (!isWritten) {
-        logUnwritable(u"XMP"_s, content.name, removeRefused(xmp));
-        isWritten = encode(xmp, packet);
-    }
-    qsizetype room = largest;
-    for (int round = 0; !xmp.empty() && !(isWritten && std::ssize(packet) <= largest); ++round) {
-        const qsizetype estimate = estimatedSize(xmp);
-        const qsizetype fitting =
-            isWritten ? std::min(estimate * largest / std::ssize(packet), estimate - 1)
-                      : estimate / 2;
-        room = round < kRoundsByFactor ? fitting : std::min(fitting, room / 2);
-        trimmed.append(trimXmp(xmp, room));
-        isWritten = encode(xmp, packet);
-    }
-    logTrimmed(u"XMP"_s, content.name, trimmed);
-    return xmp.empty() ? QByteArray() : QByteArray(packet.data(), std::ssize(packet));
-}
-
-} // namespace MetadataTrimming
+} // namespace ExifTrimming
