@@ -1,10 +1,12 @@
 #include "KindsOfLibraries.h"
 
+#include "ChildProcess.h"
 #include "ModelIds.h"
 #include "QtPrinters.h"
 #include "Queries.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 
 #include <filesystem>
@@ -155,6 +157,34 @@ TEST_F(KindsOfLibraries, aReferencedMasterIsNeverDeletedNorCountedAsFreed)
     EXPECT_TRUE(open(Access::Write)->emptyTrash().ok());
     EXPECT_EQ(trashed(id).id, 0);
     EXPECT_TRUE(QFile::exists(disk + u"/A.dng"_s));
+}
+
+TEST_F(KindsOfLibraries, unfinishedSidecarsOfAReferencedMasterAreRemovedAfterACrash)
+{
+    const qint64 id = m_builder.addRaw(u"A.dng"_s, u"Trip"_s);
+    m_builder.makeReference(id, u"Photos"_s, m_folder.filePath(u"disk"_s), u"2012/A.dng"_s);
+    ChildProcess writer([&](ChildProcess&) {
+        const auto library = open(Access::Write);
+        photo(*library, id)->setRating(3);
+        ChildProcess::crash();
+    });
+    ASSERT_TRUE(writer.crashed());
+    QDirIterator sidecars(m_builder.package() + u"/Database/Versions"_s,
+                          {u"Master.apmaster"_s},
+                          QDir::Files,
+                          QDirIterator::Subdirectories);
+    ASSERT_TRUE(sidecars.hasNext());
+    const QString master = sidecars.next();
+    const QString folder = QFileInfo(master).path();
+    const QStringList unfinished{folder + u"/.Master.apmaster.0abc123.corvane-new"_s,
+                                 folder + u"/.Version-0.apversion.0abc123.corvane-new"_s};
+    for (const QString& file : unfinished) {
+        ASSERT_TRUE(QFile::copy(master, file));
+    }
+    ASSERT_TRUE(open(Access::Write)->close().ok());
+    for (const QString& file : unfinished) {
+        EXPECT_FALSE(QFile::exists(file)) << file.toStdString();
+    }
 }
 
 TEST_F(KindsOfLibraries, whatIsWithoutAMasterStaysWhenTheTrashIsEmptied)

@@ -1,7 +1,5 @@
 #include "ChildProcess.h"
-#include "Connection.h"
 #include "OrdinaryUser.h"
-#include "Queries.h"
 #include "WritableLibrary.h"
 
 #include <QDir>
@@ -185,39 +183,6 @@ TEST_F(RecoveryAfterCrash, filesThatCannotBeRemovedAreNotForgotten)
     recover();
     EXPECT_EQ(pictureFiles(), QStringList());
     expectSound();
-}
-
-TEST_F(RecoveryAfterCrash, ofAReferencedMasterTheUnfinishedSidecarsAreRemoved)
-{
-    {
-        const auto library = open(Access::Write);
-        ASSERT_NE(library, nullptr);
-        import(*library, makePicture(u"IMG_1.JPG"_s));
-        ASSERT_TRUE(library->close().ok());
-    }
-    {
-        const auto connection = Connection::open(package(), Connection::Mode::Write);
-        ASSERT_TRUE(connection.ok());
-        connection.value()->database().exec(
-            "UPDATE RKMaster SET fileIsReference=1, imagePath='Pictures/2010/IMG_1.JPG'");
-    }
-    crashAfter([](PhotoLibrary& library) {
-        const Result<QList<PhotoFacts>> photos = library.photos();
-        library.setSelection({photos.value().first().id});
-        std::dynamic_pointer_cast<Photo>(application(library)->selection().first())->setRating(3);
-        ::_exit(0);
-    });
-    ASSERT_EQ(versionSidecars().size(), 1);
-    const QString folder = package() + u'/' + versionSidecars().first().section(u'/', 0, -2);
-    const QStringList unfinished{folder + u"/.Master.apmaster.0abc123.corvane-new"_s,
-                                 folder + u"/.Version-0.apversion.0abc123.corvane-new"_s};
-    for (const QString& file : unfinished) {
-        ASSERT_TRUE(QFile::copy(folder + u"/Master.apmaster"_s, file));
-    }
-    recover();
-    for (const QString& file : unfinished) {
-        EXPECT_FALSE(QFile::exists(file)) << file.toStdString();
-    }
 }
 
 /// A person who goes back to databases of an earlier day by copying them into the package.
