@@ -129,9 +129,13 @@ std::string exifText(const ImageProperties& properties, const char* key)
 
 std::string xmpText(const ImageProperties& properties, const char* key)
 {
-    const Exiv2::XmpData& xmp = properties.content().xmp;
-    const auto found = xmp.findKey(Exiv2::XmpKey(key));
-    return found == xmp.end() ? kNone : found->toString();
+    // Compared as text: a key can only be made of a prefix that Exiv2 has met already.
+    for (const Exiv2::Xmpdatum& datum : properties.content().xmp) {
+        if (datum.key() == key) {
+            return datum.toString();
+        }
+    }
+    return kNone;
 }
 
 std::map<std::string, std::string> xmpTexts(const ImageProperties& properties)
