@@ -10,11 +10,12 @@
 namespace
 {
 
-constexpr quint32 kFull = 65535;
+constexpr quint32 kOpaque = 65535;
 
 quint16 onWhite(quint32 value, quint32 alpha)
 {
-    return static_cast<quint16>((value * alpha + kFull * (kFull - alpha) + kFull / 2) / kFull);
+    return static_cast<quint16>((value * alpha + kOpaque * (kOpaque - alpha) + kOpaque / 2) /
+                                kOpaque);
 }
 
 void copyRow(const QRgba64* from, std::span<quint16> into)

@@ -21,7 +21,7 @@ constexpr const char* kOrientation = "Exif.Image.Orientation";
 constexpr const char* kXmpOrientation = "Xmp.tiff.Orientation";
 
 /// Places in pixels, or parts, of the rows as the sensor had them.
-constexpr std::array kPlaces{
+constexpr std::array kPlacesOfTags{
     std::string_view("Exif.Photo.SubjectArea"),
     std::string_view("Exif.Photo.SubjectLocation"),
     std::string_view("Exif.Image.SubjectLocation"),
@@ -72,7 +72,7 @@ bool statesTurns(const QByteArray& bytes)
 
 bool isPlace(std::string_view key)
 {
-    return std::ranges::find(kPlaces, MetadataData::propertyOf(key)) != kPlaces.end();
+    return std::ranges::find(kPlacesOfTags, MetadataData::propertyOf(key)) != kPlacesOfTags.end();
 }
 
 template <typename Data>

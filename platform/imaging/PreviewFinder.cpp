@@ -21,7 +21,7 @@ constexpr std::size_t kMostTried = 6;
 
 /// Larger ones of a directory are left alone: to decode them takes long, and cameras write smaller
 /// ones beside them.
-constexpr qint64 kMostPixels = 64LL * 1024 * 1024;
+constexpr qint64 kMostPixelsOfPreview = 64LL * 1024 * 1024;
 
 // Of the Exif directory (CIPA DC-008, 4.6.5).
 constexpr quint16 kPixelXDimension = 0xA002;
@@ -57,7 +57,7 @@ std::vector<Candidate> ofDirectories(QByteArrayView bytes)
         }
         const QSize size = JpegDecoder::size(view).value_or(QSize(0, 0));
         const qint64 pixels = qint64{size.width()} * size.height();
-        if (pixels > 0 && pixels <= kMostPixels) {
+        if (pixels > 0 && pixels <= kMostPixelsOfPreview) {
             found.push_back({.pixels = pixels, .jpeg = view});
         }
     }

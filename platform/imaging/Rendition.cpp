@@ -10,7 +10,7 @@
 namespace
 {
 
-constexpr double kFull = 65535.0;
+constexpr double kFullTone = 65535.0;
 
 using FloatMatrix = std::array<float, 9>;
 
@@ -101,13 +101,13 @@ Rendition::Rendition(const ColorMatrix& matrix, double stops, const ToneCurve& c
     const SampledFunction<4096> toneOf([&curve](double encoded) { return curve.at(encoded); });
     for (std::size_t light = 0; light < m_tones.size(); ++light) {
         // Between the table's values, which lie too far apart for the gains of dark photos.
-        const double wanted = std::min(static_cast<double>(light) * gain, kFull);
+        const double wanted = std::min(static_cast<double>(light) * gain, kFullTone);
         const auto below = static_cast<quint16>(wanted);
         const auto above = static_cast<quint16>(std::min<int>(below + 1, 65535));
         const double encoded =
             std::lerp(tables.encoded(below), tables.encoded(above), wanted - below);
-        const auto tone = static_cast<double>(toneOf.at(static_cast<float>(encoded / kFull)));
-        m_tones[light] = static_cast<quint16>(std::clamp(tone, 0.0, 1.0) * kFull + 0.5);
+        const auto tone = static_cast<double>(toneOf.at(static_cast<float>(encoded / kFullTone)));
+        m_tones[light] = static_cast<quint16>(std::clamp(tone, 0.0, 1.0) * kFullTone + 0.5);
     }
 }
 

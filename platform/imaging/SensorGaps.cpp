@@ -23,7 +23,7 @@ constexpr int kSmallestGap = 6 * kColumns;
 constexpr int kNarrowestCell = 8;
 
 /// What the values of a cell say.
-enum class Cell : quint8 {
+enum class CellState : quint8 {
     Alive,    ///< they differ, or are clipped to white
     Constant, ///< they do not, as where shadows are clipped to black, or data were made small
     Gone,     ///< they do not, and a sensor's would
@@ -51,14 +51,14 @@ bool isConstant(const SensorValues& values, const QRect& area)
     return true;
 }
 
-Cell cellOf(const SensorValues& values, int column, int row)
+CellState stateOf(const SensorValues& values, int column, int row)
 {
     const QPoint from(partOf(values.size.width(), column, kColumns),
                       partOf(values.size.height(), row, kRows));
     const QPoint end(partOf(values.size.width(), column + 1, kColumns),
                      partOf(values.size.height(), row + 1, kRows));
     if (!isConstant(values, QRect(from, QSize(end.x() - from.x(), end.y() - from.y())))) {
-        return Cell::Alive;
+        return CellState::Alive;
     }
     const quint16* const pixel =
         values.first + from.y() * values.stride + qsizetype{from.x()} * values.channels;
@@ -66,10 +66,10 @@ Cell cellOf(const SensorValues& values, int column, int row)
     const int most = values.white - values.black;
     // Light that clips, in any channel, is far above the middle.
     if (2 * light > most) {
-        return Cell::Alive;
+        return CellState::Alive;
     }
     const bool isClippedAtBlack = light >= 0 && 32 * light <= most;
-    return isClippedAtBlack || values.channels > 1 ? Cell::Constant : Cell::Gone;
+    return isClippedAtBlack || values.channels > 1 ? CellState::Constant : CellState::Gone;
 }
 
 } // namespace
@@ -81,14 +81,14 @@ bool SensorGaps::isFoundIn(const SensorValues& values)
     }
     std::vector<bool> marks;
     for (int row = 0; row < kRows; ++row) {
-        std::vector<Cell> cells;
+        std::vector<CellState> cells;
         for (int column = 0; column < kColumns; ++column) {
-            cells.push_back(cellOf(values, column, row));
+            cells.push_back(stateOf(values, column, row));
         }
         const bool isWhole =
-            std::ranges::none_of(cells, [](Cell cell) { return cell == Cell::Alive; });
-        for (const Cell cell : cells) {
-            marks.push_back(isWhole || cell == Cell::Gone);
+            std::ranges::none_of(cells, [](CellState cell) { return cell == CellState::Alive; });
+        for (const CellState cell : cells) {
+            marks.push_back(isWhole || cell == CellState::Gone);
         }
     }
     return MarkedCells(kColumns, std::move(marks)).largestPatch() >= kSmallestGap;

@@ -5,7 +5,7 @@
 namespace
 {
 
-constexpr double kFull = 65535.0;
+constexpr double kFullLight = 65535.0;
 
 } // namespace
 
@@ -23,11 +23,11 @@ double SrgbTransfer::linearFrom(double encoded)
 SrgbTransfer::SrgbTransfer()
 {
     for (std::size_t value = 0; value < kValues; ++value) {
-        const double part = static_cast<double>(value) / kFull;
+        const double part = static_cast<double>(value) / kFullLight;
         const double encodedPart = encodedFrom(part);
-        m_encoded[value] = static_cast<quint16>(std::lround(encodedPart * kFull));
+        m_encoded[value] = static_cast<quint16>(std::lround(encodedPart * kFullLight));
         m_encodedByte[value] = static_cast<quint8>(std::lround(encodedPart * 255.0));
-        m_linear[value] = static_cast<quint16>(std::lround(linearFrom(part) * kFull));
+        m_linear[value] = static_cast<quint16>(std::lround(linearFrom(part) * kFullLight));
     }
 }
 

@@ -3,6 +3,7 @@
 #include "FoldersInTrash.h"
 #include "PropertyList.h"
 #include "Queries.h"
+#include "Schema.h"
 
 #include <algorithm>
 #include <utility>
@@ -11,8 +12,6 @@ using namespace Qt::StringLiterals;
 
 namespace
 {
-
-constexpr int kQuerySubclass = 2;
 
 /// Deeper nesting is no tree that the application made.
 constexpr int kDeepest = 64;
@@ -81,7 +80,7 @@ void AlbumTree::readAlbums()
             continue;
         }
         const std::optional<OldCatalogue::Album> old = m_carriedOver(node.album.guid);
-        if (row.column(4).getInt() == kQuerySubclass) {
+        if (row.column(4).getInt() == Schema::kSubclassOfQueries) {
             if (!old) {
                 continue; // nobody here can tell what its rule finds
             }

@@ -19,7 +19,7 @@ namespace
 constexpr std::array<char, 8> kMark{'\xd9', '\xd5', '\x05', '\xf9', '\x20', '\xa1', '\x63', '\xd7'};
 constexpr qint64 kLengthAndSum = 8;
 constexpr qint64 kTail = kLengthAndSum + qint64{kMark.size()};
-constexpr qint64 kLongestName = 4096;
+constexpr qint64 kLongestPath = 4096;
 
 /// Full path of the super-journal that a journal names; empty when it names none.
 QString superJournalOf(const QString& journal)
@@ -35,7 +35,7 @@ QString superJournalOf(const QString& journal)
     }
     const qint64 length = qFromBigEndian<quint32>(tail.constData());
     const auto sum = qFromBigEndian<quint32>(tail.constData() + sizeof(quint32));
-    if (length == 0 || length > std::min(kLongestName, size - kTail) ||
+    if (length == 0 || length > std::min(kLongestPath, size - kTail) ||
         !file.seek(size - kTail - length)) {
         return {};
     }

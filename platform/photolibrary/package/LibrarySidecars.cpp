@@ -4,6 +4,7 @@
 #include "PropertyList.h"
 #include "Queries.h"
 #include "RowQuestions.h"
+#include "Schema.h"
 #include "SidecarFile.h"
 #include "SidecarValues.h"
 
@@ -17,7 +18,6 @@ namespace
 {
 
 constexpr int kKeywordsVersion = 7;
-constexpr int kProjectVersion = 8;
 /// The oldest minor version whose programs understand what this one writes.
 constexpr int kCompatibleBackToMinorVersion = 220;
 
@@ -87,8 +87,8 @@ void addModel(QVariantMap& content, const QVariantMap& known, Connection& connec
     add(u"DatabaseMinorVersion"_s,
         AdminData::text(connection, area, u"versionMinor"_s).toLongLong());
     add(u"DatabaseCompatibleBackToMinorVersion"_s, qlonglong{kCompatibleBackToMinorVersion});
-    add(u"projectVersion"_s, qlonglong{kProjectVersion});
-    add(u"projectCompatibleBackToVersion"_s, qlonglong{kProjectVersion});
+    add(u"projectVersion"_s, qlonglong{Schema::kProjectVersion});
+    add(u"projectCompatibleBackToVersion"_s, qlonglong{Schema::kProjectVersion});
     add(u"databaseUuid"_s, known.value(u"database|databaseUuid"_s));
     add(u"createDate"_s, known.value(u"database|createDate"_s));
     add(u"isIPhotoLibrary"_s, known.value(u"database|isIPhotoLibrary"_s));

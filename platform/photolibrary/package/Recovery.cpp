@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr QLatin1StringView kMasters("Masters/");
+constexpr QLatin1StringView kFolderOfMasters("Masters/");
 /// A super-journal names a few paths, each of 4096 bytes at most.
 constexpr qint64 kMostOfSuperJournal = qint64{64} * 1024;
 
@@ -28,7 +28,7 @@ bool masterFileIsKnown(Connection& connection, const QString& relative)
 {
     return Sql::firstInteger(connection,
                              "SELECT modelId FROM RKMaster WHERE imagePath = ?",
-                             relative.mid(kMasters.size()))
+                             relative.mid(kFolderOfMasters.size()))
         .has_value();
 }
 
@@ -77,7 +77,7 @@ void removeDeadSuperJournals(const QString& folder)
 bool wasCommitted(Connection& connection, const QStringList& made)
 {
     return std::any_of(made.begin(), made.end(), [&connection](const QString& path) {
-        return path.startsWith(kMasters) && masterFileIsKnown(connection, path);
+        return path.startsWith(kFolderOfMasters) && masterFileIsKnown(connection, path);
     });
 }
 
@@ -90,7 +90,7 @@ bool deletionWasCommitted(Connection& connection, const TrashRows::Leftovers& do
         });
     const bool fileKnown =
         std::any_of(doomed.files.begin(), doomed.files.end(), [&](const QString& file) {
-            return file.startsWith(kMasters) && masterFileIsKnown(connection, file);
+            return file.startsWith(kFolderOfMasters) && masterFileIsKnown(connection, file);
         });
     return !doomed.folders.isEmpty() && !folderKnown && !fileKnown;
 }

@@ -13,6 +13,10 @@ inline constexpr int kMajorVersion = 110;
 inline constexpr int kMinorVersion = 226;
 /// Libraries of this minor version and later have the same tables.
 inline constexpr int kOldestMinorVersion = 220;
+/// What sidecars and settings call the version of the library ("projectVersion").
+inline constexpr int kProjectVersion = 8;
+/// RKAlbum.albumSubclass of albums whose photos a query tells: smart albums.
+inline constexpr int kSubclassOfQueries = 2;
 
 enum class Database : quint8 {
     Library,

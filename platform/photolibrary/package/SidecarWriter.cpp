@@ -3,6 +3,7 @@
 #include "ImportGroup.h"
 #include "LibrarySidecars.h"
 #include "PathMapping.h"
+#include "Schema.h"
 #include "SidecarValues.h"
 #include "Uuid.h"
 #include "VersionSidecar.h"
@@ -15,9 +16,7 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-constexpr int kProjectVersion = 8;
 constexpr int kEventFolderType = 2;
-constexpr int kQuerySubclass = 2;
 constexpr int kRegularSubclass = 3;
 
 /// Albums that the application makes up itself and keeps no sidecar of.
@@ -116,7 +115,7 @@ void SidecarWriter::mirrorAlbum(QVariantMap& content, Sql::Query& row)
     for (const auto& [column, key] : blobs) {
         SidecarValues::mirror(content, key, all.take(column));
     }
-    if (all.value(u"albumSubclass"_s).toLongLong() != kQuerySubclass) {
+    if (all.value(u"albumSubclass"_s).toLongLong() != Schema::kSubclassOfQueries) {
         content.remove(u"UserQueryInfo"_s);
     }
     QVariantMap information = content.value(u"InfoDictionary"_s).toMap();
@@ -227,8 +226,8 @@ Result<void> SidecarWriter::putFolder(const QString& uuid)
     }
     content.insert(u"version"_s, qlonglong{SidecarValues::kFormatVersion});
     if (isEvent) {
-        content.insert(u"projectVersion"_s, qlonglong{kProjectVersion});
-        content.insert(u"projectCompatibleBackToVersion"_s, qlonglong{kProjectVersion});
+        content.insert(u"projectVersion"_s, qlonglong{Schema::kProjectVersion});
+        content.insert(u"projectCompatibleBackToVersion"_s, qlonglong{Schema::kProjectVersion});
     }
     mirrorCustomOrder(content, uuid);
     mirrorNotes(content, m_connection, uuid);
