@@ -2,9 +2,9 @@
 #include "SceneComparison.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 // What pictures of a scene say of each other's colours.
 
@@ -15,39 +15,45 @@ namespace
 
 constexpr QSize kColorGrid(64, 64);
 
-/// Deviation of a colour among places of one lightness below which a picture hardly has colours
-/// that a rendering could be judged or guided by.
-constexpr double kHardlyColored = 0.015;
+/// How much a colour may deviate among places of one lightness, and in how many steps these are
+/// told apart: with more of them less is left of any colour.
+struct Toning {
+    double deviation;
+    std::size_t steps;
+};
 
-/// The same where there is none but what the rounding of JPEG leaves.
-constexpr double kUncolored = 0.003;
+/// Below that a picture hardly has colours that a rendering could be judged or guided by.
+constexpr Toning kHardlyColored{.deviation = 0.015, .steps = 16};
+
+/// There is none but what the rounding of JPEG leaves; a light tint hardly changes within a step.
+constexpr Toning kUncolored{.deviation = 0.003, .steps = 64};
 
 /// Whether one view of the colour depends on lightness alone, but for such a deviation.
-bool isTonedIn(const SmallPicture& lightness, const SmallPicture& color, double deviation)
+bool isTonedIn(const SmallPicture& lightness, const SmallPicture& color, const Toning& toning)
 {
-    constexpr std::size_t kSteps = 64; // within which a tint hardly changes
-    std::array<double, kSteps> sums{};
-    std::array<double, kSteps> squares{};
-    std::array<double, kSteps> counts{};
+    std::vector<double> sums(toning.steps);
+    std::vector<double> squares(toning.steps);
+    std::vector<double> counts(toning.steps);
+    const auto steps = static_cast<double>(toning.steps);
     for (std::size_t i = 0; i < color.values().size(); ++i) {
-        const auto part = static_cast<double>(lightness.values()[i]) * kSteps;
-        const auto step = static_cast<std::size_t>(std::clamp(part, 0.0, kSteps - 1.0));
+        const auto part = static_cast<double>(lightness.values()[i]) * steps;
+        const auto step = static_cast<std::size_t>(std::clamp(part, 0.0, steps - 1.0));
         const auto value = static_cast<double>(color.values()[i]);
         sums.at(step) += value;
         squares.at(step) += value * value;
         counts.at(step) += 1.0;
     }
     double rest = 0.0;
-    for (std::size_t step = 0; step < kSteps; ++step) {
+    for (std::size_t step = 0; step < toning.steps; ++step) {
         rest += squares.at(step) - sums.at(step) * sums.at(step) / std::max(counts.at(step), 1.0);
     }
-    return rest <= deviation * deviation * static_cast<double>(color.values().size());
+    return rest <= toning.deviation * toning.deviation * static_cast<double>(color.values().size());
 }
 
-bool isTonedBut(double deviation, const SceneComparison::Views& shown)
+bool isTonedBut(const Toning& toning, const SceneComparison::Views& shown)
 {
-    return isTonedIn(shown.lightness, shown.redBlue, deviation) &&
-           isTonedIn(shown.lightness, shown.greenMagenta, deviation);
+    return isTonedIn(shown.lightness, shown.redBlue, toning) &&
+           isTonedIn(shown.lightness, shown.greenMagenta, toning);
 }
 
 /// Whether the colours are far apart on the whole, or one picture's are where the other's are not,

@@ -63,7 +63,7 @@ struct Views {
 [[nodiscard]] bool isToned(const Views& shown);
 
 /// Whether it does so wholly: a picture in black and white was made of one channel, and any colour
-/// of the scene may be lighter or darker in it. A tint counts only where JPEG left it exact.
+/// of the scene may be lighter or darker in it. A light tint is none, a deep one may be.
 [[nodiscard]] bool isMonochrome(const Views& shown);
 
 /// Whether a picture that shows the same scene as `shown`, laid over it so, has its colours wrong:

@@ -73,3 +73,19 @@ TEST(SceneComparisonTest, ranksCorrelateWhateverTheTone)
     EXPECT_NEAR(Correlation::ofRanks(values, falling), -1.0, 1e-9);
     EXPECT_EQ(Correlation::ofRanks(values, flat), 0.0);
 }
+
+TEST(SceneComparisonTest, aColourThatFollowsLightnessFarIsNoTone)
+{
+    // A sunset: from a dark blue to a light orange.
+    QImage sunset(256, 64, QImage::Format_RGB32);
+    QImage sepia = sunset;
+    for (int x = 0; x < sunset.width(); ++x) {
+        for (int y = 0; y < sunset.height(); ++y) {
+            sunset.setPixelColor(x, y, {x, x * 6 / 8, 140 - x * 3 / 8});
+            sepia.setPixelColor(x, y, {x, x * 7 / 8, x * 6 / 8});
+        }
+    }
+    EXPECT_FALSE(SceneComparison::isToned(SceneComparison::Views::of(sunset)));
+    EXPECT_TRUE(SceneComparison::isToned(SceneComparison::Views::of(sepia)));
+    EXPECT_TRUE(SceneComparison::isMonochrome(SceneComparison::Views::of(sepia)));
+}
