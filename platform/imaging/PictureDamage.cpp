@@ -198,15 +198,22 @@ std::optional<QString> PictureDamage::thumbnailComplaint(const SmallPicture& dec
                : std::nullopt;
 }
 
+std::optional<QString> PictureDamage::complaintOfFinished(const Bitmap& decoded,
+                                                          const QImage& preview)
+{
+    return complaintOf(SmallPicture::of(decoded), SmallPicture::of(preview), [&] {
+        return SceneComparison::isMonochrome(SceneComparison::Views::of(decoded)) !=
+               isMonochrome(preview);
+    });
+}
+
 std::optional<QString> PictureDamage::exifThumbnailComplaint(const Bitmap& decoded,
                                                              const QImage& thumbnail)
 {
-    const auto found = complaintOf(SmallPicture::of(decoded), SmallPicture::of(thumbnail), [&] {
-        return SceneComparison::isMonochrome(SceneComparison::Views::of(decoded)) !=
-               isMonochrome(thumbnail);
-    });
-    return found ? std::optional(QStringLiteral(
-                       "it does not show what its thumbnail shows, its picture data is corrupt or "
-                       "a program changed the picture and left the thumbnail"))
-                 : std::nullopt;
+    return complaintOfFinished(decoded, thumbnail)
+               ? std::optional(QStringLiteral(
+                     "it does not show what its thumbnail shows, its picture data is corrupt or a "
+                     "program changed the picture and left the thumbnail; look at it, and if it is "
+                     "as it should be, save it anew with a thumbnail that shows it"))
+               : std::nullopt;
 }

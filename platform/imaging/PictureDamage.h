@@ -24,9 +24,13 @@ complaint(const SmallPicture& decoded, const SmallPicture& shown, const QImage& 
 [[nodiscard]] std::optional<QString> thumbnailComplaint(const SmallPicture& decoded,
                                                         const SmallPicture& shown);
 
+/// The same of a picture that was finished before, as in a JPEG file: a program may have changed it
+/// since. Where only one of the two is in black and white, only what is lost tells damage.
+[[nodiscard]] std::optional<QString> complaintOfFinished(const Bitmap& decoded,
+                                                         const QImage& preview);
+
 /// The same by the thumbnail in a JPEG file's Exif block, which programs that change the picture
-/// leave as it was: its tones tell nothing, and where only one of the two is in black and white,
-/// only what is lost does.
+/// leave as it was; the clause says so, and what to do.
 [[nodiscard]] std::optional<QString> exifThumbnailComplaint(const Bitmap& decoded,
                                                             const QImage& thumbnail);
 

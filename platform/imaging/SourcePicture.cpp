@@ -115,10 +115,11 @@ std::optional<QString> SourcePicture::judge(const SourceFile& file)
 
 std::optional<QString> SourcePicture::complaintBy(const QImage& shown) const
 {
-    const auto* const raw = std::get_if<RawPhoto>(&m_content);
-    const SmallPicture small =
-        SmallPicture::of(raw != nullptr ? raw->reduced() : std::get<Bitmap>(m_content));
-    return PictureDamage::complaint(small, SmallPicture::of(shown), shown);
+    if (const auto* const bitmap = std::get_if<Bitmap>(&m_content)) {
+        return PictureDamage::complaintOfFinished(*bitmap, shown);
+    }
+    return PictureDamage::complaint(
+        SmallPicture::of(std::get<RawPhoto>(m_content).reduced()), SmallPicture::of(shown), shown);
 }
 
 // A RAW file is also judged without a preview, since its sensor's data could be any values.

@@ -120,6 +120,15 @@ TEST(ThumbnailDamageTest, changesOfToneThatLeftTheExifThumbnailAreNoDamage)
     }
 }
 
+TEST(ThumbnailDamageTest, aFinishedPictureMadeBlackAndWhiteSinceItsPreviewIsNoDamage)
+{
+    const Bitmap picture = redLeavesBelow();
+    const QImage preview = SceneSamples::thumbnailOf(picture, 320, Qt::SmoothTransformation);
+    EXPECT_FALSE(
+        PictureDamage::complaintOfFinished(throughRedFilter(picture), preview).has_value());
+    EXPECT_TRUE(PictureDamage::complaintOfFinished(shifted(picture, 480), preview).has_value());
+}
+
 TEST(ThumbnailDamageTest, garbageIsFoundByTheExifThumbnail)
 {
     for (const Bitmap& picture :
