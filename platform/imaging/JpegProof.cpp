@@ -42,10 +42,21 @@ constexpr double kFlat = 0.004;
 /// its preview.
 constexpr double kLightBound = 16.0;
 
+Error failed(ErrorCode code, const QString& what)
+{
+    return {code, QStringLiteral("the finished JPEG did not pass its proof: %1").arg(what)};
+}
+
+/// What was made is not what was to be made: the fault is this program's, or the machine's.
+Error unlikeEncoded(const QString& what)
+{
+    return failed(ErrorCode::Internal, what);
+}
+
+/// The picture may not be the photo's.
 Error damaged(const QString& what)
 {
-    return {ErrorCode::Damaged,
-            QStringLiteral("the finished JPEG did not pass its proof: %1").arg(what)};
+    return failed(ErrorCode::Damaged, what);
 }
 
 /// How far the means of blocks lie apart, in levels of 0..255.
@@ -105,12 +116,13 @@ std::optional<Error> compare(const QImage& decoded, const QImage& encoded, doubl
         differences.add({decoded.constScanLine(y), values}, {encoded.constScanLine(y), values});
         if (differences.ofRow() > error + kErrorOfRow ||
             differences.ofBlock() > error + kErrorOfBlock) {
-            return damaged(QStringLiteral("from row %1 on it is not the picture that was encoded")
-                               .arg(y * kBlock));
+            return unlikeEncoded(
+                QStringLiteral("from row %1 on it is not the picture that was encoded")
+                    .arg(y * kBlock));
         }
     }
     return differences.drift() > kChannelFactor * error + kErrorOfChannel
-               ? std::optional(damaged(
+               ? std::optional(unlikeEncoded(
                      QStringLiteral("its colours are not those of the picture that was encoded")))
                : std::nullopt;
 }
@@ -178,7 +190,7 @@ difference(const QImage& decoded, int denominator, const QImage& encodedBlocks, 
     }
     const auto deviation = [](const QImage& image) { return SmallPicture::of(image).deviation(); };
     if (deviation(decodedBlocks) < kFlat && deviation(encodedBlocks) >= kVaried) {
-        return damaged(QStringLiteral("it shows nothing where the source shows something"));
+        return unlikeEncoded(QStringLiteral("it shows nothing where the source shows something"));
     }
     return compare(decodedBlocks, encodedBlocks, error);
 }
@@ -194,14 +206,16 @@ JpegProof::prove(const QByteArray& jpeg, const QImage& encoded, const QList<QIma
         Tasks::both([&] { return JpegDecoder::decodeReduced(jpeg, denominator); },
                     [&] { return ByteAverages::of(encoded, kBlock); });
     if (!decoded.ok()) {
-        return Error{decoded.error().code, damaged(decoded.error().message).message};
+        return decoded.error().code == ErrorCode::OutOfSpace
+                   ? decoded.error()
+                   : unlikeEncoded(decoded.error().message);
     }
     if (size != encoded.size()) {
-        return damaged(QStringLiteral("it has %1 by %2 pixels instead of %3 by %4")
-                           .arg(size.width())
-                           .arg(size.height())
-                           .arg(encoded.width())
-                           .arg(encoded.height()));
+        return unlikeEncoded(QStringLiteral("it has %1 by %2 pixels instead of %3 by %4")
+                                 .arg(size.width())
+                                 .arg(size.height())
+                                 .arg(encoded.width())
+                                 .arg(encoded.height()));
     }
     if (const auto failure =
             difference(decoded.value(), denominator, encodedBlocks, JpegDecoder::meanError(jpeg))) {
