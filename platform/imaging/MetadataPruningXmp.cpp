@@ -25,8 +25,11 @@ constexpr std::array kUntrueNamespaces{
     std::string_view("http://ns.google.com/photos/1.0/depthmap/"),
 };
 
-/// Properties of the original's own picture. A digest says that a block is as its writer left it,
-/// which it is not any more.
+/// Begin of the namespaces of Dynamic Depth, which tell of data beside the packet as well.
+constexpr std::string_view kDynamicDepth("http://ns.google.com/photos/dd/");
+
+/// Properties of the original's own picture, or of pictures within the packet. A digest says that a
+/// block is as its writer left it, which it is not any more.
 constexpr std::array kUntrueProperties{
     std::string_view("Xmp.tiff.ImageWidth"),
     std::string_view("Xmp.tiff.ImageLength"),
@@ -53,6 +56,8 @@ constexpr std::array kUntrueProperties{
     std::string_view("Xmp.photoshop.ColorMode"),
     std::string_view("Xmp.photoshop.ICCProfile"),
     std::string_view("Xmp.photoshop.LegacyIPTCDigest"),
+    std::string_view("Xmp.GCamera.RelitInputImageData"),
+    std::string_view("Xmp.GCamera.RelitInputImageMime"),
     std::string_view("Xmp.GCamera.MicroVideo"),
     std::string_view("Xmp.GCamera.MicroVideoVersion"),
     std::string_view("Xmp.GCamera.MicroVideoOffset"),
@@ -92,7 +97,8 @@ bool isUntrue(const Exiv2::Xmpdatum& datum, bool isScaled)
         return true;
     }
     const std::string space = Exiv2::XmpProperties::ns(datum.groupName());
-    return std::ranges::find(kUntrueNamespaces, space) != kUntrueNamespaces.end();
+    return space.starts_with(kDynamicDepth) ||
+           std::ranges::find(kUntrueNamespaces, space) != kUntrueNamespaces.end();
 }
 
 bool has(const Exiv2::XmpData& xmp, const char* key)

@@ -76,6 +76,9 @@ void appendIptc(Exiv2::IptcData iptc, QList<JpegSegment>& segments)
     }
 }
 
+/// XMP Specification Part 3, 1.1.3: two bytes less than there is room for.
+constexpr qsizetype kLargestXmp = 65502;
+
 void appendXmp(ImageProperties::Content& content, QSize pixels, QList<JpegSegment>& segments)
 {
     if (content.isExtendedXmpLost) {
@@ -86,8 +89,7 @@ void appendXmp(ImageProperties::Content& content, QSize pixels, QList<JpegSegmen
     const XmpPackets::Packets packets =
         XmpPackets::encode(std::move(content.xmp),
                            content.name,
-                           {.main = JpegSegment::kLargestPayload - xmpSignature().size(),
-                            .extended = ExtendedXmp::kLargestPacket});
+                           {.main = kLargestXmp, .extended = ExtendedXmp::kLargestPacket});
     if (!packets.main.isEmpty()) {
         segments.append({JpegSegment::kApp1, xmpSignature() + packets.main});
     }

@@ -160,6 +160,21 @@ QByteArray moveUntilFitting(Exiv2::XmpData& xmp,
     return packet.value_or(QByteArray());
 }
 
+/// Exiv2's time for a packet grows with the square of the number of properties. No program states
+/// so many; those beyond go to `lost`.
+void boundProperties(Exiv2::XmpData& xmp, Exiv2::XmpData& lost)
+{
+    Names kept;
+    Exiv2::XmpData first;
+    for (const Exiv2::Xmpdatum& datum : xmp) {
+        const auto property = std::string(MetadataData::propertyOf(datum.key()));
+        const bool isKept = kept.contains(property) || (kept.size() < XmpPackets::kMostProperties &&
+                                                        kept.insert(property).second);
+        (isKept ? first : lost).add(datum);
+    }
+    xmp = first;
+}
+
 QStringList namesOf(const Exiv2::XmpData& xmp)
 {
     Names names;
@@ -178,16 +193,18 @@ QStringList namesOf(const Exiv2::XmpData& xmp)
 XmpPackets::Packets
 XmpPackets::encode(Exiv2::XmpData xmp, const QString& name, const Limits& limits)
 {
+    Exiv2::XmpData lost;
+    boundProperties(xmp, lost);
     std::optional<QByteArray> whole = packetOf(xmp);
     if (!whole) {
         MetadataLosses::logUnwritable(u"XMP"_s, name, removeRefused(xmp));
         whole = packetOf(xmp);
     }
     if (whole && whole->size() <= limits.main) {
+        MetadataLosses::logTooLarge(u"XMP"_s, name, namesOf(lost));
         return {.main = *whole, .extended = {}};
     }
     Exiv2::XmpData rest;
-    Exiv2::XmpData lost;
     moveUntilFitting(xmp, limits.main, notedPacketOf, rest);
     const QByteArray extended = moveUntilFitting(rest, limits.extended, extendedPacketOf, lost);
     MetadataLosses::logTooLarge(u"XMP"_s, name, namesOf(lost));

@@ -3,12 +3,16 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstddef>
 #include <exiv2/xmp_exiv2.hpp>
 
 /// XMP as the packets that a JPEG file carries it in. To be called from within
 /// MetadataAdapter::attempt() only.
 namespace XmpPackets
 {
+
+/// Of each file at most so many properties are written; the time for more is not worth them.
+inline constexpr std::size_t kMostProperties = 4000;
 
 /// Bytes of each packet, at most.
 struct Limits {
@@ -23,8 +27,9 @@ struct Packets {
 };
 
 /// Everything in the main packet where there is room for it; else the largest properties stand in
-/// the second one, each with all its parts. What Exiv2 cannot write is left out, and the largest of
-/// what is too much for both; the system log says what, under `name`, the file's.
+/// the second one, each with all its parts. What Exiv2 cannot write is left out, as are the largest
+/// of what is too much for both and those beyond kMostProperties; the system log says what, under
+/// `name`, the file's.
 [[nodiscard]] Packets encode(Exiv2::XmpData xmp, const QString& name, const Limits& limits);
 
 } // namespace XmpPackets

@@ -95,5 +95,9 @@ private:
 
 QByteArray XmpRepair::withoutDuplicates(const QByteArray& packet)
 {
-    return Copy(packet).made();
+    // Some writers leave bytes around the packet, and fill what they reserved for it with zeros.
+    const qsizetype begin = packet.indexOf('<');
+    const qsizetype end = packet.lastIndexOf('>') + 1;
+    return begin >= 0 && end > begin ? Copy(packet.sliced(begin, end - begin)).made()
+                                     : QByteArray();
 }

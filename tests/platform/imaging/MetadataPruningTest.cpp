@@ -71,14 +71,18 @@ TEST(MetadataPruning, xmpOfDataThatLieBesideThePacketStaysBehind)
         withXmp(R"(xmlns:GAudio="http://ns.google.com/photos/1.0/audio/" )"
                 R"(xmlns:HDRGainMap="http://ns.apple.com/HDRGainMap/1.0/" )"
                 R"(xmlns:apdi="http://ns.apple.com/pixeldatainfo/1.0/" )"
+                R"(xmlns:Device="http://ns.google.com/photos/dd/1.0/device/" )"
                 R"(xmlns:xmp="http://ns.adobe.com/xap/1.0/")",
+                "<Device:Realm>camera</Device:Realm>"
                 "<GAudio:Mime>audio/mp4a-latm</GAudio:Mime>"
                 "<HDRGainMap:HDRGainMapVersion>65536</HDRGainMap:HDRGainMapVersion>"
                 "<apdi:NativeFormat>1278226488</apdi:NativeFormat>"
                 "<xmp:Rating>4</xmp:Rating>");
     const ImageProperties carried = asCarried(original, {16, 8});
-    for (const char* const key :
-         {"Xmp.GAudio.Mime", "Xmp.HDRGainMap.HDRGainMapVersion", "Xmp.apdi.NativeFormat"}) {
+    for (const char* const key : {"Xmp.Device.Realm",
+                                  "Xmp.GAudio.Mime",
+                                  "Xmp.HDRGainMap.HDRGainMapVersion",
+                                  "Xmp.apdi.NativeFormat"}) {
         EXPECT_NE(xmpText(original, key), "(none)") << key;
         EXPECT_EQ(xmpText(carried, key), "(none)") << key;
     }

@@ -139,6 +139,21 @@ TEST(XmpPackets, thousandsOfPropertiesAreAllWritten)
               kProperties);
 }
 
+TEST(XmpPackets, soManyPropertiesThatTheyWouldTakeMinutesAreBoundedAndTheLogSaysSo)
+{
+    Exiv2::XmpData xmp;
+    for (std::size_t index = 0; index < XmpPackets::kMostProperties + 3; ++index) {
+        const Exiv2::XmpTextValue value("w");
+        xmp.add(Exiv2::XmpKey("Xmp.photoshop.P" + std::to_string(index)), &value);
+    }
+    const LogRecorder log;
+    const XmpPackets::Packets packets = packetsOf(xmp);
+    EXPECT_EQ(packets.main.count("photoshop:P") + packets.extended.count("photoshop:P"),
+              static_cast<qsizetype>(XmpPackets::kMostProperties));
+    ASSERT_EQ(log.entries().size(), 1);
+    EXPECT_TRUE(log.entries().first().contains(u"photoshop.P4002"_s));
+}
+
 TEST(XmpPackets, markupMovesNoMoreThanNeeded)
 {
     Exiv2::XmpData xmp;

@@ -32,6 +32,16 @@ TEST(XmpRepair, aPropertyStatedAgainIsLeftOut)
     EXPECT_TRUE(repaired.contains("image/jpeg"));
 }
 
+TEST(XmpRepair, whatStandsAroundThePacketDoesNotMatter)
+{
+    const QByteArray packet =
+        packetWith(description("<dc:source>first</dc:source><dc:source>second</dc:source>"));
+    const QByteArray repaired =
+        XmpRepair::withoutDuplicates("\n  " + packet + QByteArray(100, '\0'));
+    EXPECT_EQ(repaired.count("<dc:source>"), 1);
+    EXPECT_TRUE(XmpRepair::withoutDuplicates(">a<").isEmpty());
+}
+
 TEST(XmpRepair, theItemsOfAListAreNoDuplicates)
 {
     const QByteArray repaired = XmpRepair::withoutDuplicates(packetWith(description(
