@@ -15,7 +15,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -246,13 +245,15 @@ QStringList Backup::parts(const QString& package)
                                   u"iLifeShared"_s}) {
         parts += filesBelow(package, folder);
     }
-    QStringList named{u"AlbumData.xml"_s, u"Info.plist"_s};
-    for (const QString& database : openDatabases()) {
-        named.append(kDatabaseFolder + database);
-    }
-    for (const QString& file : std::as_const(named)) {
+    for (const QString& file : {u"AlbumData.xml"_s, u"Info.plist"_s}) {
         if (QFileInfo::exists(package + u'/' + file)) {
             parts.append(file);
+        }
+    }
+    for (const QString& name : openDatabases()) {
+        const QString database = kDatabaseFolder + name;
+        if (QFileInfo(package + u'/' + database).isFile()) { // SQLite waits for ever at a pipe
+            parts.append(database);
         }
     }
     parts.sort();

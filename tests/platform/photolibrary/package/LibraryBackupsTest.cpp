@@ -431,6 +431,14 @@ TEST_F(LibraryBackupsTest, damagedAndMissingDatabasesAreRestoredToo)
     remove(u"Info.plist"_s);
     ASSERT_TRUE(restore(backup.name).ok());
     EXPECT_EQ(then.differenceTo(state()).toStdString(), "");
+    remove(u"Database/apdb/Library.apdb"_s);
+    ASSERT_EQ(::mkfifo(native(u"Database/apdb/Library.apdb"_s).constData(), 0600), 0);
+    ASSERT_TRUE(restore(backup.name).ok()) << "it does not wait at a pipe";
+    EXPECT_EQ(then.differenceTo(state()).toStdString(), "");
+    remove(u"Database/apdb/Properties.apdb"_s);
+    ASSERT_TRUE(QDir().mkpath(package() + u"/Database/apdb/Properties.apdb/folder"_s));
+    ASSERT_TRUE(restore(backup.name).ok());
+    EXPECT_EQ(then.differenceTo(state()).toStdString(), "");
     ASSERT_TRUE(QDir().rename(package() + u"/Database"_s, folder() + u"/taken away"_s));
     const Result<LibraryBackups::Restored> restored = restore(backup.name);
     ASSERT_TRUE(restored.ok()) << restored.error().message.toStdString();
