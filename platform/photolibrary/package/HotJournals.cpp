@@ -80,7 +80,8 @@ Result<void> HotJournals::canBeDecidedHere(const QString& package)
         if (isOtherThanFile(super)) {
             return Error{ErrorCode::Unreadable,
                          u"\"%1\" in the library \"%2\" names \"%3\", which is no plain file: "
-                         "restore the library from a backup."_s.arg(journal, package, super)};
+                         "move the journal out of the library, then go back to a backup."_s.arg(
+                             journal, package, super)};
         }
         if (super.isEmpty() || QFileInfo::exists(super)) {
             continue;

@@ -1,6 +1,7 @@
 #include "ChildProcess.h"
 #include "Connection.h"
 #include "FlushRecorder.h"
+#include "LibraryBackups.h"
 #include "OrdinaryUser.h"
 #include "QtPrinters.h"
 #include "WritableLibrary.h"
@@ -291,6 +292,23 @@ protected:
         ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size());
     }
 
+    void putJournalThatNamesADevice() const
+    {
+        const QByteArray device("/dev/null");
+        quint32 sum = 0;
+        for (const char character : device) {
+            sum += static_cast<quint32>(character);
+        }
+        const auto hex = [](quint32 number) {
+            return QByteArray::number(number, 16).rightJustified(8, '0');
+        };
+        const QByteArray bytes =
+            QByteArray(64, 'x') + device +
+            QByteArray::fromHex(hex(static_cast<quint32>(device.size())) + hex(sum) +
+                                "d9d505f920a163d7"); // SQLite's mark
+        put(u"Library.apdb-journal"_s, bytes);
+    }
+
     [[nodiscard]] bool isThere(const QString& name) const { return QFile::exists(apdb() + name); }
 
     [[nodiscard]] QString apdb() const { return package() + u"/Database/apdb/"_s; }
@@ -353,25 +371,28 @@ TEST_F(DeadJournal, aPipeThatIsCalledOneHoldsNobodyUp)
 
 TEST_F(DeadJournal, aDeviceThatAJournalNamesIsNotToBeRemoved)
 {
-    const QByteArray device("/dev/null");
-    quint32 sum = 0;
-    for (const char character : device) {
-        sum += static_cast<quint32>(character);
-    }
-    const auto hex = [](quint32 number) {
-        return QByteArray::number(number, 16).rightJustified(8, '0');
-    };
-    const QByteArray bytes = QByteArray(64, 'x') + device +
-                             QByteArray::fromHex(hex(static_cast<quint32>(device.size())) +
-                                                 hex(sum) + "d9d505f920a163d7"); // SQLite's mark
+    putJournalThatNamesADevice();
     const QString journal = QFileInfo(apdb()).canonicalFilePath() + u"/Library.apdb-journal"_s;
-    put(u"Library.apdb-journal"_s, bytes);
     for (const Access access : {Access::Read, Access::Write}) {
         const auto refused = PhotoLibrary::open(package(), {access, false});
         ASSERT_FALSE(refused.ok());
         EXPECT_EQ(refused.error().code, ErrorCode::Unreadable);
         EXPECT_EQ(refused.error().message,
                   u"\"%1\" in the library \"%2\" names \"/dev/null\", which is no plain file: "
-                  "restore the library from a backup."_s.arg(journal, package()));
+                  "move the journal out of the library, then go back to a backup."_s.arg(
+                      journal, package()));
     }
+}
+
+TEST_F(DeadJournal, thatNamesADeviceIsMovedOutBeforeTheLibraryGoesBackToABackup)
+{
+    const Result<LibraryBackup> backup = LibraryBackups::make(package());
+    ASSERT_TRUE(backup.ok()) << backup.error().message.toStdString();
+    putJournalThatNamesADevice();
+    const QString date = backup.value().name;
+    EXPECT_EQ(LibraryBackups::restore(package(), date, false).error().code, ErrorCode::Unreadable);
+    ASSERT_TRUE(QFile::rename(apdb() + u"Library.apdb-journal"_s, folder() + u"/moved out"_s));
+    const auto restored = LibraryBackups::restore(package(), date, false);
+    EXPECT_TRUE(restored.ok()) << restored.error().message.toStdString();
+    expectSound();
 }
