@@ -197,6 +197,14 @@ bool flushDescriptor(int descriptor)
     return true;
 }
 
+/// For a flush: to some servers one of a file that is not open for writing is not passed on.
+int openToFlush(const QByteArray& path)
+{
+    const int file = ::open(path.constData(), O_RDWR | O_CLOEXEC);
+    const bool isProtected = errno == EACCES || errno == EROFS || errno == ETXTBSY;
+    return file < 0 && isProtected ? ::open(path.constData(), O_RDONLY | O_CLOEXEC) : file;
+}
+
 /// What stands at the target: nothing, or a regular file that may be replaced.
 Result<std::optional<struct stat>>
 inspectTarget(const QByteArray& target, const QString& path, AtomicFile::Existing existing)
@@ -365,7 +373,7 @@ void AtomicFile::giveToOwnerOfFolder(const QString& path)
 
 Result<void> AtomicFile::flushFile(const QString& path)
 {
-    const FileDescriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+    const FileDescriptor file(openToFlush(QFile::encodeName(path)));
     return file.isOpen() && flushDescriptor(file.number())
                ? Result<void>()
                : errorFromErrno(errno, u"write"_s, path);

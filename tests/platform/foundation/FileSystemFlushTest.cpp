@@ -1,14 +1,19 @@
 #include "FileSystemFlush.h"
 
 #include "FlushRecorder.h"
+#include "OrdinaryUser.h"
 
 #include <QDir>
 #include <QFile>
+#include <QMap>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/vfs.h>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -19,6 +24,17 @@ constexpr qint64 kExt4 = 0xEF53;
 constexpr qint64 kFuse = 0x65735546;
 constexpr qint64 kNfs = 0x6969;
 constexpr qint64 kUnknown = 0x12345678;
+
+/// Whether a descriptor of this process is open for writing to that file.
+bool isOpenForWriting(const QString& path)
+{
+    const QDir descriptors(u"/proc/self/fd"_s);
+    const QStringList numbers = descriptors.entryList(QDir::Files | QDir::System);
+    return std::ranges::any_of(numbers, [&](const QString& number) {
+        return QFile::symLinkTarget(descriptors.filePath(number)) == path &&
+               (::fcntl(number.toInt(), F_GETFL) & O_ACCMODE) != O_RDONLY;
+    });
+}
 
 } // namespace
 
@@ -83,6 +99,24 @@ TEST_F(FileSystemFlushTest, fileByFileFailsWithTheNameOfTheFile)
     ASSERT_FALSE(flushed.ok());
     EXPECT_TRUE(flushed.error().message.contains(u"/a/two"_s))
         << flushed.error().message.toStdString();
+}
+
+TEST_F(FileSystemFlushTest, filesAreOpenForWritingWhileTheyAreFlushedWhereTheyMayBeWritten)
+{
+    const QString closed = root() + u"/one"_s;
+    ASSERT_TRUE(QFile::setPermissions(closed, QFile::ReadOwner | QFile::ReadOther));
+    const OrdinaryUser user({root()});
+    QMap<QString, bool> areForWriting;
+    FlushRecorder recorder;
+    recorder.failWhere([&areForWriting](const QString& path) {
+        areForWriting.insert(path, isOpenForWriting(path));
+        return false;
+    });
+    ASSERT_TRUE(FileSystemFlush::eachBelow(root()).ok());
+    for (const QString& name : {u"/a/two"_s, u"/a/.hidden"_s}) {
+        EXPECT_TRUE(areForWriting.value(root() + name)) << name.toStdString();
+    }
+    EXPECT_FALSE(areForWriting.value(closed, true)) << "it is flushed all the same";
 }
 
 TEST_F(FileSystemFlushTest, ofAFolderThatIsNotThereIsAnError)
