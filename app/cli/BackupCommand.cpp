@@ -96,7 +96,7 @@ int BackupCommand::restore(const CommandServices& services) const
     const LibraryBackups::Restored& done = restored.value();
     Console& console = services.console;
     for (const QString& lagging : done.lagging) {
-        console.say(TextLayout::escaped(lagging));
+        LibraryFailure::say(lagging, library, services);
     }
     if (m_options.json) {
         console.printDocument(Documents::text(Documents::restored(done)));

@@ -349,7 +349,7 @@ void CareDialogs::showRestored(const LibraryBackups::Restored& restored)
           .heading = tr("The backup was restored"),
           .text = CareTexts::backupRestored(
               restored.from.name, CareTexts::localTime(restored.from.moment), restored.before),
-          .sections = {{tr("Does not follow yet:"), sentences(restored.lagging)},
+          .sections = {{tr("Not done yet:"), sentences(restored.lagging)},
                        {CareTexts::filesKept(kept.size()), kept}},
           .offer = tr("&Verify Library")},
          [this] { verify(); });

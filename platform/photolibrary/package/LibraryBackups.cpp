@@ -181,26 +181,30 @@ Result<ConnectionPtr> lockedDatabases(const QString& package, bool afterCrash)
 
 /// Clears away what the exchange left, or what was to be exchanged; then the journal says no more
 /// of the databases before. Where that fails, or catalogues lag, the next opening for writing goes
-/// on.
-Result<void> clearAway(const Places& places, const Result<QStringList>& lagging)
+/// on. Returns a sentence for each thing that could not be done.
+QStringList clearAway(const Places& places, const Result<QStringList>& lagging)
 {
     const Result<QString> swept = LibraryRestore::sweep(places.package, places.state);
     if (!swept.ok()) {
-        return swept.error();
+        return {swept.error().message};
     }
+    QStringList undone;
     if (!swept.value().isNull()) {
-        systemLog(swept.value()); // which the next opening warns of
+        undone << swept.value();
     }
     if (!lagging.ok()) {
-        return {};
+        return undone;
     }
     const Result<std::unique_ptr<TurnJournal>> journal = TurnJournal::open(places.state);
-    Result<void> forgotten = journal.ok() ? journal.value()->clearBut({}, {})
-                                          : StateFolder::unusable(journal.error(), places.package);
-    if (forgotten.ok() && lagging.value().isEmpty()) {
+    const Result<void> forgotten = journal.ok()
+                                       ? journal.value()->clearBut({}, {})
+                                       : StateFolder::unusable(journal.error(), places.package);
+    if (!forgotten.ok()) {
+        undone << forgotten.error().message;
+    } else if (lagging.value().isEmpty()) {
         LibraryRestore::followed(places.package, places.state);
     }
-    return forgotten;
+    return undone;
 }
 
 /// Originals in the package that its databases do not know.
@@ -254,14 +258,15 @@ replaced(const Places& places, const LibraryBackup& from, bool afterCrash)
     const Result<QStringList> lagging = before.ok() ? LibraryRestore::putInPlace(package, from.path)
                                                     : Result<QStringList>(before.error());
     locked.value().reset();
-    if (const Result<void> cleared = clearAway(places, lagging); !cleared.ok()) {
-        systemLog(cleared.error().message);
-    }
+    const QStringList undone = clearAway(places, lagging);
     if (!lagging.ok()) {
+        for (const QString& what : undone) {
+            systemLog(what);
+        }
         return lagging.error();
     }
     ForeignUse::leave(package, places.state); // it is this program's own change
-    return LibraryBackups::Restored{from, before.value(), {}, lagging.value()};
+    return LibraryBackups::Restored{from, before.value(), {}, lagging.value() + undone};
 }
 
 } // namespace

@@ -37,7 +37,8 @@ struct Restored {
     QStringList
         kept; ///< originals that the restored databases do not know; package-relative, sorted
     QStringList lagging; ///< a sentence for each file beside the databases that is not as they are,
-                         ///< and one where it is not known what is `kept`
+                         ///< for what could not be cleared away, and one where it is not known
+                         ///< what is `kept`
 };
 
 /// Makes one. Errors: NotFound, Unsupported, InUse, NotWritable, OutOfSpace, Unreadable, Damaged.

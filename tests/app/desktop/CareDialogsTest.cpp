@@ -364,7 +364,7 @@ TEST_F(CareDialogsTest, whatCannotFollowARestoreIsListed)
     static_cast<void>(answerChooser(*copies, backup.name, u"Restore"_s));
     ASSERT_TRUE(settle());
     EXPECT_EQ(heading(), u"The backup was restored"_s);
-    EXPECT_TRUE(list().startsWith(u"Does not follow yet:\n"_s)) << list().toStdString();
+    EXPECT_TRUE(list().startsWith(u"Not done yet:\n"_s)) << list().toStdString();
     EXPECT_TRUE(list().contains(u"AlbumData2.xml"_s)) << list().toStdString();
 }
 

@@ -242,6 +242,20 @@ TEST_F(LibraryRestoreTest, whatCannotBeRemovedIsAWarning)
         << told.toStdString();
 }
 
+TEST_F(LibraryRestoreTest, whatItCannotRemoveIsToldWithItsResult)
+{
+    const OrdinaryUser user({folder()});
+    const WithPermissions closed(package() + u"/Database/apdb"_s, 0555);
+    const auto restored = LibraryBackups::restore(package(), m_backup.name, false);
+    ASSERT_TRUE(restored.ok()) << restored.error().message.toStdString();
+    const QString told = restored.value().lagging.join(u'\n');
+    EXPECT_TRUE(told.contains(".corvane-restore/Database/apdb/Library.apdb"_L1))
+        << told.toStdString();
+    EXPECT_TRUE(QFile::setPermissions(package() + u"/.corvane-restore/Database/apdb"_s,
+                                      QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner))
+        << "else it outlives the test";
+}
+
 TEST_F(LibraryRestoreTest, whatCannotBeRemovedCostsNoCopyAtEachOpening)
 {
     cutOffAfterTheExchange();
