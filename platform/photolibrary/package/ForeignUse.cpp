@@ -115,10 +115,10 @@ ForeignUse::Traces ForeignUse::tracesOf(const QString& package)
     return traces;
 }
 
-void ForeignUse::leave(const QString& package, const QString& stateFolder)
+void ForeignUse::leave(const QString& stateFolder, const QByteArray& print)
 {
-    const Result<void> written = AtomicFile::write(
-        noteIn(stateFolder), tracesOf(package).print, AtomicFile::Existing::Replace);
+    const Result<void> written =
+        AtomicFile::write(noteIn(stateFolder), print, AtomicFile::Existing::Replace);
     if (!written.ok()) {
         systemLog(written.error().message);
     }

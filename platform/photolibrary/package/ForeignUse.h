@@ -21,9 +21,10 @@ struct Traces {
 /// Before they are opened: opening undoes what a crash left half-done, which is a change too.
 [[nodiscard]] Traces tracesOf(const QString& package);
 
-/// Notes in `stateFolder` how this program leaves the databases, so that the next run tells its own
-/// changes from those of others. Where that fails the next run warns without need.
-void leave(const QString& package, const QString& stateFolder);
+/// Notes in `stateFolder` the print of the databases as this program leaves them, so that the next
+/// run tells its own changes from those of others. Where that fails the next run warns without
+/// need.
+void leave(const QString& stateFolder, const QByteArray& print);
 /// Takes that note back: somebody else has changed the databases meanwhile.
 void forget(const QString& stateFolder);
 

@@ -265,7 +265,8 @@ replaced(const Places& places, const LibraryBackup& from, bool afterCrash)
         }
         return lagging.error();
     }
-    ForeignUse::leave(package, places.state); // it is this program's own change
+    // It is this program's own change.
+    ForeignUse::leave(places.state, ForeignUse::tracesOf(package).print);
     return LibraryBackups::Restored{from, before.value(), {}, lagging.value() + undone};
 }
 

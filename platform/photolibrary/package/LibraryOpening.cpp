@@ -95,11 +95,16 @@ Result<void> checkForWriting(Connection& connection,
                           "belong to no photo out of it. Or open it in iPhoto and quit."_s);
 }
 
+struct Recovered {
+    Recovery::Outcome outcome;
+    QByteArray print; ///< of the databases (ForeignUse), taken with their lock
+};
+
 /// With the write lock of the databases: what a crash left is cleared away.
-Result<Recovery::Outcome> recovered(Connection& connection,
-                                    const OpenOptions& options,
-                                    const QString& stateFolder,
-                                    const ForeignUse::Traces& found)
+Result<Recovered> recovered(Connection& connection,
+                            const OpenOptions& options,
+                            const QString& stateFolder,
+                            const ForeignUse::Traces& found)
 {
     connection.beginImmediate();
     const QList<JournaledTurn> turns = LibraryRestore::turns(connection.packagePath(), stateFolder);
@@ -111,10 +116,10 @@ Result<Recovery::Outcome> recovered(Connection& connection,
     }
     Changes lagging;
     lagging.catalogues = LibraryRestore::isInPlace(connection.packagePath(), stateFolder);
-    Recovery::Outcome outcome = Recovery::run(connection, turns, lagging);
-    connection.resetStatements();
+    Recovered done{Recovery::run(connection, turns, lagging),
+                   ForeignUse::tracesOf(connection.packagePath()).print};
     connection.rollback();
-    return outcome;
+    return done;
 }
 
 Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Connection> connection,
@@ -135,27 +140,29 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
                                                                     lock.value()->leftBehind()));
     }
     const ForeignUse::Warnings warnings = ForeignUse::warnings(places.package, places.state, found);
-    const Result<Recovery::Outcome> outcome = recovered(*connection, options, places.state, found);
-    if (!outcome.ok()) {
-        return outcome.error();
+    const Result<Recovered> done = recovered(*connection, options, places.state, found);
+    if (!done.ok()) {
+        return done.error();
     }
+    const Recovery::Outcome& outcome = done.value().outcome;
     const Result<QString> swept = LibraryRestore::sweep(places.package, places.state);
     if (!swept.ok()) {
         return swept.error();
     }
     connection->database().setBusyTimeout(Connection::kBusyMilliseconds);
     connection->database().exec("PRAGMA cache_spill=OFF");
-    const Result<WriteAccessPtr> write = WriteAccess::open(places, std::move(lock).value());
+    const Result<WriteAccessPtr> write =
+        WriteAccess::open(places, std::move(lock).value(), done.value().print);
     if (!write.ok()) {
         return write.error();
     }
-    write.value()->addUnsettled(outcome.value().unsettled);
-    write.value()->addPending(outcome.value().changes);
+    write.value()->addUnsettled(outcome.unsettled);
+    write.value()->addPending(outcome.changes);
     auto library = std::make_shared<PhotoLibraryPrivate>(
         places, version, std::move(connection), write.value());
     QStringList lasting = warnings.lasting;
-    if (!outcome.value().notRemoved.isEmpty()) {
-        lasting << notRemoved(places.package, outcome.value().notRemoved);
+    if (!outcome.notRemoved.isEmpty()) {
+        lasting << notRemoved(places.package, outcome.notRemoved);
     }
     if (!swept.value().isNull()) {
         lasting << swept.value();

@@ -122,12 +122,12 @@ Result<void> WriteTransaction::commit()
         }
         return done;
     }
+    m_access->noteOwn();
     m_open = false;
     if (!m_made.isEmpty()) {
         m_access->noteCommit(m_turn);
     }
     m_access->addPending(m_changes);
-    m_access->noteOwn();
     m_access->m_gate.leave();
     return {};
 }
@@ -143,11 +143,11 @@ WriteTransaction::Outcome WriteTransaction::abandon()
 {
     m_open = false;
     m_connection.rollback();
+    m_access->noteOwn(); // also what is undone may have been in the files
     const Outcome found = outcome();
     if (const Result<void> settled = settle(found); !settled.ok()) {
         systemLog(settled.error().message);
     }
-    m_access->noteOwn(); // also what is undone may have been in the files
     m_access->m_gate.leave();
     return found;
 }
@@ -200,23 +200,26 @@ WriteAccess::Places WriteAccess::Places::of(const QString& package, const QStrin
     return {package, StateFolder::ofLibrary(key), StateFolder::ofBackups(key)};
 }
 
-Result<WriteAccessPtr> WriteAccess::open(const Places& places, std::unique_ptr<LibraryLock> lock)
+Result<WriteAccessPtr>
+WriteAccess::open(const Places& places, std::unique_ptr<LibraryLock> lock, const QByteArray& print)
 {
     Result<std::unique_ptr<TurnJournal>> journal = TurnJournal::open(places.state);
     if (!journal.ok()) {
         return StateFolder::unusable(journal.error(), places.package);
     }
-    return WriteAccessPtr(new WriteAccess(places, std::move(lock), std::move(journal).value()));
+    return WriteAccessPtr(
+        new WriteAccess(places, std::move(lock), std::move(journal).value(), print));
 }
 
 WriteAccess::WriteAccess(Places places,
                          std::unique_ptr<LibraryLock> lock,
-                         std::unique_ptr<TurnJournal> journal)
+                         std::unique_ptr<TurnJournal> journal,
+                         QByteArray print)
     : m_places(std::move(places))
     , m_package(m_places.package)
     , m_lock(std::move(lock))
     , m_journal(std::move(journal))
-    , m_own(ForeignUse::tracesOf(m_places.package).print)
+    , m_own(std::move(print))
 {
 }
 
@@ -255,7 +258,7 @@ void WriteAccess::shutDown()
     if (m_lock != nullptr && m_othersWrote) {
         ForeignUse::forget(m_places.state);
     } else if (m_lock != nullptr) {
-        ForeignUse::leave(m_places.package, m_places.state);
+        ForeignUse::leave(m_places.state, m_own);
     }
     m_shutDown = true;
     m_lock.reset();

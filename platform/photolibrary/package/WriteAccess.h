@@ -86,9 +86,10 @@ public:
         [[nodiscard]] static Places of(const QString& package, const QString& databaseUuid);
     };
 
-    /// `lock`: the writer's lock, held until shutDown().
-    [[nodiscard]] static Result<WriteAccessPtr> open(const Places& places,
-                                                     std::unique_ptr<LibraryLock> lock);
+    /// `lock`: the writer's lock, held until shutDown(); `print`: that of the databases
+    /// (ForeignUse) when this program last held their lock.
+    [[nodiscard]] static Result<WriteAccessPtr>
+    open(const Places& places, std::unique_ptr<LibraryLock> lock, const QByteArray& print);
 
     /// Waits for the writer's place, then begins on the databases. The first one of a run makes the
     /// backup. Errors: InUse, NotWritable, OutOfSpace, NotFound after shutDown() or where the
@@ -130,7 +131,8 @@ private:
     friend class WriteTransaction;
     WriteAccess(Places places,
                 std::unique_ptr<LibraryLock> lock,
-                std::unique_ptr<TurnJournal> journal);
+                std::unique_ptr<TurnJournal> journal,
+                QByteArray print);
     [[nodiscard]] Result<void> backUpOnce();
     /// backUp() for one who has the writer's place.
     [[nodiscard]] Result<QString> backUpNow(Connection& connection);
@@ -143,8 +145,9 @@ private:
     /// The journal tells no more than what is left to follow, and which files nobody settled.
     [[nodiscard]] Result<void> clearJournal(const Changes& left = {});
     [[nodiscard]] Result<void> keepPending(const Changes& left);
-    /// With the databases' lock, before and after this program writes: whether somebody else did.
+    /// With the databases' lock, before this program writes: whether somebody else did.
     void noteOthers();
+    /// At once after a commit or a rollback: whatever comes between counts as this program's own.
     void noteOwn();
     void noteCommit(qint64 turn);
 

@@ -118,7 +118,7 @@ private:
         const WriteAccess::Places places{
             package(), StateFolder::ofLibrary(key), StateFolder::ofBackups(key)};
         auto lock = LibraryLock::take(package(), places.state);
-        auto access = WriteAccess::open(places, std::move(lock).value());
+        auto access = WriteAccess::open(places, std::move(lock).value(), {});
         auto transaction = access.value()->begin(*connection.value());
         Writer writer = transaction.value()->writer();
         const QList<qint64> photos =

@@ -1,12 +1,15 @@
 #include "ForeignUse.h"
 
 #include "Connection.h"
+#include "FlushRecorder.h"
 #include "WritableLibrary.h"
 
 #include <QDateTime>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QThread>
+
+#include <filesystem>
 
 using namespace Qt::StringLiterals;
 
@@ -30,6 +33,21 @@ protected:
             ASSERT_TRUE(file.open(QIODevice::ReadWrite) &&
                         file.setFileTime(moment, QFileDevice::FileModificationTime));
         }
+    }
+
+    /// From now on a database is as if another program had changed it whenever something is flushed
+    /// whose path holds `part`. Its file is not opened: closing it would end SQLite's locks on it.
+    void changeAtFlushOf(FlushRecorder& recorder, const QString& part) const
+    {
+        recorder.failWhere([this, part, changes = 0](const QString& path) mutable {
+            if (path.contains(part)) {
+                std::filesystem::last_write_time(
+                    QString(package() + u"/Database/apdb/Faces.db"_s).toStdString(),
+                    std::filesystem::file_time_type::clock::now() +
+                        std::chrono::milliseconds(++changes));
+            }
+            return false;
+        });
     }
 
     [[nodiscard]] QString warnings(Access access) const
@@ -128,6 +146,35 @@ TEST_F(UsedByOthers, whatAnotherProgramWroteWhileTheLibraryWasOpenIsNoOwnChange)
         }
         EXPECT_EQ(warnings(Access::Write).toStdString(), changedRecently().toStdString());
     }
+}
+
+TEST_F(UsedByOthers, whatAnotherProgramWritesWhileTheLibraryIsOpenedIsNoOwnChange)
+{
+    {
+        FlushRecorder recorder;
+        changeAtFlushOf(recorder, u"/libraries/"_s);
+        const auto library = open(Access::Write);
+        ASSERT_NE(library, nullptr);
+        recorder.failWhere(nullptr);
+        ASSERT_TRUE(library->close().ok());
+    }
+    EXPECT_EQ(warnings(Access::Write).toStdString(), changedRecently().toStdString());
+}
+
+TEST_F(UsedByOthers, whatAnotherProgramWritesWhileATurnIsUndoneIsNoOwnChange)
+{
+    {
+        const auto library = open(Access::Write);
+        ASSERT_NE(library, nullptr);
+        auto turn = library->beginPhotoTurn();
+        import(*library, makePicture(u"IMG_1.JPG"_s));
+        FlushRecorder recorder;
+        changeAtFlushOf(recorder, u"/Masters"_s);
+        turn.reset();
+        recorder.failWhere(nullptr);
+        ASSERT_TRUE(library->close().ok());
+    }
+    EXPECT_EQ(warnings(Access::Write).toStdString(), changedRecently().toStdString());
 }
 
 TEST(SharedFileSystems, ofThoseOfFuseSharesAreTakenForThemAndDisksOfThisComputerAreNot)

@@ -62,7 +62,8 @@ protected:
         const auto connection = Connection::open(package(), Connection::Mode::Read);
         ASSERT_TRUE(connection.ok());
         const QString uuid = AdminData::text(*connection.value(), u"database"_s, u"databaseUuid"_s);
-        ForeignUse::leave(package(), WriteAccess::Places::of(package(), uuid).state);
+        ForeignUse::leave(WriteAccess::Places::of(package(), uuid).state,
+                          ForeignUse::tracesOf(package()).print);
     }
 
     void leaveOpen() const

@@ -208,8 +208,8 @@ TEST_F(PhotoLibraryTurn, aFileThatWasThereBeforeIsNoneOfIts)
     ASSERT_TRUE(QDir().mkpath(package() + u"/Masters"_s) && QDir(folder()).mkpath(u"turns"_s));
     ASSERT_TRUE(QFile::copy(makePicture(u"IMG_1.JPG"_s), package() + u'/' + file));
     const auto connection = Connection::open(package(), Connection::Mode::Write);
-    const auto access =
-        WriteAccess::open({package(), folder() + u"/turns"_s, folder() + u"/copies"_s}, nullptr);
+    const auto access = WriteAccess::open(
+        {package(), folder() + u"/turns"_s, folder() + u"/copies"_s}, nullptr, {});
     ASSERT_TRUE(connection.ok() && access.ok());
     {
         const auto transaction = access.value()->begin(*connection.value());
