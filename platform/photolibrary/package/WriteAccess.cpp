@@ -142,9 +142,11 @@ void WriteTransaction::rollback()
 WriteTransaction::Outcome WriteTransaction::abandon()
 {
     m_open = false;
+    // SQLite keeps a transaction open only where nothing of it can have been committed.
+    const bool isUndone = m_connection.inTransaction();
     m_connection.rollback();
     m_access->noteOwn(); // also what is undone may have been in the files
-    const Outcome found = outcome();
+    const Outcome found = isUndone ? Outcome::Undone : outcome();
     if (const Result<void> settled = settle(found); !settled.ok()) {
         systemLog(settled.error().message);
     }

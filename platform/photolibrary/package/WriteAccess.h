@@ -55,7 +55,7 @@ public:
 private:
     friend class WriteAccess;
     WriteTransaction(WriteAccessPtr access, Connection& connection, qint64 turn);
-    /// Of a transaction that is not committed as far as SQLite tells.
+    /// Of a transaction that is not committed as far as SQLite tells, and not open any more.
     enum class Outcome : quint8 { Undone, Done, InDoubt };
     [[nodiscard]] Outcome outcome();
     [[nodiscard]] Result<void> settle(Outcome outcome);

@@ -1,6 +1,9 @@
+#include "Connection.h"
 #include "FlushRecorder.h"
+#include "Queries.h"
 #include "Scripting.h"
 #include "WritableLibrary.h"
+#include "WriteAccess.h"
 
 #include <QDir>
 #include <QFile>
@@ -82,6 +85,28 @@ TEST_F(DoubtfulCommit, ofATurnThatWasUndoneTheErrorSaysNothingMore)
     EXPECT_FALSE(told.isEmpty());
     EXPECT_FALSE(told.contains("All the same"_L1)) << told.toStdString();
     EXPECT_EQ(rows(u"RKMaster"_s), 0);
+}
+
+TEST_F(DoubtfulCommit, whatAReaderKeptFromBeingCommittedIsToldAsUndone)
+{
+    const auto reading = Connection::open(package(), Connection::Mode::Write, 0);
+    const auto writing = Connection::open(package(), Connection::Mode::Write, 0);
+    ASSERT_TRUE(reading.ok() && writing.ok() && QDir(folder()).mkpath(u"turns"_s));
+    const auto access = WriteAccess::open(
+        {package(), folder() + u"/turns"_s, folder() + u"/copies"_s}, nullptr, {});
+    ASSERT_TRUE(access.ok());
+    const auto transaction = access.value()->begin(*writing.value());
+    ASSERT_TRUE(transaction.ok());
+    Sql::execute(*writing.value(), "UPDATE RKAdminData SET propertyValue = 'changed'");
+    const Connection::Snapshot snapshot(*reading.value());
+    const Result<void> committed = transaction.value()->commit();
+    ASSERT_FALSE(committed.ok());
+    EXPECT_EQ(committed.error().code, ErrorCode::InUse);
+    EXPECT_FALSE(committed.error().message.contains("Whether it was done"_L1))
+        << committed.error().message.toStdString();
+    EXPECT_EQ(Sql::firstInteger(*reading.value(),
+                                "SELECT count(*) FROM RKAdminData WHERE propertyValue = 'changed'"),
+              0);
 }
 
 TEST_F(DoubtfulCommit, aDeletionThatHappenedThoughItsLastFlushFailedIsFinishedByTheNextOpening)
