@@ -229,6 +229,14 @@ inline QString pictureOfAnotherPhoto(const QString& path)
     return translated("%1 is no file of this photo").arg(path);
 }
 
+inline QString keywordLost(const QString& path)
+{
+    return translated("No copy of %1 is made, since a keyword of the photo is gone from the "
+                      "library and the copy would not have it. Let iPhoto repair the library, or "
+                      "restore it from a backup")
+        .arg(path);
+}
+
 inline QString noPixelsLeft(const QString& path)
 {
     return translated("The output size leaves no pixels of %1").arg(path);

@@ -76,6 +76,8 @@ struct PhotoEvidence {
     bool edited{false};  ///< the rendered picture shows edits that the master lacks, or may be old
     /// Clockwise degrees (0, 90, 180, 270) from the master's stored pixels to the rendered picture.
     int rotation{0};
+    /// A keyword of it is gone from the library, so that a copy cannot get it.
+    bool losesKeyword{false};
 };
 
 class Photo : public ScriptingObject

@@ -32,6 +32,7 @@ struct Record {
     QVariant miniature;
     qint64 rotation{0};
     qint64 mayBeEdited{0};
+    qint64 losesKeyword{0};
     PathMapping::MasterPlace alternate;
     QString volumeFolder;
 };
@@ -40,7 +41,10 @@ constexpr const char* kRecord =
     "SELECT m.fileName, v.name, v.imageDate, v.imageTimeZoneName, v.processedWidth,"
     " v.processedHeight, v.mainRating, m.imagePath, m.fileIsReference, p.fullSizePreviewPath,"
     " p.miniThumbnailPath, v.rotation,"
-    " v.hasEnabledAdjustments <> 0 OR p.fullSizePreviewUpToDate = 0, m.fileVolumeUuid,"
+    " v.hasEnabledAdjustments <> 0 OR p.fullSizePreviewUpToDate = 0,"
+    " EXISTS (SELECT 1 FROM RKKeywordForVersion kv LEFT JOIN RKKeyword k"
+    " ON k.modelId = kv.keywordId WHERE kv.versionId = v.modelId AND k.modelId IS NULL),"
+    " m.fileVolumeUuid,"
     " a.imagePath, a.fileIsReference, a.fileVolumeUuid"
     " FROM RKVersion v"
     " JOIN RKMaster m ON m.uuid = coalesce(v.rawMasterUuid, v.masterUuid)"
@@ -76,6 +80,7 @@ std::optional<Record> recordOf(Connection& connection, qint64 id)
     record.miniature = Sql::value(query.column(column++));
     record.rotation = query.column(column++).getInt64();
     record.mayBeEdited = query.column(column++).getInt64();
+    record.losesKeyword = query.column(column++).getInt64();
     const QString volume = Sql::text(query.column(column++));
     record.alternate.imagePath = Sql::text(query.column(column++));
     record.alternate.isReference = query.column(column++).getInt64() != 0;
@@ -370,6 +375,7 @@ PhotoEvidence PackagePhoto::evidence()
     evidence.previewPath = below(package, "Previews"_L1, record->preview);
     evidence.edited = record->mayBeEdited != 0;
     evidence.rotation = static_cast<int>(record->rotation);
+    evidence.losesKeyword = record->losesKeyword != 0;
     const QString alternate = record->alternate.imagePath.isEmpty()
                                   ? QString()
                                   : PathMapping::master(package, record->alternate);

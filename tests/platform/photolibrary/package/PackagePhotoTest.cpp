@@ -55,12 +55,12 @@ protected:
         return photos.ok() && !photos.value().isEmpty() ? photos.value().first() : PhotoFacts();
     }
 
-    [[nodiscard]] bool mayShowEdits() const
+    [[nodiscard]] PhotoEvidence evidence() const
     {
         const auto library = open(Access::Read);
         const PhotoPtr photo = library == nullptr ? PhotoPtr() : photoOf(*library);
         EXPECT_NE(photo, nullptr);
-        return photo && photo->evidence().edited;
+        return photo ? photo->evidence() : PhotoEvidence();
     }
 
     [[nodiscard]] QString master() const
@@ -97,11 +97,23 @@ TEST_F(PhotoRecord, theImageIsThePreviewWhereThereIsOneElseTheMaster)
 
 TEST_F(PhotoRecord, aPreviewThatIsNotUpToDateMayShowEdits)
 {
-    EXPECT_FALSE(mayShowEdits());
+    EXPECT_FALSE(evidence().edited);
     change("UPDATE prox.RKImageProxyState SET fullSizePreviewUpToDate = NULL");
-    EXPECT_FALSE(mayShowEdits());
+    EXPECT_FALSE(evidence().edited);
     change("UPDATE prox.RKImageProxyState SET fullSizePreviewUpToDate = 0");
-    EXPECT_TRUE(mayShowEdits());
+    EXPECT_TRUE(evidence().edited);
+}
+
+TEST_F(PhotoRecord, aKeywordThatIsGoneIsToldOfThePhotoThatHadIt)
+{
+    change("INSERT INTO RKKeyword(modelId, uuid, name, searchName) VALUES(900, 'u', 'n', 'n')");
+    change("INSERT INTO RKKeywordForVersion(modelId, versionId, keywordId)"
+           " SELECT 900, modelId, 900 FROM RKVersion WHERE showInLibrary = 1");
+    EXPECT_FALSE(evidence().losesKeyword);
+    change("DELETE FROM RKKeyword WHERE modelId = 900");
+    EXPECT_TRUE(evidence().losesKeyword);
+    change("DELETE FROM RKKeywordForVersion WHERE modelId = 900");
+    EXPECT_FALSE(evidence().losesKeyword);
 }
 
 TEST_F(PhotoRecord, aPreviewStandsAlsoWithoutAMaster)
