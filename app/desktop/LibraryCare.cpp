@@ -154,7 +154,7 @@ void LibraryCare::list(const QString& library)
         // What this program itself wrote meanwhile is no sign of another one.
         const bool isOurs = open != nullptr && isWritable;
         QStringList warnings = isOurs ? open->warnings() : LibraryBackups::warnings(library);
-        if (isOurs && !m_session.isAsLeft(*open)) {
+        if (isOurs && open->wasChangedByOthers()) {
             warnings.prepend(tr(
                 "The databases of the library were changed while it is open here, as it seems by "
                 "another program. If iPhoto has the library open, quit it first: it would write "

@@ -113,13 +113,6 @@ Result<LibraryContents> contentsOf(PhotoLibrary& library)
     return contents;
 }
 
-/// Empty where it is not known.
-QList<qint64> revisionOf(PhotoLibrary& library)
-{
-    const Result<QList<qint64>> revision = library.revision();
-    return revision.ok() ? revision.value() : QList<qint64>();
-}
-
 /// Closing says where something could not be written; nothing waits for it.
 void closeQuietly(const std::shared_ptr<PhotoLibrary>& library)
 {
@@ -369,7 +362,6 @@ std::function<void()> LibrarySession::checkForWriting(const QString& path,
         return stayReadOnly(result.error());
     }
     const LibraryPtr writing = std::move(result).value();
-    m_leftAt = revisionOf(*writing);
     if (const Result<QList<qint64>> now = reading->revision();
         readAt.ok() && now.ok() && readAt.value() == now.value()) {
         promoteLibrary(writing);
@@ -496,7 +488,6 @@ void LibrarySession::synchronise()
             return [] {};
         }
         const Result<void> followed = open->synchronise();
-        m_leftAt = revisionOf(*open);
         if (!followed.ok()) {
             return [this, message = followed.error().message] {
                 emit failed(tr("The catalogue could not be written"), message);
@@ -504,11 +495,6 @@ void LibrarySession::synchronise()
         }
         return [] {};
     });
-}
-
-bool LibrarySession::isAsLeft(PhotoLibrary& open) const
-{
-    return !m_leftAt.isEmpty() && m_leftAt == revisionOf(open);
 }
 
 QList<qint64> LibrarySession::selection() const

@@ -57,10 +57,6 @@ public:
     /// waits for its end, as for that of an opening.
     void runApart(Step step);
 
-    /// Whether `open`, the library that is open for writing, was changed by nobody else since this
-    /// program opened it or last brought its files in step. On the session's thread.
-    [[nodiscard]] bool isAsLeft(PhotoLibrary& open) const;
-
     /// What looks after the library.
     [[nodiscard]] LibraryCare& care() { return m_care; }
 
@@ -161,8 +157,7 @@ private:
     std::atomic<bool> m_checkStopped{false};
     LibraryContents m_contents;
     LibraryCare m_care{*this};
-    QList<qint64> m_leftAt; ///< the library's revision then; on the session's thread
-    QTimer m_cautionTimer;  ///< runs as long as there is a caution
+    QTimer m_cautionTimer; ///< runs as long as there is a caution
     int m_underWay{0};
     QThreadPool m_worker; ///< one thread: operations go one after another
 };

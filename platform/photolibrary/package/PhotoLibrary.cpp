@@ -71,6 +71,11 @@ QStringList PhotoLibrary::warnings() const
     return m_d->warnings();
 }
 
+bool PhotoLibrary::wasChangedByOthers() const
+{
+    return m_d->wasChangedByOthers();
+}
+
 Result<QList<PhotoFacts>> PhotoLibrary::photos()
 {
     return m_d->tryRead([](Connection& connection) { return LibraryReader::photos(connection); });

@@ -89,6 +89,10 @@ public:
     /// out once the change is a minute old.
     [[nodiscard]] QStringList warnings() const;
 
+    /// Whether somebody else changed the databases since the library was opened for writing, as far
+    /// as their files tell; no for one that was opened for reading. Waits for whoever writes.
+    [[nodiscard]] bool wasChangedByOthers() const;
+
     // -- plain reads -------------------------------------------------------------------------
     [[nodiscard]] QString path() const;    ///< absolute
     [[nodiscard]] QString version() const; ///< of the application, "9.6.1"

@@ -54,6 +54,9 @@ public:
 
     [[nodiscard]] bool isForWriting() const { return m_write != nullptr; }
 
+    /// See PhotoLibrary::wasChangedByOthers().
+    [[nodiscard]] bool wasChangedByOthers() const { return m_write && m_write->othersWrote(); }
+
     /// Files that unfinished turns are about to make or to remove; package-relative.
     [[nodiscard]] NamedFiles journaledFiles() const;
 

@@ -253,6 +253,13 @@ Result<std::unique_ptr<WriteTransaction>> WriteAccess::begin(Connection& connect
         new WriteTransaction(shared_from_this(), connection, m_journal->nextTurn()));
 }
 
+bool WriteAccess::othersWrote()
+{
+    const WriterGate::Scope taken(m_gate);
+    noteOthers();
+    return m_othersWrote;
+}
+
 void WriteAccess::shutDown()
 {
     const WriterGate::Scope taken(m_gate);

@@ -122,6 +122,9 @@ public:
     /// Whether the path still leads to the package that was opened. Error: NotFound.
     [[nodiscard]] Result<void> packageIsThere() const { return m_package.check(); }
 
+    /// Whether somebody else changed the databases since this was opened. Waits for the writer.
+    [[nodiscard]] bool othersWrote();
+
     /// Waits for the writer, then gives up the lock; nothing is written afterwards.
     void shutDown();
 
@@ -145,7 +148,7 @@ private:
     /// The journal tells no more than what is left to follow, and which files nobody settled.
     [[nodiscard]] Result<void> clearJournal(const Changes& left = {});
     [[nodiscard]] Result<void> keepPending(const Changes& left);
-    /// With the databases' lock, before this program writes: whether somebody else did.
+    /// Before this program writes, with the databases' lock: whether somebody else did.
     void noteOthers();
     /// At once after a commit or a rollback: whatever comes between counts as this program's own.
     void noteOwn();
