@@ -88,8 +88,15 @@ int VerifyCommand::repair(PhotoLibrary& library, const CommandServices& services
         console.print(report.stopped ? CareTexts::notMendedYet(report.left.size())
                                      : CareTexts::leftAsItWas(report.left.size()));
     }
+    // What made the repair fail makes the closing fail as well; it is told once.
+    const Result<void> closed = library.close();
     for (const QString& failure : report.failures) {
-        console.say(TextLayout::printable(failure));
+        if (closed.ok() || failure != closed.error().message) {
+            console.say(TextLayout::printable(failure));
+        }
+    }
+    if (!closed.ok()) {
+        return failed(closed.error(), services);
     }
     if (services.interruption.isRequested()) {
         return interruptedEarly(services);
