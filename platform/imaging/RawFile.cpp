@@ -1,5 +1,6 @@
 #include "RawFile.h"
 
+#include "LossyTiles.h"
 #include "OpenMpThreads.h"
 #include "PictureLimits.h"
 #include "SensorGaps.h"
@@ -113,7 +114,7 @@ QRect cropOfDng(const QByteArray& bytes)
 } // namespace
 
 RawFile::RawFile(const QByteArray& bytes)
-    : m_fileSize(bytes.size())
+    : m_bytes(bytes)
 {
     set_dataerror_handler(&RawFile::onDataError, this);
     // LibRaw reads the buffer and never writes it, whatever its signature says.
@@ -139,7 +140,7 @@ std::optional<Error> RawFile::unpackSensor()
         !PictureLimits::holds(sizes.width, sizes.height)) {
         return errorOf(LIBRAW_TOO_BIG);
     }
-    if (!PictureLimits::isHeldBy(m_fileSize, sizes.raw_width, sizes.raw_height)) {
+    if (!PictureLimits::isHeldBy(m_bytes.size(), sizes.raw_width, sizes.raw_height)) {
         return errorOf(LIBRAW_IO_ERROR);
     }
     setParameters(imgdata.params);
@@ -154,7 +155,7 @@ std::optional<Error> RawFile::unpackSensor()
     if ((imgdata.process_warnings & kLacksDecoder) != 0) {
         return errorOf(LIBRAW_FILE_UNSUPPORTED);
     }
-    return std::nullopt;
+    return imgdata.idata.dng_version != 0 ? LossyTiles::failure(m_bytes) : std::nullopt;
 }
 
 /// LibRaw takes where the visible area lies from the file and bounds its own reads, not ours.

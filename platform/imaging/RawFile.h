@@ -6,6 +6,7 @@
 #include "Result.h"
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QRect>
 
 #include <libraw/libraw.h>
@@ -21,8 +22,8 @@ class RawFile final : private LibRaw
 public:
     explicit RawFile(const QByteArray& bytes);
 
-    /// Reads the sensor's data. Errors: Damaged (also for data that LibRaw complains of),
-    /// Unsupported, OutOfSpace; they name no file.
+    /// Reads the sensor's data. Errors: Damaged (also for data that LibRaw or LossyTiles
+    /// complains of), Unsupported, OutOfSpace; they name no file.
     [[nodiscard]] std::optional<Error> unpackSensor();
 
     /// Whether a large part of the sensor's data is gone (SensorGaps). After unpackSensor() and
@@ -57,7 +58,7 @@ private:
     setLight(BayerMosaic& mosaic, const Filters& filters, const std::array<float, 4>& gains) const;
     [[nodiscard]] Bitmap copyArea(const QRect& area) const;
 
-    qsizetype m_fileSize{0};
+    QByteArrayView m_bytes;
     QRect m_cropOfDng; ///< as cropOfDng() finds it
     int m_openStatus{0};
     bool m_dataErrors{false};

@@ -127,8 +127,10 @@ Directory rawDirectory(const Bitmap& linear, const ImageBuilder::RawFile& detail
     constexpr quint16 kFilters = 32803;
     constexpr quint16 kLinearRaw = 34892;
     const quint32 samples = details.demosaiced ? 3 : 1;
-    raw.shorts(0x0102, std::vector<quint16>(samples, 16));
-    raw.shorts(0x0103, {1});
+    const bool isLossy = !details.lossy.isEmpty();
+    constexpr quint16 kLossyJpeg = 34892;
+    raw.shorts(0x0102, std::vector<quint16>(samples, isLossy ? 8 : 16));
+    raw.shorts(0x0103, {isLossy ? kLossyJpeg : quint16{1}});
     raw.shorts(0x0106, {details.demosaiced ? kLinearRaw : kFilters});
     raw.bytes(0x010F, 2, QByteArrayLiteral("Corvane\0"));
     raw.bytes(0x0110, 2, QByteArrayLiteral("Test Camera\0"));
@@ -136,7 +138,9 @@ Directory rawDirectory(const Bitmap& linear, const ImageBuilder::RawFile& detail
     raw.shorts(0x0112, {static_cast<quint16>(details.orientation)});
     raw.shorts(0x0115, {static_cast<quint16>(samples)});
     raw.longs(0x0116, {height});
-    raw.longs(0x0117, {width * height * samples * 2});
+    raw.longs(
+        0x0117,
+        {isLossy ? static_cast<quint32>(details.lossy.size()) : width * height * samples * 2});
     if (!details.demosaiced) {
         raw.shorts(0x828D, {2, 2});
         raw.bytes(0x828E, 1, QByteArray("\0\1\1\2", 4));
@@ -272,7 +276,8 @@ QByteArray ImageBuilder::dng(const Bitmap& linear, const RawFile& details)
     QByteArray file("II*\0\x08\0\0\0", kHeader);
     const Directory raw = rawDirectory(linear, details, data);
     file += raw.written(kHeader, previews.isEmpty() ? 0 : kHeader + raw.length());
-    return file + directories + pictures + sensorData(linear, details.demosaiced);
+    return file + directories + pictures +
+           (details.lossy.isEmpty() ? sensorData(linear, details.demosaiced) : details.lossy);
 }
 
 double ImageBuilder::difference(const Bitmap& first, const Bitmap& second)

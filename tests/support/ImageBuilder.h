@@ -36,6 +36,7 @@ struct RawFile {
     bool demosaiced{false};                       ///< all three colours in each pixel
     std::optional<quint32> black{};               ///< of each place in a pattern of two by two
     quint32 white{65535};
+    QByteArray lossy{}; ///< a JPEG file of that size, in place of demosaiced data; none if empty
 };
 
 /// An uncompressed 16-bit DNG file (little-endian, RGGB) whose camera sees linear sRGB.

@@ -1,6 +1,7 @@
 #include "RawFile.h"
 
 #include "ImageBuilder.h"
+#include "JpegEncoder.h"
 
 #include <gtest/gtest.h>
 
@@ -49,7 +50,39 @@ bool hasGaps(const Bitmap& light, std::optional<quint32> black, quint32 white = 
     return file->hasGaps();
 }
 
+QByteArray lossyTile()
+{
+    JpegEncoder::Options options;
+    options.scans = JpegEncoder::Scans::Sequential;
+    const auto jpeg = JpegEncoder::encode(ImageBuilder::noise(kSensorSize), options);
+    EXPECT_TRUE(jpeg.ok());
+    return jpeg.ok() ? jpeg.value() : QByteArray();
+}
+
+std::optional<Error> failureOfLossy(const QByteArray& tile)
+{
+    const QByteArray bytes = ImageBuilder::dng(
+        ImageBuilder::scene(kSensorSize),
+        {.crop = {}, .preview = {}, .demosaiced = true, .white = 255, .lossy = tile});
+    return std::make_unique<RawFile>(bytes)->unpackSensor();
+}
+
 } // namespace
+
+TEST(RawFileTest, aWholeLossyTileIsNoDamage)
+{
+    const auto failure = failureOfLossy(lossyTile());
+    EXPECT_FALSE(failure.has_value()) << qPrintable(failure->message);
+}
+
+TEST(RawFileTest, aLossyTileWithAPartGoneIsDamaged)
+{
+    QByteArray tile = lossyTile();
+    tile.replace(tile.size() / 2, 200, QByteArray(200, '\0'));
+    const auto failure = failureOfLossy(tile);
+    ASSERT_TRUE(failure.has_value());
+    EXPECT_EQ(failure->code, ErrorCode::Damaged);
+}
 
 TEST(RawFileTest, shadowsThatClipAtABlackOfEachPlaceAreNoGap)
 {

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Result.h"
+
+#include <QByteArrayView>
+
+#include <optional>
+
+/// The JPEG pictures of which the sensor data of a lossy DNG file are made (DNG 1.4, chapter 2,
+/// "Compression"). LibRaw keeps what it gets of a damaged one and says nothing. Any thread.
+namespace LossyTiles
+{
+
+/// What is wrong with the first of them that does not decode without complaint; nothing where all
+/// do, and for files of any other kind. Errors as JpegDecoder's; they name no file.
+[[nodiscard]] std::optional<Error> failure(QByteArrayView file);
+
+} // namespace LossyTiles
