@@ -93,6 +93,15 @@ Result<void> exchange(const QString& present, const QString& staged)
     return exchangeInTwoSteps(present, staged);
 }
 
+/// Without the note nothing of a restore is swept: it goes only when no power cut can bring the
+/// staged files back.
+void dropNote(const QString& package, const QString& stateFolder)
+{
+    if (!QFileInfo::exists(folderIn(package)) && AtomicFile::flushFolder(package).ok()) {
+        QFile::remove(noteIn(stateFolder));
+    }
+}
+
 /// After it no power cut undoes the exchange.
 Result<void> flushExchange(const QString& package)
 {
@@ -231,7 +240,7 @@ Result<QString> LibraryRestore::sweep(const QString& package, const QString& sta
                    package, PackageFiles::listed(left));
     }
     if (!wasPutInPlace) {
-        QFile::remove(noteIn(stateFolder));
+        dropNote(package, stateFolder);
     }
     return QString();
 }
@@ -251,9 +260,7 @@ QList<JournaledTurn> LibraryRestore::turns(const QString& package, const QString
 void LibraryRestore::followed(const QString& package, const QString& stateFolder)
 {
     QFile::remove(markIn(package));
-    if (!QFileInfo::exists(folderIn(package))) { // which could not be swept without the note
-        QFile::remove(noteIn(stateFolder));
-    }
+    dropNote(package, stateFolder);
 }
 
 void LibraryRestore::resume(const QString& package)
