@@ -472,7 +472,7 @@ void LibrarySession::emptyTrash(const QList<qint64>& ids)
         const Result<EmptiedTrash> emptied = open->emptyTrash(ids);
         if (!emptied.ok()) {
             return [this, message = emptied.error().message] {
-                emit failed(tr("The trash could not be emptied"), message);
+                emit failed(tr("Emptying the trash ended with an error"), message);
             };
         }
         return [this, done = emptied.value()] { emit trashEmptied(done.photos, done.bytes); };
