@@ -137,3 +137,9 @@ void LooseRows::mend(Writer& writer)
         ModelIds::release(writer, kind.table, ids);
     }
 }
+
+bool LooseRows::losesKeyword(Connection& connection, qint64 version)
+{
+    const std::string ofOne = std::string(RowQuestions::kLostKeywords) + " AND k.versionId = ?";
+    return Sql::firstInteger(connection, ofOne.c_str(), version).has_value();
+}

@@ -22,4 +22,7 @@ namespace LooseRows
 /// and Sidecars follow.
 void mend(Writer& writer);
 
+/// Whether a keyword that is assigned to the photo version of that modelId is gone.
+[[nodiscard]] bool losesKeyword(Connection& connection, qint64 version);
+
 } // namespace LooseRows

@@ -2,6 +2,7 @@
 
 #include "AlbumRows.h"
 #include "LibraryReader.h"
+#include "LooseRows.h"
 #include "PackageAlbum.h"
 #include "PathMapping.h"
 #include "PhotoRows.h"
@@ -32,7 +33,6 @@ struct Record {
     QVariant miniature;
     qint64 rotation{0};
     qint64 mayBeEdited{0};
-    qint64 losesKeyword{0};
     PathMapping::MasterPlace alternate;
     QString volumeFolder;
 };
@@ -42,8 +42,6 @@ constexpr const char* kRecord =
     " v.processedHeight, v.mainRating, m.imagePath, m.fileIsReference, p.fullSizePreviewPath,"
     " p.miniThumbnailPath, v.rotation,"
     " v.hasEnabledAdjustments <> 0 OR p.fullSizePreviewUpToDate = 0,"
-    " EXISTS (SELECT 1 FROM RKKeywordForVersion kv LEFT JOIN RKKeyword k"
-    " ON k.modelId = kv.keywordId WHERE kv.versionId = v.modelId AND k.modelId IS NULL),"
     " m.fileVolumeUuid,"
     " a.imagePath, a.fileIsReference, a.fileVolumeUuid"
     " FROM RKVersion v"
@@ -80,7 +78,6 @@ std::optional<Record> recordOf(Connection& connection, qint64 id)
     record.miniature = Sql::value(query.column(column++));
     record.rotation = query.column(column++).getInt64();
     record.mayBeEdited = query.column(column++).getInt64();
-    record.losesKeyword = query.column(column++).getInt64();
     const QString volume = Sql::text(query.column(column++));
     record.alternate.imagePath = Sql::text(query.column(column++));
     record.alternate.isReference = query.column(column++).getInt64() != 0;
@@ -365,9 +362,11 @@ void PackagePhoto::removeFrom(const AlbumPtr& album)
 
 PhotoEvidence PackagePhoto::evidence()
 {
-    const std::optional<Record> record =
-        m_library->read([this](Connection& connection) { return recordOf(connection, m_id); });
     PhotoEvidence evidence;
+    const std::optional<Record> record = m_library->read([&](Connection& connection) {
+        evidence.losesKeyword = LooseRows::losesKeyword(connection, m_id);
+        return recordOf(connection, m_id);
+    });
     if (!record) {
         return evidence;
     }
@@ -375,7 +374,6 @@ PhotoEvidence PackagePhoto::evidence()
     evidence.previewPath = below(package, "Previews"_L1, record->preview);
     evidence.edited = record->mayBeEdited != 0;
     evidence.rotation = static_cast<int>(record->rotation);
-    evidence.losesKeyword = record->losesKeyword != 0;
     const QString alternate = record->alternate.imagePath.isEmpty()
                                   ? QString()
                                   : PathMapping::master(package, record->alternate);

@@ -44,8 +44,9 @@ std::optional<RowIdSet> RowIdSet::fromBlob(const QByteArray& blob)
         return std::nullopt;
     }
     RowIdSet result;
-    constexpr quint64 kLeastBytes = kWords + 2;
-    result.m_chunks.reserve(std::min(chunks, static_cast<quint64>(blob.size()) / kLeastBytes));
+    constexpr quint64 kLeastBytesOfChunk = kWords + 2;
+    result.m_chunks.reserve(
+        std::min(chunks, static_cast<quint64>(blob.size()) / kLeastBytesOfChunk));
     for (quint64 i = 0; i < chunks; ++i) {
         constexpr qint64 kLast = std::numeric_limits<qint64>::max() / kIdsPerChunk;
         quint64 number = 0;

@@ -1,6 +1,7 @@
 #include "VersionSidecar.h"
 
 #include "AdminData.h"
+#include "LooseRows.h"
 #include "PropertyList.h"
 #include "Queries.h"
 #include "SidecarFile.h"
@@ -122,14 +123,9 @@ private:
     /// Where the row of a keyword is gone, this sidecar may be the last that tells its name.
     void keepLostKeywords()
     {
-        const bool isOneLost =
-            Sql::firstInteger(m_connection,
-                              "SELECT f.modelId FROM RKKeywordForVersion f LEFT JOIN RKKeyword k"
-                              " ON k.modelId=f.keywordId WHERE f.versionId=? AND k.modelId IS NULL",
-                              m_version)
-                .has_value();
-        const QVariantList told =
-            isOneLost ? m_content.value(u"keywords"_s).toList() : QVariantList();
+        const QVariantList told = LooseRows::losesKeyword(m_connection, m_version)
+                                      ? m_content.value(u"keywords"_s).toList()
+                                      : QVariantList();
         for (const QVariant& name : told) {
             if (!m_keywords.contains(name.toString())) {
                 m_keywords.append(name.toString());

@@ -15,6 +15,14 @@ using namespace Qt::StringLiterals;
 class DoubtfulCommit : public WritableLibrary
 {
 protected:
+    void importAndTrash(PhotoLibrary& library) const
+    {
+        import(library, makePicture(u"IMG_1.JPG"_s));
+        const PhotoPtr photo = lastImported(library);
+        ASSERT_NE(photo, nullptr);
+        photo->removeFrom(application(library)->photoLibraryAlbum());
+    }
+
     /// The first flush of the databases' folder after the commit's super-journal went fails.
     void failAfterCommit(FlushRecorder& recorder) const
     {
@@ -114,10 +122,7 @@ TEST_F(DoubtfulCommit, aDeletionThatHappenedThoughItsLastFlushFailedIsFinishedBy
     {
         const auto library = open(Access::Write);
         ASSERT_NE(library, nullptr);
-        import(*library, makePicture(u"IMG_1.JPG"_s));
-        const PhotoPtr photo = lastImported(*library);
-        ASSERT_NE(photo, nullptr);
-        photo->removeFrom(application(*library)->photoLibraryAlbum());
+        ASSERT_NO_FATAL_FAILURE(importAndTrash(*library));
         FlushRecorder recorder;
         failAfterCommit(recorder);
         const Result<EmptiedTrash> emptied = library->emptyTrash();
@@ -138,10 +143,7 @@ TEST_F(DoubtfulCommit, ofPhotosThatAreGoneTheErrorSaysSoThoughItCouldNotBeNoted)
 {
     const auto library = open(Access::Write);
     ASSERT_NE(library, nullptr);
-    import(*library, makePicture(u"IMG_1.JPG"_s));
-    const PhotoPtr photo = lastImported(*library);
-    ASSERT_NE(photo, nullptr);
-    photo->removeFrom(application(*library)->photoLibraryAlbum());
+    ASSERT_NO_FATAL_FAILURE(importAndTrash(*library));
     FlushRecorder recorder;
     recorder.failWhere([this](const QString& path) {
         return path.endsWith("/journal"_L1) && pictureFiles().isEmpty();
