@@ -5,6 +5,7 @@
 #include "IntegrityCheck.h"
 #include "LibraryErrors.h"
 #include "LibraryRestore.h"
+#include "LooseRows.h"
 #include "OpeningChecks.h"
 #include "PhotoLibraryPrivate.h"
 #include "Recovery.h"
@@ -13,6 +14,8 @@
 
 #include <QDir>
 #include <QFileInfo>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -52,6 +55,21 @@ QString notRemoved(const QString& package, const QList<PackageFiles::NotRemoved>
                package, PackageFiles::listed(left));
 }
 
+/// What helps a library that a crash left unsound.
+QString remedyAfterCrash(Connection& connection)
+{
+    const QList<Finding> rows = LooseRows::findings(connection);
+    const bool mayBeMendedHere =
+        std::ranges::all_of(rows, [](const Finding& row) { return row.repairable; });
+    return mayBeMendedHere
+               ? u"Mend it first: \"corvane-cli verify --repair --after-crash\" does what follows "
+                 "from the databases and names what is left; move files that belong to no photo "
+                 "out of it. Or open it in iPhoto and quit."_s
+               : u"Only iPhoto can mend rows that are lost: open it in iPhoto and quit, or restore "
+                 u"it "
+                 "from a backup."_s;
+}
+
 /// Databases that nobody changed since this program checked and left them are not read whole again
 /// for their indexes.
 Result<void> checkForWriting(Connection& connection,
@@ -86,13 +104,7 @@ Result<void> checkForWriting(Connection& connection,
     }
     const QStringList left =
         clean ? QStringList() : IntegrityCheck::ofCrash(connection, Recovery::named(turns));
-    return left.isEmpty()
-               ? Result<void>()
-               : notSound(package,
-                          left,
-                          u"Mend it first: \"corvane-cli verify --repair --after-crash\" does "
-                          "what follows from the databases and names what is left; move files that "
-                          "belong to no photo out of it. Or open it in iPhoto and quit."_s);
+    return left.isEmpty() ? Result<void>() : notSound(package, left, remedyAfterCrash(connection));
 }
 
 struct Recovered {

@@ -208,6 +208,16 @@ TEST_F(OpenedLibrary, aLibraryThatWasNotClosedIsRefusedWithTheConditionOfAccepti
     EXPECT_TRUE(library.ok()) << library.error().message.toStdString();
 }
 
+TEST_F(OpenedLibrary, ofALibraryThatWasNotClosedItIsSaidWhatOnlyIPhotoCanMend)
+{
+    importOne(u"IMG_1.JPG"_s);
+    change("DELETE FROM RKImportGroup");
+    leaveOpen();
+    const QString refused = refusal(ErrorCode::Damaged, true);
+    expectSays(refused, {"Only iPhoto can mend", "open it in iPhoto", "from a backup"});
+    EXPECT_FALSE(refused.contains("--repair"_L1)) << refused.toStdString();
+}
+
 TEST_F(OpenedLibrary, whatCannotFollowIsSafeInTheDatabasesAndFollowsAtTheNextRun)
 {
     importOne(u"IMG_1.JPG"_s);
