@@ -46,6 +46,11 @@ bool Corvane::takeTurn(Scan& scan, Turn& turn)
         endTurn(scan, turn, PhotoOutcome::Kind::Unsupported);
         return true;
     }
+    if (turn.photo->evidence().losesKeyword) {
+        turn.outcome.reason = Texts::keywordLost(turn.outcome.source);
+        endTurn(scan, turn, PhotoOutcome::Kind::Failed);
+        return true;
+    }
     turn.outcome.originalBytes = scan.at(scan.sizeList).toLongLong();
     scan.originalsTotal += turn.outcome.originalBytes;
     turn.jpegFile.setPath(scan.temporaryDirectory->path(),

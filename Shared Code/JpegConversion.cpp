@@ -171,9 +171,6 @@ Result<ProvedJpeg> converted(const QString& source, Photo& photo, const CorvaneD
     if (!isFileOf(evidence, source)) {
         return Error{ErrorCode::Damaged, Texts::pictureOfAnotherPhoto(source)};
     }
-    if (evidence.losesKeyword) {
-        return Error{ErrorCode::Damaged, Texts::keywordLost(source)};
-    }
     auto [opened, surroundings] = Tasks::both([&] { return SourcePicture::open(source); },
                                               [&] { return Surroundings::of(source, evidence); });
     if (!opened.ok()) {

@@ -10,7 +10,7 @@ struct PhotoOutcome {
         NotReached,  ///< the scan ended before its turn
         Converted,   ///< its turn is committed: the copy is in the library
         Unsupported, ///< skipped: extension not readable or height 0
-        Failed,      ///< the conversion failed
+        Failed,      ///< no copy was made: the conversion failed, or the copy would lack a keyword
         Missing,     ///< its file was missing; the scan stopped there
     };
 

@@ -4,6 +4,7 @@
 #include "Console.h"
 #include "Interruption.h"
 #include "PhotoCheck.h"
+#include "Texts.h"
 #include "UserDefaults.h"
 
 #include <QFileInfo>
@@ -38,6 +39,9 @@ PhotoOutcome outcomeOf(const PhotoFacts& photo, const QString& source)
     } else if (photo.height == 0) {
         outcome.kind = PhotoOutcome::Kind::Unsupported;
         outcome.reason = CommandLineTexts::noHeight();
+    } else if (photo.losesKeyword) {
+        outcome.kind = PhotoOutcome::Kind::Failed;
+        outcome.reason = Texts::keywordLost(source);
     } else {
         outcome.kind = PhotoOutcome::Kind::Converted;
         outcome.originalBytes = QFileInfo(source).size();

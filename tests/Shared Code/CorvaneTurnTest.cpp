@@ -270,6 +270,35 @@ TEST_F(TurnTest, aSourceThatWasSkippedHasNotFailed)
     EXPECT_EQ(kinds(), (QList<Kind>{Kind::Unsupported, Kind::Converted}));
 }
 
+TEST_F(TurnTest, aPhotoWhoseKeywordIsGoneFailsAndTheNextMeetsItsOwnListEntries)
+{
+    addPicture(u"a.jpg"_s);
+    addPicture(u"b.jpg"_s);
+    m_library.photo(1).evidence.losesKeyword = true;
+    setOriginalSize(1, kMegabyte);
+    setOriginalSize(2, 2 * kMegabyte);
+    scan({1, 2});
+    EXPECT_EQ(kinds(), (QList<Kind>{Kind::Failed, Kind::Converted}));
+    EXPECT_TRUE(m_delegate.finished.first().reason.startsWith(
+        u"No copy of %1 is made, since a keyword of the photo is gone"_s.arg(
+            m_folder.filePath(u"a.jpg"_s))))
+        << m_delegate.finished.first().reason.toStdString();
+    EXPECT_EQ(importedNames(), QStringList{u"b.jpg"_s});
+    EXPECT_EQ(statistics().first(), u"Originals: 2.00 MB"_s);
+    EXPECT_EQ(m_library.turns(), QStringList({u"begin"_s, u"commit"_s, u"begin"_s, u"commit"_s}));
+}
+
+TEST_F(TurnTest, ofTwoPhotosOfOneFileOnlyTheOneWhoseKeywordIsGoneFails)
+{
+    addPicture(u"a.jpg"_s);
+    m_library.photo(1).evidence.losesKeyword = true;
+    m_delegate.onPhotoFinished = [this](const PhotoOutcome&) {
+        m_library.photo(1).evidence.losesKeyword = false;
+    };
+    scan({1, 1});
+    EXPECT_EQ(kinds(), (QList<Kind>{Kind::Failed, Kind::Converted}));
+}
+
 TEST_F(TurnTest, aPictureOfAnotherPhotoIsAFailedConversion)
 {
     addPicture(u"a.jpg"_s);

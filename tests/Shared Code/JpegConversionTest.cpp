@@ -258,16 +258,6 @@ TEST_F(JpegConversionTest, aFileOfAnotherPhotoIsAFailure)
     EXPECT_TRUE(m_library.calls().isEmpty());
 }
 
-TEST_F(JpegConversionTest, aPhotoWhoseKeywordIsGoneIsAFailure)
-{
-    m_library.photo(1).evidence.losesKeyword = true;
-    const Result<ProvedJpeg> jpeg = convert();
-    ASSERT_FALSE(jpeg.ok());
-    EXPECT_TRUE(jpeg.error().message.startsWith(
-        u"No copy of %1 is made, since a keyword of the photo is gone"_s.arg(m_source)))
-        << jpeg.error().message.toStdString();
-}
-
 TEST_F(JpegConversionTest, aLinkToAFileOfThePhotoIsThatFile)
 {
     const QString link = m_folder.filePath(u"link.jpg"_s);

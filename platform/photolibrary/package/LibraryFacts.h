@@ -24,6 +24,7 @@ struct PhotoFacts {
     std::optional<double> longitude; ///< signed degrees
     std::optional<double> altitude;  ///< metres
     QStringList keywords;            ///< sorted without regard to case
+    bool losesKeyword{false};        ///< one of them is gone from the library
     QStringList albums;              ///< names of the user's regular albums, sorted likewise
     qint64 rollId{0};                ///< the event's modelId; 0 when it has none
     QString rollName;

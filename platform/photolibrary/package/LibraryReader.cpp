@@ -8,12 +8,14 @@
 #include "PathMapping.h"
 #include "Queries.h"
 #include "RoomyCache.h"
+#include "RowQuestions.h"
 #include "Volumes.h"
 #include "WallClock.h"
 
 #include <QDateTime>
 #include <QFile>
 #include <QHash>
+#include <QSet>
 #include <QVariant>
 
 #include <fcntl.h>
@@ -214,6 +216,7 @@ struct Tables {
     QHash<qint64, QString> comments;
     QHash<qint64, double> altitudes;
     NamesByPhoto keywords;
+    QSet<qint64> keywordLosers;
     NamesByPhoto albums;
     QHash<QString, Volumes::Volume> volumes;
 };
@@ -281,6 +284,9 @@ Tables readTables(Connection& connection)
     readEventsAndProxies(connection, tables);
     readProperties(connection, tables);
     tables.keywords = keywordsByPhoto(connection);
+    const QList<qint64> losers = Sql::integers(
+        connection, RowQuestions::column("versionId", RowQuestions::kLostKeywords).c_str());
+    tables.keywordLosers = {losers.cbegin(), losers.cend()};
     tables.albums = albumsByPhoto(connection);
     tables.volumes = Volumes::all(connection);
     return tables;
@@ -373,6 +379,7 @@ private:
     {
         photo.keywords = m_tables.keywords.value(photo.id);
         photo.keywords.sort(Qt::CaseInsensitive);
+        photo.losesKeyword = m_tables.keywordLosers.contains(photo.id);
         photo.albums = m_tables.albums.value(photo.id);
         photo.comment = m_tables.comments.value(photo.id);
         const auto altitude = m_tables.altitudes.constFind(photo.id);

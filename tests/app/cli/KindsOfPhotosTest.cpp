@@ -1,6 +1,8 @@
 #include "CommandFixture.h"
 #include "LibraryBuilder.h"
+#include "Queries.h"
 #include "UserDefaults.h"
+#include "Writer.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
@@ -159,4 +161,22 @@ TEST_F(KindsOfPhotosTest, aSmartAlbumAndAnEventOfTheDefaultAlbumsNameAreNotTaken
     const QJsonArray listed = document().value(u"photos"_s).toArray();
     EXPECT_EQ(listed.at(0).toObject().value(u"albums"_s).toArray(),
               QJsonArray{u"Corvane For iPhoto"_s});
+}
+
+TEST_F(KindsOfPhotosTest, aPhotoWhoseKeywordIsGoneFailsAloneAndADryRunSaysSo)
+{
+    const qint64 loser = m_builder.addRaw(u"A.dng"_s, u"Trip"_s);
+    ASSERT_EQ(scan({u"--raw"_s, u"--tag"_s}), 0) << m_err.toStdString();
+    const qint64 other = m_builder.addRaw(u"B.dng"_s, u"Trip"_s);
+    m_builder.edit(
+        [](Writer& writer) { Sql::execute(writer.connection, "DELETE FROM RKKeyword"); });
+    for (const QString& option : {u"--dry-run"_s, u"--no-tag"_s}) {
+        EXPECT_EQ(scan({u"--raw"_s, option}), 1) << m_err.toStdString();
+        EXPECT_EQ(outcome(loser), u"failed"_s);
+        EXPECT_TRUE(entry(loser)
+                        .value(u"reason"_s)
+                        .toString()
+                        .contains("a keyword of the photo is gone from the library"_L1));
+        EXPECT_EQ(outcome(other), option == "--dry-run"_L1 ? u"would convert"_s : u"converted"_s);
+    }
 }
