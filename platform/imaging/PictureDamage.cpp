@@ -176,6 +176,37 @@ std::optional<QString> complaintOf(const SmallPicture& decoded,
 
 } // namespace
 
+bool PictureDamage::isEdgeOfScene(double place,
+                                  const SmallPicture& decoded,
+                                  const SmallPicture& shown)
+{
+    // Steps of lightness across the break, between rows of a grid that lie off it.
+    constexpr QSize kGrid(16, 64);
+    constexpr int kOff = 2;
+    constexpr float kVisible = 0.02F;
+    constexpr float kSameStep = 0.3F;
+    const SceneComparison::Match match = SceneComparison::bestMatch(decoded, shown);
+    if (match.likeness < SceneComparison::kSameScene) {
+        return false;
+    }
+    const QRectF& area = match.overlay.first;
+    const int row = static_cast<int>((place - area.top()) / area.height() * kGrid.height());
+    if (row < kOff || row + kOff >= kGrid.height()) {
+        return false;
+    }
+    const auto [picture, expected] =
+        SceneComparison::laidOver(decoded, shown, match.overlay, kGrid);
+    float squares = 0.0F;
+    float products = 0.0F;
+    for (int x = 0; x < kGrid.width(); ++x) {
+        const float step = picture.at(x, row + kOff) - picture.at(x, row - kOff);
+        squares += step * step;
+        products += step * (expected.at(x, row + kOff) - expected.at(x, row - kOff));
+    }
+    const bool isVisible = squares >= kVisible * kVisible * static_cast<float>(kGrid.width());
+    return isVisible && products >= kSameStep * squares;
+}
+
 std::optional<QString> PictureDamage::complaint(const SmallPicture& decoded,
                                                 const SmallPicture& shown,
                                                 const QImage& preview)

@@ -19,8 +19,13 @@ namespace PictureDamage
 [[nodiscard]] std::optional<QString>
 complaint(const SmallPicture& decoded, const SmallPicture& shown, const QImage& preview);
 
-/// The same by a thumbnail that was made of the very picture, as HEIF files have one: also a clause
-/// where only the lightness of places differs.
+/// Whether a break in the picture's rows, at `place` (0..1 of the height, from the top), is an edge
+/// of the scene: one in what is shown, too. False where the two do not show the same.
+[[nodiscard]] bool
+isEdgeOfScene(double place, const SmallPicture& decoded, const SmallPicture& shown);
+
+/// The same as complaint() by a thumbnail that was made of the very picture, as HEIF files have
+/// one: also a clause where only the lightness of places differs.
 [[nodiscard]] std::optional<QString> thumbnailComplaint(const SmallPicture& decoded,
                                                         const SmallPicture& shown);
 

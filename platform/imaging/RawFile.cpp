@@ -3,7 +3,6 @@
 #include "LossyTiles.h"
 #include "OpenMpThreads.h"
 #include "PictureLimits.h"
-#include "SensorGaps.h"
 #include "TiffStructure.h"
 
 #include <algorithm>
@@ -168,7 +167,7 @@ bool RawFile::isVisibleAreaHeld(int valuesOfPixel) const
                sizes.raw_pitch;
 }
 
-bool RawFile::hasGaps() const
+std::optional<SensorValues> RawFile::sensorValues() const
 {
     const auto& data = imgdata.rawdata;
     const auto& sizes = imgdata.sizes;
@@ -180,14 +179,14 @@ bool RawFile::hasGaps() const
         values = {.first = &data.color4_image[0][0], .channels = 4};
     }
     if (values.first == nullptr || !isVisibleAreaHeld(values.channels)) {
-        return false;
+        return std::nullopt;
     }
     values.stride = static_cast<qsizetype>(sizes.raw_pitch / sizeof(quint16));
     values.first += sizes.top_margin * values.stride + sizes.left_margin * values.channels;
     values.size = QSize(sizes.width, sizes.height);
     values.black = leastBlack(color);
     values.white = static_cast<int>(std::min(color.maximum, kHighestValue));
-    return SensorGaps::isFoundIn(values);
+    return values;
 }
 
 Result<Bitmap> RawFile::processed()

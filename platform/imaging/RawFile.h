@@ -4,6 +4,7 @@
 #include "Bitmap.h"
 #include "RenditionFit.h"
 #include "Result.h"
+#include "SensorValues.h"
 
 #include <QByteArray>
 #include <QByteArrayView>
@@ -26,9 +27,9 @@ public:
     /// complains of), Unsupported, OutOfSpace; they name no file.
     [[nodiscard]] std::optional<Error> unpackSensor();
 
-    /// Whether a large part of the sensor's data is gone (SensorGaps). After unpackSensor() and
-    /// before anything is made of them; false for data of a kind that cannot be judged.
-    [[nodiscard]] bool hasGaps() const;
+    /// The sensor's data in the visible area. After unpackSensor() and before anything is made of
+    /// them; nothing where they are of a kind that cannot be judged. They live as long as this.
+    [[nodiscard]] std::optional<SensorValues> sensorValues() const;
 
     /// The sensor's data where they lie in plain cells of red, green and blue, as the camera's
     /// white balance or, unknown, daylight has them; nothing where they are any other. They live as

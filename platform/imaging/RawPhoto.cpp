@@ -5,6 +5,8 @@
 #include "RawFile.h"
 #include "ReducedPicture.h"
 #include "Resampler.h"
+#include "SensorBreaks.h"
+#include "SensorGaps.h"
 
 #include <new>
 #include <utility>
@@ -66,10 +68,14 @@ Result<RawPhoto> RawPhoto::open(const QByteArray& bytes)
         if (const auto failure = file->unpackSensor()) {
             return *failure;
         }
-        const bool hasGaps = file->hasGaps();
+        SensorFaults faults;
+        if (const auto values = file->sensorValues()) {
+            faults = {.hasGaps = SensorGaps::isFoundIn(*values),
+                      .brokenAt = SensorBreaks::longest(*values)};
+        }
         Result<RawPhoto> photo = made(std::move(file));
         if (photo.ok()) {
-            photo.value().m_hasGaps = hasGaps;
+            photo.value().m_faults = faults;
         }
         return photo;
     } catch (const std::bad_alloc&) {

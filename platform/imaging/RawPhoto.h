@@ -14,6 +14,12 @@
 
 class RawFile;
 
+/// What the sensor's data show of damage. A value type.
+struct SensorFaults {
+    bool hasGaps{false};            ///< a large part is gone (SensorGaps)
+    std::optional<double> brokenAt; ///< where rows break off, 0..1 of the height (SensorBreaks)
+};
+
 /// A RAW photo whose sensor data were read with LibRaw: camera white balance, highlights clipped,
 /// as the sensor's rows lie. The size is the camera's own crop where the metadata states where it
 /// lies, else LibRaw's visible area. Sensors with plain cells of red, green and blue are rendered
@@ -32,8 +38,7 @@ public:
 
     [[nodiscard]] QSize size() const;
 
-    /// Whether a large part of the sensor's data is gone.
-    [[nodiscard]] bool hasGaps() const { return m_hasGaps; }
+    [[nodiscard]] const SensorFaults& faults() const { return m_faults; }
 
     [[nodiscard]] const SensorColors& colors() const { return m_colors; }
 
@@ -66,5 +71,5 @@ private:
     Bitmap m_linear;
     Bitmap m_reduced;
     SensorColors m_colors;
-    bool m_hasGaps{false};
+    SensorFaults m_faults;
 };

@@ -130,14 +130,21 @@ std::optional<QString> SourcePicture::judgeRaw(const RawPhoto& photo, const Sour
     if (PictureNoise::isNoise(small, photo.size(), rows) || PictureNoise::isNoiseInPlaces(rows)) {
         return decodesToNoise();
     }
-    if (photo.hasGaps()) {
+    if (photo.faults().hasGaps) {
         return QStringLiteral("a part of it decodes to nothing, its picture data is corrupt");
     }
     std::optional<QString> complaint;
+    std::optional<double> brokenAt = photo.faults().brokenAt;
     m_preview = file.preview([&](const QImage& preview, const SmallPicture& shown) {
         complaint = PictureDamage::complaint(small, shown, preview);
+        if (brokenAt && PictureDamage::isEdgeOfScene(*brokenAt, small, shown)) {
+            brokenAt.reset();
+        }
         return complaint || SceneComparison::likeness(small, shown) >= SceneComparison::kSameScene;
     });
+    if (brokenAt && !complaint) {
+        return QStringLiteral("it breaks off within, its picture data is corrupt");
+    }
     return complaint;
 }
 
