@@ -4,6 +4,7 @@
 #include "CorvaneDelegate.h"
 #include "JpegDestination.h"
 #include "JpegProof.h"
+#include "PreviewFinder.h"
 #include "Scripting.h"
 #include "SourceFile.h"
 #include "SourcePicture.h"
@@ -13,6 +14,7 @@
 #include "Texts.h"
 #include "Upright.h"
 
+#include <QBuffer>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QTransform>
@@ -97,12 +99,26 @@ Result<QSize> wantedSize(QSize size, const QString& source, const OutputSize& wa
     return *target;
 }
 
-/// The library's own rendering of an unedited photo in sRGB, turned and mirrored so that it lies as
-/// the rows of its master, which has this Exif orientation.
-std::optional<Preview> libraryPreview(const PhotoEvidence& evidence, int orientation)
+/// Decoded strictly: Qt's reader would make up the rows that a file lacks.
+std::optional<Preview> uprightJpeg(const QByteArray& bytes)
+{
+    const QImage stored = PreviewFinder::reduced(bytes);
+    const Result<ImageProperties> properties = ImageProperties::fromBytes(bytes);
+    if (stored.isNull() || !properties.ok()) {
+        return std::nullopt;
+    }
+    const ImageFacts facts = properties.value().facts();
+    return Preview{Upright::turned(stored, facts.orientation),
+                   qint64{facts.pixels.width()} * facts.pixels.height()};
+}
+
+/// Of the types that Qt reads.
+std::optional<Preview> uprightPicture(const QByteArray& bytes)
 {
     constexpr int kLongestSideCompared = 1024;
-    QImageReader reader(evidence.previewPath);
+    QBuffer buffer;
+    buffer.setData(bytes);
+    QImageReader reader(&buffer);
     reader.setAutoTransform(true);
     const QSize size = reader.size();
     if (size.width() > kLongestSideCompared || size.height() > kLongestSideCompared) {
@@ -111,13 +127,29 @@ std::optional<Preview> libraryPreview(const PhotoEvidence& evidence, int orienta
     }
     QImage upright = reader.read();
     BitmapImage::convertToSrgb(upright);
-    if (upright.isNull()) {
+    return upright.isNull() ? std::nullopt
+                            : std::optional(Preview{upright, qint64{size.width()} * size.height()});
+}
+
+/// The library's own rendering of an unedited photo in sRGB, turned and mirrored so that it lies as
+/// the rows of its master, which has this Exif orientation.
+std::optional<Preview> libraryPreview(const PhotoEvidence& evidence, int orientation)
+{
+    const Result<SourceFile> file = SourceFile::read(evidence.previewPath);
+    if (!file.ok()) {
+        return std::nullopt;
+    }
+    const QByteArray& bytes = file.value().bytes;
+    const std::optional<Preview> upright =
+        file.value().type == FileType::Jpeg ? uprightJpeg(bytes) : uprightPicture(bytes);
+    if (!upright) {
         return std::nullopt;
     }
     // The library's rotation holds the file's own and what the person turned after that.
     const int ownTurn = Upright::rotation(orientation) - evidence.rotation;
-    return Preview{Upright::stored(upright.transformed(QTransform().rotate(ownTurn)), orientation),
-                   qint64{size.width()} * size.height()};
+    return Preview{
+        Upright::stored(upright->image.transformed(QTransform().rotate(ownTurn)), orientation),
+        upright->pixels};
 }
 
 /// Whether the library's preview shows what the file does.

@@ -80,16 +80,18 @@ std::vector<Candidate> candidates(const QByteArray& bytes)
 
 QImage imageOf(const Candidate& candidate)
 {
-    if (!candidate.decoded.isNull()) {
-        return candidate.decoded;
-    }
-    const QSize size = JpegDecoder::size(candidate.jpeg).value_or(QSize());
-    const Result<QImage> image = JpegDecoder::decodeReduced(
-        candidate.jpeg, JpegDecoder::denominatorFor(size, kLongestPreviewSide));
-    return image.ok() ? image.value() : QImage();
+    return candidate.decoded.isNull() ? PreviewFinder::reduced(candidate.jpeg) : candidate.decoded;
 }
 
 } // namespace
+
+QImage PreviewFinder::reduced(QByteArrayView jpeg)
+{
+    const QSize size = JpegDecoder::size(jpeg).value_or(QSize());
+    const Result<QImage> image =
+        JpegDecoder::decodeReduced(jpeg, JpegDecoder::denominatorFor(size, kLongestPreviewSide));
+    return image.ok() ? image.value() : QImage();
+}
 
 std::optional<Preview> PreviewFinder::largest(const QByteArray& bytes, const Predicate& isWanted)
 {

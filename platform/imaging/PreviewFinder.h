@@ -29,6 +29,10 @@ using Predicate = std::function<bool(const QImage& preview, const SmallPicture& 
 /// largest first, and of none after it held.
 [[nodiscard]] std::optional<Preview> largest(const QByteArray& bytes, const Predicate& isWanted);
 
+/// A preview that is a JPEG file, averaged down like others, as it lies there; null where not all
+/// of it decodes without complaint.
+[[nodiscard]] QImage reduced(QByteArrayView jpeg);
+
 /// The thumbnail of an Exif block (a TIFF structure); nothing where there is none that decodes, or
 /// where the block is not of a picture of `size`: what changed the size left an old one behind.
 [[nodiscard]] std::optional<QImage> thumbnail(QByteArrayView exif, QSize size);

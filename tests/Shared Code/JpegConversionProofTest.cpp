@@ -13,7 +13,10 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <exiv2/exiv2.hpp>
 
 using namespace Qt::StringLiterals;
 
@@ -214,6 +217,36 @@ TEST_F(JpegConversionProofTest, ofTwoPicturesTheOneOfMorePixelsGuides)
               0.02);
 }
 
+TEST_F(JpegConversionProofTest, aLibrarysPictureThatIsCutOffProvesNothing)
+{
+    addPhoto(u"IMG_1.jpg"_s, jpegOf(ImageBuilder::scene(kPhotoSize)));
+    setLibraryPreview(ImageBuilder::scene(kPhotoSize));
+    QFile preview(m_library.photo(1).evidence.previewPath);
+    ASSERT_TRUE(preview.resize(preview.size() / 2));
+    expectConverted();
+}
+
+TEST_F(JpegConversionProofTest, aLibrarysPictureThatIsCutOffGuidesNothing)
+{
+    addPhoto(u"IMG_1.dng"_s, ImageBuilder::dng(ImageBuilder::scene(kPhotoSize, Transfer::Linear)));
+    const Result<ProvedJpeg> alone = convert();
+    setLibraryPreview(darkened(ImageBuilder::scene(kPhotoSize)));
+    QFile preview(m_library.photo(1).evidence.previewPath);
+    ASSERT_TRUE(preview.resize(preview.size() * 9 / 10));
+    const Result<ProvedJpeg> beside = convert();
+    ASSERT_TRUE(alone.ok() && beside.ok());
+    EXPECT_EQ(beside.value().bytes, alone.value().bytes);
+}
+
+TEST_F(JpegConversionProofTest, aPipeInPlaceOfTheLibrarysPictureHoldsNothingUp)
+{
+    addPhoto(u"IMG_1.jpg"_s, jpegOf(ImageBuilder::scene(kPhotoSize)));
+    const QString pipe = m_folder.filePath(u"preview.jpg"_s);
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    m_library.photo(1).evidence.previewPath = pipe;
+    expectConverted();
+}
+
 TEST_F(JpegConversionProofTest, aHoleInAFileWithoutAPreviewShowsBesideTheLibrarysPicture)
 {
     Bitmap light = ImageBuilder::scene(kPhotoSize, Transfer::Linear);
@@ -233,6 +266,16 @@ TEST_F(JpegConversionProofTest, aHoleInAFileWithoutAPreviewShowsBesideTheLibrary
 class LibraryPreviewTest : public JpegConversionProofTest, public testing::WithParamInterface<int>
 {
 protected:
+    /// In the Exif block of its file.
+    void setOrientationOfPreview(int orientation)
+    {
+        const auto image =
+            Exiv2::ImageFactory::open(m_library.photo(1).evidence.previewPath.toStdString());
+        image->readMetadata();
+        image->exifData()["Exif.Image.Orientation"] = static_cast<uint16_t>(orientation);
+        image->writeMetadata();
+    }
+
     /// Converts a photo stored in an orientation, which the library shows upright and darkened,
     /// and the person has turned by so many degrees.
     void expectToneOfPreview(int orientation, int turn)
@@ -259,6 +302,18 @@ TEST_P(LibraryPreviewTest, itGuidesHoweverThePhotoIsStored)
 TEST_P(LibraryPreviewTest, itGuidesWhereThePersonTurnedThePhoto)
 {
     expectToneOfPreview(GetParam(), 90);
+}
+
+TEST_P(LibraryPreviewTest, itIsTurnedAsItsOwnFileSays)
+{
+    addPhoto(u"IMG_1.dng"_s, ImageBuilder::dng(ImageBuilder::scene(kPhotoSize, Transfer::Linear)));
+    const Bitmap dusk = darkened(ImageBuilder::scene(kPhotoSize));
+    setLibraryPreview(
+        BitmapImage::fromImage(Upright::stored(BitmapImage::toImage(dusk), GetParam())));
+    setOrientationOfPreview(GetParam());
+    const Result<ProvedJpeg> jpeg = convert();
+    ASSERT_TRUE(jpeg.ok()) << jpeg.error().message.toStdString();
+    EXPECT_LT(ImageBuilder::difference(BitmapImage::fromImage(jpeg.value().picture), dusk), 0.02);
 }
 
 INSTANTIATE_TEST_SUITE_P(Orientations, LibraryPreviewTest, testing::Range(1, 9));
