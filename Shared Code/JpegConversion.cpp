@@ -221,6 +221,8 @@ Result<ProvedJpeg> converted(const QString& source, Photo& photo, const CorvaneD
         return size.error();
     }
     const QList<QImage> references = surroundings.references(picture.preview());
+    const auto kind =
+        picture.isFinished() ? JpegProof::Source::Finished : JpegProof::Source::Sensor;
     const Result<QImage> rendered = std::move(picture).rendered(size.value(), references);
     if (!rendered.ok()) {
         return noCopy(source, rendered.error());
@@ -231,7 +233,7 @@ Result<ProvedJpeg> converted(const QString& source, Photo& photo, const CorvaneD
         systemLog(u"***Could not create data from image destination ***"_s);
         return noCopy(source, jpeg.error());
     }
-    const Result<void> proof = JpegProof::prove(jpeg.value(), rendered.value(), references);
+    const Result<void> proof = JpegProof::prove(jpeg.value(), rendered.value(), references, kind);
     if (!proof.ok()) {
         return noCopy(source, proof.error());
     }

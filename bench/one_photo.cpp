@@ -91,7 +91,8 @@ int prove(const Task& task)
         return failure(jpeg.error().message);
     }
     const double begin = cpuSeconds();
-    const auto proof = JpegProof::prove(jpeg.value(), rendered.value(), references);
+    const auto proof =
+        JpegProof::prove(jpeg.value(), rendered.value(), references, JpegProof::Source::Sensor);
     std::printf("%.4f\n", cpuSeconds() - begin);
     return proof.ok() ? 0 : failure(proof.error().message);
 }

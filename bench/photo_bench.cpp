@@ -125,8 +125,9 @@ bool report(const QString& path)
         auto encoded = JpegDestination::encode(rendered, metadata, kQuality);
         jpeg = encoded.ok() ? std::move(encoded).value() : QByteArray();
     });
-    const double proof =
-        medianSeconds([&] { static_cast<void>(JpegProof::prove(jpeg, rendered, {}).ok()); });
+    const double proof = medianSeconds([&] {
+        static_cast<void>(JpegProof::prove(jpeg, rendered, {}, JpegProof::Source::Sensor).ok());
+    });
     std::printf("%-28s %5.1f MP %7.3f %7.3f %7.3f %8.3f %7.3f %7.3f %7.3f %6.2f MB\n",
                 qPrintable(QFileInfo(path).fileName()),
                 rendered.width() * 1e-6 * rendered.height(),

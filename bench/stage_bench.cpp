@@ -109,7 +109,9 @@ void prove(State& state, const QString& path)
     const auto picture = rendered(std::move(source), 1.0);
     const auto jpeg = JpegDestination::encode(picture.value(), ImageProperties(), kQuality);
     for (auto _ : state) {
-        benchmark::DoNotOptimize(JpegProof::prove(jpeg.value(), picture.value(), previews).ok());
+        benchmark::DoNotOptimize(
+            JpegProof::prove(jpeg.value(), picture.value(), previews, JpegProof::Source::Sensor)
+                .ok());
     }
     countPixels(state, picture.value().size());
 }

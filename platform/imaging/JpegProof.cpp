@@ -144,7 +144,9 @@ bool isFarApart(double light, double other)
 }
 
 /// What speaks against the picture where the reference shows the same scene.
-std::optional<Error> contradiction(const SceneComparison::Views& picture, const QImage& reference)
+std::optional<Error> contradiction(const SceneComparison::Views& picture,
+                                   const QImage& reference,
+                                   JpegProof::Source source)
 {
     const auto shown = SceneComparison::Views::of(ReducedPicture::of(reference));
     if (!SceneComparison::isStructured(shown.lightness)) {
@@ -158,20 +160,23 @@ std::optional<Error> contradiction(const SceneComparison::Views& picture, const 
     if (isFarApart(meanLight(picture.lightness), meanLight(shown.lightness))) {
         return damaged(QStringLiteral("it is far darker or lighter than the preview of the photo"));
     }
-    if (SceneComparison::hasOtherColors(picture, shown, match.overlay)) {
+    const bool mayLackColors =
+        source == JpegProof::Source::Finished && SceneComparison::isMonochrome(picture);
+    if (!mayLackColors && SceneComparison::hasOtherColors(picture, shown, match.overlay)) {
         return damaged(QStringLiteral("its colours are not those of the preview of the photo"));
     }
     return std::nullopt;
 }
 
-std::optional<Error> contradiction(const QImage& decoded, const QList<QImage>& references)
+std::optional<Error>
+contradiction(const QImage& decoded, const QList<QImage>& references, JpegProof::Source source)
 {
     if (references.isEmpty()) {
         return std::nullopt;
     }
     const auto picture = SceneComparison::Views::of(ReducedPicture::of(decoded));
     for (const QImage& reference : references) {
-        if (auto failure = contradiction(picture, reference)) {
+        if (auto failure = contradiction(picture, reference, source)) {
             return failure;
         }
     }
@@ -197,8 +202,10 @@ difference(const QImage& decoded, int denominator, const QImage& encodedBlocks, 
 
 } // namespace
 
-Result<void>
-JpegProof::prove(const QByteArray& jpeg, const QImage& encoded, const QList<QImage>& references)
+Result<void> JpegProof::prove(const QByteArray& jpeg,
+                              const QImage& encoded,
+                              const QList<QImage>& references,
+                              Source source)
 {
     const QSize size = JpegDecoder::size(jpeg).value_or(encoded.size());
     const int denominator = JpegDecoder::denominatorFor(size, kFewestBlocks) == kBlock ? kBlock : 1;
@@ -221,7 +228,7 @@ JpegProof::prove(const QByteArray& jpeg, const QImage& encoded, const QList<QIma
             difference(decoded.value(), denominator, encodedBlocks, JpegDecoder::meanError(jpeg))) {
         return *failure;
     }
-    if (const auto failure = contradiction(decoded.value(), references)) {
+    if (const auto failure = contradiction(decoded.value(), references, source)) {
         return *failure;
     }
     return {};

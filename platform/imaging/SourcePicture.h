@@ -23,6 +23,9 @@ public:
     /// In pixels, as they lie in the file.
     [[nodiscard]] QSize size() const;
 
+    /// Whether the file holds a finished picture, and no sensor's data.
+    [[nodiscard]] bool isFinished() const { return std::holds_alternative<Bitmap>(m_content); }
+
     /// What the file shows of its picture beside it, in sRGB: of a RAW file's previews the largest
     /// that shows the scene, where none does the largest; a HEIF file's thumbnail.
     [[nodiscard]] const std::optional<Preview>& preview() const { return m_preview; }

@@ -5,6 +5,7 @@
 #include "JpegConversion.h"
 #include "JpegDestination.h"
 #include "QtPrinters.h"
+#include "SrgbTransfer.h"
 #include "Upright.h"
 
 #include <QColorSpace>
@@ -73,6 +74,31 @@ Bitmap dodged(Bitmap bitmap)
     for (int y = 70; y < 110; ++y) {
         for (quint16& value : bitmap.row(y).subspan(3 * 95, 3 * 50)) {
             value = static_cast<quint16>(value + 16000);
+        }
+    }
+    return bitmap;
+}
+
+/// The scene in the light of a sunset: much red, hardly any blue.
+Bitmap sunset(QSize size)
+{
+    Bitmap bitmap = ImageBuilder::scene(size);
+    for (int y = 0; y < bitmap.pixelsHigh(); ++y) {
+        const auto row = bitmap.row(y);
+        for (std::size_t i = 0; i < row.size(); i += 3) {
+            row[i] = static_cast<quint16>(30000 + row[i] / 2);
+            row[i + 2] = static_cast<quint16>(row[i + 2] / 20);
+        }
+    }
+    return bitmap;
+}
+
+Bitmap inBlackAndWhite(Bitmap bitmap)
+{
+    for (int y = 0; y < bitmap.pixelsHigh(); ++y) {
+        const auto row = bitmap.row(y);
+        for (std::size_t i = 0; i < row.size(); i += 3) {
+            std::fill_n(&row[i], 3, static_cast<quint16>((row[i] + 2 * row[i + 1]) / 3));
         }
     }
     return bitmap;
@@ -157,6 +183,21 @@ TEST_F(JpegConversionProofTest, theLibrarysPictureMayBeOfOtherTones)
     addPhoto(u"IMG_1.jpg"_s, jpegOf(chequered()));
     setLibraryPreview(dodged(chequered()));
     expectConverted();
+}
+
+TEST_F(JpegConversionProofTest, aFinishedPictureMayHaveBeenMadeBlackAndWhiteSinceTheLibrarysPicture)
+{
+    addPhoto(u"IMG_1.jpg"_s, jpegOf(inBlackAndWhite(sunset(kPhotoSize))));
+    setLibraryPreview(sunset(kPreviewSize));
+    expectConverted();
+}
+
+TEST_F(JpegConversionProofTest, aRawPictureInBlackAndWhiteIsNoneOfAPhotoInColour)
+{
+    const Bitmap grey = inBlackAndWhite(sunset(kPhotoSize));
+    addPhoto(u"IMG_1.dng"_s, ImageBuilder::dng(SrgbTransfer::converted(grey, Transfer::Linear)));
+    setLibraryPreview(sunset(kPreviewSize));
+    expectOtherColours();
 }
 
 TEST_F(JpegConversionProofTest, aLibrarysPictureThatIsGoneProvesNothing)

@@ -57,7 +57,8 @@ Bitmap withRedAndBlueExchanged(const Bitmap& bitmap)
 
 Result<void> proofOf(const QByteArray& jpeg, const Bitmap& encoded, const QList<QImage>& references)
 {
-    return JpegProof::prove(jpeg, BitmapImage::toImage(encoded), references);
+    return JpegProof::prove(
+        jpeg, BitmapImage::toImage(encoded), references, JpegProof::Source::Sensor);
 }
 
 void expectRefused(const QByteArray& jpeg, const Bitmap& encoded, const QList<QImage>& references)
