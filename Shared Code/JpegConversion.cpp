@@ -190,11 +190,20 @@ struct Surroundings {
     }
 };
 
-/// What the library's preview shows to be damaged, where the file shows nothing itself.
+/// What the library's preview shows to be damaged, where the file shows nothing itself. Beside a
+/// finished picture the preview may be the one that is out of date.
 std::optional<QString> complaintByLibrary(const SourcePicture& picture,
                                           const std::optional<Preview>& preview)
 {
-    return picture.preview() || !preview ? std::nullopt : picture.complaintBy(preview->image);
+    if (picture.preview() || !preview) {
+        return std::nullopt;
+    }
+    const std::optional<QString> complaint = picture.complaintBy(preview->image);
+    return complaint && picture.isFinished()
+               ? u"it does not show what the library's preview shows, its picture data is corrupt "
+                 "or a program changed the file since; look at it, and if it is as it should be, "
+                 "let iPhoto make its preview anew"_s
+               : complaint;
 }
 
 Result<ProvedJpeg> converted(const QString& source, Photo& photo, const CorvaneDelegate& delegate)

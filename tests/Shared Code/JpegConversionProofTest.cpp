@@ -258,6 +258,24 @@ TEST_F(JpegConversionProofTest, ofTwoPicturesTheOneOfMorePixelsGuides)
               0.02);
 }
 
+TEST_F(JpegConversionProofTest, aFinishedPictureUnlikeTheLibrarysFailsWithWhatToDo)
+{
+    Bitmap changed = ImageBuilder::scene(kPhotoSize);
+    for (int y = 90; y < changed.pixelsHigh(); ++y) {
+        std::ranges::fill(changed.row(y), quint16{0});
+    }
+    addPhoto(u"IMG_1.jpg"_s, jpegOf(changed));
+    expectConverted();
+    setLibraryPreview(ImageBuilder::scene(kPreviewSize));
+    const Result<ProvedJpeg> jpeg = convert();
+    ASSERT_FALSE(jpeg.ok());
+    EXPECT_EQ(jpeg.error().code, ErrorCode::Damaged);
+    EXPECT_EQ(jpeg.error().message,
+              u"The file \"%1\" cannot be used: it does not show what the library's preview shows, "
+              "its picture data is corrupt or a program changed the file since; look at it, and if "
+              "it is as it should be, let iPhoto make its preview anew."_s.arg(m_source));
+}
+
 TEST_F(JpegConversionProofTest, aLibrarysPictureThatIsCutOffProvesNothing)
 {
     addPhoto(u"IMG_1.jpg"_s, jpegOf(ImageBuilder::scene(kPhotoSize)));
