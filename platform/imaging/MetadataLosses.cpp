@@ -32,6 +32,18 @@ void logTooLarge(const QString& block, const QString& name, const QStringList& p
     }
 }
 
+void logTooMany(const QString& block,
+                const QString& name,
+                std::size_t most,
+                const QStringList& parts)
+{
+    if (!parts.isEmpty()) {
+        systemLog(
+            u"The %1 metadata of %2 has more than %3 properties or fields of one; left out: %4"_s
+                .arg(block, name, QString::number(most), listed(parts)));
+    }
+}
+
 void logUnwritable(const QString& block, const QString& name, const QStringList& parts)
 {
     if (!parts.isEmpty()) {

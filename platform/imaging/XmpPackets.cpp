@@ -160,17 +160,55 @@ QByteArray moveUntilFitting(Exiv2::XmpData& xmp,
     return packet.value_or(QByteArray());
 }
 
-/// Exiv2's time for a packet grows with the square of the number of properties. No program states
-/// so many; those beyond go to `lost`.
+/// The fields of each structure of a property. Those of lists have numbers, and none is looked for
+/// by its name.
+using Structures = std::map<std::string, std::size_t, std::less<>>;
+
+/// By property.
+std::map<std::string, Structures, std::less<>> structuresOf(const Exiv2::XmpData& xmp)
+{
+    std::map<std::string, Structures, std::less<>> structures;
+    for (const Exiv2::Xmpdatum& datum : xmp) {
+        const std::string key = datum.key();
+        Structures& ofProperty = structures[std::string(MetadataData::propertyOf(key))];
+        const std::size_t end = key.find_last_of('/');
+        if (end != std::string::npos && !key.ends_with(']')) {
+            ++ofProperty[key.substr(0, end)];
+        }
+    }
+    return structures;
+}
+
+/// The toolkit looks for each field among those before it.
+std::size_t comparisonsFor(const Structures& structures)
+{
+    return std::accumulate(
+        structures.begin(), structures.end(), std::size_t{0}, [](std::size_t sum, const auto& one) {
+            return sum + one.second * one.second;
+        });
+}
+
+/// Exiv2's time for a packet grows with the square of the number of properties, and of that of the
+/// fields in a structure. No program states so many; those beyond go to `lost`.
 void boundProperties(Exiv2::XmpData& xmp, Exiv2::XmpData& lost)
 {
+    constexpr std::size_t kMostComparisons =
+        XmpPackets::kMostProperties * XmpPackets::kMostProperties;
+    const auto structures = structuresOf(xmp);
+    std::size_t comparisons = 0;
     Names kept;
+    Names refused;
     Exiv2::XmpData first;
     for (const Exiv2::Xmpdatum& datum : xmp) {
         const auto property = std::string(MetadataData::propertyOf(datum.key()));
-        const bool isKept = kept.contains(property) || (kept.size() < XmpPackets::kMostProperties &&
-                                                        kept.insert(property).second);
-        (isKept ? first : lost).add(datum);
+        if (!kept.contains(property) && !refused.contains(property)) {
+            const std::size_t more = comparisonsFor(structures.at(property));
+            const bool hasRoom =
+                kept.size() < XmpPackets::kMostProperties && more <= kMostComparisons - comparisons;
+            comparisons += hasRoom ? more : 0;
+            (hasRoom ? kept : refused).insert(property);
+        }
+        (kept.contains(property) ? first : lost).add(datum);
     }
     xmp = first;
 }
@@ -193,18 +231,19 @@ QStringList namesOf(const Exiv2::XmpData& xmp)
 XmpPackets::Packets
 XmpPackets::encode(Exiv2::XmpData xmp, const QString& name, const Limits& limits)
 {
-    Exiv2::XmpData lost;
-    boundProperties(xmp, lost);
+    Exiv2::XmpData tooMany;
+    boundProperties(xmp, tooMany);
+    MetadataLosses::logTooMany(u"XMP"_s, name, XmpPackets::kMostProperties, namesOf(tooMany));
     std::optional<QByteArray> whole = packetOf(xmp);
     if (!whole) {
         MetadataLosses::logUnwritable(u"XMP"_s, name, removeRefused(xmp));
         whole = packetOf(xmp);
     }
     if (whole && whole->size() <= limits.main) {
-        MetadataLosses::logTooLarge(u"XMP"_s, name, namesOf(lost));
         return {.main = *whole, .extended = {}};
     }
     Exiv2::XmpData rest;
+    Exiv2::XmpData lost;
     moveUntilFitting(xmp, limits.main, notedPacketOf, rest);
     const QByteArray extended = moveUntilFitting(rest, limits.extended, extendedPacketOf, lost);
     MetadataLosses::logTooLarge(u"XMP"_s, name, namesOf(lost));

@@ -34,6 +34,18 @@ Exiv2::XmpData textProperties(int count)
     return xmp;
 }
 
+/// A property that is a structure of so many fields.
+void addStructure(Exiv2::XmpData& xmp, const std::string& name, std::size_t fields)
+{
+    Exiv2::XmpTextValue structure;
+    structure.setXmpStruct();
+    xmp.add(Exiv2::XmpKey(name), &structure);
+    const Exiv2::XmpTextValue value("w");
+    for (std::size_t index = 0; index < fields; ++index) {
+        xmp.add(Exiv2::XmpKey(name + "/photoshop:Field" + std::to_string(index)), &value);
+    }
+}
+
 } // namespace
 
 TEST(XmpPackets, whatHasRoomInTheMainPacketStandsThereWithoutANote)
@@ -150,8 +162,56 @@ TEST(XmpPackets, soManyPropertiesThatTheyWouldTakeMinutesAreBoundedAndTheLogSays
     const XmpPackets::Packets packets = packetsOf(xmp);
     EXPECT_EQ(packets.main.count("photoshop:P") + packets.extended.count("photoshop:P"),
               static_cast<qsizetype>(XmpPackets::kMostProperties));
+    EXPECT_EQ(log.entries(),
+              QStringList{u"The XMP metadata of the file has more than 4000 properties or fields "
+                          u"of one; left out: "
+                          "Xmp.photoshop.P4000, Xmp.photoshop.P4001, Xmp.photoshop.P4002"_s});
+}
+
+TEST(XmpPackets, aStructureOfSoManyFieldsThatItWouldTakeMinutesIsLeftOutAndTheLogSaysSo)
+{
+    Exiv2::XmpData xmp = textProperties(2);
+    addStructure(xmp, "Xmp.photoshop.Many", XmpPackets::kMostProperties + 1);
+    addStructure(xmp, "Xmp.photoshop.Some", 3);
+    const LogRecorder log;
+    const XmpPackets::Packets packets = packetsOf(xmp);
+    EXPECT_EQ(packets.main.count("photoshop:Property"), 2);
+    EXPECT_EQ(packets.main.count("photoshop:Field"), 3);
+    EXPECT_TRUE(packets.extended.isEmpty());
+    EXPECT_EQ(log.entries(),
+              QStringList{u"The XMP metadata of the file has more than 4000 properties or fields "
+                          u"of one; left out: "
+                          "Xmp.photoshop.Many"_s});
+}
+
+TEST(XmpPackets, structuresOfTooManyFieldsTogetherAreBounded)
+{
+    Exiv2::XmpData xmp;
+    for (const char* const name : {"Xmp.photoshop.A", "Xmp.photoshop.B", "Xmp.photoshop.C"}) {
+        addStructure(xmp, name, XmpPackets::kMostProperties * 2 / 3);
+    }
+    const LogRecorder log;
+    const XmpPackets::Packets packets = packetsOf(xmp);
+    EXPECT_TRUE(packets.extended.contains("photoshop:B"));
     ASSERT_EQ(log.entries().size(), 1);
-    EXPECT_TRUE(log.entries().first().contains(u"photoshop.P4002"_s));
+    EXPECT_TRUE(log.entries().first().endsWith(u"left out: Xmp.photoshop.C"_s));
+}
+
+TEST(XmpPackets, aListOfAnyLengthIsWritten)
+{
+    constexpr int kEvents = 5000;
+    Exiv2::XmpData xmp;
+    Exiv2::XmpTextValue events;
+    events.setXmpArrayType(Exiv2::XmpValue::xaSeq);
+    xmp.add(Exiv2::XmpKey("Xmp.xmpMM.History"), &events);
+    const Exiv2::XmpTextValue action("saved");
+    for (int index = 1; index <= kEvents; ++index) {
+        xmp.add(Exiv2::XmpKey("Xmp.xmpMM.History[" + std::to_string(index) + "]/stEvt:action"),
+                &action);
+    }
+    const LogRecorder log;
+    EXPECT_EQ(packetsOf(xmp).extended.count("stEvt:action="), kEvents);
+    EXPECT_TRUE(log.entries().isEmpty());
 }
 
 TEST(XmpPackets, markupMovesNoMoreThanNeeded)
