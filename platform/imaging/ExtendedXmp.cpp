@@ -3,6 +3,7 @@
 #include "ImagePropertiesContent.h"
 #include "JpegSegment.h"
 #include "JpegSegments.h"
+#include "XmpEffort.h"
 #include "XmpRepair.h"
 
 #include <QCryptographicHash>
@@ -52,7 +53,7 @@ QByteArray assembled(QByteArrayView jpeg, const QByteArray& digest)
         return {};
     }
     const qsizetype length = qFromBigEndian<quint32>(pieces.first().data());
-    if (length > std::min(ExtendedXmp::kLargestPacket, jpeg.size())) {
+    if (length > std::min(XmpEffort::kLargestPacket, jpeg.size())) {
         return {};
     }
     QByteArray packet(length, '\0');
@@ -102,7 +103,9 @@ void ExtendedXmp::merge(QByteArrayView jpeg, ImageProperties::Content& content)
     }
     const QByteArray packet = assembled(jpeg, QByteArray::fromStdString(note->toString()));
     Exiv2::XmpData rest;
-    if (!decodePacket(packet, rest) && !decodePacket(XmpRepair::withoutDuplicates(packet), rest)) {
+    if (!XmpEffort::isBearable(packet) ||
+        (!decodePacket(packet, rest) &&
+         !decodePacket(XmpRepair::withoutDuplicates(packet), rest))) {
         content.isExtendedXmpLost = true;
         return;
     }

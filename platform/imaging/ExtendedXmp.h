@@ -14,15 +14,12 @@
 namespace ExtendedXmp
 {
 
-/// Bytes of the second packet, read or written, at most: more than any program writes; depth maps
-/// and second pictures are a few megabytes.
-inline constexpr qsizetype kLargestPacket = qsizetype{64} * 1024 * 1024;
-
 /// Whether the main packet notes that there is more.
 [[nodiscard]] bool isNoted(const ImageProperties::Content& content);
 
 /// Adds what the pieces in `jpeg` say to the properties, which it does not replace; where the
-/// pieces are not whole, or are no XMP, the content remembers that they are lost.
+/// pieces are not whole, are no XMP or too much of it (XmpEffort), the content remembers that they
+/// are lost.
 void merge(QByteArrayView jpeg, ImageProperties::Content& content);
 
 /// Notes in the main packet's properties that there is this second packet. The note of any packet

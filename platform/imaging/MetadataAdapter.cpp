@@ -6,6 +6,7 @@
 #include "HeifMetadata.h"
 #include "ImagePropertiesContent.h"
 #include "RawMetadata.h"
+#include "XmpEffort.h"
 #include "XmpRepair.h"
 
 #include <QBuffer>
@@ -106,7 +107,9 @@ void takeRefusedXmp(const Exiv2::Image& image, ImageProperties::Content& content
     if (!leftOut().isXmp || !content.xmp.empty()) {
         return;
     }
-    const QByteArray repaired = XmpRepair::withoutDuplicates(xmpPacketOf(image, content.exif));
+    const QByteArray packet = xmpPacketOf(image, content.exif);
+    const QByteArray repaired =
+        XmpEffort::isBearable(packet) ? XmpRepair::withoutDuplicates(packet) : QByteArray();
     if (repaired.isEmpty() || Exiv2::XmpParser::decode(content.xmp, repaired.toStdString()) != 0) {
         content.isReadInPart = true;
     }

@@ -6,6 +6,7 @@
 #include "MetadataAdapter.h"
 #include "MetadataPruning.h"
 #include "SystemLog.h"
+#include "XmpEffort.h"
 #include "XmpPackets.h"
 
 #include <algorithm>
@@ -89,7 +90,7 @@ void appendXmp(ImageProperties::Content& content, QSize pixels, QList<JpegSegmen
     const XmpPackets::Packets packets =
         XmpPackets::encode(std::move(content.xmp),
                            content.name,
-                           {.main = kLargestXmp, .extended = ExtendedXmp::kLargestPacket});
+                           {.main = kLargestXmp, .extended = XmpEffort::kLargestPacket});
     if (!packets.main.isEmpty()) {
         segments.append({JpegSegment::kApp1, xmpSignature() + packets.main});
     }

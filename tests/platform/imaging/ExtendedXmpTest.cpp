@@ -110,6 +110,24 @@ TEST(ExtendedXmp, aSecondPartThatIsNotWholeIsLeftOutWithItsNote)
     }
 }
 
+TEST(ExtendedXmp, aSecondPartThatWouldTakeMinutesToReadIsLeftOut)
+{
+    constexpr int kFields = 20'000;
+    QByteArray fields;
+    for (int index = 0; index < kFields; ++index) {
+        const QByteArray name = "photoshop:F" + QByteArray::number(index);
+        fields += "<" + name + ">w</" + name + ">";
+    }
+    const ImageProperties read =
+        readBack(jpegWith(kMain,
+                          packet("<photoshop:History rdf:parseType=\"Resource\">" + fields +
+                                 "</photoshop:History>")));
+    EXPECT_EQ(xmpTexts(read).size(), 1U);
+    const LogRecorder log;
+    EXPECT_EQ(xmpText(asCarried(read, kTinyCopy), "Xmp.photoshop.City"), "Adelaide");
+    EXPECT_EQ(log.entries().size(), 1);
+}
+
 TEST(ExtendedXmp, everythingOfALargePacketIsReadBack)
 {
     const ImageProperties original = withLargeXmp();
