@@ -129,6 +129,19 @@ TEST(ThumbnailDamageTest, aFinishedPictureMadeBlackAndWhiteSinceItsPreviewIsNoDa
     EXPECT_TRUE(PictureDamage::complaintOfFinished(shifted(picture, 480), preview).has_value());
 }
 
+TEST(ThumbnailDamageTest, ofAFinishedPictureInBlackAndWhiteBesideColoursOnlyEmptyPartsAreNoticed)
+{
+    const Bitmap picture = redLeavesBelow();
+    const QImage preview = SceneSamples::thumbnailOf(picture, 320, Qt::SmoothTransformation);
+    const Bitmap moved = shifted(throughRedFilter(picture), 480);
+    EXPECT_FALSE(PictureDamage::complaintOfFinished(moved, preview).has_value());
+    EXPECT_FALSE(PictureDamage::exifThumbnailComplaint(moved, preview).has_value());
+    Bitmap emptied = throughRedFilter(picture);
+    fill(emptied, {150, 100, 600, 300}, 20000);
+    EXPECT_TRUE(PictureDamage::complaintOfFinished(emptied, preview).has_value());
+    EXPECT_TRUE(PictureDamage::exifThumbnailComplaint(emptied, preview).has_value());
+}
+
 TEST(ThumbnailDamageTest, garbageIsFoundByTheExifThumbnail)
 {
     for (const Bitmap& picture :
