@@ -1,10 +1,11 @@
 #include "LossyTiles.h"
 
-#include "FileBytes.h"
 #include "JpegDecoder.h"
 #include "TiffStructure.h"
 
-#include <QSet>
+#include <QList>
+
+#include <algorithm>
 
 namespace
 {
@@ -16,6 +17,25 @@ constexpr quint64 kLossyJpeg = 34892;
 /// The least work; all data are read and judged nevertheless.
 constexpr int kReduction = 8;
 
+/// Each from its begin to that of the next one, or to the end of the file: LibRaw reads a tile to
+/// its end mark, whatever length is stated. No byte belongs to two, which bounds the work. One that
+/// begins beyond the end is empty.
+QList<QByteArrayView> tilesOf(const TiffDirectory& raw, QByteArrayView file)
+{
+    QList<quint64> offsets = raw.pictureOffsets();
+    std::ranges::sort(offsets);
+    offsets.erase(std::unique(offsets.begin(), offsets.end()), offsets.end());
+    const auto placeOf = [&](qsizetype tile) {
+        return tile < offsets.size() ? std::min(static_cast<qsizetype>(offsets[tile]), file.size())
+                                     : file.size();
+    };
+    QList<QByteArrayView> tiles;
+    for (qsizetype tile = 0; tile < offsets.size(); ++tile) {
+        tiles.append(file.sliced(placeOf(tile), placeOf(tile + 1) - placeOf(tile)));
+    }
+    return tiles;
+}
+
 } // namespace
 
 std::optional<Error> LossyTiles::failure(QByteArrayView file)
@@ -25,21 +45,8 @@ std::optional<Error> LossyTiles::failure(QByteArrayView file)
     if (raw == nullptr || raw->number(kCompression) != kLossyJpeg) {
         return std::nullopt;
     }
-    QSet<quint64> judged;
-    auto bytesLeft = static_cast<quint64>(file.size());
-    for (const ByteRange& tile : raw->pictureRanges()) {
-        if (judged.contains(tile.offset)) {
-            continue;
-        }
-        // Tiles that a program wrote share no bytes; this bounds the work for a hostile file.
-        if (tile.length > bytesLeft || !FileBytes(file).holds(tile.offset, tile.length)) {
-            return Error{ErrorCode::Damaged, QStringLiteral("its picture data are corrupt")};
-        }
-        judged.insert(tile.offset);
-        bytesLeft -= tile.length;
-        const auto picture = JpegDecoder::decodeReduced(
-            file.sliced(static_cast<qsizetype>(tile.offset), static_cast<qsizetype>(tile.length)),
-            kReduction);
+    for (const QByteArrayView tile : tilesOf(*raw, file)) {
+        const auto picture = JpegDecoder::decodeReduced(tile, kReduction);
         if (!picture.ok()) {
             return picture.error();
         }

@@ -206,6 +206,11 @@ QList<ByteRange> TiffDirectory::pictureRanges() const
     return ranges;
 }
 
+QList<quint64> TiffDirectory::pictureOffsets() const
+{
+    return numbers.value(kStripOffsets) + numbers.value(kTileOffsets);
+}
+
 bool TiffDirectory::isRaw() const
 {
     const quint64 photometric = number(kPhotometric);

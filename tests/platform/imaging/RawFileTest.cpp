@@ -4,6 +4,8 @@
 #include "JpegEncoder.h"
 #include "SensorGaps.h"
 
+#include <QtEndian>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -61,12 +63,31 @@ QByteArray lossyTile()
     return jpeg.ok() ? jpeg.value() : QByteArray();
 }
 
-std::optional<Error> failureOfLossy(const QByteArray& tile)
+QByteArray lossyDng(const QByteArray& tile)
 {
-    const QByteArray bytes = ImageBuilder::dng(
+    return ImageBuilder::dng(
         ImageBuilder::scene(kSensorSize),
         {.crop = {}, .preview = {}, .demosaiced = true, .white = 255, .lossy = tile});
-    return std::make_unique<RawFile>(bytes)->unpackSensor();
+}
+
+std::optional<Error> failureOfLossy(const QByteArray& tile)
+{
+    return std::make_unique<RawFile>(lossyDng(tile))->unpackSensor();
+}
+
+QByteArray little(quint32 number)
+{
+    const quint32 bytes = qToLittleEndian(number);
+    return {reinterpret_cast<const char*>(&bytes), 4};
+}
+
+/// The file with another length of its tile than that which it has.
+QByteArray withTileLength(QByteArray dng, qsizetype length, qsizetype stated)
+{
+    const QByteArray entry = QByteArray("\x17\x01\x04\0\x01\0\0\0", 8);
+    EXPECT_EQ(dng.count(entry + little(static_cast<quint32>(length))), 1);
+    return dng.replace(entry + little(static_cast<quint32>(length)),
+                       entry + little(static_cast<quint32>(stated)));
 }
 
 } // namespace
@@ -84,6 +105,21 @@ TEST(RawFileTest, aLossyTileWithAPartGoneIsDamaged)
     const auto failure = failureOfLossy(tile);
     ASSERT_TRUE(failure.has_value());
     EXPECT_EQ(failure->code, ErrorCode::Damaged);
+}
+
+TEST(RawFileTest, aLossyTileIsJudgedToItsEndWhateverLengthIsStated)
+{
+    const QByteArray good = lossyTile();
+    QByteArray damaged = good;
+    damaged.replace(damaged.size() / 2, 200, QByteArray(200, '\0'));
+    for (const qsizetype stated : {qsizetype{0}, qsizetype{100}, good.size() - 2}) {
+        const auto failureOf = [&](const QByteArray& tile) {
+            return std::make_unique<RawFile>(withTileLength(lossyDng(tile), tile.size(), stated))
+                ->unpackSensor();
+        };
+        EXPECT_FALSE(failureOf(good).has_value()) << stated;
+        EXPECT_TRUE(failureOf(damaged).has_value()) << stated;
+    }
 }
 
 TEST(RawFileTest, shadowsThatClipAtABlackOfEachPlaceAreNoGap)
