@@ -143,3 +143,13 @@ bool LooseRows::losesKeyword(Connection& connection, qint64 version)
     const std::string ofOne = std::string(RowQuestions::kLostKeywords) + " AND k.versionId = ?";
     return Sql::firstInteger(connection, ofOne.c_str(), version).has_value();
 }
+
+bool LooseRows::losesPhoto(Connection& connection, qint64 album)
+{
+    return Sql::firstInteger(
+               connection,
+               "SELECT a.modelId FROM RKAlbumVersion a LEFT JOIN RKVersion v"
+               " ON v.modelId = a.versionId WHERE a.albumId = ? AND v.modelId IS NULL",
+               album)
+        .has_value();
+}

@@ -25,4 +25,7 @@ void mend(Writer& writer);
 /// Whether a keyword that is assigned to the photo version of that modelId is gone.
 [[nodiscard]] bool losesKeyword(Connection& connection, qint64 version);
 
+/// Whether an entry of the album of that modelId names a photo that is gone.
+[[nodiscard]] bool losesPhoto(Connection& connection, qint64 album);
+
 } // namespace LooseRows

@@ -28,6 +28,10 @@ void mirrorRow(QVariantMap& target, Sql::Query& row, const QStringList& omitted 
 /// Sets an array of names whose order says nothing: one that holds the same names stays as it is.
 void mirrorNames(QVariantMap& target, const QString& key, const QStringList& names);
 
+/// Adds to `names` those of an old array of names that no row bears any more, of which a sidecar
+/// may be the last to tell. `bearer` asks for the row that bears a name.
+void keepLost(QStringList& names, const QVariant& old, Connection& connection, const char* bearer);
+
 /// An array of dictionaries, one a row, made anew.
 [[nodiscard]] QVariantList rows(Sql::Query& query);
 

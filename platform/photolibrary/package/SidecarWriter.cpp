@@ -2,6 +2,7 @@
 
 #include "ImportGroup.h"
 #include "LibrarySidecars.h"
+#include "LooseRows.h"
 #include "PathMapping.h"
 #include "Schema.h"
 #include "SidecarValues.h"
@@ -161,15 +162,23 @@ Result<void> SidecarWriter::putAlbum(const QString& uuid)
         }
     }
     if (subclass == kRegularSubclass) {
-        SidecarValues::mirrorNames(
-            file.value().content(),
-            u"versionUuids"_s,
-            Sql::texts(m_connection,
-                       "SELECT v.uuid FROM RKAlbumVersion a JOIN RKVersion v"
-                       " ON v.modelId=a.versionId WHERE a.albumId=? ORDER BY a.modelId",
-                       *id));
+        mirrorPhotos(file.value().content(), *id);
     }
     return m_output.put(file.value(), SidecarOutput::Stamp::Without);
+}
+
+void SidecarWriter::mirrorPhotos(QVariantMap& content, qint64 album)
+{
+    const QString key = u"versionUuids"_s;
+    QStringList uuids = Sql::texts(m_connection,
+                                   "SELECT v.uuid FROM RKAlbumVersion a JOIN RKVersion v"
+                                   " ON v.modelId=a.versionId WHERE a.albumId=? ORDER BY a.modelId",
+                                   album);
+    if (LooseRows::losesPhoto(m_connection, album)) {
+        SidecarValues::keepLost(
+            uuids, content.value(key), m_connection, "SELECT modelId FROM RKVersion WHERE uuid=?");
+    }
+    SidecarValues::mirrorNames(content, key, uuids);
 }
 
 void SidecarWriter::mirrorCustomOrder(QVariantMap& content, const QString& uuid)

@@ -36,6 +36,7 @@ private:
     [[nodiscard]] Result<void> putMasterFile(const QString& uuid, const QString& folder);
     void mirrorMaster(QVariantMap& content, const QString& uuid);
     void mirrorAlbum(QVariantMap& content, Sql::Query& row);
+    void mirrorPhotos(QVariantMap& content, qint64 album);
     void mirrorCustomOrder(QVariantMap& content, const QString& uuid);
 
     Connection& m_connection;

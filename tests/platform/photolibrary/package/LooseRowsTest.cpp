@@ -2,6 +2,7 @@
 
 #include "LibraryBuilder.h"
 #include "PhotoLibrary.h"
+#include "PropertyList.h"
 #include "QtPrinters.h"
 #include "Queries.h"
 
@@ -62,6 +63,31 @@ protected:
     {
         const auto connection = Connection::open(m_builder.package(), Connection::Mode::Read);
         return Sql::firstInteger(*connection.value(), sql).value_or(-1);
+    }
+
+    [[nodiscard]] QString textOf(const QString& sql) const
+    {
+        const auto connection = Connection::open(m_builder.package(), Connection::Mode::Read);
+        return Sql::firstText(*connection.value(), sql.toStdString().c_str());
+    }
+
+    [[nodiscard]] QString uuidOf(qint64 photo) const
+    {
+        return textOf(u"SELECT uuid FROM RKVersion WHERE modelId=%1"_s.arg(photo));
+    }
+
+    /// The uuids that the sidecar of the album of that name tells, sorted.
+    [[nodiscard]] QStringList photosInSidecarOf(const QString& album) const
+    {
+        const QString uuid = textOf(u"SELECT uuid FROM RKAlbum WHERE name='%1'"_s.arg(album));
+        const Result<QVariant> read =
+            PropertyList::read(m_builder.package() + u"/Database/Albums/"_s + uuid + u".apalbum"_s);
+        EXPECT_TRUE(read.ok());
+        QStringList photos = read.ok()
+                                 ? read.value().toMap().value(u"versionUuids"_s).toStringList()
+                                 : QStringList();
+        photos.sort();
+        return photos;
     }
 
     /// One row of each kind for the photo that is gone.
@@ -196,6 +222,25 @@ TEST_F(LooseRowsOfALibrary, whereThePhotoOfAMasterIsLostNothingIsATie)
     EXPECT_EQ(findings().filter(u"album entry(ies) name"_s).size(), 1);
     EXPECT_EQ(findings().filter(u"album entry(ies) name"_s).filter(u"*"_s), QStringList());
     EXPECT_EQ(count("SELECT max(modelId) FROM RKVersion WHERE showInLibrary=1"), kept);
+}
+
+TEST_F(LooseRowsOfALibrary, theSidecarOfAnAlbumStillTellsAPhotoThatIsLost)
+{
+    const qint64 other = m_builder.addPhoto(u"C.JPG"_s, u"Trip"_s);
+    const qint64 album = m_builder.addAlbum(u"More"_s, {m_photo, other});
+    ASSERT_TRUE(repair().ok()) << "it makes the sidecar";
+    const QStringList both = photosInSidecarOf(u"More"_s);
+    const QString lost = uuidOf(m_photo);
+    ASSERT_EQ(both.size(), 2);
+    execute(u"DELETE FROM RKVersion WHERE modelId=%1"_s.arg(m_photo));
+    ASSERT_TRUE(repair().ok());
+    EXPECT_EQ(photosInSidecarOf(u"More"_s), both);
+    EXPECT_EQ(photosInSidecarOf(u"Best"_s), QStringList{lost});
+    execute(
+        u"DELETE FROM RKAlbumVersion WHERE albumId=%1 AND versionId=%2"_s.arg(album).arg(other));
+    ASSERT_TRUE(repair().ok());
+    EXPECT_EQ(photosInSidecarOf(u"More"_s), QStringList{lost})
+        << "the other one is there and no longer in the album";
 }
 
 TEST_F(LooseRowsOfALibrary, aMasterWhosePhotoIsLostKeepsNoOtherFromBeingWrittenAndLosesNothing)
