@@ -123,13 +123,11 @@ private:
     /// Where the row of a keyword is gone, this sidecar may be the last that tells its name.
     void keepLostKeywords()
     {
-        const QVariantList told = LooseRows::losesKeyword(m_connection, m_version)
-                                      ? m_content.value(u"keywords"_s).toList()
-                                      : QVariantList();
-        for (const QVariant& name : told) {
-            if (!m_keywords.contains(name.toString())) {
-                m_keywords.append(name.toString());
-            }
+        if (LooseRows::losesKeyword(m_connection, m_version)) {
+            SidecarValues::keepLost(m_keywords,
+                                    m_content.value(u"keywords"_s),
+                                    m_connection,
+                                    "SELECT modelId FROM RKKeyword WHERE name=?");
         }
     }
 

@@ -330,6 +330,20 @@ TEST_F(SidecarsTest, theNameOfAKeywordThatIsLostStaysWhileAllElseFollows)
     EXPECT_TRUE(Sidecars::compare(connection(), changes()).stale.isEmpty());
 }
 
+TEST_F(SidecarsTest, whereAKeywordIsLostAnotherOneThatIsTakenOffGoesAllTheSame)
+{
+    Writer to = writer();
+    PhotoRows::assignKeyword(to, m_photo.visible, u"Lake"_s);
+    PhotoRows::assignKeyword(to, m_photo.visible, u"Shore"_s);
+    follow(m_now);
+    Sql::execute(connection(), "DELETE FROM RKKeyword WHERE name='Lake'");
+    Sql::execute(connection(),
+                 "DELETE FROM RKKeywordForVersion WHERE keywordId="
+                 "(SELECT modelId FROM RKKeyword WHERE name='Shore')");
+    follow(m_now);
+    EXPECT_EQ(content(versionPath(1)).value(u"keywords"_s).toList(), QVariantList({u"Lake"_s}));
+}
+
 TEST_F(SidecarsTest, theCountsOfTheLibraryFollow)
 {
     const QVariantMap model = content(package() + u"/Database/DataModelVersion.plist"_s);
