@@ -29,8 +29,7 @@ constexpr Loose kKinds[] = {
      Schema::Database::Library,
      false},
     {"RKMaster",
-     "SELECT m.modelId FROM RKMaster m WHERE NOT EXISTS"
-     " (SELECT 1 FROM RKVersion v WHERE v.masterUuid = m.uuid)",
+     MastersOfPhoto::kWithoutVersion,
      "%2 master(s) have no version, the first is %1.",
      Schema::Database::Library,
      false},

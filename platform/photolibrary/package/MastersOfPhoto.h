@@ -31,6 +31,15 @@ inline constexpr const char* kWithoutPhoto =
     " WHERE (a.alternateMasterUuid = m.uuid OR a.uuid = m.alternateMasterUuid)"
     " AND (+v.showInLibrary <> 0 OR +v.isOriginal = 0)) ORDER BY m.modelId";
 
+/// Asks for those of them that have no version at all, not even as the other one of a pair.
+inline constexpr const char* kWithoutVersion =
+    "SELECT m.modelId FROM RKMaster m"
+    " WHERE NOT EXISTS (SELECT 1 FROM RKVersion v WHERE v.masterUuid = m.uuid)"
+    " AND NOT EXISTS (SELECT 1 FROM RKVersion v WHERE v.rawMasterUuid = m.uuid)"
+    " AND NOT EXISTS (SELECT 1 FROM RKVersion v WHERE v.nonRawMasterUuid = m.uuid)"
+    " AND NOT EXISTS (SELECT 1 FROM RKMaster a JOIN RKVersion v ON v.masterUuid = a.uuid"
+    " WHERE a.alternateMasterUuid = m.uuid OR a.uuid = m.alternateMasterUuid) ORDER BY m.modelId";
+
 /// The ids of the versions of a master that nobody sees.
 [[nodiscard]] QList<qint64> hiddenVersions(Connection& connection, const QString& master);
 

@@ -281,6 +281,23 @@ TEST_F(LooseRowsOfALibrary, bothMastersOfAPairAreShownByTheirPhoto)
     EXPECT_EQ(findings().filter(u"have no photo"_s), QStringList());
 }
 
+TEST_F(LooseRowsOfALibrary, theOtherMasterOfAPairNeedsNoVersionOfItsOwn)
+{
+    using enum LibraryBuilder::Active;
+    for (const auto active : {Raw, Jpeg}) {
+        const QString name = active == Raw ? u"P"_s : u"Q"_s;
+        const qint64 pair = m_builder.addPair(name, u"Trip"_s, active);
+        execute(u"DELETE FROM RKVersion WHERE isOriginal=1 AND masterUuid<>(SELECT masterUuid"
+                " FROM RKVersion WHERE modelId=%1) AND masterUuid IN (SELECT uuid FROM RKMaster"
+                " WHERE fileName LIKE '%2.%')"_s.arg(QString::number(pair), name));
+        ASSERT_TRUE(repair().ok());
+        EXPECT_EQ(findings().filter(u"master"_s), QStringList()) << name.toStdString();
+        EXPECT_TRUE(open({}).ok()) << name.toStdString();
+        m_builder.set(u"RKVersion"_s, pair, u"rawMasterUuid=NULL, nonRawMasterUuid=NULL"_s);
+        EXPECT_EQ(findings().filter(u"have no version"_s), QStringList()) << name.toStdString();
+    }
+}
+
 TEST_F(LooseRowsOfALibrary, aVersionThatIsNotShownIsNoLostPhoto)
 {
     const qint64 hidden = m_builder.addPhoto(u"C.JPG"_s, u"Trip"_s);
