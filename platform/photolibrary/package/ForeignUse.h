@@ -18,7 +18,7 @@ struct Traces {
     qint64 lookedAt{0};   ///< when this was, nanoseconds since 1970
 };
 
-/// Before they are opened: opening undoes what a crash left half-done, which is a change too.
+/// Opening the databases undoes what a crash left half-done, which is a change too.
 [[nodiscard]] Traces tracesOf(const QString& package);
 
 /// Notes in `stateFolder` the print of the databases as this program leaves them, so that the next

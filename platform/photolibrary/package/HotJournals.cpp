@@ -1,5 +1,7 @@
 #include "HotJournals.h"
 
+#include "FileLocks.h"
+
 #include <QByteArrayView>
 #include <QFile>
 #include <QFileInfo>
@@ -20,6 +22,8 @@ constexpr std::array<char, 8> kMark{'\xd9', '\xd5', '\x05', '\xf9', '\x20', '\xa
 constexpr qint64 kLengthAndSum = 8;
 constexpr qint64 kTail = kLengthAndSum + qint64{kMark.size()};
 constexpr qint64 kLongestPath = 4096;
+
+constexpr std::array kDatabases{"Library.apdb"_L1, "Properties.apdb"_L1, "ImageProxies.apdb"_L1};
 
 /// Full path of the super-journal that a journal names; empty when it names none.
 QString superJournalOf(const QString& journal)
@@ -56,6 +60,12 @@ QString packageOf(const QString& superJournal)
     return folder.endsWith(kInPackage) ? folder.chopped(kInPackage.size()) : folder;
 }
 
+/// Behind a link, the journals lie beside the file that it leads to.
+QString databaseIn(const QString& package, QLatin1StringView name)
+{
+    return QFileInfo(package + "/Database/apdb/"_L1 + name).canonicalFilePath();
+}
+
 bool isOtherThanFile(const QString& path)
 {
     return QFileInfo::exists(path) && !QFileInfo(path).isFile();
@@ -65,11 +75,8 @@ bool isOtherThanFile(const QString& path)
 
 Result<void> HotJournals::canBeDecidedHere(const QString& package)
 {
-    for (const QLatin1StringView name :
-         {"Library.apdb"_L1, "Properties.apdb"_L1, "ImageProxies.apdb"_L1}) {
-        // Behind a link, the journals lie beside the file that it leads to.
-        const QString database =
-            QFileInfo(package + "/Database/apdb/"_L1 + name).canonicalFilePath();
+    for (const QLatin1StringView name : kDatabases) {
+        const QString database = databaseIn(package, name);
         const QString journal = database + "-journal"_L1;
         if (isOtherThanFile(journal)) {
             return Error{ErrorCode::Unreadable,
@@ -97,4 +104,13 @@ Result<void> HotJournals::canBeDecidedHere(const QString& package)
         }
     }
     return {};
+}
+
+bool HotJournals::areThere(const QString& package)
+{
+    return std::ranges::any_of(kDatabases, [&package](QLatin1StringView name) {
+        const QString database = databaseIn(package, name);
+        return QFileInfo(database + "-journal"_L1).size() > 0 &&
+               FileLocks::holders(FileLocks::Kind::Posix, {database}).isEmpty();
+    });
 }

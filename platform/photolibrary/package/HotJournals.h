@@ -17,4 +17,9 @@ namespace HotJournals
 /// wait for somebody to write into a pipe.
 [[nodiscard]] Result<void> canBeDecidedHere(const QString& package);
 
+/// Whether SQLite will undo something when it opens the databases: there is a journal, and nobody
+/// who may be writing it has locked its database, as far as the system tells (FileLocks). To be
+/// asked before as well. Nothing is changed.
+[[nodiscard]] bool areThere(const QString& package);
+
 } // namespace HotJournals

@@ -2,6 +2,7 @@
 
 #include "AdminData.h"
 #include "ForeignUse.h"
+#include "HotJournals.h"
 #include "IntegrityCheck.h"
 #include "LibraryErrors.h"
 #include "LibraryRestore.h"
@@ -16,6 +17,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <optional>
 
 using namespace Qt::StringLiterals;
 
@@ -109,16 +111,15 @@ Result<void> checkForWriting(Connection& connection,
 
 struct Recovered {
     Recovery::Outcome outcome;
-    QByteArray print; ///< of the databases (ForeignUse), taken with their lock
+    ForeignUse::Traces found; ///< what was checked: others may write while the lock is waited for
 };
 
 /// With the write lock of the databases: what a crash left is cleared away.
-Result<Recovered> recovered(Connection& connection,
-                            const OpenOptions& options,
-                            const QString& stateFolder,
-                            const ForeignUse::Traces& found)
+Result<Recovered>
+recovered(Connection& connection, const OpenOptions& options, const QString& stateFolder)
 {
     connection.beginImmediate();
+    const ForeignUse::Traces found = ForeignUse::tracesOf(connection.packagePath());
     const QList<JournaledTurn> turns = LibraryRestore::turns(connection.packagePath(), stateFolder);
     const Result<void> checked =
         checkForWriting(connection, options, turns, ForeignUse::areAsLeft(stateFolder, found));
@@ -128,16 +129,17 @@ Result<Recovered> recovered(Connection& connection,
     }
     Changes lagging;
     lagging.catalogues = LibraryRestore::isInPlace(connection.packagePath(), stateFolder);
-    Recovered done{Recovery::run(connection, turns, lagging),
-                   ForeignUse::tracesOf(connection.packagePath()).print};
+    Recovered done{Recovery::run(connection, turns, lagging), found};
     connection.rollback();
     return done;
 }
 
-Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Connection> connection,
-                                                            const OpenOptions& options,
-                                                            const QString& version,
-                                                            const ForeignUse::Traces& found)
+/// `cutOff`: the databases as they were where the opening had a transaction to undo.
+Result<std::shared_ptr<PhotoLibraryPrivate>>
+openForWriting(std::unique_ptr<Connection> connection,
+               const OpenOptions& options,
+               const QString& version,
+               const std::optional<ForeignUse::Traces>& cutOff)
 {
     if (const Result<void> known = StateFolder::isKnown(connection->packagePath()); !known.ok()) {
         return known.error();
@@ -151,12 +153,15 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
         systemLog(u"The library \"%1\" was not closed by %2."_s.arg(places.package,
                                                                     lock.value()->leftBehind()));
     }
-    const ForeignUse::Warnings warnings = ForeignUse::warnings(places.package, places.state, found);
-    const Result<Recovered> done = recovered(*connection, options, places.state, found);
+    const Result<Recovered> done = recovered(*connection, options, places.state);
     if (!done.ok()) {
         return done.error();
     }
     const Recovery::Outcome& outcome = done.value().outcome;
+    const ForeignUse::Traces& found = done.value().found;
+    // Undoing a transaction is a change by this program.
+    const ForeignUse::Warnings warnings =
+        ForeignUse::warnings(places.package, places.state, cutOff.value_or(found));
     const Result<QString> swept = LibraryRestore::sweep(places.package, places.state);
     if (!swept.ok()) {
         return swept.error();
@@ -164,7 +169,7 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> openForWriting(std::unique_ptr<Conn
     connection->database().setBusyTimeout(Connection::kBusyMilliseconds);
     connection->database().exec("PRAGMA cache_spill=OFF");
     const Result<WriteAccessPtr> write =
-        WriteAccess::open(places, std::move(lock).value(), done.value().print);
+        WriteAccess::open(places, std::move(lock).value(), found.print);
     if (!write.ok()) {
         return write.error();
     }
@@ -213,7 +218,10 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> LibraryOpening::open(const QString&
             return own.error();
         }
     }
-    const ForeignUse::Traces found = ForeignUse::tracesOf(package);
+    std::optional<ForeignUse::Traces> cutOff;
+    if (HotJournals::areThere(package)) {
+        cutOff = ForeignUse::tracesOf(package);
+    }
     Result<std::unique_ptr<Connection>> connection =
         Connection::open(package,
                          forWriting ? Connection::Mode::Write : Connection::Mode::Read,
@@ -228,7 +236,7 @@ Result<std::shared_ptr<PhotoLibraryPrivate>> LibraryOpening::open(const QString&
             return readable.error();
         }
         if (forWriting) {
-            return openForWriting(std::move(connection).value(), options, version.value(), found);
+            return openForWriting(std::move(connection).value(), options, version.value(), cutOff);
         }
         const WriteAccess::Places places = placesOf(*connection.value());
         connection.value()->database().setBusyTimeout(Connection::kBusyMilliseconds);

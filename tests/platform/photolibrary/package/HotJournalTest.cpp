@@ -1,6 +1,7 @@
 #include "ChildProcess.h"
 #include "Connection.h"
 #include "FlushRecorder.h"
+#include "HotJournals.h"
 #include "LibraryBackups.h"
 #include "OrdinaryUser.h"
 #include "QtPrinters.h"
@@ -13,6 +14,7 @@
 #include <sys/stat.h>
 
 #include <array>
+#include <chrono>
 #include <filesystem>
 #include <functional>
 
@@ -138,6 +140,37 @@ TEST_F(HotJournal, aTransactionThatWasCutOffIsUndoneByWhoeverOpensTheLibraryNext
         expectUndoneByOpening(package(), access);
     }
     expectSound();
+}
+
+TEST_F(HotJournal, undoingItIsNoChangeByAnotherProgram)
+{
+    leaveHalfWay();
+    const QDir folder(package() + u"/Database/apdb"_s);
+    for (const QString& name : folder.entryList(QDir::Files)) {
+        std::filesystem::last_write_time(folder.filePath(name).toStdString(),
+                                         std::filesystem::file_time_type::clock::now() -
+                                             std::chrono::hours(1));
+    }
+    const auto library = open(Access::Write);
+    ASSERT_NE(library, nullptr);
+    EXPECT_EQ(library->warnings(), QStringList());
+}
+
+TEST_F(HotJournal, isNoneWhileSomebodyWritesIt)
+{
+    ChildProcess other([this](ChildProcess& self) {
+        const auto databases = Connection::open(package(), Connection::Mode::Write);
+        if (databases.ok()) {
+            databases.value()->beginImmediate();
+            databases.value()->database().exec("UPDATE RKVersion SET name = 'Lake'");
+            self.stay();
+        }
+    });
+    ASSERT_TRUE(other.stays());
+    ASSERT_EQ(journals(package()), QStringList{u"Library.apdb-journal"_s});
+    EXPECT_FALSE(HotJournals::areThere(package()));
+    other.end();
+    EXPECT_TRUE(HotJournals::areThere(package()));
 }
 
 TEST_F(HotJournal, aCopyTakenInTheMiddleOfATransactionIsWhatTheLibraryWasBeforeIt)

@@ -14,6 +14,8 @@
 #include <sqlite3.h>
 
 #include <array>
+#include <chrono>
+#include <future>
 
 using namespace Qt::StringLiterals;
 
@@ -56,14 +58,37 @@ protected:
                " AND propertyName = 'nextModelId'");
     }
 
+    [[nodiscard]] QString stateFolder() const
+    {
+        const auto connection = Connection::open(package(), Connection::Mode::Read);
+        const QString uuid = AdminData::text(*connection.value(), u"database"_s, u"databaseUuid"_s);
+        return WriteAccess::Places::of(package(), uuid).state;
+    }
+
     /// As if this program had made all the changes.
     void leaveAsOwn() const
     {
-        const auto connection = Connection::open(package(), Connection::Mode::Read);
-        ASSERT_TRUE(connection.ok());
-        const QString uuid = AdminData::text(*connection.value(), u"database"_s, u"databaseUuid"_s);
-        ForeignUse::leave(WriteAccess::Places::of(package(), uuid).state,
-                          ForeignUse::tracesOf(package()).print);
+        ForeignUse::leave(stateFolder(), ForeignUse::tracesOf(package()).print);
+    }
+
+    /// What an opening for writing says that waits for another program's lock, while that program
+    /// changes the databases.
+    [[nodiscard]] QString toldAfterAWait() const
+    {
+        const QString lock = stateFolder() + u"/lock"_s;
+        const auto other = Connection::open(package(), Connection::Mode::Write);
+        other.value()->beginImmediate();
+        std::future<QString> told = std::async(std::launch::async, [this] {
+            const auto library = PhotoLibrary::open(package(), {Access::Write});
+            return library.ok() ? library.value()->warnings().join(u'\n') : library.error().message;
+        });
+        // It has looked at the databases by then.
+        while (QFileInfo(lock).size() == 0 &&
+               told.wait_for(std::chrono::milliseconds(1)) == std::future_status::timeout) {
+        }
+        other.value()->database().exec("UPDATE RKVersion SET name = name || '!'");
+        other.value()->commit();
+        return told.get();
     }
 
     void leaveOpen() const
@@ -165,6 +190,21 @@ TEST_F(OpenedLibrary, databasesAsThisProgramLeftThemAreReadWholeWhereTheyWereNot
     leaveOpen();
     leaveAsOwn();
     expectSays(refusal(ErrorCode::Damaged, true), {"A database is damaged"});
+}
+
+TEST_F(OpenedLibrary, whatAnotherProgramWritesWhileItsLockIsWaitedForIsChecked)
+{
+    importOne(u"IMG_1.JPG"_s);
+    loseARowInAnIndex();
+    leaveAsOwn();
+    expectSays(toldAfterAWait(), {"A database is damaged"});
+    expectSays(refusal(ErrorCode::Damaged), {"A database is damaged"});
+}
+
+TEST_F(OpenedLibrary, whatAnotherProgramWritesWhileItsLockIsWaitedForIsTold)
+{
+    importOne(u"IMG_1.JPG"_s);
+    expectSays(toldAfterAWait(), {"changed within the last minute"});
 }
 
 TEST_F(OpenedLibrary, textsOfPhotosThatAreNotThereAreAProblem)
