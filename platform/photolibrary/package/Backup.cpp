@@ -3,6 +3,7 @@
 #include "AtomicFile.h"
 #include "FileSystemFlush.h"
 #include "LibraryErrors.h"
+#include "RestoreStaging.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -256,6 +257,7 @@ QStringList Backup::parts(const QString& package)
             parts.append(database);
         }
     }
+    parts.removeAll(RestoreStaging::kMark);
     parts.sort();
     parts.removeDuplicates();
     return parts;

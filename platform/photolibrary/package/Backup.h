@@ -36,7 +36,8 @@ enum class OfDamaged : quint8 {
 [[nodiscard]] QDateTime momentOf(const QString& name);
 /// The files of a finished copy, or of a package, that belong into a copy: relative, sorted. The
 /// folder of the databases, each of the three, and the whole folders of sidecars are found behind
-/// links too; a link within those folders leads to what the library does not write.
+/// links too; a link within those folders leads to what the library does not write. The mark of a
+/// restore (RestoreStaging) is none.
 [[nodiscard]] QStringList parts(const QString& package);
 /// Copies a file that no connection has open; nothing is flushed.
 [[nodiscard]] Result<void> copyFile(const QString& from, const QString& to);

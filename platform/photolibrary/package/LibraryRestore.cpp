@@ -93,11 +93,15 @@ Result<void> exchange(const QString& present, const QString& staged)
     return exchangeInTwoSteps(present, staged);
 }
 
-/// Without the note nothing of a restore is swept: it goes only when no power cut can bring the
-/// staged files back.
+/// Without the note nothing of a restore is swept, and beside the note of another one its mark
+/// would tell what is not so: the note goes only when no power cut can bring staged files or mark
+/// back.
 void dropNote(const QString& package, const QString& stateFolder)
 {
-    if (!QFileInfo::exists(folderIn(package)) && AtomicFile::flushFolder(package).ok()) {
+    const bool isAllGone =
+        !QFileInfo::exists(folderIn(package)) && !QFileInfo::exists(markIn(package));
+    if (isAllGone && AtomicFile::flushFolder(package).ok() &&
+        AtomicFile::flushFolder(databasesIn(package)).ok()) {
         QFile::remove(noteIn(stateFolder));
     }
 }
@@ -226,8 +230,7 @@ Result<QString> LibraryRestore::sweep(const QString& package, const QString& sta
     if (!QFileInfo::exists(noteIn(stateFolder)) || !hasDatabases) {
         return QString();
     }
-    const bool wasPutInPlace = isInPlace(package, stateFolder);
-    if (wasPutInPlace) {
+    if (isInPlace(package, stateFolder)) {
         if (const Result<void> flushed = flushExchange(package); !flushed.ok()) {
             return flushed.error();
         }
@@ -239,9 +242,7 @@ Result<QString> LibraryRestore::sweep(const QString& package, const QString& sta
                "next run tries again, make their folders writable:\n%2"_s.arg(
                    package, PackageFiles::listed(left));
     }
-    if (!wasPutInPlace) {
-        dropNote(package, stateFolder);
-    }
+    dropNote(package, stateFolder);
     return QString();
 }
 
@@ -259,7 +260,11 @@ QList<JournaledTurn> LibraryRestore::turns(const QString& package, const QString
 
 void LibraryRestore::followed(const QString& package, const QString& stateFolder)
 {
-    QFile::remove(markIn(package));
+    QFile mark(markIn(package));
+    if (mark.exists() && !mark.remove()) {
+        systemLog(u"\"%1\" cannot be removed (%2); the next run tries again."_s.arg(
+            mark.fileName(), mark.errorString()));
+    }
     dropNote(package, stateFolder);
 }
 

@@ -130,7 +130,7 @@ QString RestoreStaging::databasesIn(const QString& folder)
 
 QString RestoreStaging::markIn(const QString& folder)
 {
-    return databasesIn(folder) + u'/' + kFolder;
+    return folder + u'/' + kMark;
 }
 
 std::optional<qint64> RestoreStaging::lastTurnOf(const QString& mark)

@@ -16,6 +16,8 @@ namespace RestoreStaging
 inline constexpr QLatin1StringView kFolder(".corvane-restore");
 /// Of a package, and in that folder.
 inline constexpr QLatin1StringView kDatabases("Database");
+/// The same, of the mark beside the databases.
+inline constexpr QLatin1StringView kMark("Database/.corvane-restore");
 
 [[nodiscard]] QString folderIn(const QString& package);
 /// Of a package, or of that folder.

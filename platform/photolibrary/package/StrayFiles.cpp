@@ -165,8 +165,7 @@ QStringList StrayFiles::unfinished(const QString& package)
             files << unfinishedIn(package, folder, QDirIterator::Subdirectories);
         }
     }
-    for (const QString& left :
-         {QString(RestoreStaging::kFolder), "Database/"_L1 + RestoreStaging::kFolder}) {
+    for (const QString& left : {QString(RestoreStaging::kFolder), QString(RestoreStaging::kMark)}) {
         if (QFileInfo::exists(package + u'/' + left)) {
             files.append(left);
         }

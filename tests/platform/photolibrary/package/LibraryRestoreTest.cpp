@@ -105,6 +105,8 @@ protected:
 
     [[nodiscard]] QString mark() const { return package() + u"/Database/.corvane-restore"_s; }
 
+    [[nodiscard]] bool isNoted() const { return QFileInfo::exists(m_state + u"/restore"_s); }
+
     [[nodiscard]] QByteArray journal() const
     {
         QFile file(m_state + u"/journal"_s);
@@ -207,9 +209,57 @@ TEST_F(LibraryRestoreTest, aMarkThatMayNotBeReadForgetsEveryTurn)
     const OrdinaryUser user({folder()});
     {
         const WithPermissions closed(mark(), 0000);
-        EXPECT_FALSE(open(Access::Write)->close().ok()) << "it cannot be backed up";
+        const auto library = open(Access::Write);
+        ASSERT_NE(library, nullptr);
+        EXPECT_TRUE(library->close().ok());
         EXPECT_TRUE(isThere(later));
     }
+    expectEitherState();
+}
+
+TEST_F(LibraryRestoreTest, theMarkIsInNoBackup)
+{
+    cutOffAfterTheExchange();
+    const Result<LibraryBackup> made = LibraryBackups::make(package());
+    ASSERT_TRUE(made.ok()) << made.error().message.toStdString();
+    EXPECT_FALSE(QFileInfo::exists(made.value().path + u"/Database/.corvane-restore"_s));
+}
+
+TEST_F(LibraryRestoreTest, theNoteGoesOnlyWhenTheMarkIsGoneForGood)
+{
+    cutOffAfterTheExchange();
+    ASSERT_TRUE(LibraryRestore::sweep(package(), m_state).ok());
+    const QString databases = QFileInfo(package()).canonicalFilePath() + u"/Database"_s;
+    bool mayFlush = false;
+    int withoutMark = 0;
+    FlushRecorder recorder;
+    recorder.failWhere([&](const QString& path) {
+        if (path != databases || isThere(u"Database/.corvane-restore"_s)) {
+            return false;
+        }
+        ++withoutMark;
+        EXPECT_TRUE(isNoted());
+        return !mayFlush;
+    });
+    LibraryRestore::followed(package(), m_state);
+    EXPECT_EQ(withoutMark, 1);
+    EXPECT_TRUE(isNoted());
+    mayFlush = true;
+    LibraryRestore::followed(package(), m_state);
+    EXPECT_EQ(withoutMark, 2);
+    EXPECT_FALSE(isNoted());
+}
+
+TEST_F(LibraryRestoreTest, theNoteStaysBesideAMarkThatCannotBeRemoved)
+{
+    cutOffAfterTheExchange();
+    ASSERT_TRUE(LibraryRestore::sweep(package(), m_state).ok());
+    const OrdinaryUser user({folder()});
+    {
+        const WithPermissions closed(package() + u"/Database"_s, 0555);
+        LibraryRestore::followed(package(), m_state);
+    }
+    EXPECT_TRUE(LibraryRestore::isInPlace(package(), m_state));
     expectEitherState();
 }
 
