@@ -304,8 +304,9 @@ Error OpeningChecks::notClosed(const QString& package)
         u"iPhoto did not close the library \"%1\" properly, or has it open now, so it is not "
         "written to. Open it in iPhoto and quit. Or, where iPhoto does not run, accept it as "
         "it is: --after-crash does so once its integrity check passes, no row leads nowhere, no "
-        "preview or thumbnail is missing, no file or sidecar belongs to nothing, and the "
-        "catalogue can be read. Originals that are missing or of another size, links to the "
-        "databases, dates and key photos of events, and sidecars and catalogues that lag, do not "
-        "matter."_s.arg(package)};
+        "preview or thumbnail is missing, no file or sidecar belongs to nothing, and "
+        "\"AlbumData.xml\" can be read. What else \"verify\" tells does not matter, such as "
+        "originals that are missing or of another size, files left unfinished, links to the "
+        "databases, dates and key photos of events, sets of ids, and sidecars and catalogues that "
+        "lag."_s.arg(package)};
 }

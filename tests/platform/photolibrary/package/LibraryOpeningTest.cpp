@@ -235,7 +235,11 @@ TEST_F(OpenedLibrary, aLibraryThatWasNotClosedIsRefusedWithTheConditionOfAccepti
     importOne(u"IMG_1.JPG"_s);
     leaveOpen();
     expectSays(refusal(ErrorCode::NotClosed),
-               {"iPhoto did not close", "--after-crash", "integrity check passes"});
+               {"iPhoto did not close",
+                "--after-crash",
+                "integrity check passes",
+                "files left unfinished",
+                "sets of ids"});
     put(u"Masters/stray.jpg"_s, "somebody's");
     expectSays(refusal(ErrorCode::Damaged, true),
                {"is 1 problem",
