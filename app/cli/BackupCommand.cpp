@@ -98,9 +98,10 @@ int BackupCommand::restore(const CommandServices& services) const
     for (const QString& lagging : done.lagging) {
         LibraryFailure::say(lagging, library, services);
     }
+    const int status = done.lagging.isEmpty() ? ExitStatus::kDone : ExitStatus::kNotAll;
     if (m_options.json) {
         console.printDocument(Documents::text(Documents::restored(done)));
-        return ExitStatus::kDone;
+        return status;
     }
     console.print(CommandLineTexts::backupRestored(
         done.from.name, CareTexts::localTime(done.from.moment), done.before));
@@ -111,5 +112,5 @@ int BackupCommand::restore(const CommandServices& services) const
         }
     }
     console.print(CommandLineTexts::verifyAfterRestore(library));
-    return ExitStatus::kDone;
+    return status;
 }

@@ -63,7 +63,9 @@ Verb CareVerbs::addBackup(CLI::App& program)
                 "Examples:\n"
                 "  corvane-cli backup Pictures.photolibrary\n"
                 "  corvane-cli backup Pictures.photolibrary --list\n"
-                "  corvane-cli backup Pictures.photolibrary --restore 20261121-090501");
+                "  corvane-cli backup Pictures.photolibrary --restore 20261121-090501\n"
+                "\n"
+                "Exit status 1 says that a restore left something undone.");
     return {app,
             [given] { return std::make_unique<BackupCommand>(given->library, given->options); }};
 }

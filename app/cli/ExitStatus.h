@@ -5,7 +5,8 @@ namespace ExitStatus
 {
 
 inline constexpr int kDone = 0;
-/// A scan was stopped by an alert, photos were not converted, or a check found something wrong.
+/// A scan was stopped by an alert, photos were not converted, a check found something wrong, or a
+/// repair or restore left something undone.
 inline constexpr int kNotAll = 1;
 /// Wrong usage: nothing was done.
 inline constexpr int kUsage = 2;
