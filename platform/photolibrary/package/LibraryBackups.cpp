@@ -244,8 +244,12 @@ replaced(const Places& places, const LibraryBackup& from, bool afterCrash)
     if (!locked.ok()) {
         return locked.error();
     }
-    if (const Result<QString> swept = LibraryRestore::sweep(package, places.state); !swept.ok()) {
+    const Result<QString> swept = LibraryRestore::sweep(package, places.state);
+    if (!swept.ok()) {
         return swept.error();
+    }
+    if (!swept.value().isNull()) { // it lies where this one is to be staged
+        return Error{ErrorCode::NotWritable, swept.value()};
     }
     if (const Result<void> staged = LibraryRestore::stage(package, places.state, from.path);
         !staged.ok()) {

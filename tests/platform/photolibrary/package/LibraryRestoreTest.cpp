@@ -306,6 +306,23 @@ TEST_F(LibraryRestoreTest, whatItCannotRemoveIsToldWithItsResult)
         << "else it outlives the test";
 }
 
+TEST_F(LibraryRestoreTest, whatAnEarlierOneLeftAndCannotBeRemovedIsWhyThereIsNoOther)
+{
+    cutOffAfterTheExchange();
+    const OrdinaryUser user({folder()});
+    {
+        const WithPermissions closed(package() + u"/.corvane-restore/Database/apdb"_s, 0555);
+        const auto refused = LibraryBackups::restore(package(), m_backup.name, false);
+        ASSERT_FALSE(refused.ok());
+        EXPECT_EQ(refused.error().code, ErrorCode::NotWritable);
+        const QString told = refused.error().message;
+        EXPECT_TRUE(told.contains("make their folders writable"_L1)) << told.toStdString();
+        EXPECT_TRUE(told.contains(".corvane-restore/Database/apdb/Library.apdb"_L1))
+            << told.toStdString();
+    }
+    expectEitherState();
+}
+
 TEST_F(LibraryRestoreTest, whatCannotBeRemovedCostsNoCopyAtEachOpening)
 {
     cutOffAfterTheExchange();
