@@ -180,31 +180,32 @@ bool PictureDamage::isEdgeOfScene(double place,
                                   const SmallPicture& decoded,
                                   const SmallPicture& shown)
 {
-    // Steps of lightness across the break, between rows of a grid that lie off it.
+    // How lightness changes near the break, in the rows of a grid.
     constexpr QSize kGrid(16, 64);
-    constexpr int kOff = 2;
-    constexpr float kVisible = 0.02F;
-    constexpr float kSameStep = 0.3F;
+    constexpr int kNear = 3;
+    constexpr float kVisible = 0.01F;
+    constexpr float kSameChange = 0.5F;
     const SceneComparison::Match match = SceneComparison::bestMatch(decoded, shown);
-    if (match.likeness < SceneComparison::kSameScene) {
+    if (match.likeness < kOtherScene) {
         return false;
     }
     const QRectF& area = match.overlay.first;
-    const int row = static_cast<int>((place - area.top()) / area.height() * kGrid.height());
-    if (row < kOff || row + kOff >= kGrid.height()) {
-        return false;
-    }
+    const double inArea = std::clamp((place - area.top()) / area.height(), 0.0, 1.0);
+    const int row =
+        std::clamp(static_cast<int>(inArea * kGrid.height()), kNear, kGrid.height() - kNear - 1);
     const auto [picture, expected] =
         SceneComparison::laidOver(decoded, shown, match.overlay, kGrid);
     float squares = 0.0F;
     float products = 0.0F;
-    for (int x = 0; x < kGrid.width(); ++x) {
-        const float step = picture.at(x, row + kOff) - picture.at(x, row - kOff);
-        squares += step * step;
-        products += step * (expected.at(x, row + kOff) - expected.at(x, row - kOff));
+    for (int y = row - kNear; y < row + kNear; ++y) {
+        for (int x = 0; x < kGrid.width(); ++x) {
+            const float change = picture.at(x, y + 1) - picture.at(x, y);
+            squares += change * change;
+            products += change * (expected.at(x, y + 1) - expected.at(x, y));
+        }
     }
-    const bool isVisible = squares >= kVisible * kVisible * static_cast<float>(kGrid.width());
-    return isVisible && products >= kSameStep * squares;
+    constexpr auto kChanges = static_cast<float>(2 * kNear * kGrid.width());
+    return squares >= kVisible * kVisible * kChanges && products >= kSameChange * squares;
 }
 
 std::optional<QString> PictureDamage::complaint(const SmallPicture& decoded,

@@ -134,18 +134,26 @@ std::optional<QString> SourcePicture::judgeRaw(const RawPhoto& photo, const Sour
         return QStringLiteral("a part of it decodes to nothing, its picture data is corrupt");
     }
     std::optional<QString> complaint;
-    std::optional<double> brokenAt = photo.faults().brokenAt;
     m_preview = file.preview([&](const QImage& preview, const SmallPicture& shown) {
         complaint = PictureDamage::complaint(small, shown, preview);
-        if (brokenAt && PictureDamage::isEdgeOfScene(*brokenAt, small, shown)) {
-            brokenAt.reset();
-        }
         return complaint || SceneComparison::likeness(small, shown) >= SceneComparison::kSameScene;
     });
-    if (brokenAt && !complaint) {
-        return QStringLiteral("it breaks off within, its picture data is corrupt");
+    const std::optional<double> brokenAt = photo.faults().brokenAt;
+    return brokenAt && !complaint ? breakComplaint(*brokenAt, small, file) : complaint;
+}
+
+/// An edge of the scene is no damage: also one in a preview that is too plain to tell anything
+/// else.
+std::optional<QString>
+SourcePicture::breakComplaint(double place, const SmallPicture& small, const SourceFile& file) const
+{
+    constexpr int kLongestSideCompared = 1024;
+    const std::optional<Preview> shown =
+        m_preview ? m_preview : RawPhoto::preview(file.bytes, kLongestSideCompared);
+    if (shown && PictureDamage::isEdgeOfScene(place, small, SmallPicture::of(shown->image))) {
+        return std::nullopt;
     }
-    return complaint;
+    return QStringLiteral("it breaks off within, its picture data is corrupt");
 }
 
 QSize SourcePicture::size() const

@@ -3,6 +3,7 @@
 #include "Bitmap.h"
 #include "RawPhoto.h"
 #include "Result.h"
+#include "SmallPicture.h"
 
 #include <QImage>
 #include <QList>
@@ -52,6 +53,8 @@ private:
     /// wrong with the picture.
     [[nodiscard]] std::optional<QString> judge(const SourceFile& file);
     [[nodiscard]] std::optional<QString> judgeRaw(const RawPhoto& photo, const SourceFile& file);
+    [[nodiscard]] std::optional<QString>
+    breakComplaint(double place, const SmallPicture& small, const SourceFile& file) const;
 
     Content m_content;
     std::optional<Preview> m_preview;

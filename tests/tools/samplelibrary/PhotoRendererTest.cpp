@@ -115,7 +115,9 @@ TEST(PhotoRendererTest, lightBeyondWhiteIsWhiteInDecodeAndPreview)
     const auto preview = JpegDecoder::decode(photo.value().preview);
     ASSERT_TRUE(preview.ok());
     const auto shown = meanAround(preview.value(), 8, 8, 4);
-    const auto decoded = meanAround(decodeDng(photo.value().dng), 8, 8, 4);
+    const Bitmap picture = decodeDng(photo.value().dng);
+    ASSERT_FALSE(picture.isNull());
+    const auto decoded = meanAround(picture, 8, 8, 4);
     for (size_t channel = 0; channel < 3; ++channel) {
         EXPECT_GT(decoded[channel], 0.97) << "channel " << channel;
         EXPECT_GT(shown[channel], 0.97) << "channel " << channel;
