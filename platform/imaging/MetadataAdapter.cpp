@@ -162,15 +162,23 @@ void take(Exiv2::Image& image, ImageProperties::Content& content)
     }));
 }
 
-/// False where Exiv2 does not know the type, or takes the file for metadata without a picture, as
-/// it does any XML.
+auto openedInMemory(const QByteArray& bytes)
+{
+    return Exiv2::ImageFactory::open(reinterpret_cast<const Exiv2::byte*>(bytes.constData()),
+                                     static_cast<long>(bytes.size()));
+}
+
+/// `bytes` are what `open` gives to Exiv2. False where Exiv2 does not know the type, or takes the
+/// file for metadata without a picture, as it does any XML.
 template <typename Open>
-bool readWithExiv2(const Open& open, ImageProperties::Content& content)
+bool readWithExiv2(QByteArrayView bytes, const Open& open, ImageProperties::Content& content)
 {
     bool isPicture = false;
     leftOut() = {};
     static_cast<void>(guarded([&] {
-        auto image = open();
+        const QByteArray cleared = XmpEffort::withoutUnbearable(bytes);
+        content.isReadInPart = content.isReadInPart || !cleared.isEmpty();
+        auto image = cleared.isEmpty() ? open() : openedInMemory(cleared);
         isPicture = image->imageType() != Exiv2::ImageType::xmp;
         if (!isPicture) {
             return;
@@ -243,8 +251,10 @@ Result<void> readFile(const QString& path, ImageProperties::Content& content)
     const QByteArray name = QFile::encodeName(info.absoluteFilePath());
     bool known = false;
     static_cast<void>(attempt([&] {
-        known =
-            readWithExiv2([&] { return Exiv2::ImageFactory::open(name.toStdString()); }, content);
+        const uchar* const mapped = file.map(0, file.size());
+        const QByteArrayView view(mapped, mapped != nullptr ? file.size() : 0);
+        known = readWithExiv2(
+            view, [&] { return Exiv2::ImageFactory::open(name.toStdString()); }, content);
         known = RawMetadata::completeFromFile(name, content) || known;
         const FileType type = FileTypes::detect(file.peek(kMarkBytes), path);
         if (needsBytes(type, content)) {
@@ -262,12 +272,7 @@ Result<void> readBytes(const QByteArray& bytes, ImageProperties::Content& conten
     bool known = false;
     static_cast<void>(attempt([&] {
         known = readWithExiv2(
-            [&] {
-                return Exiv2::ImageFactory::open(
-                    reinterpret_cast<const Exiv2::byte*>(bytes.constData()),
-                    static_cast<long>(bytes.size()));
-            },
-            content);
+            bytes, [&] { return openedInMemory(bytes); }, content);
         known = RawMetadata::completeFromBytes(bytes, content) || known;
         const FileType type = FileTypes::detect(bytes.left(kMarkBytes), {});
         if (needsBytes(type, content)) {

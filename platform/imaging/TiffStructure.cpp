@@ -20,6 +20,7 @@ constexpr quint16 kTileByteCounts = 0x0145;
 constexpr quint16 kSubDirectories = 0x014A;
 constexpr quint16 kJpegOffset = 0x0201;
 constexpr quint16 kJpegLength = 0x0202;
+constexpr quint16 kXmp = 0x02BC;
 constexpr quint16 kExifDirectory = 0x8769;
 constexpr quint16 kDngVersion = 0xC612;
 
@@ -37,6 +38,13 @@ constexpr std::array kStructural{
 
 /// Bytes of one value by TIFF type number.
 constexpr std::array<quint64, 14> kTypeBytes{0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4};
+
+/// XMP is bytes to its readers, whatever type is stated; those of BigTIFF have 8 a value.
+constexpr quint64 bytesOfXmpValue(quint16 type)
+{
+    const bool isBig = type >= 16 && type <= 18;
+    return isBig ? 8 : std::max<quint64>(1, type < kTypeBytes.size() ? kTypeBytes.at(type) : 1);
+}
 
 } // namespace
 
@@ -77,6 +85,7 @@ private:
 
     void readDirectory(quint64 offset, TiffStructure& into);
     void readEntry(quint64 offset, TiffDirectory& directory, TiffStructure& into);
+    void readXmp(quint64 entry, quint64 length, TiffDirectory& directory) const;
     void readValues(
         quint16 type, quint64 offset, quint64 count, quint16 tag, TiffDirectory& directory) const;
 
@@ -131,6 +140,10 @@ void TiffStructure::Reader::readEntry(quint64 offset, TiffDirectory& directory, 
     const auto tag = at<quint16>(offset);
     const auto type = at<quint16>(offset + 2);
     const quint64 count = at<quint32>(offset + 4);
+    if (tag == kXmp) {
+        readXmp(offset, bytesOfXmpValue(type) * count, directory);
+        return;
+    }
     if (type == 0 || type >= kTypeBytes.size() || count == 0) {
         return;
     }
@@ -145,6 +158,14 @@ void TiffStructure::Reader::readEntry(quint64 offset, TiffDirectory& directory, 
     if (count <= kMaximumValues && count <= m_valuesLeft) {
         m_valuesLeft -= count;
         readValues(type, values, count, tag, directory);
+    }
+}
+
+void TiffStructure::Reader::readXmp(quint64 entry, quint64 length, TiffDirectory& directory) const
+{
+    const quint64 packet = length <= 4 ? entry + 8 : at<quint32>(entry + 8);
+    if (length > 0 && holds(packet, length)) {
+        directory.xmp.append({{packet, length}, entry});
     }
 }
 

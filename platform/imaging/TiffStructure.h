@@ -13,10 +13,17 @@ struct ByteRange {
     quint64 length{0};
 };
 
+/// A packet of XMP, and the directory entry of 12 bytes that points to it.
+struct TiffXmp {
+    ByteRange packet;
+    quint64 entry{0}; ///< where it begins
+};
+
 /// One image file directory (TIFF 6.0, section 2): the numbers of its tags.
 struct TiffDirectory {
     QHash<quint16, QList<quint64>> numbers; ///< integer tags of at most 65536 values
     QHash<quint16, QList<double>> rationals;
+    QList<TiffXmp> xmp; ///< those that lie in the file
 
     [[nodiscard]] quint64 number(quint16 tag, quint64 otherwise = 0) const;
     /// Integer or rational values alike.

@@ -1,5 +1,7 @@
 #include "XmpEffort.h"
 
+#include "TiffStructure.h"
+
 #include <algorithm>
 #include <string_view>
 #include <vector>
@@ -132,4 +134,27 @@ bool XmpEffort::isBearable(QByteArrayView packet)
     return packet.size() <= kSmallPacket ||
            (packet.size() <= kLargestPacket && !isOfWideCharacters(text) &&
             XmpPartCount(text).isBounded());
+}
+
+QByteArray XmpEffort::withoutUnbearable(QByteArrayView file)
+{
+    constexpr qsizetype kCountOfEntry = 4;
+    const auto tiff = TiffStructure::parse(file);
+    if (!tiff || tiff->directories().isEmpty()) {
+        return {};
+    }
+    // Exiv2 reads each packet of the first directory, and none of the others.
+    const QList<TiffXmp> all = tiff->directories().first().xmp;
+    const auto isBearableIn = [file](const ByteRange& packet) {
+        return isBearable(file.sliced(static_cast<qsizetype>(packet.offset),
+                                      static_cast<qsizetype>(packet.length)));
+    };
+    if (all.isEmpty() || (all.size() == 1 && isBearableIn(all.first().packet))) {
+        return {};
+    }
+    QByteArray cleared = file.toByteArray();
+    for (const TiffXmp& xmp : all) {
+        std::fill_n(cleared.data() + xmp.entry + kCountOfEntry, sizeof(quint32), '\0');
+    }
+    return cleared;
 }

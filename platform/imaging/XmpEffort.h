@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QByteArrayView>
 
 /// What it costs to read XMP: the toolkit takes for a packet as long as it has text, elements and
@@ -17,5 +18,10 @@ inline constexpr qsizetype kLargestPacket = qsizetype{16} * 1024 * 1024;
 /// a document type, which may be made of itself many times over, is bearable, and no large one of
 /// other than single bytes.
 [[nodiscard]] bool isBearable(QByteArrayView packet);
+
+/// A copy of the file whose XMP is nothing, where it is not bearable, or is more than the one
+/// packet that a directory may have; empty where it may be read. Looks into TIFF files, and the RAW
+/// files built like them.
+[[nodiscard]] QByteArray withoutUnbearable(QByteArrayView file);
 
 } // namespace XmpEffort

@@ -1,8 +1,10 @@
 #include "Exiv2Messages.h"
+#include "ImageBuilder.h"
 #include "ImageProperties.h"
 #include "MetadataSamples.h"
 
 #include <QByteArray>
+#include <QTemporaryDir>
 #include <QtEndian>
 
 #include <gtest/gtest.h>
@@ -75,6 +77,19 @@ QByteArray packetOf(const QByteArray& properties)
         <rdf:RDF xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#">
         <rdf:Description rdf:about="" xmlns:photoshop="http://ns.adobe.com/photoshop/1.0/">)" +
            properties + "</rdf:Description></rdf:RDF></x:xmpmeta>";
+}
+
+/// A structure of so many fields.
+QByteArray packetOfFields(int count)
+{
+    QByteArray fields;
+    for (int index = 0; index < count; ++index) {
+        const QByteArray name = "photoshop:F" + QByteArray::number(index);
+        fields += "<" + name + ">w</" + name + ">";
+    }
+    return packetOf("<photoshop:City>Adelaide</photoshop:City>"
+                    "<photoshop:History rdf:parseType=\"Resource\">" +
+                    fields + "</photoshop:History>");
 }
 
 QByteArray packetThatStatesTheCityTwice()
@@ -186,4 +201,40 @@ TEST(DamagedMetadata, aHeifFileWhoseXmpIsNoneIsNotWhole)
 {
     EXPECT_TRUE(ofHeifWithXmp(packetOf("<photoshop:City>Perth</photoshop:City>")).isWhole());
     EXPECT_FALSE(ofHeifWithXmp(packetOf("<photoshop:City>Perth")).isWhole());
+}
+
+TEST(DamagedMetadata, xmpThatWouldTakeMinutesToReadIsLeftOut)
+{
+    constexpr int kFew = 2500;
+    constexpr int kMany = 20'000;
+    const ImageProperties small = ofTiffWithXmp(packetOfFields(kFew));
+    EXPECT_EQ(xmpText(small, "Xmp.photoshop.City"), "Adelaide");
+    EXPECT_TRUE(small.isWhole());
+    const ImageProperties large = ofTiffWithXmp(packetOfFields(kMany));
+    EXPECT_TRUE(xmpTexts(large).empty());
+    EXPECT_FALSE(large.isWhole());
+}
+
+TEST(DamagedMetadata, xmpThatWouldTakeMinutesIsLeftOutOfFilesAsWell)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("picture.tif"));
+    const QByteArray packet = packetOfFields(20'000);
+    ImageBuilder::write(
+        path, tiffOf(entry(0x02bc, kByte, static_cast<quint32>(packet.size()), kRest), packet));
+    const auto properties = ImageProperties::read(path);
+    ASSERT_TRUE(properties.ok());
+    EXPECT_TRUE(xmpTexts(properties.value()).empty());
+    EXPECT_FALSE(properties.value().isWhole());
+}
+
+TEST(DamagedMetadata, ofTwoPacketsInADirectoryNoneIsRead)
+{
+    const QByteArray packet = packetOf("<photoshop:City>Adelaide</photoshop:City>");
+    const QByteArray pointer =
+        entry(0x02bc, kByte, static_cast<quint32>(packet.size()), kRest + 12);
+    const ImageProperties read = readBack(QByteArrayLiteral("II\x2a\0\x08\0\0\0\x02\0") + pointer +
+                                          pointer + QByteArray(4, '\0') + packet);
+    EXPECT_TRUE(xmpTexts(read).empty());
+    EXPECT_FALSE(read.isWhole());
 }
