@@ -17,21 +17,20 @@ QByteArray exifTime(const QDateTime& time)
     return time.toString(u"yyyy:MM:dd HH:mm:ss"_s).toLatin1();
 }
 
-TiffDirectory::Rational rational(double value, quint32 denominator)
+TiffTags::Rational rational(double value, quint32 denominator)
 {
     return {static_cast<quint32>(std::lround(value * denominator)), denominator};
 }
 
 /// Exposure times are written as people read them: 1/400, not 25/10000.
-TiffDirectory::Rational exposureTime(double seconds)
+TiffTags::Rational exposureTime(double seconds)
 {
-    return seconds < 0.5
-               ? TiffDirectory::Rational{1, static_cast<quint32>(std::lround(1.0 / seconds))}
-               : rational(seconds, 10);
+    return seconds < 0.5 ? TiffTags::Rational{1, static_cast<quint32>(std::lround(1.0 / seconds))}
+                         : rational(seconds, 10);
 }
 
 /// Degrees, minutes and hundred-thousandths of a second.
-QList<TiffDirectory::Rational> degreesMinutesSeconds(double degrees)
+QList<TiffTags::Rational> degreesMinutesSeconds(double degrees)
 {
     constexpr quint32 kUnits = 100000;
     const qint64 all = std::llround(std::abs(degrees) * 3600.0 * kUnits);
@@ -43,7 +42,7 @@ QList<TiffDirectory::Rational> degreesMinutesSeconds(double degrees)
 
 } // namespace
 
-void CameraTags::addMain(TiffDirectory& directory, const ShotFacts& facts)
+void CameraTags::addMain(TiffTags& directory, const ShotFacts& facts)
 {
     if (!facts.description.isEmpty()) {
         directory.setAscii(0x010E, facts.description.toUtf8());
@@ -59,9 +58,9 @@ void CameraTags::addMain(TiffDirectory& directory, const ShotFacts& facts)
     directory.setShorts(0x0213, {1}); // chroma samples are centred
 }
 
-TiffDirectory CameraTags::exif(const ShotFacts& facts, QSize picture)
+TiffTags CameraTags::exif(const ShotFacts& facts, QSize picture)
 {
-    TiffDirectory tags;
+    TiffTags tags;
     const auto hundredths = facts.taken.time().msec() / 10;
     tags.setRationals(0x829A, {exposureTime(facts.exposureSeconds)});
     tags.setRationals(0x829D, {rational(facts.aperture, 10)});
@@ -96,9 +95,9 @@ TiffDirectory CameraTags::exif(const ShotFacts& facts, QSize picture)
     return tags;
 }
 
-TiffDirectory CameraTags::gps(const Place& place, const QDateTime& taken)
+TiffTags CameraTags::gps(const Place& place, const QDateTime& taken)
 {
-    TiffDirectory tags;
+    TiffTags tags;
     tags.setBytes(0, QByteArray("\2\3\0\0", 4));
     tags.setAscii(1, place.latitude < 0.0 ? "S" : "N");
     tags.setRationals(2, degreesMinutesSeconds(place.latitude));
@@ -113,7 +112,7 @@ TiffDirectory CameraTags::gps(const Place& place, const QDateTime& taken)
 
 QByteArray CameraTags::exifSegment(const ShotFacts& facts, QSize picture)
 {
-    TiffDirectory main;
+    TiffTags main;
     addMain(main, facts);
     main.addDirectory(kExifPointer, exif(facts, picture));
     if (facts.position) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Shot.h"
-#include "TiffDirectory.h"
+#include "TiffTags.h"
 
 #include <QByteArray>
 #include <QSize>
@@ -11,11 +11,11 @@ namespace CameraTags
 {
 
 /// Sets maker, model, orientation, resolution, time and description in the first directory.
-void addMain(TiffDirectory& directory, const ShotFacts& facts);
+void addMain(TiffTags& directory, const ShotFacts& facts);
 /// The Exif directory; `picture` is the size that it states.
-[[nodiscard]] TiffDirectory exif(const ShotFacts& facts, QSize picture);
+[[nodiscard]] TiffTags exif(const ShotFacts& facts, QSize picture);
 /// The GPS directory, to a hundredth of a second of arc, a thousandth of that in the file.
-[[nodiscard]] TiffDirectory gps(const Place& place, const QDateTime& taken);
+[[nodiscard]] TiffTags gps(const Place& place, const QDateTime& taken);
 
 /// The bodies of APP1 segments of a JPEG file. The XMP one is empty where there are neither
 /// keywords nor a description.

@@ -90,7 +90,7 @@ QList<QByteArray> DngWriter::packTiles() const
 }
 
 /// `offset`: where the first tile will lie. Tags: DNG 1.4, chapter 4.
-TiffDirectory DngWriter::rawDirectory(const QList<QByteArray>& tiles, quint32 offset) const
+TiffTags DngWriter::rawDirectory(const QList<QByteArray>& tiles, quint32 offset) const
 {
     QList<quint32> offsets;
     QList<quint32> lengths;
@@ -101,7 +101,7 @@ TiffDirectory DngWriter::rawDirectory(const QList<QByteArray>& tiles, quint32 of
     }
     const quint32 width = number(m_sensor.width());
     const quint32 height = number(m_sensor.height());
-    TiffDirectory tags;
+    TiffTags tags;
     tags.setLongs(0x00FE, {0}); // the main picture
     tags.setLongs(0x0100, {width});
     tags.setLongs(0x0101, {height});
@@ -133,10 +133,10 @@ TiffDirectory DngWriter::rawDirectory(const QList<QByteArray>& tiles, quint32 of
 }
 
 /// `offset`: where the preview will lie. Tags: TIFF 6.0, sections 8 and 21, and DNG 1.4, chapter 4.
-TiffDirectory
+TiffTags
 DngWriter::mainDirectory(const QByteArray& preview, QSize previewSize, quint32 offset) const
 {
-    TiffDirectory tags;
+    TiffTags tags;
     CameraTags::addMain(tags, m_facts);
     tags.setLongs(0x00FE, {1}); // a reduced picture: the preview
     tags.setLongs(0x0100, {number(previewSize.width())});
@@ -155,13 +155,13 @@ DngWriter::mainDirectory(const QByteArray& preview, QSize previewSize, quint32 o
     tags.setBytes(0xC612, QByteArray("\1\4\0\0", 4));
     tags.setBytes(0xC613, QByteArray("\1\1\0\0", 4));
     tags.setAscii(0xC614, CameraTags::kModel);
-    QList<TiffDirectory::SignedRational> matrix;
+    QList<TiffTags::SignedRational> matrix;
     for (const int element : Sensor::kColourMatrix) {
         matrix.append({element, 10000});
     }
     tags.setSignedRationals(0xC621, matrix);
     tags.setRationals(0xC627, {{1, 1}, {1, 1}, {1, 1}});
-    QList<TiffDirectory::Rational> neutral;
+    QList<TiffTags::Rational> neutral;
     for (const int part : Sensor::kNeutral) {
         neutral.append({number(part), 100});
     }
@@ -182,7 +182,7 @@ QByteArray DngWriter::file(const QByteArray& preview, QSize previewSize, const E
     fillBorders(exposure);
     const QList<QByteArray> tiles = packTiles();
     const auto directories = [&](quint32 previewOffset) {
-        TiffDirectory main = mainDirectory(preview, previewSize, previewOffset);
+        TiffTags main = mainDirectory(preview, previewSize, previewOffset);
         const quint32 tilesOffset = previewOffset + number(preview.size() + preview.size() % 2);
         main.addDirectory(0x014A, rawDirectory(tiles, tilesOffset));
         main.addDirectory(CameraTags::kExifPointer, CameraTags::exif(m_facts, m_picture));
@@ -194,7 +194,7 @@ QByteArray DngWriter::file(const QByteArray& preview, QSize previewSize, const E
     };
     // How long the directories are does not depend on the offsets in them.
     const qint64 length = directories(0).length();
-    QByteArray bytes = directories(number(TiffDirectory::kHeaderLength + length)).file();
+    QByteArray bytes = directories(number(TiffTags::kHeaderLength + length)).file();
     bytes += preview;
     for (const QByteArray& tile : tiles) {
         bytes.append(bytes.size() % 2, '\0');

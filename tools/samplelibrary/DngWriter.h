@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Shot.h"
-#include "TiffDirectory.h"
+#include "TiffTags.h"
 
 #include <QByteArray>
 #include <QSize>
@@ -44,8 +44,8 @@ private:
     void fillBorders(const Exposure& exposure);
     void copyTile(int left, int top, std::vector<quint16>& tile) const;
     [[nodiscard]] QList<QByteArray> packTiles() const;
-    [[nodiscard]] TiffDirectory rawDirectory(const QList<QByteArray>& tiles, quint32 offset) const;
-    [[nodiscard]] TiffDirectory
+    [[nodiscard]] TiffTags rawDirectory(const QList<QByteArray>& tiles, quint32 offset) const;
+    [[nodiscard]] TiffTags
     mainDirectory(const QByteArray& preview, QSize previewSize, quint32 offset) const;
 
     QSize m_picture;

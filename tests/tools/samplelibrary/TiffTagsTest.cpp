@@ -1,12 +1,12 @@
-#include "TiffDirectory.h"
+#include "TiffTags.h"
 
 #include "TiffReader.h"
 
 #include <gtest/gtest.h>
 
-TEST(TiffDirectoryTest, tagsStandInAscendingOrder)
+TEST(TiffTagsTest, tagsStandInAscendingOrder)
 {
-    TiffDirectory directory;
+    TiffTags directory;
     directory.setShorts(300, {3});
     directory.setShorts(100, {1});
     directory.setShorts(200, {2});
@@ -18,9 +18,9 @@ TEST(TiffDirectoryTest, tagsStandInAscendingOrder)
     EXPECT_EQ(tags, QList<int>({100, 200, 300}));
 }
 
-TEST(TiffDirectoryTest, upToFourBytesStandInTheEntryItself)
+TEST(TiffTagsTest, upToFourBytesStandInTheEntryItself)
 {
-    TiffDirectory directory;
+    TiffTags directory;
     directory.setBytes(1, QByteArray("\1\2\3\4", 4));
     directory.setShorts(2, {7, 8});
     directory.setBytes(3, QByteArray("\1\2\3\4\5", 5));
@@ -33,9 +33,9 @@ TEST(TiffDirectoryTest, upToFourBytesStandInTheEntryItself)
     EXPECT_EQ(reader.bytes(entries.at(3).position, 5), QByteArray("\1\2\3\4\5", 5));
 }
 
-TEST(TiffDirectoryTest, valuesStartAtEvenOffsets)
+TEST(TiffTagsTest, valuesStartAtEvenOffsets)
 {
-    TiffDirectory directory;
+    TiffTags directory;
     directory.setBytes(1, QByteArray(5, 'a'));
     directory.setBytes(2, QByteArray(7, 'b'));
     directory.setRationals(3, {{1, 3}});
@@ -45,9 +45,9 @@ TEST(TiffDirectoryTest, valuesStartAtEvenOffsets)
     }
 }
 
-TEST(TiffDirectoryTest, textsEndInNulAndCountIt)
+TEST(TiffTagsTest, textsEndInNulAndCountIt)
 {
-    TiffDirectory directory;
+    TiffTags directory;
     directory.setAscii(1, "Corvane");
     const TiffReader reader(directory.file());
     const auto entry = reader.first().at(1);
@@ -55,9 +55,9 @@ TEST(TiffDirectoryTest, textsEndInNulAndCountIt)
     EXPECT_EQ(reader.bytes(entry.position, 8), QByteArray("Corvane\0", 8));
 }
 
-TEST(TiffDirectoryTest, fractionsKeepSignAndParts)
+TEST(TiffTagsTest, fractionsKeepSignAndParts)
 {
-    TiffDirectory directory;
+    TiffTags directory;
     directory.setRationals(1, {{1, 400}, {300, 1}});
     directory.setSignedRationals(2, {{-1778, 10000}});
     const TiffReader reader(directory.file());
@@ -67,9 +67,9 @@ TEST(TiffDirectoryTest, fractionsKeepSignAndParts)
     EXPECT_EQ(static_cast<qint32>(reader.value(entries.at(2))), -1778);
 }
 
-TEST(TiffDirectoryTest, settingATagAgainReplacesIt)
+TEST(TiffTagsTest, settingATagAgainReplacesIt)
 {
-    TiffDirectory directory;
+    TiffTags directory;
     directory.setLongs(1, {5});
     directory.setLongs(1, {6});
     const TiffReader reader(directory.file());
@@ -77,16 +77,16 @@ TEST(TiffDirectoryTest, settingATagAgainReplacesIt)
     EXPECT_EQ(reader.value(reader.first().at(1)), 6U);
 }
 
-TEST(TiffDirectoryTest, directoriesHangWhereTheirTagsPoint)
+TEST(TiffTagsTest, directoriesHangWhereTheirTagsPoint)
 {
-    TiffDirectory deepest;
+    TiffTags deepest;
     deepest.setAscii(9, "deepest of all");
-    TiffDirectory below;
+    TiffTags below;
     below.setAscii(5, "below");
     below.addDirectory(6, deepest);
-    TiffDirectory other;
+    TiffTags other;
     other.setLongs(7, {77, 78});
-    TiffDirectory top;
+    TiffTags top;
     top.setAscii(1, "a text before");
     top.addDirectory(2, below);
     top.addDirectory(3, other);
@@ -100,11 +100,11 @@ TEST(TiffDirectoryTest, directoriesHangWhereTheirTagsPoint)
     EXPECT_EQ(reader.value(reader.directory(reader.value(first.at(3))).at(7), 1), 78U);
 }
 
-TEST(TiffDirectoryTest, lengthSaysHowManyBytesThereWillBe)
+TEST(TiffTagsTest, lengthSaysHowManyBytesThereWillBe)
 {
-    TiffDirectory below;
+    TiffTags below;
     below.setBytes(1, QByteArray(9, 'x'));
-    TiffDirectory top;
+    TiffTags top;
     top.setAscii(1, "odd length");
     top.addDirectory(2, below);
     EXPECT_EQ(top.length(), top.serialised(8).size());
@@ -112,9 +112,9 @@ TEST(TiffDirectoryTest, lengthSaysHowManyBytesThereWillBe)
     EXPECT_EQ(top.length() % 2, 0);
 }
 
-TEST(TiffDirectoryTest, aFileStartsWithTheHeaderOfLittleEndianTiff)
+TEST(TiffTagsTest, aFileStartsWithTheHeaderOfLittleEndianTiff)
 {
-    TiffDirectory directory;
+    TiffTags directory;
     directory.setShorts(1, {1});
     const TiffReader reader(directory.file());
     EXPECT_TRUE(reader.hasHeader());

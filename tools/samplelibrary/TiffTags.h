@@ -8,7 +8,7 @@
 
 /// One image file directory of a little-endian TIFF file (TIFF 6.0, section 2) with the values and
 /// directories that hang from it. Setting a tag again replaces it. Any one thread at a time.
-class TiffDirectory final
+class TiffTags final
 {
 public:
     struct Rational {
@@ -30,7 +30,7 @@ public:
     void setRationals(quint16 tag, const QList<Rational>& values);
     void setSignedRationals(quint16 tag, const QList<SignedRational>& values);
     /// `tag` will point to that directory.
-    void addDirectory(quint16 tag, TiffDirectory directory);
+    void addDirectory(quint16 tag, TiffTags directory);
 
     /// Bytes of serialised(); depends on the tags and the number of their values only, so that
     /// offsets can be set after it is known. Even.
@@ -53,5 +53,5 @@ private:
 
     std::map<quint16, Entry> m_entries;
     std::vector<quint16> m_directoryTags;
-    std::vector<TiffDirectory> m_directories;
+    std::vector<TiffTags> m_directories;
 };

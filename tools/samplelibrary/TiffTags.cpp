@@ -1,4 +1,4 @@
-#include "TiffDirectory.h"
+#include "TiffTags.h"
 
 #include <QtEndian>
 
@@ -40,27 +40,27 @@ constexpr qint64 tableLength(size_t entries)
 
 } // namespace
 
-void TiffDirectory::set(quint16 tag, quint16 type, qsizetype count, const QByteArray& data)
+void TiffTags::set(quint16 tag, quint16 type, qsizetype count, const QByteArray& data)
 {
     m_entries.insert_or_assign(tag, Entry{type, static_cast<quint32>(count), data});
 }
 
-void TiffDirectory::setAscii(quint16 tag, const QByteArray& text)
+void TiffTags::setAscii(quint16 tag, const QByteArray& text)
 {
     set(tag, kAscii, text.size() + 1, text + '\0');
 }
 
-void TiffDirectory::setBytes(quint16 tag, const QByteArray& bytes)
+void TiffTags::setBytes(quint16 tag, const QByteArray& bytes)
 {
     set(tag, kByte, bytes.size(), bytes);
 }
 
-void TiffDirectory::setUndefined(quint16 tag, const QByteArray& bytes)
+void TiffTags::setUndefined(quint16 tag, const QByteArray& bytes)
 {
     set(tag, kUndefined, bytes.size(), bytes);
 }
 
-void TiffDirectory::setShorts(quint16 tag, const QList<quint16>& values)
+void TiffTags::setShorts(quint16 tag, const QList<quint16>& values)
 {
     QByteArray data;
     for (const quint16 value : values) {
@@ -69,7 +69,7 @@ void TiffDirectory::setShorts(quint16 tag, const QList<quint16>& values)
     set(tag, kShort, values.size(), data);
 }
 
-void TiffDirectory::setLongs(quint16 tag, const QList<quint32>& values)
+void TiffTags::setLongs(quint16 tag, const QList<quint32>& values)
 {
     QByteArray data;
     for (const quint32 value : values) {
@@ -78,7 +78,7 @@ void TiffDirectory::setLongs(quint16 tag, const QList<quint32>& values)
     set(tag, kLong, values.size(), data);
 }
 
-void TiffDirectory::setRationals(quint16 tag, const QList<Rational>& values)
+void TiffTags::setRationals(quint16 tag, const QList<Rational>& values)
 {
     QByteArray data;
     for (const Rational& value : values) {
@@ -88,7 +88,7 @@ void TiffDirectory::setRationals(quint16 tag, const QList<Rational>& values)
     set(tag, kRational, values.size(), data);
 }
 
-void TiffDirectory::setSignedRationals(quint16 tag, const QList<SignedRational>& values)
+void TiffTags::setSignedRationals(quint16 tag, const QList<SignedRational>& values)
 {
     QByteArray data;
     for (const SignedRational& value : values) {
@@ -98,31 +98,31 @@ void TiffDirectory::setSignedRationals(quint16 tag, const QList<SignedRational>&
     set(tag, kSignedRational, values.size(), data);
 }
 
-void TiffDirectory::addDirectory(quint16 tag, TiffDirectory directory)
+void TiffTags::addDirectory(quint16 tag, TiffTags directory)
 {
     setLongs(tag, {0});
     m_directoryTags.push_back(tag);
     m_directories.push_back(std::move(directory));
 }
 
-qint64 TiffDirectory::length() const
+qint64 TiffTags::length() const
 {
     qint64 total = tableLength(m_entries.size());
     for (const auto& [tag, entry] : m_entries) {
         total += entry.data.size() > kInlineLength ? even(entry.data.size()) : 0;
     }
-    for (const TiffDirectory& directory : m_directories) {
+    for (const TiffTags& directory : m_directories) {
         total += directory.length();
     }
     return total;
 }
 
-QByteArray TiffDirectory::serialised(quint32 offset) const
+QByteArray TiffTags::serialised(quint32 offset) const
 {
     std::map<quint16, Entry> entries = m_entries;
     QByteArray below;
     qint64 belowStart = offset + length();
-    for (const TiffDirectory& directory : m_directories) {
+    for (const TiffTags& directory : m_directories) {
         belowStart -= directory.length();
     }
     for (size_t i = 0; i < m_directories.size(); ++i) {
@@ -153,7 +153,7 @@ QByteArray TiffDirectory::serialised(quint32 offset) const
     return table + values + below;
 }
 
-QByteArray TiffDirectory::file() const
+QByteArray TiffTags::file() const
 {
     QByteArray header("II*\0", 4);
     append(header, kHeaderLength);
