@@ -10,8 +10,8 @@ using namespace Qt::StringLiterals;
 namespace
 {
 
-/// The types that a header defines outside of any namespace: what stands in one is indented by
-/// nothing here, so the braces of namespaces are counted.
+/// The types that a header defines outside of any namespace. Within one nothing is indented; its
+/// first and its last line tell.
 QStringList globalTypes(const QString& header)
 {
     static const QRegularExpression kType(
