@@ -26,8 +26,8 @@ QList<QByteArrayView> tilesOf(const TiffDirectory& raw, QByteArrayView file)
     std::ranges::sort(offsets);
     offsets.erase(std::unique(offsets.begin(), offsets.end()), offsets.end());
     const auto placeOf = [&](qsizetype tile) {
-        return tile < offsets.size() ? std::min(static_cast<qsizetype>(offsets[tile]), file.size())
-                                     : file.size();
+        const auto end = static_cast<quint64>(file.size());
+        return static_cast<qsizetype>(tile < offsets.size() ? std::min(offsets[tile], end) : end);
     };
     QList<QByteArrayView> tiles;
     for (qsizetype tile = 0; tile < offsets.size(); ++tile) {
