@@ -15,6 +15,9 @@ struct ProgressState {
 namespace ProgressLine
 {
 
+/// Between two drawings: more often than the eye follows costs time for nothing.
+inline constexpr int kShortestPauseMilliseconds = 100;
+
 /// Activity, bar, count, time remaining and name in at most `columns` - 1 columns, so that the
 /// terminal does not wrap; what does not fit is left out, the name first cut.
 [[nodiscard]] QString render(const ProgressState& state, int columns);

@@ -6,19 +6,12 @@
 #include "ProgressLine.h"
 #include "Texts.h"
 
-namespace
-{
-
-constexpr int kShortestPauseMilliseconds = 100;
-
-} // namespace
-
 ScanProgress::ScanProgress(CorvaneAppDelegate& controller, Console& console)
     : m_controller(controller)
     , m_console(console)
 {
     m_timer.setSingleShot(true);
-    m_timer.setInterval(kShortestPauseMilliseconds);
+    m_timer.setInterval(ProgressLine::kShortestPauseMilliseconds);
     connect(&m_timer, &QTimer::timeout, this, &ScanProgress::draw);
     if (console.isTerminal()) {
         follow(controller);

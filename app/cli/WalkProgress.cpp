@@ -4,13 +4,6 @@
 #include "Console.h"
 #include "ProgressLine.h"
 
-namespace
-{
-
-constexpr qint64 kShortestPauseMilliseconds = 100;
-
-} // namespace
-
 WalkProgress::WalkProgress(Console& console, qint64 total, Show show)
     : m_console(console)
     , m_total(total)
@@ -33,7 +26,8 @@ void WalkProgress::advance(const QString& activity, const QString& name)
         m_console.say(CommandLineTexts::photoFinished(m_position, m_total, name));
         return;
     }
-    if (m_sinceDrawn.isValid() && m_sinceDrawn.elapsed() < kShortestPauseMilliseconds) {
+    if (m_sinceDrawn.isValid() &&
+        m_sinceDrawn.elapsed() < ProgressLine::kShortestPauseMilliseconds) {
         return;
     }
     m_sinceDrawn.start();

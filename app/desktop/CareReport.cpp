@@ -22,7 +22,7 @@ constexpr Qt::TextInteractionFlags kSelectable =
     Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard;
 
 /// A bar of this many steps, whatever it measures: a count may be larger than a bar's numbers.
-constexpr int kSteps = 1000;
+constexpr int kBarSteps = 1000;
 
 QString wordsFor(CareProgress::Stage stage)
 {
@@ -179,8 +179,8 @@ void CareReport::showProgress(const CareProgress& progress)
                                          locale.toString(progress.done),
                                          locale.toString(progress.total))
                               : wordsFor(progress.stage));
-    m_bar->setRange(0, isCounted ? kSteps : 0);
-    m_bar->setValue(isCounted ? static_cast<int>(progress.done * kSteps / progress.total) : 0);
+    m_bar->setRange(0, isCounted ? kBarSteps : 0);
+    m_bar->setValue(isCounted ? static_cast<int>(progress.done * kBarSteps / progress.total) : 0);
 }
 
 void CareReport::showOutcome(const Outcome& outcome)

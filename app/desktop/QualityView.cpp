@@ -17,11 +17,11 @@ namespace
 {
 
 /// Steps of the slider from the lowest to the highest quality.
-constexpr int kSteps = 100;
+constexpr int kQualitySteps = 100;
 
 double qualityAt(int step)
 {
-    return static_cast<double>(step) / kSteps;
+    return static_cast<double>(step) / kQualitySteps;
 }
 
 } // namespace
@@ -53,7 +53,7 @@ void QualityView::makeSlider()
 {
     m_slider->setObjectName(u"compressionFactor"_s);
     m_slider->setAccessibleName(tr("JPEG quality"));
-    m_slider->setRange(0, kSteps);
+    m_slider->setRange(0, kQualitySteps);
     m_slider->setPageStep(10);
     m_slider->setMinimumWidth(fontMetrics().averageCharWidth() * 20);
     // A drag is stored once, at its end: every change of the quality is written to disk.
@@ -83,5 +83,6 @@ void QualityView::follow(double quality)
 {
     // Shown rounded, kept in full.
     const QSignalBlocker blocker(m_slider);
-    m_slider->setValue(static_cast<int>(std::lround(std::clamp(quality, 0.0, 1.0) * kSteps)));
+    m_slider->setValue(
+        static_cast<int>(std::lround(std::clamp(quality, 0.0, 1.0) * kQualitySteps)));
 }

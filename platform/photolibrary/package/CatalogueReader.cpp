@@ -19,7 +19,7 @@ namespace
 
 /// No library with a hidden photo was at hand: that the catalogue leaves it out is concluded from
 /// what it is for, other programs' lists of photos to choose from.
-constexpr const char* kPhotos =
+constexpr const char* kPhotosOfCatalogue =
     "SELECT v.modelId, v.uuid, v.name, v.isFlagged, s.stringProperty, f.modelId, v.mainRating,"
     " p.fullSizePreviewPath, m.imagePath, m.fileIsReference, d.name, m.type,"
     " v.exportImageChangeDate, v.imageDate, v.exportMetadataChangeDate, p.miniThumbnailPath,"
@@ -174,7 +174,7 @@ void ModelReader::carrySettingsOver(QList<CatalogueAlbum>& albums) const
 
 void ModelReader::readPhotos()
 {
-    Sql::Query row(m_connection, kPhotos);
+    Sql::Query row(m_connection, kPhotosOfCatalogue);
     while (row.next()) {
         CataloguePhoto photo = photoOf(row);
         if (photo.isReference) {

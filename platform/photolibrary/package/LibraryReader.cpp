@@ -42,7 +42,7 @@ namespace
 /// A listing reads each table once from begin to end and joins them in memory: looking up every
 /// photo's rows in SQLite's indexes takes thrice as long.
 /// The sign keeps SQLite from going to nearly all rows by way of an index.
-constexpr const char* kPhotos =
+constexpr const char* kListedPhotos =
     "SELECT modelId, uuid, coalesce(rawMasterUuid, masterUuid), name, mainRating, imageDate,"
     " imageTimeZoneName, processedWidth, processedHeight, exifLatitude, exifLongitude,"
     " hasEnabledAdjustments, isHidden, rotation, projectUuid"
@@ -312,7 +312,7 @@ struct ListedPhoto {
     }
 };
 
-/// Reads the columns of kPhotos one after another, and what its tables say of the photo.
+/// Reads the columns of kListedPhotos one after another, and what its tables say of the photo.
 class PhotoReader final
 {
 public:
@@ -490,7 +490,7 @@ public:
         const RoomyCache cache(connection);
         m_tables = readTables(connection);
         m_finder.emplace(connection.packagePath(), m_tables, inTrash);
-        Sql::Query query(connection, kPhotos, inTrash ? 1 : 0);
+        Sql::Query query(connection, kListedPhotos, inTrash ? 1 : 0);
         while (query.next()) {
             if (std::optional<ListedPhoto> photo = PhotoReader(query, m_tables).read()) {
                 if (inTrash) {

@@ -41,25 +41,25 @@ constexpr std::array kReferences{Reference{"RKMaster", "RKVersion", "masterId"},
                                  Reference{"RKKeyword", "RKKeyword", "parentId"}};
 
 /// A table whose ids are counted and kept.
-struct Table {
+struct TableOfIds {
     const char* name;
     bool isOfObjects;
 };
 
-constexpr std::array kTables{Table{"RKMaster", true},
-                             Table{"RKVersion", true},
-                             Table{"RKFolder", true},
-                             Table{"RKAlbum", true},
-                             Table{"RKKeyword", true},
-                             Table{"RKImportGroup", true},
-                             Table{"RKImageProxyState", true},
-                             Table{"RKAlbumVersion", false},
-                             Table{"RKKeywordForVersion", false},
-                             Table{"RKCustomSortOrder", false},
-                             Table{"RKUniqueString", false},
-                             Table{"RKIptcProperty", false},
-                             Table{"RKExifStringProperty", false},
-                             Table{"RKExifNumberProperty", false}};
+constexpr std::array kTables{TableOfIds{"RKMaster", true},
+                             TableOfIds{"RKVersion", true},
+                             TableOfIds{"RKFolder", true},
+                             TableOfIds{"RKAlbum", true},
+                             TableOfIds{"RKKeyword", true},
+                             TableOfIds{"RKImportGroup", true},
+                             TableOfIds{"RKImageProxyState", true},
+                             TableOfIds{"RKAlbumVersion", false},
+                             TableOfIds{"RKKeywordForVersion", false},
+                             TableOfIds{"RKCustomSortOrder", false},
+                             TableOfIds{"RKUniqueString", false},
+                             TableOfIds{"RKIptcProperty", false},
+                             TableOfIds{"RKExifStringProperty", false},
+                             TableOfIds{"RKExifNumberProperty", false}};
 
 constexpr auto kNextId = "nextModelId"_L1;
 constexpr auto kAllIds = "allModelIds"_L1;
@@ -124,7 +124,7 @@ void writeAllIds(Writer& writer,
     AdminData::setBlob(writer, QString::fromLatin1(table), kAllIds, changed.value_or(stored));
 }
 
-std::optional<ModelIds::Lagging> laggingIn(Connection& connection, const Table& table)
+std::optional<ModelIds::Lagging> laggingIn(Connection& connection, const TableOfIds& table)
 {
     ModelIds::Lagging found{
         QString::fromLatin1(table.name), table.isOfObjects, std::nullopt, 0, false};
@@ -170,7 +170,7 @@ void ModelIds::release(Writer& writer, const char* table, const QList<qint64>& i
 QList<ModelIds::Lagging> ModelIds::lagging(Connection& connection)
 {
     QList<Lagging> all;
-    for (const Table& table : kTables) {
+    for (const TableOfIds& table : kTables) {
         if (const std::optional<Lagging> found = laggingIn(connection, table)) {
             all.append(*found);
         }
@@ -187,7 +187,7 @@ QString ModelIds::describeCounter(const Lagging& lagging)
 
 void ModelIds::mend(Writer& writer)
 {
-    for (const Table& table : kTables) {
+    for (const TableOfIds& table : kTables) {
         const std::optional<Lagging> found = laggingIn(writer.connection, table);
         if (found && found->counter && found->highest < std::numeric_limits<qint64>::max()) {
             AdminData::setText(writer,

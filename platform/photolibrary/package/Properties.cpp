@@ -14,34 +14,36 @@ namespace
 /// The column propertyType of all rows of RKOtherProperty.
 constexpr int kOtherType = 5;
 
-struct Table {
+struct TableOfTexts {
     const char* name;
     const char* select;
     const char* erase;
     const char* insert;
 };
 
-const Table& tableOf(Properties::Texts kind)
+const TableOfTexts& tableOf(Properties::Texts kind)
 {
     static constexpr std::array kTables{
-        Table{"RKIptcProperty",
-              "SELECT s.stringProperty FROM RKIptcProperty p JOIN RKUniqueString s "
-              "ON s.modelId=p.stringId WHERE p.propertyKey=? AND p.versionId=?",
-              "DELETE FROM RKIptcProperty WHERE propertyKey=? AND versionId=?",
-              "INSERT INTO RKIptcProperty(modelId,versionId,propertyKey,stringId,searchStringId,"
-              "modDate) VALUES(?,?,?,?,?,?)"},
-        Table{"RKOtherProperty",
-              "SELECT s.stringProperty FROM RKOtherProperty p JOIN RKUniqueString s "
-              "ON s.modelId=p.stringId WHERE p.propertyKey=? AND p.versionId=?",
-              "DELETE FROM RKOtherProperty WHERE propertyKey=? AND versionId=?",
-              "INSERT INTO RKOtherProperty(modelId,versionId,propertyKey,stringId,searchStringId,"
-              "modDate,propertyType) VALUES(?,?,?,?,?,?,5)"},
-        Table{"RKExifStringProperty",
-              "SELECT s.stringProperty FROM RKExifStringProperty p JOIN RKUniqueString s "
-              "ON s.modelId=p.stringId WHERE p.propertyKey=? AND p.versionId=?",
-              "DELETE FROM RKExifStringProperty WHERE propertyKey=? AND versionId=?",
-              "INSERT INTO RKExifStringProperty(modelId,versionId,propertyKey,stringId,"
-              "searchStringId,modDate) VALUES(?,?,?,?,?,?)"},
+        TableOfTexts{
+            "RKIptcProperty",
+            "SELECT s.stringProperty FROM RKIptcProperty p JOIN RKUniqueString s "
+            "ON s.modelId=p.stringId WHERE p.propertyKey=? AND p.versionId=?",
+            "DELETE FROM RKIptcProperty WHERE propertyKey=? AND versionId=?",
+            "INSERT INTO RKIptcProperty(modelId,versionId,propertyKey,stringId,searchStringId,"
+            "modDate) VALUES(?,?,?,?,?,?)"},
+        TableOfTexts{
+            "RKOtherProperty",
+            "SELECT s.stringProperty FROM RKOtherProperty p JOIN RKUniqueString s "
+            "ON s.modelId=p.stringId WHERE p.propertyKey=? AND p.versionId=?",
+            "DELETE FROM RKOtherProperty WHERE propertyKey=? AND versionId=?",
+            "INSERT INTO RKOtherProperty(modelId,versionId,propertyKey,stringId,searchStringId,"
+            "modDate,propertyType) VALUES(?,?,?,?,?,?,5)"},
+        TableOfTexts{"RKExifStringProperty",
+                     "SELECT s.stringProperty FROM RKExifStringProperty p JOIN RKUniqueString s "
+                     "ON s.modelId=p.stringId WHERE p.propertyKey=? AND p.versionId=?",
+                     "DELETE FROM RKExifStringProperty WHERE propertyKey=? AND versionId=?",
+                     "INSERT INTO RKExifStringProperty(modelId,versionId,propertyKey,stringId,"
+                     "searchStringId,modDate) VALUES(?,?,?,?,?,?)"},
     };
     return kTables.at(static_cast<std::size_t>(kind));
 }
@@ -68,7 +70,7 @@ qint64 uniqueString(Writer& writer, const QString& text)
 void Properties::setString(
     Writer& writer, Texts kind, qint64 versionId, const QString& key, const QString& text)
 {
-    const Table& table = tableOf(kind);
+    const TableOfTexts& table = tableOf(kind);
     Sql::execute(writer.connection, table.erase, key, versionId);
     const qint64 words = uniqueString(writer, text);
     const qint64 searchWords = uniqueString(writer, text.toLower());

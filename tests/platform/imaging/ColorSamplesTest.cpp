@@ -14,7 +14,7 @@
 namespace
 {
 
-constexpr QSize kSize(240, 180);
+constexpr QSize kSampledSize(240, 180);
 
 double worstOf(const std::vector<ColorSample>& samples)
 {
@@ -37,8 +37,8 @@ double worstOf(const std::vector<ColorSample>& samples)
 
 TEST(ColorSamplesTest, aTurnedPictureIsMetAtTheSamePlaces)
 {
-    const Bitmap photo = ImageBuilder::scene(kSize, Transfer::Linear);
-    const QImage upright = BitmapImage::toImage(ImageBuilder::scene(kSize));
+    const Bitmap photo = ImageBuilder::scene(kSampledSize, Transfer::Linear);
+    const QImage upright = BitmapImage::toImage(ImageBuilder::scene(kSampledSize));
     for (int turns = 0; turns < 4; ++turns) {
         // Turned so many quarters clockwise it lies as the photo does.
         const QImage turned = upright.transformed(QTransform().rotate(-90.0 * turns));
@@ -53,8 +53,9 @@ TEST(ColorSamplesTest, aTurnedPictureIsMetAtTheSamePlaces)
 
 TEST(ColorSamplesTest, onlyThePartThatBothShowIsCompared)
 {
-    const Bitmap photo = ImageBuilder::scene(kSize, Transfer::Linear);
-    const QImage right = BitmapImage::toImage(ImageBuilder::scene(kSize)).copy(120, 0, 120, 180);
+    const Bitmap photo = ImageBuilder::scene(kSampledSize, Transfer::Linear);
+    const QImage right =
+        BitmapImage::toImage(ImageBuilder::scene(kSampledSize)).copy(120, 0, 120, 180);
     const Bitmap shown = ReducedPicture::of(right);
     EXPECT_LT(worstOf(ColorSamples::of(
                   photo, shown, {.turns = 0, .first = {0.5, 0, 0.5, 1}, .second = {0, 0, 1, 1}})),
@@ -64,7 +65,7 @@ TEST(ColorSamplesTest, onlyThePartThatBothShowIsCompared)
 
 TEST(ColorSamplesTest, placesClippedInSomeChannelsAreLeftOut)
 {
-    Bitmap photo = ImageBuilder::flat(kSize, 20000, Transfer::Linear);
+    Bitmap photo = ImageBuilder::flat(kSampledSize, 20000, Transfer::Linear);
     for (int y = 0; y < photo.pixelsHigh(); ++y) {
         const auto row = photo.row(y);
         for (std::size_t i = 0; i < row.size() / 2; i += 3) {
@@ -76,13 +77,13 @@ TEST(ColorSamplesTest, placesClippedInSomeChannelsAreLeftOut)
     EXPECT_TRUE(std::ranges::all_of(
         samples, [](const ColorSample& sample) { return sample.light[1] < 0.9F; }));
     // All clipped is white, which is a colour.
-    const Bitmap white = ImageBuilder::flat(kSize, 65535, Transfer::Linear);
+    const Bitmap white = ImageBuilder::flat(kSampledSize, 65535, Transfer::Linear);
     EXPECT_GT(ColorSamples::of(white, white, {}).size(), samples.size());
 }
 
 TEST(ColorSamplesTest, edgesWeighLessThanAreas)
 {
-    const Bitmap photo = ImageBuilder::scene(kSize, Transfer::Linear);
+    const Bitmap photo = ImageBuilder::scene(kSampledSize, Transfer::Linear);
     const auto samples = ColorSamples::of(photo, photo, {});
     const auto [least, most] = std::ranges::minmax(samples, {}, &ColorSample::weight);
     EXPECT_LT(least.weight, 0.5F);

@@ -19,7 +19,7 @@
 namespace
 {
 
-constexpr QSize kSmall(32, 32);
+constexpr QSize kSmallLimit(32, 32);
 
 template <typename Number>
 QByteArray big(Number number)
@@ -59,7 +59,7 @@ private:
 /// A small JPEG whose frame header says that it has these sides.
 QByteArray jpegOf(quint16 width, quint16 height)
 {
-    const auto encoded = JpegDestination::encodePlain(ImageBuilder::scene(kSmall), 0.8);
+    const auto encoded = JpegDestination::encodePlain(ImageBuilder::scene(kSmallLimit), 0.8);
     QByteArray bytes = encoded.ok() ? encoded.value() : QByteArray();
     qsizetype at = 2;
     while (at + 9 < bytes.size()) {
@@ -96,7 +96,8 @@ QByteArray zlib(const QByteArray& bytes)
 QByteArray pngOf(quint32 width, quint32 height, const QByteArray& chunks = {})
 {
     const QByteArray header = big(width) + big(height) + QByteArray("\x08\0\0\0\0", 5);
-    const QByteArray pixels(static_cast<qsizetype>(kSmall.height()) * (kSmall.width() + 1), '\0');
+    const QByteArray pixels(
+        static_cast<qsizetype>(kSmallLimit.height()) * (kSmallLimit.width() + 1), '\0');
     return QByteArray("\x89PNG\r\n\x1A\n") + chunk("IHDR", header) + chunks +
            chunk("IDAT", zlib(pixels)) + chunk("IEND", {});
 }
@@ -104,7 +105,7 @@ QByteArray pngOf(quint32 width, quint32 height, const QByteArray& chunks = {})
 /// A small DNG file whose sensor's directory says that it has these sides.
 QByteArray dngOf(quint32 width, quint32 height)
 {
-    QByteArray bytes = ImageBuilder::dng(ImageBuilder::scene(kSmall, Transfer::Linear));
+    QByteArray bytes = ImageBuilder::dng(ImageBuilder::scene(kSmallLimit, Transfer::Linear));
     const auto state = [&bytes](const char* tag, quint32 value) {
         const qsizetype at = bytes.indexOf(QByteArray(tag, 2) + QByteArray("\x04\0\1\0\0\0", 6));
         ASSERT_GE(at, 8);
@@ -174,7 +175,7 @@ TEST(PictureLimits, aTiffThatClaimsAbsurdSidesTakesNoMemory)
 {
     QByteArray bytes;
     QBuffer buffer(&bytes);
-    QImage image(kSmall, QImage::Format_Grayscale8);
+    QImage image(kSmallLimit, QImage::Format_Grayscale8);
     image.fill(99);
     ASSERT_TRUE(image.save(&buffer, "TIFF"));
     const QByteArray width("\x00\x01\x03\x00\x01\x00\x00\x00\x20\x00", 10);

@@ -18,14 +18,14 @@
 namespace
 {
 
-constexpr QSize kSize(320, 240);
+constexpr QSize kFittedSize(320, 240);
 
 constexpr ToneCurve::Slopes kFittedCurve{0.4, 1.2, 1.6, 1.3, 0.8, 0.5};
 
 /// A photo's light, two stops below what the sensor holds.
 Bitmap photo()
 {
-    Bitmap bitmap = SrgbTransfer::converted(SceneSamples::leaves(kSize), Transfer::Linear);
+    Bitmap bitmap = SrgbTransfer::converted(SceneSamples::leaves(kFittedSize), Transfer::Linear);
     for (int y = 0; y < bitmap.pixelsHigh(); ++y) {
         for (quint16& value : bitmap.row(y)) {
             value /= 4;
@@ -105,7 +105,8 @@ TEST(RenditionFitTest, gainsAreFoundInTheColoursOfTheSensor)
 TEST(RenditionFitTest, theGainsOfASensorReplaceTheCameras)
 {
     // The camera would double red, which would clip it; in truth it needs a fifth more.
-    const Bitmap grey = SrgbTransfer::converted(SceneSamples::leaves(kSize), Transfer::Linear);
+    const Bitmap grey =
+        SrgbTransfer::converted(SceneSamples::leaves(kFittedSize), Transfer::Linear);
     Bitmap light = grey;
     for (int y = 0; y < light.pixelsHigh(); ++y) {
         const auto row = light.row(y);
@@ -180,9 +181,9 @@ TEST(RenditionFitTest, whatDoesNotShowTheSceneInColourGivesTheNeutralRendition)
     const Bitmap light = photo();
     const QImage shown = shownBy(Rendition::neutral(), light);
     const QList<QImage> useless{QImage(),
-                                BitmapImage::toImage(ImageBuilder::flat(kSize, 30000)),
-                                BitmapImage::toImage(ImageBuilder::noise(kSize)),
-                                BitmapImage::toImage(SceneSamples::leaves(kSize, 2)),
+                                BitmapImage::toImage(ImageBuilder::flat(kFittedSize, 30000)),
+                                BitmapImage::toImage(ImageBuilder::noise(kFittedSize)),
+                                BitmapImage::toImage(SceneSamples::leaves(kFittedSize, 2)),
                                 shown.convertToFormat(QImage::Format_Grayscale8),
                                 shown.scaled(16, 12)};
     EXPECT_TRUE(isSame(RenditionFit::of(light, {}, {}), Rendition::neutral()));
@@ -196,13 +197,14 @@ TEST(RenditionFitTest, theNeutralRenditionDependsOnTheCameraNotOnThePhoto)
 {
     const SensorColors colors{.toSrgb = kIdentityMatrix, .stops = 0.35};
     EXPECT_TRUE(isSame(RenditionFit::of(photo(), colors, {}), Rendition::neutral(0.35)));
-    const Bitmap dark = ImageBuilder::night(kSize, 20);
+    const Bitmap dark = ImageBuilder::night(kFittedSize, 20);
     EXPECT_TRUE(isSame(RenditionFit::of(dark, colors, {}), Rendition::neutral(0.35)));
 }
 
 TEST(RenditionFitTest, coloursThatNoRenditionBringsNearAreNotFollowed)
 {
-    const Bitmap light = SrgbTransfer::converted(ImageBuilder::scene(kSize), Transfer::Linear);
+    const Bitmap light =
+        SrgbTransfer::converted(ImageBuilder::scene(kFittedSize), Transfer::Linear);
     const QImage exchanged = shownBy(Rendition::neutral(), light).rgbSwapped();
     EXPECT_TRUE(isSame(RenditionFit::of(light, {}, {exchanged}), Rendition::neutral()));
 }
@@ -213,7 +215,7 @@ TEST(RenditionFitTest, theFirstPictureOfTheSceneIsFollowed)
     const QImage large = shownBy(Rendition(kIdentityMatrix, 2.5, ToneCurve(kFittedCurve)), light);
     const QImage small = shownBy(Rendition(kIdentityMatrix, 1.0, ToneCurve(kFittedCurve)), light)
                              .scaled(160, 120, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    const QImage foreign = BitmapImage::toImage(SceneSamples::leaves(kSize * 2, 2));
+    const QImage foreign = BitmapImage::toImage(SceneSamples::leaves(kFittedSize * 2, 2));
     const Rendition alone = RenditionFit::of(light, {}, {large});
     EXPECT_TRUE(isSame(RenditionFit::of(light, {}, {foreign, large, small}), alone));
     EXPECT_FALSE(isSame(RenditionFit::of(light, {}, {small}), alone));

@@ -9,7 +9,7 @@
 namespace
 {
 
-constexpr ToneCurve::Slopes kStraight{1.0, 1.0, 1.0, 1.0, 1.0, 1.0};
+constexpr ToneCurve::Slopes kStraightCurve{1.0, 1.0, 1.0, 1.0, 1.0, 1.0};
 
 Bitmap pixelOf(quint16 red, quint16 green, quint16 blue)
 {
@@ -24,7 +24,7 @@ Bitmap pixelOf(quint16 red, quint16 green, quint16 blue)
 
 TEST(RenditionTest, withoutAnyChangeItIsTheTransferOfSrgb)
 {
-    const Rendition rendition(kIdentityMatrix, 0.0, ToneCurve(kStraight));
+    const Rendition rendition(kIdentityMatrix, 0.0, ToneCurve(kStraightCurve));
     for (int light = 0; light < 65536; light += 5) {
         const auto value = static_cast<quint16>(light);
         EXPECT_NEAR(rendition.tone(value), SrgbTransfer::tables().encoded(value), 1);
@@ -37,7 +37,7 @@ TEST(RenditionTest, withoutAnyChangeItIsTheTransferOfSrgb)
 
 TEST(RenditionTest, stopsDoubleTheLight)
 {
-    const Rendition rendition(kIdentityMatrix, 1.0, ToneCurve(kStraight));
+    const Rendition rendition(kIdentityMatrix, 1.0, ToneCurve(kStraightCurve));
     for (const quint16 light : {quint16{50}, quint16{1000}, quint16{20000}}) {
         EXPECT_NEAR(rendition.tone(light),
                     SrgbTransfer::tables().encoded(static_cast<quint16>(2 * light)),
@@ -48,7 +48,7 @@ TEST(RenditionTest, stopsDoubleTheLight)
 
 TEST(RenditionTest, darkLightOfMuchExposureIsNotCoarse)
 {
-    const Rendition rendition(kIdentityMatrix, -3.0, ToneCurve(kStraight));
+    const Rendition rendition(kIdentityMatrix, -3.0, ToneCurve(kStraightCurve));
     // An eighth of 12 is between two values of light; so is its tone.
     EXPECT_GT(rendition.tone(12), rendition.tone(8));
     EXPECT_LT(rendition.tone(12), rendition.tone(16));
@@ -72,7 +72,7 @@ TEST(RenditionTest, clippedLightStaysWhiteWhateverTheGains)
     for (const ColorMatrix& gains : {ColorMatrix{0.5, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 0.7},
                                      ColorMatrix{1.8, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 2.0},
                                      ColorMatrix{1.3, -0.2, 0.1, 0.0, 0.8, -0.2, 0.1, 0.1, 0.4}}) {
-        const Rendition rendition(gains, 0.0, ToneCurve(kStraight));
+        const Rendition rendition(gains, 0.0, ToneCurve(kStraightCurve));
         const Bitmap white = RenditionSamples::applied(rendition, pixelOf(65535, 65535, 65535));
         EXPECT_EQ(white.row(0)[0], white.row(0)[1]);
         EXPECT_EQ(white.row(0)[1], white.row(0)[2]);
@@ -81,7 +81,8 @@ TEST(RenditionTest, clippedLightStaysWhiteWhateverTheGains)
 
 TEST(RenditionTest, gainsThatLessenAllChannelsAlikeDarken)
 {
-    const Rendition half({0.5, 0.0, 0.0, 0.0, 0.5, 0.0, 0.0, 0.0, 0.5}, 0.0, ToneCurve(kStraight));
+    const Rendition half(
+        {0.5, 0.0, 0.0, 0.0, 0.5, 0.0, 0.0, 0.0, 0.5}, 0.0, ToneCurve(kStraightCurve));
     EXPECT_NEAR(RenditionSamples::applied(half, pixelOf(20000, 20000, 20000)).row(0)[0],
                 SrgbTransfer::tables().encoded(10000),
                 3);
@@ -90,7 +91,7 @@ TEST(RenditionTest, gainsThatLessenAllChannelsAlikeDarken)
 TEST(RenditionTest, theMatrixMixesChannelsRowByRow)
 {
     const Rendition rendition(
-        {1.0, 0.5, 0.0, 0.0, 1.5, 0.0, 0.25, 0.0, 1.25}, 0.0, ToneCurve(kStraight));
+        {1.0, 0.5, 0.0, 0.0, 1.5, 0.0, 0.25, 0.0, 1.25}, 0.0, ToneCurve(kStraightCurve));
     const Bitmap picture = RenditionSamples::applied(rendition, pixelOf(8000, 4000, 2000));
     const SrgbTransfer& tables = SrgbTransfer::tables();
     // Divided by 1.5, the least sum of a row, and multiplied by it again.
