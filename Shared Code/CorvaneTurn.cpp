@@ -46,7 +46,7 @@ bool Corvane::takeTurn(Scan& scan, Turn& turn)
         endTurn(scan, turn, PhotoOutcome::Kind::Unsupported);
         return true;
     }
-    if (turn.photo->evidence().losesKeyword) {
+    if (turn.photo->losesKeyword()) {
         turn.outcome.reason = Texts::keywordLost(turn.outcome.source);
         endTurn(scan, turn, PhotoOutcome::Kind::Failed);
         return true;

@@ -115,15 +115,14 @@ std::optional<Preview> uprightJpeg(const QByteArray& bytes)
 /// Of the types that Qt reads.
 std::optional<Preview> uprightPicture(const QByteArray& bytes)
 {
-    constexpr int kLongestSideCompared = 1024;
     QBuffer buffer;
     buffer.setData(bytes);
     QImageReader reader(&buffer);
     reader.setAutoTransform(true);
     const QSize size = reader.size();
-    if (size.width() > kLongestSideCompared || size.height() > kLongestSideCompared) {
-        reader.setScaledSize(
-            size.scaled(kLongestSideCompared, kLongestSideCompared, Qt::KeepAspectRatio));
+    const QSize largest(PreviewFinder::kLongestSide, PreviewFinder::kLongestSide);
+    if (size.width() > largest.width() || size.height() > largest.height()) {
+        reader.setScaledSize(size.scaled(largest, Qt::KeepAspectRatio));
     }
     QImage upright = reader.read();
     BitmapImage::convertToSrgb(upright);

@@ -25,7 +25,8 @@ enum class Source : quint8 {
 /// library's preview of the unedited photo), as the sensor's rows lie; one that does not show the
 /// scene proves nothing and fails nothing, one that does must be alike within wide bounds, in
 /// lightness and, unless it is in black and white, in colour; a finished picture may itself be in
-/// black and white. Any thread. Errors: Damaged with what fell short, OutOfSpace.
+/// black and white. Any thread. Errors: Damaged with what fell short, Internal where the bytes hold
+/// another picture than `encoded`, OutOfSpace.
 [[nodiscard]] Result<void> prove(const QByteArray& jpeg,
                                  const QImage& encoded,
                                  const QList<QImage>& references,

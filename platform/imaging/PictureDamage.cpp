@@ -183,6 +183,7 @@ bool PictureDamage::isEdgeOfScene(double place,
     // How lightness changes near the break, in the rows of a grid.
     constexpr QSize kGrid(16, 64);
     constexpr int kNear = 3;
+    constexpr auto kChanges = static_cast<float>(2 * kNear * kGrid.width());
     constexpr float kVisible = 0.01F;
     constexpr float kSameChange = 0.5F;
     const SceneComparison::Match match = SceneComparison::bestMatch(decoded, shown);
@@ -204,7 +205,6 @@ bool PictureDamage::isEdgeOfScene(double place,
             products += change * (expected.at(x, y + 1) - expected.at(x, y));
         }
     }
-    constexpr auto kChanges = static_cast<float>(2 * kNear * kGrid.width());
     return squares >= kVisible * kVisible * kChanges && products >= kSameChange * squares;
 }
 

@@ -13,9 +13,6 @@
 namespace
 {
 
-/// Enough for what previews are looked at for; fewer would show in the colours that are fitted.
-constexpr int kLongestPreviewSide = 1024;
-
 /// How many are looked at: cameras write three at most.
 constexpr std::size_t kMostTried = 6;
 
@@ -68,7 +65,7 @@ std::vector<Candidate> ofDirectories(QByteArrayView bytes)
 std::vector<Candidate> candidates(const QByteArray& bytes)
 {
     std::vector<Candidate> found = ofDirectories(bytes);
-    if (const auto preview = RawPhoto::preview(bytes, kLongestPreviewSide)) {
+    if (const auto preview = RawPhoto::preview(bytes, PreviewFinder::kLongestSide)) {
         // What LibRaw finds stands in a directory as well.
         std::erase_if(found,
                       [&](const Candidate& other) { return other.pixels == preview->pixels; });
@@ -89,7 +86,7 @@ QImage PreviewFinder::reduced(QByteArrayView jpeg)
 {
     const QSize size = JpegDecoder::size(jpeg).value_or(QSize());
     const Result<QImage> image =
-        JpegDecoder::decodeReduced(jpeg, JpegDecoder::denominatorFor(size, kLongestPreviewSide));
+        JpegDecoder::decodeReduced(jpeg, JpegDecoder::denominatorFor(size, kLongestSide));
     return image.ok() ? image.value() : QImage();
 }
 

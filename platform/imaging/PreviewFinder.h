@@ -13,6 +13,10 @@
 namespace PreviewFinder
 {
 
+/// Pixels. Enough for what previews are looked at for; fewer would show in the colours that are
+/// fitted.
+inline constexpr int kLongestSide = 1024;
+
 /// Whether a preview, whose lightness is `shown`, is what is looked for.
 using Predicate = std::function<bool(const QImage& preview, const SmallPicture& shown)>;
 
@@ -25,7 +29,7 @@ using Predicate = std::function<bool(const QImage& preview, const SmallPicture& 
 /// The largest preview that is wanted, as it lies in the file, of those that decode whole and show
 /// something; where none of the six largest is wanted, the largest; nothing where there is none.
 /// Looked for where LibRaw knows of one and in the file's own TIFF directories. A large one is
-/// averaged down, to no less than 1024 pixels on its longest side. `isWanted` is asked of the
+/// averaged down, to no less than kLongestSide. `isWanted` is asked of the
 /// largest first, and of none after it held.
 [[nodiscard]] std::optional<Preview> largest(const QByteArray& bytes, const Predicate& isWanted);
 

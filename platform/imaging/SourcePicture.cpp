@@ -6,6 +6,7 @@
 #include "JpegDecoder.h"
 #include "PictureDamage.h"
 #include "PictureNoise.h"
+#include "PreviewFinder.h"
 #include "QtImageDecoder.h"
 #include "RenditionFit.h"
 #include "Resampler.h"
@@ -147,9 +148,8 @@ std::optional<QString> SourcePicture::judgeRaw(const RawPhoto& photo, const Sour
 std::optional<QString>
 SourcePicture::breakComplaint(double place, const SmallPicture& small, const SourceFile& file) const
 {
-    constexpr int kLongestSideCompared = 1024;
     const std::optional<Preview> shown =
-        m_preview ? m_preview : RawPhoto::preview(file.bytes, kLongestSideCompared);
+        m_preview ? m_preview : RawPhoto::preview(file.bytes, PreviewFinder::kLongestSide);
     if (shown && PictureDamage::isEdgeOfScene(place, small, SmallPicture::of(shown->image))) {
         return std::nullopt;
     }

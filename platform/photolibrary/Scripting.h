@@ -76,8 +76,6 @@ struct PhotoEvidence {
     bool edited{false};  ///< the rendered picture shows edits that the master lacks, or may be old
     /// Clockwise degrees (0, 90, 180, 270) from the master's stored pixels to the rendered picture.
     int rotation{0};
-    /// A keyword of it is gone from the library, so that a copy cannot get it.
-    bool losesKeyword{false};
 };
 
 class Photo : public ScriptingObject
@@ -124,6 +122,9 @@ public:
     virtual void removeFrom(const AlbumPtr& album) = 0;
 
     [[nodiscard]] virtual PhotoEvidence evidence() = 0;
+    /// Whether a keyword of it is gone from the library, so that a copy cannot get it. Read without
+    /// a scripting call.
+    [[nodiscard]] virtual bool losesKeyword() = 0;
 };
 
 using PhotoPtr = std::shared_ptr<Photo>;

@@ -274,7 +274,7 @@ TEST_F(TurnTest, aPhotoWhoseKeywordIsGoneFailsAndTheNextMeetsItsOwnListEntries)
 {
     addPicture(u"a.jpg"_s);
     addPicture(u"b.jpg"_s);
-    m_library.photo(1).evidence.losesKeyword = true;
+    m_library.photo(1).losesKeyword = true;
     setOriginalSize(1, kMegabyte);
     setOriginalSize(2, 2 * kMegabyte);
     scan({1, 2});
@@ -291,9 +291,9 @@ TEST_F(TurnTest, aPhotoWhoseKeywordIsGoneFailsAndTheNextMeetsItsOwnListEntries)
 TEST_F(TurnTest, ofTwoPhotosOfOneFileOnlyTheOneWhoseKeywordIsGoneFails)
 {
     addPicture(u"a.jpg"_s);
-    m_library.photo(1).evidence.losesKeyword = true;
+    m_library.photo(1).losesKeyword = true;
     m_delegate.onPhotoFinished = [this](const PhotoOutcome&) {
-        m_library.photo(1).evidence.losesKeyword = false;
+        m_library.photo(1).losesKeyword = false;
     };
     scan({1, 1});
     EXPECT_EQ(kinds(), (QList<Kind>{Kind::Failed, Kind::Converted}));

@@ -158,6 +158,8 @@ public:
 
     PhotoEvidence evidence() override { return m_library.photo(m_id).evidence; }
 
+    bool losesKeyword() override { return m_library.photo(m_id).losesKeyword; }
+
 private:
     [[nodiscard]] QString call(QStringView text) const
     {

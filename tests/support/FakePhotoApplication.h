@@ -33,6 +33,7 @@ struct FakePhotoRecord {
     QString title{};
     QStringList keywords{};
     PhotoEvidence evidence{};
+    bool losesKeyword{false};
     bool inTrash{false};
 };
 
@@ -57,8 +58,9 @@ struct FakeImport {
 ///   photo 7.setRating 5                   photo 9.addTo album 12 "Corvane For iPhoto"
 ///   album 1.importFrom IMG_1.jpg YES album 1
 /// (of an imported file its name only: its folder is a temporary one; imports() holds whole
-/// paths). `evidence()`, `id()` and `scriptingClass()` are no calls. Turns are listed apart, in
-/// turns(): "begin", "commit", "rollback"; a rollback brings the state of its begin back.
+/// paths). `evidence()`, `losesKeyword()`, `id()` and `scriptingClass()` are no calls. Turns are
+/// listed apart, in turns(): "begin", "commit", "rollback"; a rollback brings the state of its
+/// begin back.
 ///
 /// Keywords that differ only in letter case are one: what is assigned is the spelling known first.
 ///

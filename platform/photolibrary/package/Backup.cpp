@@ -1,6 +1,7 @@
 #include "Backup.h"
 
 #include "AtomicFile.h"
+#include "DatabaseFiles.h"
 #include "FileSystemFlush.h"
 #include "LibraryErrors.h"
 #include "RestoreStaging.h"
@@ -28,14 +29,6 @@ constexpr QLatin1StringView kUnfinished(".unfinished");
 const QString kDatabaseFolder = u"Database/apdb/"_s;
 /// Sorts by moment.
 const QString kStamp = u"yyyyMMdd-HHmmss-zzz"_s;
-
-/// The databases that this process has open.
-const QStringList& openDatabases()
-{
-    static const QStringList kNames{
-        u"Library.apdb"_s, u"Properties.apdb"_s, u"ImageProxies.apdb"_s};
-    return kNames;
-}
 
 /// Whether SQLite met the error where it wrote the copy, not where it read the database.
 bool isOfCopy(const SQLite::Exception& exception)
@@ -113,7 +106,8 @@ Result<void> copyPart(const QString& package,
     if (inDatabases && (name.contains("-journal"_L1) || name.contains("-mj"_L1))) {
         return {}; // belongs to a transaction, not to the state
     }
-    if (!inDatabases || !openDatabases().contains(name)) {
+    if (!inDatabases ||
+        std::ranges::find(DatabaseFiles::kTogether, name) == std::end(DatabaseFiles::kTogether)) {
         return Backup::copyFile(from, to);
     }
     Result<void> copied = copyDatabase(package, from, to);
@@ -251,7 +245,7 @@ QStringList Backup::parts(const QString& package)
             parts.append(file);
         }
     }
-    for (const QString& name : openDatabases()) {
+    for (const QLatin1StringView name : DatabaseFiles::kTogether) {
         const QString database = kDatabaseFolder + name;
         if (QFileInfo(package + u'/' + database).isFile()) { // SQLite waits for ever at a pipe
             parts.append(database);

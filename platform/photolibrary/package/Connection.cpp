@@ -1,5 +1,6 @@
 #include "Connection.h"
 
+#include "DatabaseFiles.h"
 #include "HotJournals.h"
 #include "LibraryErrors.h"
 #include "PlainTables.h"
@@ -21,11 +22,9 @@ namespace
 /// The largest values of real libraries are row ids and settings of some megabytes.
 constexpr int kLongestValue = 64 * 1024 * 1024;
 
-constexpr std::array kFiles{"Library.apdb", "Properties.apdb", "ImageProxies.apdb"};
-
-QString databasePath(const QString& packagePath, const char* file)
+QString databasePath(const QString& packagePath, QLatin1StringView file)
 {
-    return packagePath + "/Database/apdb/"_L1 + QLatin1StringView(file);
+    return packagePath + "/Database/apdb/"_L1 + file;
 }
 
 std::string encoded(const QString& path)
@@ -41,18 +40,18 @@ int openFlags(Connection::Mode mode)
                                             : SQLite::OPEN_READWRITE;
 }
 
-Result<void> isThere(const QString& packagePath, const char* file)
+Result<void> isThere(const QString& packagePath, QLatin1StringView file)
 {
     const QFileInfo database(databasePath(packagePath, file));
     if (!database.exists()) {
         return Error{ErrorCode::NotFound,
                      u"The library \"%1\" is damaged: its database %2 is missing. Restore "
-                     "the library from a backup."_s.arg(packagePath, QLatin1StringView(file))};
+                     "the library from a backup."_s.arg(packagePath, file)};
     }
     if (!database.isFile()) { // opening a pipe may wait for ever
         return Error{ErrorCode::Damaged,
                      u"The library \"%1\" is damaged: its database %2 is no plain file. Restore "
-                     "the library from a backup."_s.arg(packagePath, QLatin1StringView(file))};
+                     "the library from a backup."_s.arg(packagePath, file)};
     }
     return {};
 }
@@ -74,7 +73,9 @@ void distrustSchema(sqlite3* database)
 
 Connection::Connection(QString packagePath, Mode mode, int busyMilliseconds)
     : m_packagePath(std::move(packagePath))
-    , m_database(encoded(databasePath(m_packagePath, kFiles[0])), openFlags(mode), busyMilliseconds)
+    , m_database(encoded(databasePath(m_packagePath, DatabaseFiles::kTogether[0])),
+                 openFlags(mode),
+                 busyMilliseconds)
 {
     distrustSchema(m_database.getHandle());
 }
@@ -84,7 +85,7 @@ void Connection::prepare(std::size_t index, Mode mode)
     const char* const schema = kSchemas[index];
     if (index > 0) {
         SQLite::Statement attach(m_database, std::string("ATTACH ? AS ") + schema);
-        attach.bind(1, encoded(databasePath(m_packagePath, kFiles[index])));
+        attach.bind(1, encoded(databasePath(m_packagePath, DatabaseFiles::kTogether[index])));
         attach.exec();
     }
     if (mode == Mode::Create) {
@@ -121,7 +122,7 @@ Result<std::unique_ptr<Connection>>
 Connection::open(const QString& packagePath, Mode mode, int busyMilliseconds)
 {
     if (mode != Mode::Create) {
-        for (const char* file : kFiles) {
+        for (const QLatin1StringView file : DatabaseFiles::kTogether) {
             if (const Result<void> there = isThere(packagePath, file); !there.ok()) {
                 return there.error();
             }
@@ -134,7 +135,7 @@ Connection::open(const QString& packagePath, Mode mode, int busyMilliseconds)
     std::size_t index = 0;
     try {
         std::unique_ptr<Connection> connection(new Connection(packagePath, mode, busyMilliseconds));
-        for (; index < kFiles.size(); ++index) {
+        for (; index < DatabaseFiles::kTogether.size(); ++index) {
             connection->prepare(index, mode);
         }
         if (mode == Mode::Read) {
@@ -148,7 +149,7 @@ Connection::open(const QString& packagePath, Mode mode, int busyMilliseconds)
         return LibraryErrors::fromSqlite(
             exception,
             packagePath,
-            QString::fromLatin1(kFiles[std::min(index, kFiles.size() - 1)]));
+            DatabaseFiles::kTogether[std::min(index, DatabaseFiles::kTogether.size() - 1)]);
     }
 }
 

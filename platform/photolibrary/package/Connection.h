@@ -21,7 +21,7 @@
 class Connection final
 {
 public:
-    /// The names of the three in SQL.
+    /// The names of the three in SQL, in the order of DatabaseFiles::kTogether.
     static constexpr std::array kSchemas{"main", "prop", "prox"};
 
     enum class Mode : quint8 {

@@ -1,5 +1,6 @@
 #include "FileFindings.h"
 
+#include "DatabaseFiles.h"
 #include "PathMapping.h"
 #include "ProxyFiles.h"
 #include "Queries.h"
@@ -94,12 +95,7 @@ void tellStrays(Connection& connection, const NamedFiles& namedFiles, QList<Find
 /// which nothing keeps in step, and one that could not make them lacks them.
 void tellLinks(const QString& package, QList<Finding>& findings)
 {
-    for (const QString& name : {u"BigBlobs.apdb"_s,
-                                u"Faces.db"_s,
-                                u"History.apdb"_s,
-                                u"ImageProxies.apdb"_s,
-                                u"Library.apdb"_s,
-                                u"Properties.apdb"_s}) {
+    for (const QLatin1StringView name : DatabaseFiles::kLinked) {
         const QString path = u"Database/"_s + name;
         const QFileInfo file(package + u'/' + path);
         if (file.exists() && !file.isSymLink()) {

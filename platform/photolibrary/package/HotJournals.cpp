@@ -1,5 +1,6 @@
 #include "HotJournals.h"
 
+#include "DatabaseFiles.h"
 #include "FileLocks.h"
 
 #include <QByteArrayView>
@@ -22,9 +23,6 @@ constexpr std::array<char, 8> kMark{'\xd9', '\xd5', '\x05', '\xf9', '\x20', '\xa
 constexpr qint64 kLengthAndSum = 8;
 constexpr qint64 kTail = kLengthAndSum + qint64{kMark.size()};
 constexpr qint64 kLongestPath = 4096;
-
-constexpr std::array kFilesOfDatabases{
-    "Library.apdb"_L1, "Properties.apdb"_L1, "ImageProxies.apdb"_L1};
 
 /// Full path of the super-journal that a journal names; empty when it names none.
 QString superJournalOf(const QString& journal)
@@ -76,7 +74,7 @@ bool isOtherThanFile(const QString& path)
 
 Result<void> HotJournals::canBeDecidedHere(const QString& package)
 {
-    for (const QLatin1StringView name : kFilesOfDatabases) {
+    for (const QLatin1StringView name : DatabaseFiles::kTogether) {
         const QString database = databaseIn(package, name);
         const QString journal = database + "-journal"_L1;
         if (isOtherThanFile(journal)) {
@@ -109,7 +107,7 @@ Result<void> HotJournals::canBeDecidedHere(const QString& package)
 
 bool HotJournals::areThere(const QString& package)
 {
-    return std::ranges::any_of(kFilesOfDatabases, [&package](QLatin1StringView name) {
+    return std::ranges::any_of(DatabaseFiles::kTogether, [&package](QLatin1StringView name) {
         const QString database = databaseIn(package, name);
         return QFileInfo(database + "-journal"_L1).size() > 0 &&
                FileLocks::holders(FileLocks::Kind::Posix, {database}).isEmpty();

@@ -6,6 +6,7 @@
 #include "Catalogues.h"
 #include "Clock.h"
 #include "Connection.h"
+#include "DatabaseFiles.h"
 #include "LibraryErrors.h"
 #include "PropertyList.h"
 #include "Schema.h"
@@ -74,12 +75,7 @@ Result<void> makeDatabase(const QString& package, Schema::Database database)
 /// Older programs look for the databases one folder higher.
 Result<void> makeLinks(const QString& package)
 {
-    for (const QString& name : {u"BigBlobs.apdb"_s,
-                                u"Faces.db"_s,
-                                u"History.apdb"_s,
-                                u"ImageProxies.apdb"_s,
-                                u"Library.apdb"_s,
-                                u"Properties.apdb"_s}) {
+    for (const QLatin1StringView name : DatabaseFiles::kLinked) {
         const QString link = package + "/Database/"_L1 + name;
         if (!QFile::link("apdb/"_L1 + name, link)) {
             return failed(package, u"no link %1"_s.arg(link));

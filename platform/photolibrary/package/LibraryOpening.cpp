@@ -68,8 +68,7 @@ QString remedyAfterCrash(Connection& connection)
                  "from the databases and names what is left; move files that belong to no photo "
                  "out of it. Or open it in iPhoto and quit."_s
                : u"Only iPhoto can mend rows that are lost: open it in iPhoto and quit, or restore "
-                 u"it "
-                 "from a backup."_s;
+                 "it from a backup."_s;
 }
 
 /// Databases that nobody changed since this program checked and left them are not read whole again

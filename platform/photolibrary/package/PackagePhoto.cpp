@@ -363,10 +363,8 @@ void PackagePhoto::removeFrom(const AlbumPtr& album)
 PhotoEvidence PackagePhoto::evidence()
 {
     PhotoEvidence evidence;
-    const std::optional<Record> record = m_library->read([&](Connection& connection) {
-        evidence.losesKeyword = LooseRows::losesKeyword(connection, m_id);
-        return recordOf(connection, m_id);
-    });
+    const std::optional<Record> record =
+        m_library->read([this](Connection& connection) { return recordOf(connection, m_id); });
     if (!record) {
         return evidence;
     }
@@ -383,4 +381,10 @@ PhotoEvidence PackagePhoto::evidence()
         }
     }
     return evidence;
+}
+
+bool PackagePhoto::losesKeyword()
+{
+    return m_library->read(
+        [this](Connection& connection) { return LooseRows::losesKeyword(connection, m_id); });
 }

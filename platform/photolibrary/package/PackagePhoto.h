@@ -38,6 +38,7 @@ public:
     void addTo(const AlbumPtr& album) override;
     void removeFrom(const AlbumPtr& album) override;
     [[nodiscard]] PhotoEvidence evidence() override;
+    [[nodiscard]] bool losesKeyword() override;
 
 private:
     /// Value of a column of the photo's row.

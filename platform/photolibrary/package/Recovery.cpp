@@ -1,5 +1,6 @@
 #include "Recovery.h"
 
+#include "DatabaseFiles.h"
 #include "PackageFiles.h"
 #include "Queries.h"
 #include "SidecarWriter.h"
@@ -46,8 +47,7 @@ bool photoIsKnown(Connection& connection, const QString& uuid)
 /// that is still there is dead. SQLite would have rolled back and removed any other.
 void removeDeadJournals(const QString& folder)
 {
-    for (const QLatin1StringView name :
-         {"Library.apdb"_L1, "Properties.apdb"_L1, "ImageProxies.apdb"_L1}) {
+    for (const QLatin1StringView name : DatabaseFiles::kTogether) {
         QFile::remove(folder + name + "-journal"_L1);
     }
 }
@@ -56,9 +56,11 @@ void removeDeadJournals(const QString& folder)
 /// left, of whichever database, it decides about that database's last transaction.
 void removeDeadSuperJournals(const QString& folder)
 {
-    const QStringList names = QDir(folder).entryList(
-        {u"Library.apdb-mj*"_s, u"Properties.apdb-mj*"_s, u"ImageProxies.apdb-mj*"_s}, QDir::Files);
-    for (const QString& name : names) {
+    QStringList patterns;
+    for (const QLatin1StringView name : DatabaseFiles::kTogether) {
+        patterns << name + "-mj*"_L1;
+    }
+    for (const QString& name : QDir(folder).entryList(patterns, QDir::Files)) {
         const Result<QByteArray> content = WholeFile::read(folder + name, kMostOfSuperJournal);
         if (!content.ok()) {
             continue;
