@@ -202,7 +202,10 @@ QStringList clearAway(const Places& places, const Result<QStringList>& lagging)
     if (!forgotten.ok()) {
         undone << forgotten.error().message;
     } else if (lagging.value().isEmpty()) {
-        LibraryRestore::followed(places.package, places.state);
+        if (const QString marked = LibraryRestore::followed(places.package, places.state);
+            !marked.isNull()) {
+            undone << marked;
+        }
     }
     return undone;
 }

@@ -189,11 +189,14 @@ openForWriting(std::unique_ptr<Connection> connection,
         // They are tried again at the end; the databases are what counts.
         lasting << followed.error().message;
     }
-    library->setWarnings(lasting);
     if (LibraryRestore::isInPlace(places.package, places.state) &&
         (followed.ok() || LibraryErrors::isLeftAlone(followed))) {
-        LibraryRestore::followed(places.package, places.state);
+        if (const QString marked = LibraryRestore::followed(places.package, places.state);
+            !marked.isNull()) {
+            lasting << marked;
+        }
     }
+    library->setWarnings(lasting);
     return library;
 }
 

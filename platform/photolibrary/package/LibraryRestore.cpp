@@ -258,14 +258,17 @@ QList<JournaledTurn> LibraryRestore::turns(const QString& package, const QString
     return turns;
 }
 
-void LibraryRestore::followed(const QString& package, const QString& stateFolder)
+QString LibraryRestore::followed(const QString& package, const QString& stateFolder)
 {
     QFile mark(markIn(package));
     if (mark.exists() && !mark.remove()) {
-        systemLog(u"\"%1\" cannot be removed (%2); the next run tries again."_s.arg(
-            mark.fileName(), mark.errorString()));
+        return u"\"%1\", the mark of a restore that is finished, cannot be removed (%2): remove "
+               u"it. "
+               "Until then each run that writes makes the catalogues anew."_s.arg(
+                   mark.fileName(), mark.errorString());
     }
     dropNote(package, stateFolder);
+    return {};
 }
 
 void LibraryRestore::resume(const QString& package)

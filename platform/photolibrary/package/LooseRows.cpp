@@ -137,10 +137,10 @@ void LooseRows::mend(Writer& writer)
     }
 }
 
-bool LooseRows::losesKeyword(Connection& connection, qint64 version)
+qsizetype LooseRows::lostKeywords(Connection& connection, qint64 version)
 {
     const std::string ofOne = std::string(RowQuestions::kLostKeywords) + " AND k.versionId = ?";
-    return Sql::firstInteger(connection, ofOne.c_str(), version).has_value();
+    return Sql::integers(connection, ofOne.c_str(), version).size();
 }
 
 bool LooseRows::losesPhoto(Connection& connection, qint64 album)

@@ -22,8 +22,8 @@ namespace LooseRows
 /// and Sidecars follow.
 void mend(Writer& writer);
 
-/// Whether a keyword that is assigned to the photo version of that modelId is gone.
-[[nodiscard]] bool losesKeyword(Connection& connection, qint64 version);
+/// How many of the keywords that are assigned to the photo version of that modelId are gone.
+[[nodiscard]] qsizetype lostKeywords(Connection& connection, qint64 version);
 
 /// Whether an entry of the album of that modelId names a photo that is gone.
 [[nodiscard]] bool losesPhoto(Connection& connection, qint64 album);

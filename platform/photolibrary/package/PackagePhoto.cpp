@@ -386,5 +386,5 @@ PhotoEvidence PackagePhoto::evidence()
 bool PackagePhoto::losesKeyword()
 {
     return m_library->read(
-        [this](Connection& connection) { return LooseRows::losesKeyword(connection, m_id); });
+        [this](Connection& connection) { return LooseRows::lostKeywords(connection, m_id) > 0; });
 }

@@ -109,17 +109,19 @@ void SidecarValues::mirrorNames(QVariantMap& target, const QString& key, const Q
     }
 }
 
-void SidecarValues::keepLost(QStringList& names,
-                             const QVariant& old,
-                             Connection& connection,
-                             const char* bearer)
+qsizetype SidecarValues::keepLost(QStringList& names,
+                                  const QVariant& old,
+                                  Connection& connection,
+                                  const char* bearer)
 {
     const QStringList told = old.toStringList();
+    const qsizetype before = names.size();
     for (const QString& name : told) {
         if (!names.contains(name) && !Sql::firstInteger(connection, bearer, name).has_value()) {
             names.append(name);
         }
     }
+    return names.size() - before;
 }
 
 QVariantList SidecarValues::rows(Sql::Query& query)

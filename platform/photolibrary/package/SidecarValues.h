@@ -29,8 +29,9 @@ void mirrorRow(QVariantMap& target, Sql::Query& row, const QStringList& omitted 
 void mirrorNames(QVariantMap& target, const QString& key, const QStringList& names);
 
 /// Adds to `names` those of an old array of names that no row bears any more, of which a sidecar
-/// may be the last to tell. `bearer` asks for the row that bears a name.
-void keepLost(QStringList& names, const QVariant& old, Connection& connection, const char* bearer);
+/// may be the last to tell, and returns how many. `bearer` asks for the row that bears a name.
+qsizetype
+keepLost(QStringList& names, const QVariant& old, Connection& connection, const char* bearer);
 
 /// An array of dictionaries, one a row, made anew.
 [[nodiscard]] QVariantList rows(Sql::Query& query);

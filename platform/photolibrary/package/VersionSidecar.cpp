@@ -120,14 +120,21 @@ private:
         }
     }
 
-    /// Where the row of a keyword is gone, this sidecar may be the last that tells its name.
+    /// Where the row of a keyword is gone, this sidecar may be the last that tells its name. Where
+    /// rows bear too many of the names that it tells, a lost one has been defined anew since, which
+    /// of them nobody knows.
     void keepLostKeywords()
     {
-        if (LooseRows::losesKeyword(m_connection, m_version)) {
-            SidecarValues::keepLost(m_keywords,
-                                    m_content.value(u"keywords"_s),
-                                    m_connection,
-                                    "SELECT modelId FROM RKKeyword WHERE name=?");
+        const qsizetype lost = LooseRows::lostKeywords(m_connection, m_version);
+        if (lost == 0) {
+            return;
+        }
+        const QVariant told = m_content.value(u"keywords"_s);
+        const qsizetype kept = SidecarValues::keepLost(
+            m_keywords, told, m_connection, "SELECT modelId FROM RKKeyword WHERE name=?");
+        if (kept < lost) {
+            m_keywords += told.toStringList();
+            m_keywords.removeDuplicates();
         }
     }
 

@@ -241,23 +241,24 @@ TEST_F(LibraryRestoreTest, theNoteGoesOnlyWhenTheMarkIsGoneForGood)
         EXPECT_TRUE(isNoted());
         return !mayFlush;
     });
-    LibraryRestore::followed(package(), m_state);
+    EXPECT_EQ(LibraryRestore::followed(package(), m_state), QString());
     EXPECT_EQ(withoutMark, 1);
     EXPECT_TRUE(isNoted());
     mayFlush = true;
-    LibraryRestore::followed(package(), m_state);
+    EXPECT_EQ(LibraryRestore::followed(package(), m_state), QString());
     EXPECT_EQ(withoutMark, 2);
     EXPECT_FALSE(isNoted());
 }
 
-TEST_F(LibraryRestoreTest, theNoteStaysBesideAMarkThatCannotBeRemoved)
+TEST_F(LibraryRestoreTest, theNoteStaysBesideAMarkThatCannotBeRemovedAndThatIsTold)
 {
     cutOffAfterTheExchange();
     ASSERT_TRUE(LibraryRestore::sweep(package(), m_state).ok());
     const OrdinaryUser user({folder()});
     {
         const WithPermissions closed(package() + u"/Database"_s, 0555);
-        LibraryRestore::followed(package(), m_state);
+        const QString told = LibraryRestore::followed(package(), m_state);
+        EXPECT_TRUE(told.contains(mark())) << told.toStdString();
     }
     EXPECT_TRUE(LibraryRestore::isInPlace(package(), m_state));
     expectEitherState();

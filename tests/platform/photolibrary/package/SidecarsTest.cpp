@@ -344,6 +344,18 @@ TEST_F(SidecarsTest, whereAKeywordIsLostAnotherOneThatIsTakenOffGoesAllTheSame)
     EXPECT_EQ(content(versionPath(1)).value(u"keywords"_s).toList(), QVariantList({u"Lake"_s}));
 }
 
+TEST_F(SidecarsTest, theNameOfALostKeywordStaysAlsoWhenSomebodyDefinesItAnew)
+{
+    Writer to = writer();
+    PhotoRows::assignKeyword(to, m_photo.visible, u"Lake"_s);
+    follow(m_now);
+    Sql::execute(connection(), "DELETE FROM RKKeyword WHERE name='Lake'");
+    static_cast<void>(PhotoRows::defineKeyword(to, u"Lake"_s));
+    PhotoRows::setRating(to, m_photo.visible, 4);
+    follow(m_now);
+    EXPECT_EQ(content(versionPath(1)).value(u"keywords"_s).toList(), QVariantList({u"Lake"_s}));
+}
+
 TEST_F(SidecarsTest, theCountsOfTheLibraryFollow)
 {
     const QVariantMap model = content(package() + u"/Database/DataModelVersion.plist"_s);
