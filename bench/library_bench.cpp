@@ -64,18 +64,24 @@ Result<QStringList> measureReading(const QString& package)
     return guids;
 }
 
-void measureLookUps(const QString& package, const QStringList& guids)
+Result<void> measureLookUps(const QString& package, const QStringList& guids)
 {
     const Measurement measurement;
-    const Result<QVariant> content = PropertyList::read(package + "/AlbumData.xml"_L1);
-    const RollCatalogue catalogue(content.ok() ? content.value() : QVariant());
+    const Result<QVariant> content =
+        PropertyList::read(package + "/AlbumData.xml"_L1, PropertyList::kMostBytesOfCatalogue);
+    if (!content.ok()) {
+        return content.error();
+    }
+    const RollCatalogue catalogue(content.value());
     const qsizetype found = std::ranges::count_if(
         guids, [&](const QString& guid) { return catalogue.rollName(guid).has_value(); });
     measurement.print("reading the catalogue, and looking up rolls", {.cpuSeconds = 5.0});
-    Figure{static_cast<double>(found),
-           "",
-           "rolls found, of " + std::to_string(guids.size()) + " photos"}
-        .print();
+    if (found != guids.size()) {
+        return Error{ErrorCode::Internal,
+                     QStringLiteral("of %1 photos only %2 have a roll")
+                         .arg(QString::number(guids.size()), QString::number(found))};
+    }
+    return {};
 }
 
 /// Waits for a signal while the windows live on.
@@ -204,7 +210,9 @@ int main(int argc, char** argv)
     if (!guids.ok()) {
         return fails(guids.error());
     }
-    measureLookUps(package, guids.value());
+    if (const Result<void> lookedUp = measureLookUps(package, guids.value()); !lookedUp.ok()) {
+        return fails(lookedUp.error());
+    }
     measureWindow(package);
     if (const Result<void> turns = makes ? compareTurns(small, package) : Result<void>();
         !turns.ok()) {
