@@ -121,7 +121,7 @@ Result<ImageProperties> ImageProperties::fromBytes(const QByteArray& bytes)
 
 bool ImageProperties::isWhole() const
 {
-    return !m_content->isReadInPart && !m_content->isExtendedXmpLost;
+    return !m_content->isReadInPart && !m_content->isXmpUnread && !m_content->isExtendedXmpLost;
 }
 
 bool ImageProperties::hasGps() const

@@ -29,7 +29,9 @@ struct ImageProperties::Content {
     QString name{QStringLiteral("the data")};
     /// A part of the file's metadata is damaged, and is not here.
     bool isReadInPart{false};
-    /// The XMP packet notes a second part that is not whole.
+    /// Its XMP is not here, since reading it would take too long.
+    bool isXmpUnread{false};
+    /// The XMP packet notes a second part that is not whole, or would take too long to read.
     bool isExtendedXmpLost{false};
 };
 

@@ -177,7 +177,7 @@ bool readWithExiv2(QByteArrayView bytes, const Open& open, ImageProperties::Cont
     leftOut() = {};
     static_cast<void>(guarded([&] {
         const QByteArray cleared = XmpEffort::withoutUnbearable(bytes);
-        content.isReadInPart = content.isReadInPart || !cleared.isEmpty();
+        content.isXmpUnread = !cleared.isEmpty();
         auto image = cleared.isEmpty() ? open() : openedInMemory(cleared);
         isPicture = image->imageType() != Exiv2::ImageType::xmp;
         if (!isPicture) {

@@ -116,11 +116,12 @@ void TiffStructure::Reader::readDirectory(quint64 offset, TiffStructure& into)
         into.m_beyondEnd = true;
         return;
     }
-    const quint64 count = at<quint16>(offset);
+    quint64 count = at<quint16>(offset);
     const quint64 entries = offset + 2;
     if (!holds(entries, count * kEntryBytes)) {
+        // Others read those that are there.
         into.m_beyondEnd = true;
-        return;
+        count = (static_cast<quint64>(m_bytes.size()) - entries) / kEntryBytes;
     }
     TiffDirectory directory;
     for (quint64 i = 0; i < count; ++i) {

@@ -51,8 +51,21 @@ public:
     }
 
 private:
-    /// x:xmpmeta, rdf:RDF, rdf:Description: properties are looked for among those of all of these.
-    static constexpr std::size_t kOuterElements = 3;
+    struct Element {
+        std::size_t fields{0};
+        bool isRdf{false};   ///< it is rdf:RDF
+        bool isInRdf{false}; ///< it, or one around it, is
+        /// Its fields are properties, which are looked for among those of all such elements: it is
+        /// an rdf:Description right below rdf:RDF, or stands around one.
+        bool isOuter{true};
+    };
+
+    /// Whatever prefix it has.
+    static bool isCalled(std::string_view name, std::string_view local)
+    {
+        return name.ends_with(local) &&
+               (name.size() == local.size() || name[name.size() - local.size() - 1] == ':');
+    }
 
     void skipPast(std::string_view end)
     {
@@ -61,7 +74,10 @@ private:
     }
 
     /// Of the element that is open.
-    std::size_t& fields() { return m_open.size() <= kOuterElements ? m_properties : m_open.back(); }
+    std::size_t& fields()
+    {
+        return m_open.empty() || m_open.back().isOuter ? m_properties : m_open.back().fields;
+    }
 
     void addFields(std::size_t more)
     {
@@ -80,12 +96,21 @@ private:
         const std::size_t attributes = skipAttributes();
         m_parts += 1 + attributes;
         // The items of a list are found by their number.
-        addFields(name == "li" || name.ends_with(":li") ? 0 : 1);
-        m_open.push_back(0);
+        addFields(isCalled(name, "li") ? 0 : 1);
+        m_open.push_back(opened(name));
         addFields(attributes);
         if (m_packet.substr(0, m_at).ends_with("/>")) {
             leave();
         }
+    }
+
+    [[nodiscard]] Element opened(std::string_view name) const
+    {
+        const bool isRdf = isCalled(name, "RDF");
+        const Element around = m_open.empty() ? Element() : m_open.back();
+        return {.isRdf = isRdf,
+                .isInRdf = isRdf || around.isInRdf,
+                .isOuter = isRdf || !around.isInRdf || around.isRdf};
     }
 
     /// To the end of the tag.
@@ -113,7 +138,7 @@ private:
 
     std::string_view m_packet;
     std::size_t m_at{0};
-    std::vector<std::size_t> m_open; ///< the fields of each element
+    std::vector<Element> m_open;
     std::size_t m_properties{0};
     std::size_t m_parts{0};
     std::size_t m_comparisons{0};

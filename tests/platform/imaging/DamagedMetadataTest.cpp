@@ -1,7 +1,9 @@
 #include "Exiv2Messages.h"
 #include "ImageBuilder.h"
 #include "ImageProperties.h"
+#include "LogRecorder.h"
 #include "MetadataSamples.h"
+#include "MetadataSegments.h"
 
 #include <QByteArray>
 #include <QTemporaryDir>
@@ -213,6 +215,24 @@ TEST(DamagedMetadata, xmpThatWouldTakeMinutesToReadIsLeftOut)
     const ImageProperties large = ofTiffWithXmp(packetOfFields(kMany));
     EXPECT_TRUE(xmpTexts(large).empty());
     EXPECT_FALSE(large.isWhole());
+    const LogRecorder log;
+    static_cast<void>(MetadataSegments::build(large, QSize(4, 4), {}));
+    EXPECT_EQ(
+        log.entries(),
+        QStringList(QStringLiteral("The XMP metadata of the data is too much to read; left out")));
+}
+
+TEST(DamagedMetadata, xmpThatWouldTakeMinutesIsLeftOutOfADirectoryThatIsCutOffToo)
+{
+    constexpr quint32 kHeader = 8;
+    const QByteArray packet = packetOfFields(20'000);
+    const auto size = static_cast<quint32>(packet.size());
+    QByteArray offset(4, '\0');
+    qToLittleEndian(kHeader + size, offset.data());
+    const ImageProperties read =
+        readBack(QByteArrayLiteral("II\x2a\0") + offset + packet + QByteArrayLiteral("\x02\0") +
+                 entry(0x02bc, kByte, size, kHeader) + QByteArray(6, '\0'));
+    EXPECT_TRUE(xmpTexts(read).empty());
 }
 
 TEST(DamagedMetadata, xmpThatWouldTakeMinutesIsLeftOutOfFilesAsWell)

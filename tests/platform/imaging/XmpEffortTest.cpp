@@ -68,6 +68,25 @@ TEST(XmpEffortTest, propertiesAreBearableUpToANumber)
         kManyFields, [](const QByteArray& number) { return described("<a:P" + number + "/>"); }))));
 }
 
+TEST(XmpEffortTest, propertiesCountTogetherHoweverDeepTheyLie)
+{
+    const QByteArray inTen = repeated(kManyFields / 500, [](const QByteArray& number) {
+        QByteArray properties = elements(500);
+        return described(properties.replace("a:P", "a:P" + number));
+    });
+    EXPECT_FALSE(XmpEffort::isBearable("<a><b>" + xmpOf(inTen) + "</b></a>"));
+    EXPECT_FALSE(
+        XmpEffort::isBearable("<a><rdf:Description>" + xmpOf(inTen) + "</rdf:Description></a>"));
+    const QByteArray listOfStructures = "<a:L><rdf:Seq>" +
+                                        repeated(2000,
+                                                 [](const QByteArray& number) {
+                                                     return "<rdf:li><rdf:Description a:x='" +
+                                                            number + "' a:y='1' a:z='2'/></rdf:li>";
+                                                 }) +
+                                        "</rdf:Seq></a:L>";
+    EXPECT_TRUE(isBearable(listOfStructures));
+}
+
 TEST(XmpEffortTest, fieldsOfStructuresAreBearableUpToANumber)
 {
     EXPECT_TRUE(isBearable(structure(elements(4500))));

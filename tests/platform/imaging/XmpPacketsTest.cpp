@@ -163,8 +163,8 @@ TEST(XmpPackets, soManyPropertiesThatTheyWouldTakeMinutesAreBoundedAndTheLogSays
     EXPECT_EQ(packets.main.count("photoshop:P") + packets.extended.count("photoshop:P"),
               static_cast<qsizetype>(XmpPackets::kMostProperties));
     EXPECT_EQ(log.entries(),
-              QStringList{u"The XMP metadata of the file has more than 4000 properties or fields "
-                          u"of one; left out: "
+              QStringList{u"The XMP metadata of the file has more than 4000 properties, or as "
+                          u"many fields in its structures; left out: "
                           "Xmp.photoshop.P4000, Xmp.photoshop.P4001, Xmp.photoshop.P4002"_s});
 }
 
@@ -179,8 +179,8 @@ TEST(XmpPackets, aStructureOfSoManyFieldsThatItWouldTakeMinutesIsLeftOutAndTheLo
     EXPECT_EQ(packets.main.count("photoshop:Field"), 3);
     EXPECT_TRUE(packets.extended.isEmpty());
     EXPECT_EQ(log.entries(),
-              QStringList{u"The XMP metadata of the file has more than 4000 properties or fields "
-                          u"of one; left out: "
+              QStringList{u"The XMP metadata of the file has more than 4000 properties, or as "
+                          u"many fields in its structures; left out: "
                           "Xmp.photoshop.Many"_s});
 }
 
