@@ -102,7 +102,7 @@ bool SourceFile::mayHideNoise() const
     constexpr quint16 kBitsPerSample = 0x0102;
     constexpr quint64 kFewestBits = 8;
     constexpr quint16 kSamplesPerPixel = 0x0115;
-    constexpr quint64 kFewestSamples = 3;
+    constexpr quint64 kFewestChannels = 3;
     if (type != FileType::Picture) {
         return type == FileType::Heif;
     }
@@ -112,5 +112,5 @@ bool SourceFile::mayHideNoise() const
     }
     const TiffDirectory& picture = tiff->directories().first();
     return picture.number(kBitsPerSample, 1) >= kFewestBits &&
-           picture.number(kSamplesPerPixel, 1) >= kFewestSamples;
+           picture.number(kSamplesPerPixel, 1) >= kFewestChannels;
 }
