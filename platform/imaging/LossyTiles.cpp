@@ -10,19 +10,46 @@
 namespace
 {
 
-// DNG 1.4, chapter 4.
+// TIFF 6.0, sections 3, 8 and 15, and DNG 1.4, chapter 4.
+constexpr quint16 kPictureWidth = 0x0100;
+constexpr quint16 kPictureLength = 0x0101;
 constexpr quint16 kCompression = 0x0103;
+constexpr quint16 kRowsPerStrip = 0x0116;
+constexpr quint16 kTileWidth = 0x0142;
+constexpr quint16 kTileLength = 0x0143;
 constexpr quint64 kLossyJpeg = 34892;
 
 /// The least work; all data are read and judged nevertheless.
 constexpr int kReduction = 8;
 
-/// Each from its begin to that of the next one, or to the end of the file: LibRaw reads a tile to
-/// its end mark, whatever length is stated. No byte belongs to two, which bounds the work. One that
-/// begins beyond the end is empty.
-QList<QByteArrayView> tilesOf(const TiffDirectory& raw, QByteArrayView file)
+/// How the picture lies in its strips or tiles.
+struct TileLayout {
+    quint64 count{0};  ///< those that the picture needs
+    quint64 pixels{0}; ///< the most that one has
+};
+
+/// What is not stated is one of the picture's size, as LibRaw takes it.
+TileLayout layoutOf(const TiffDirectory& raw)
+{
+    const auto stated = [&](quint16 tag, quint64 otherwise) {
+        const quint64 number = raw.number(tag);
+        return number > 0 ? number : otherwise;
+    };
+    const quint64 width = raw.number(kPictureWidth);
+    const quint64 length = raw.number(kPictureLength);
+    const quint64 across = stated(kTileWidth, width);
+    // Strips end with the picture, tiles are filled up.
+    const quint64 down = stated(kTileLength, std::min(stated(kRowsPerStrip, length), length));
+    return {((width - 1) / across + 1) * ((length - 1) / down + 1), across * down};
+}
+
+/// The `count` first ones that are stated, each from its begin to that of the next one, or to the
+/// end of the file: LibRaw reads a tile to its end mark, whatever length is stated. No byte belongs
+/// to two, which bounds the work. One that begins beyond the end is empty.
+QList<QByteArrayView> tilesOf(const TiffDirectory& raw, QByteArrayView file, quint64 count)
 {
     QList<quint64> offsets = raw.pictureOffsets();
+    offsets.resize(static_cast<qsizetype>(std::min(count, static_cast<quint64>(offsets.size()))));
     std::ranges::sort(offsets);
     offsets.erase(std::unique(offsets.begin(), offsets.end()), offsets.end());
     const auto placeOf = [&](qsizetype tile) {
@@ -36,6 +63,18 @@ QList<QByteArrayView> tilesOf(const TiffDirectory& raw, QByteArrayView file)
     return tiles;
 }
 
+/// What is wrong with one that may have so many pixels and no more.
+std::optional<Error> failureOf(QByteArrayView tile, quint64 mostPixels)
+{
+    const QSize size = JpegDecoder::size(tile).value_or(QSize(0, 0));
+    if (static_cast<quint64>(size.width()) * static_cast<quint64>(size.height()) > mostPixels) {
+        return Error{ErrorCode::Damaged,
+                     QStringLiteral("a tile of its picture says that it is larger than its place")};
+    }
+    const auto picture = JpegDecoder::decodeReduced(tile, kReduction);
+    return picture.ok() ? std::nullopt : std::optional(picture.error());
+}
+
 } // namespace
 
 std::optional<Error> LossyTiles::failure(QByteArrayView file)
@@ -45,10 +84,10 @@ std::optional<Error> LossyTiles::failure(QByteArrayView file)
     if (raw == nullptr || raw->number(kCompression) != kLossyJpeg) {
         return std::nullopt;
     }
-    for (const QByteArrayView tile : tilesOf(*raw, file)) {
-        const auto picture = JpegDecoder::decodeReduced(tile, kReduction);
-        if (!picture.ok()) {
-            return picture.error();
+    const TileLayout layout = layoutOf(*raw);
+    for (const QByteArrayView tile : tilesOf(*raw, file, layout.count)) {
+        if (auto failure = failureOf(tile, layout.pixels)) {
+            return failure;
         }
     }
     return std::nullopt;

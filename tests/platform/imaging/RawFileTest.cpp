@@ -54,11 +54,11 @@ bool hasGaps(const Bitmap& light, std::optional<quint32> black, quint32 white = 
     return values && SensorGaps::isFoundIn(*values);
 }
 
-QByteArray lossyTile()
+QByteArray lossyTile(QSize size = kSensorSize)
 {
     JpegEncoder::Options options;
     options.scans = JpegEncoder::Scans::Sequential;
-    const auto jpeg = JpegEncoder::encode(ImageBuilder::noise(kSensorSize), options);
+    const auto jpeg = JpegEncoder::encode(ImageBuilder::noise(size), options);
     EXPECT_TRUE(jpeg.ok());
     return jpeg.ok() ? jpeg.value() : QByteArray();
 }
@@ -81,13 +81,31 @@ QByteArray little(quint32 number)
     return {reinterpret_cast<const char*>(&bytes), 4};
 }
 
+QByteArray replaced(QByteArray dng, const QByteArray& entry, const QByteArray& by)
+{
+    EXPECT_EQ(dng.count(entry), 1);
+    return dng.replace(entry, by);
+}
+
 /// The file with another length of its tile than that which it has.
-QByteArray withTileLength(QByteArray dng, qsizetype length, qsizetype stated)
+QByteArray withTileLength(const QByteArray& dng, qsizetype length, qsizetype stated)
 {
     const QByteArray entry = QByteArray("\x17\x01\x04\0\x01\0\0\0", 8);
-    EXPECT_EQ(dng.count(entry + little(static_cast<quint32>(length))), 1);
-    return dng.replace(entry + little(static_cast<quint32>(length)),
-                       entry + little(static_cast<quint32>(stated)));
+    return replaced(dng,
+                    entry + little(static_cast<quint32>(length)),
+                    entry + little(static_cast<quint32>(stated)));
+}
+
+/// The file with a second tile after the one that it has, beyond the end of its picture.
+QByteArray withTileBeyondPicture(const QByteArray& tile, const QByteArray& surplus)
+{
+    const QByteArray dng = lossyDng(tile);
+    const auto first = little(static_cast<quint32>(dng.size() - tile.size()));
+    const auto second = little(static_cast<quint32>(dng.size()));
+    const auto places = little(static_cast<quint32>(dng.size() + surplus.size()));
+    const QByteArray entry = QByteArray("\x11\x01\x04\0", 4);
+    return replaced(dng, entry + little(1) + first, entry + little(2) + places) + surplus + first +
+           second;
 }
 
 } // namespace
@@ -120,6 +138,22 @@ TEST(RawFileTest, aLossyTileIsJudgedToItsEndWhateverLengthIsStated)
         EXPECT_FALSE(failureOf(good).has_value()) << stated;
         EXPECT_TRUE(failureOf(damaged).has_value()) << stated;
     }
+}
+
+TEST(RawFileTest, aLossyTileThatStatesMorePixelsThanItsPlaceIsDamaged)
+{
+    const auto failure = failureOfLossy(lossyTile({kSensorSize.width(), kSensorSize.height() + 8}));
+    ASSERT_TRUE(failure.has_value());
+    EXPECT_EQ(failure->code, ErrorCode::Damaged);
+}
+
+TEST(RawFileTest, lossyTilesThatThePictureDoesNotNeedAreNotDecoded)
+{
+    QByteArray damaged = lossyTile();
+    damaged.replace(damaged.size() / 2, 200, QByteArray(200, '\0'));
+    const QByteArray good = lossyTile();
+    EXPECT_FALSE(std::make_unique<RawFile>(withTileBeyondPicture(good, damaged))->unpackSensor());
+    EXPECT_TRUE(std::make_unique<RawFile>(withTileBeyondPicture(damaged, good))->unpackSensor());
 }
 
 TEST(RawFileTest, shadowsThatClipAtABlackOfEachPlaceAreNoGap)
