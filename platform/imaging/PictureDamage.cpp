@@ -139,6 +139,31 @@ bool differsInPlaces(const SmallPicture& decoded, const SmallPicture& shown)
     return marked.largestPatch() >= kEnough;
 }
 
+/// The grid in whose rows edges are looked for.
+constexpr QSize kEdgeGrid(16, 64);
+
+/// Whether lightness changes near a place, 0..1 of the height, alike in both.
+bool isEdgeInBoth(double place, const SmallPicture& picture, const SmallPicture& expected)
+{
+    constexpr int kNear = 3;
+    constexpr auto kChanges = static_cast<float>(2 * kNear * kEdgeGrid.width());
+    constexpr float kVisible = 0.01F;
+    constexpr float kSameChange = 0.5F;
+    const int row = std::clamp(static_cast<int>(std::clamp(place, 0.0, 1.0) * kEdgeGrid.height()),
+                               kNear,
+                               kEdgeGrid.height() - kNear - 1);
+    float squares = 0.0F;
+    float products = 0.0F;
+    for (int y = row - kNear; y < row + kNear; ++y) {
+        for (int x = 0; x < kEdgeGrid.width(); ++x) {
+            const float change = picture.at(x, y + 1) - picture.at(x, y);
+            squares += change * change;
+            products += change * (expected.at(x, y + 1) - expected.at(x, y));
+        }
+    }
+    return squares >= kVisible * kVisible * kChanges && products >= kSameChange * squares;
+}
+
 bool isMonochrome(const QImage& shown)
 {
     return SceneComparison::isMonochrome(SceneComparison::Views::of(shown));
@@ -176,36 +201,20 @@ std::optional<QString> complaintOf(const SmallPicture& decoded,
 
 } // namespace
 
-bool PictureDamage::isEdgeOfScene(double place,
-                                  const SmallPicture& decoded,
-                                  const SmallPicture& shown)
+bool PictureDamage::areEdgesOfScene(const std::vector<double>& places,
+                                    const SmallPicture& decoded,
+                                    const SmallPicture& shown)
 {
-    // How lightness changes near the break, in the rows of a grid.
-    constexpr QSize kGrid(16, 64);
-    constexpr int kNear = 3;
-    constexpr auto kChanges = static_cast<float>(2 * kNear * kGrid.width());
-    constexpr float kVisible = 0.01F;
-    constexpr float kSameChange = 0.5F;
     const SceneComparison::Match match = SceneComparison::bestMatch(decoded, shown);
     if (match.likeness < kOtherScene) {
         return false;
     }
     const QRectF& area = match.overlay.first;
-    const double inArea = std::clamp((place - area.top()) / area.height(), 0.0, 1.0);
-    const int row =
-        std::clamp(static_cast<int>(inArea * kGrid.height()), kNear, kGrid.height() - kNear - 1);
     const auto [picture, expected] =
-        SceneComparison::laidOver(decoded, shown, match.overlay, kGrid);
-    float squares = 0.0F;
-    float products = 0.0F;
-    for (int y = row - kNear; y < row + kNear; ++y) {
-        for (int x = 0; x < kGrid.width(); ++x) {
-            const float change = picture.at(x, y + 1) - picture.at(x, y);
-            squares += change * change;
-            products += change * (expected.at(x, y + 1) - expected.at(x, y));
-        }
-    }
-    return squares >= kVisible * kVisible * kChanges && products >= kSameChange * squares;
+        SceneComparison::laidOver(decoded, shown, match.overlay, kEdgeGrid);
+    return std::ranges::all_of(places, [&](double place) {
+        return isEdgeInBoth((place - area.top()) / area.height(), picture, expected);
+    });
 }
 
 std::optional<QString> PictureDamage::complaint(const SmallPicture& decoded,

@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <optional>
+#include <vector>
 
 /// Tells damage by what a picture's file shows of it beside it. Any thread.
 namespace PictureDamage
@@ -19,10 +20,11 @@ namespace PictureDamage
 [[nodiscard]] std::optional<QString>
 complaint(const SmallPicture& decoded, const SmallPicture& shown, const QImage& preview);
 
-/// Whether a break in the picture's rows, at `place` (0..1 of the height, from the top), is an edge
-/// of the scene: one in what is shown, too. False where the two do not show the same.
-[[nodiscard]] bool
-isEdgeOfScene(double place, const SmallPicture& decoded, const SmallPicture& shown);
+/// Whether all breaks in the picture's rows, at `places` (0..1 of the height, from the top), are
+/// edges of the scene: such in what is shown, too. False where the two do not show the same.
+[[nodiscard]] bool areEdgesOfScene(const std::vector<double>& places,
+                                   const SmallPicture& decoded,
+                                   const SmallPicture& shown);
 
 /// The same as complaint() by a thumbnail that was made of the very picture, as HEIF files have
 /// one: also a clause where only the lightness of places differs.

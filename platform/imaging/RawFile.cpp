@@ -6,7 +6,6 @@
 #include "TiffStructure.h"
 
 #include <algorithm>
-#include <span>
 #include <string_view>
 
 namespace
@@ -70,24 +69,6 @@ void setParameters(libraw_output_params_t& parameters)
 bool needsOneThread(const libraw_iparams_t& names)
 {
     return std::string_view(&names.make[0]).starts_with("Fuji");
-}
-
-/// The most that a sensor's values can be: they are of 16 bits.
-constexpr unsigned kHighestValue = 65535;
-
-/// The least that a value is without light: a common level, one of each channel, and one of each
-/// place in a pattern. Levels are of 32 bits, whatever the values have.
-int leastBlack(const libraw_colordata_t& color)
-{
-    constexpr std::size_t kChannels = 4;
-    constexpr std::size_t kPattern = 6; // rows and columns of it stand before
-    const std::span levels(color.cblack);
-    const quint64 places = quint64{levels[kChannels]} * levels[kChannels + 1];
-    quint64 black = quint64{color.black} + std::ranges::min(levels.first(kChannels));
-    if (places > 0 && places <= levels.size() - kPattern) {
-        black += std::ranges::min(levels.subspan(kPattern, places));
-    }
-    return static_cast<int>(std::min<quint64>(black, kHighestValue));
 }
 
 /// The crop that a DNG file's own tags state, in coordinates of the visible area; empty where none
@@ -155,38 +136,6 @@ std::optional<Error> RawFile::unpackSensor()
         return errorOf(LIBRAW_FILE_UNSUPPORTED);
     }
     return imgdata.idata.dng_version != 0 ? LossyTiles::failure(m_bytes) : std::nullopt;
-}
-
-/// LibRaw takes where the visible area lies from the file and bounds its own reads, not ours.
-bool RawFile::isVisibleAreaHeld(int valuesOfPixel) const
-{
-    const auto& sizes = imgdata.sizes;
-    return sizes.top_margin + sizes.height <= sizes.raw_height &&
-           (sizes.left_margin + sizes.width) * static_cast<unsigned>(valuesOfPixel) *
-                   sizeof(quint16) <=
-               sizes.raw_pitch;
-}
-
-std::optional<SensorValues> RawFile::sensorValues() const
-{
-    const auto& data = imgdata.rawdata;
-    const auto& sizes = imgdata.sizes;
-    const auto& color = imgdata.color;
-    SensorValues values{.first = data.raw_image};
-    if (data.color3_image != nullptr) {
-        values = {.first = &data.color3_image[0][0], .channels = 3};
-    } else if (data.color4_image != nullptr) {
-        values = {.first = &data.color4_image[0][0], .channels = 4};
-    }
-    if (values.first == nullptr || !isVisibleAreaHeld(values.channels)) {
-        return std::nullopt;
-    }
-    values.stride = static_cast<qsizetype>(sizes.raw_pitch / sizeof(quint16));
-    values.first += sizes.top_margin * values.stride + sizes.left_margin * values.channels;
-    values.size = QSize(sizes.width, sizes.height);
-    values.black = leastBlack(color);
-    values.white = static_cast<int>(std::min(color.maximum, kHighestValue));
-    return values;
 }
 
 Result<Bitmap> RawFile::processed()

@@ -27,7 +27,7 @@ public:
     /// complains of), Unsupported, OutOfSpace; they name no file.
     [[nodiscard]] std::optional<Error> unpackSensor();
 
-    /// The sensor's data in the visible area. After unpackSensor() and before anything is made of
+    /// The sensor's data in the area that is the picture. After unpackSensor() and before anything is made of
     /// them; nothing where they are of a kind that cannot be judged. They live as long as this.
     [[nodiscard]] std::optional<SensorValues> sensorValues() const;
 

@@ -71,11 +71,11 @@ Result<RawPhoto> RawPhoto::open(const QByteArray& bytes)
         SensorFaults faults;
         if (const auto values = file->sensorValues()) {
             faults = {.hasGaps = SensorGaps::isFoundIn(*values),
-                      .brokenAt = SensorBreaks::longest(*values)};
+                      .breaks = SensorBreaks::places(*values)};
         }
         Result<RawPhoto> photo = made(std::move(file));
         if (photo.ok()) {
-            photo.value().m_faults = faults;
+            photo.value().m_faults = std::move(faults);
         }
         return photo;
     } catch (const std::bad_alloc&) {

@@ -11,13 +11,14 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 class RawFile;
 
-/// What the sensor's data show of damage. A value type.
+/// What the sensor's data show of damage in the picture. A value type.
 struct SensorFaults {
-    bool hasGaps{false};            ///< a large part is gone (SensorGaps)
-    std::optional<double> brokenAt; ///< where rows break off, 0..1 of the height (SensorBreaks)
+    bool hasGaps{false};        ///< a large part is gone (SensorGaps)
+    std::vector<double> breaks; ///< where rows break off, 0..1 of the height (SensorBreaks)
 };
 
 /// A RAW photo whose sensor data were read with LibRaw: camera white balance, highlights clipped,

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdlib>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 namespace
@@ -29,15 +30,13 @@ float meanStep(const quint16* row, const quint16* other, int count)
 
 std::vector<Steps> stepsOf(const SensorValues& values)
 {
-    // Mosaics repeat after two rows.
-    const int period = values.channels == 1 ? 2 : 1;
     const int part = values.size.width() / kParts * values.channels;
-    std::vector<Steps> all(static_cast<std::size_t>(values.size.height() - period));
+    std::vector<Steps> all(static_cast<std::size_t>(values.size.height() - values.period));
     const quint16* row = values.first;
     for (Steps& steps : all) {
         const quint16* from = row;
         for (float& step : steps) {
-            step = meanStep(from, from + period * values.stride, part);
+            step = meanStep(from, from + values.period * values.stride, part);
             from += part;
         }
         row += values.stride;
@@ -64,15 +63,16 @@ brokenParts(const Steps* before, const Steps& first, const Steps& second, float 
 }
 
 struct Break {
+    std::ptrdiff_t row{0}; ///< the first step of it, or the first row after it
     int parts{0};
-    std::ptrdiff_t row{0}; ///< the first step of it
 };
 
-/// The longest break of which the steps before are usual ones. One that begins within a row lies
-/// in two.
-Break longestBreak(const std::vector<Steps>& steps, std::ptrdiff_t margin, float least)
+/// The breaks through enough parts of which the steps before are usual ones. One that begins within
+/// a row lies in two.
+std::vector<Break> breaksIn(const std::vector<Steps>& steps, std::ptrdiff_t margin, float least)
 {
-    Break longest;
+    constexpr int kEnough = kParts / 2;
+    std::vector<Break> breaks;
     std::array<bool, kParts> last{};
     const auto end = std::ssize(steps) - margin - 1;
     for (std::ptrdiff_t row = std::max<std::ptrdiff_t>(margin, kRowsBefore); row < end; ++row) {
@@ -82,35 +82,60 @@ Break longestBreak(const std::vector<Steps>& steps, std::ptrdiff_t margin, float
         for (std::size_t part = 0; part < kParts; ++part) {
             parts += broken[part] || last[part] ? 1 : 0;
         }
-        if (parts > longest.parts) {
-            longest = {parts, row};
+        if (parts >= kEnough) {
+            breaks.push_back({row, parts});
         }
         last = broken;
     }
-    return longest;
+    return breaks;
+}
+
+/// Of breaks that lie within a few rows the longest.
+std::vector<Break> apart(std::vector<Break> breaks)
+{
+    constexpr std::ptrdiff_t kFewRows = 8;
+    std::ranges::sort(breaks, {}, &Break::row);
+    std::vector<Break> kept;
+    std::ptrdiff_t first = 0;
+    for (const Break& found : breaks) {
+        if (kept.empty() || found.row - first > kFewRows) {
+            kept.push_back(found);
+            first = found.row;
+        } else if (found.parts > kept.back().parts) {
+            kept.back() = found;
+        }
+    }
+    return kept;
 }
 
 } // namespace
 
-std::optional<double> SensorBreaks::longest(const SensorValues& values)
+std::vector<double> SensorBreaks::places(const SensorValues& values)
 {
     constexpr int kFewestRows = 64;
     constexpr float kLeastOfWhite = 1.0F / 500.0F;
     constexpr int kMargin = 32; // the outermost rows, as part of all
-    constexpr int kEnough = kParts / 2;
-    if (values.size.width() < 4 * kParts || values.size.height() < kFewestRows) {
-        return std::nullopt;
+    const int height = values.size.height();
+    if (values.size.width() < 4 * kParts || height < kFewestRows) {
+        return {};
     }
     const float least =
         std::max(2.0F, static_cast<float>(values.white - values.black) * kLeastOfWhite);
     std::vector<Steps> steps = stepsOf(values);
-    const auto margin = std::ssize(steps) / kMargin;
-    const Break begin = longestBreak(steps, margin, least);
-    std::ranges::reverse(steps);
-    const Break end = longestBreak(steps, margin, least);
-    if (std::max(begin.parts, end.parts) < kEnough) {
-        return std::nullopt;
+    const auto count = std::ssize(steps);
+    const auto margin = values.mayHaveRim ? count / kMargin : 0;
+    std::vector<Break> breaks = breaksIn(steps, margin, least);
+    for (Break& begin : breaks) {
+        begin.row += values.period;
     }
-    const auto row = begin.parts >= end.parts ? begin.row : std::ssize(steps) - 1 - end.row;
-    return (static_cast<double>(row) + 1.0) / static_cast<double>(std::ssize(steps));
+    std::ranges::reverse(steps);
+    for (const Break& end : breaksIn(steps, margin, least)) {
+        breaks.push_back({count - end.row, end.parts});
+    }
+    std::vector<double> places;
+    std::ranges::transform(
+        apart(std::move(breaks)), std::back_inserter(places), [&](const Break& found) {
+            return static_cast<double>(found.row) / height;
+        });
+    return places;
 }

@@ -139,18 +139,19 @@ std::optional<QString> SourcePicture::judgeRaw(const RawPhoto& photo, const Sour
         complaint = PictureDamage::complaint(small, shown, preview);
         return complaint || SceneComparison::likeness(small, shown) >= SceneComparison::kSameScene;
     });
-    const std::optional<double> brokenAt = photo.faults().brokenAt;
-    return brokenAt && !complaint ? breakComplaint(*brokenAt, small, file) : complaint;
+    const std::vector<double>& breaks = photo.faults().breaks;
+    return complaint || breaks.empty() ? complaint : breakComplaint(breaks, small, file);
 }
 
-/// An edge of the scene is no damage: also one in a preview that is too plain to tell anything
+/// Edges of the scene are no damage: also those in a preview that is too plain to tell anything
 /// else.
-std::optional<QString>
-SourcePicture::breakComplaint(double place, const SmallPicture& small, const SourceFile& file) const
+std::optional<QString> SourcePicture::breakComplaint(const std::vector<double>& breaks,
+                                                     const SmallPicture& small,
+                                                     const SourceFile& file) const
 {
     const std::optional<Preview> shown =
         m_preview ? m_preview : RawPhoto::preview(file.bytes, PreviewFinder::kLongestSide);
-    if (shown && PictureDamage::isEdgeOfScene(place, small, SmallPicture::of(shown->image))) {
+    if (shown && PictureDamage::areEdgesOfScene(breaks, small, SmallPicture::of(shown->image))) {
         return std::nullopt;
     }
     return QStringLiteral("it breaks off within, its picture data is corrupt");

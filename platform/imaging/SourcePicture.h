@@ -11,6 +11,7 @@
 
 #include <optional>
 #include <variant>
+#include <vector>
 
 struct SourceFile;
 
@@ -53,8 +54,9 @@ private:
     /// wrong with the picture.
     [[nodiscard]] std::optional<QString> judge(const SourceFile& file);
     [[nodiscard]] std::optional<QString> judgeRaw(const RawPhoto& photo, const SourceFile& file);
-    [[nodiscard]] std::optional<QString>
-    breakComplaint(double place, const SmallPicture& small, const SourceFile& file) const;
+    [[nodiscard]] std::optional<QString> breakComplaint(const std::vector<double>& breaks,
+                                                        const SmallPicture& small,
+                                                        const SourceFile& file) const;
 
     Content m_content;
     std::optional<Preview> m_preview;

@@ -198,54 +198,6 @@ TEST(GoneDataTest, aRawPhotoWithoutAPreviewFailsWhereItsDataAreGone)
     }
 }
 
-/// A wall with the noise of a sensor, and a darker one from a row on, level to the pixel.
-Bitmap wall(int darkerFrom)
-{
-    std::mt19937 random(3);
-    Bitmap light(kDamagedSize.width(), kDamagedSize.height(), Transfer::Linear);
-    for (int y = 0; y < light.pixelsHigh(); ++y) {
-        const auto base = static_cast<std::size_t>(y < darkerFrom ? 20000 : 6000);
-        std::size_t x = 0;
-        for (quint16& value : light.row(y)) {
-            value = static_cast<quint16>(base + 10 * (x++ / 3) + random() % 400);
-        }
-    }
-    return light;
-}
-
-TEST(GoneDataTest, aRawPhotoWithoutAPreviewFailsWhereAFewRowsAreOverwritten)
-{
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(u"photo.dng"_s);
-    const qsizetype row = qsizetype{2} * kDamagedSize.width();
-    const QByteArray file = ImageBuilder::dng(wall(kDamagedSize.height()));
-    ImageBuilder::write(path, file);
-    ASSERT_TRUE(SourcePicture::open(path).ok());
-    std::mt19937 random(1);
-    for (const Kind kind : {Kind::Zeros, Kind::Ones, Kind::Chance}) {
-        const Range gone{file.size() - 100 * row + row / 3, 8 * row};
-        ImageBuilder::write(path, destroyed(file, gone, kind, random));
-        const auto opened = SourcePicture::open(path);
-        ASSERT_FALSE(opened.ok()) << static_cast<int>(kind);
-        EXPECT_EQ(opened.error().code, ErrorCode::Damaged);
-    }
-}
-
-TEST(GoneDataTest, aLevelEdgeThatThePreviewShowsTooIsNoDamage)
-{
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(u"photo.dng"_s);
-    const Bitmap light = wall(200);
-    const QByteArray preview = previewOf(SrgbTransfer::converted(light, Transfer::Srgb));
-    ImageBuilder::write(path, ImageBuilder::dng(light, {.crop = {}, .preview = preview}));
-    EXPECT_TRUE(SourcePicture::open(path).ok());
-    // One that shows the wall without the edge does not excuse it.
-    const QByteArray other =
-        previewOf(SrgbTransfer::converted(wall(kDamagedSize.height()), Transfer::Srgb));
-    ImageBuilder::write(path, ImageBuilder::dng(light, {.crop = {}, .preview = other}));
-    EXPECT_FALSE(SourcePicture::open(path).ok());
-}
-
 TEST_P(DamagedSourceTest, aHeifPhotoFailsOrIsRight)
 {
     const Bitmap scene = SceneSamples::leaves(kDamagedSize / 2, 8);

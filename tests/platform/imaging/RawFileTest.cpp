@@ -108,6 +108,32 @@ QByteArray withTileBeyondPicture(const QByteArray& tile, const QByteArray& surpl
            second;
 }
 
+/// The file with filters of 6 rows and columns in place of those of 2.
+QByteArray withFiltersOfSix(const QByteArray& dng)
+{
+    const QByteArray sides = QByteArray("\x8D\x82\x03\0\x02\0\0\0", 8);
+    const QByteArray colors = QByteArray("\x8E\x82\x01\0", 4);
+    QByteArray filters;
+    for (const char* const row : {"GBGGRG", "RGRBGB", "GBGGRG", "GRGGBG", "BGBRGR", "GRGGBG"}) {
+        filters += row;
+    }
+    filters.replace('R', '\0').replace('G', '\1').replace('B', '\2');
+    const QByteArray wider =
+        replaced(dng, sides + QByteArray("\2\0\2\0", 4), sides + QByteArray("\6\0\6\0", 4));
+    return replaced(wider,
+                    colors + little(4) + QByteArray("\0\1\1\2", 4),
+                    colors + little(36) + little(static_cast<quint32>(dng.size()))) +
+           filters;
+}
+
+int periodOf(const QByteArray& dng)
+{
+    const auto file = std::make_unique<RawFile>(dng);
+    EXPECT_FALSE(file->unpackSensor().has_value());
+    const auto values = file->sensorValues();
+    return values ? values->period : 0;
+}
+
 } // namespace
 
 TEST(RawFileTest, aWholeLossyTileIsNoDamage)
@@ -154,6 +180,16 @@ TEST(RawFileTest, lossyTilesThatThePictureDoesNotNeedAreNotDecoded)
     const QByteArray good = lossyTile();
     EXPECT_FALSE(std::make_unique<RawFile>(withTileBeyondPicture(good, damaged))->unpackSensor());
     EXPECT_TRUE(std::make_unique<RawFile>(withTileBeyondPicture(damaged, good))->unpackSensor());
+}
+
+TEST(RawFileTest, valuesTellAfterHowManyRowsTheirFiltersRepeat)
+{
+    const Bitmap light = ImageBuilder::noise(kSensorSize);
+    const QByteArray cells = ImageBuilder::dng(light, {.crop = {}, .preview = {}});
+    EXPECT_EQ(periodOf(cells), 2);
+    EXPECT_EQ(periodOf(withFiltersOfSix(cells)), 6);
+    EXPECT_EQ(periodOf(ImageBuilder::dng(light, {.crop = {}, .preview = {}, .demosaiced = true})),
+              1);
 }
 
 TEST(RawFileTest, shadowsThatClipAtABlackOfEachPlaceAreNoGap)
