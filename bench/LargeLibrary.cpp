@@ -220,7 +220,7 @@ Result<void> LargeLibrary::make(const QString& package, int photos, const QStrin
     if (!rawPicture.ok() || !jpegPicture.ok()) {
         return rawPicture.ok() ? jpegPicture.error() : rawPicture.error();
     }
-    if (const Result<void> created = LibraryCreator::create(package); !created.ok()) {
+    if (Result<void> created = LibraryCreator::create(package); !created.ok()) {
         return created;
     }
     Result<std::unique_ptr<Connection>> connection =

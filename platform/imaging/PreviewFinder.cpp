@@ -121,7 +121,7 @@ std::optional<QImage> PreviewFinder::thumbnail(QByteArrayView exif, QSize size)
         return std::nullopt;
     }
     for (const Candidate& candidate : ofDirectories(exif)) {
-        const QImage image = imageOf(candidate);
+        QImage image = imageOf(candidate);
         if (!image.isNull()) {
             return image;
         }

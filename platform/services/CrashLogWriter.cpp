@@ -91,7 +91,7 @@ bool isStillIgnored(int signal, const siginfo_t& information) noexcept
         (signal == SIGABRT && information.si_pid == getpid())) {
         return false;
     }
-    const auto place = std::ranges::find(SignalText::kOfFaults, signal);
+    const auto* const place = std::ranges::find(SignalText::kOfFaults, signal);
     return crashState.wereIgnored[static_cast<std::size_t>(place - SignalText::kOfFaults.begin())];
 }
 

@@ -93,7 +93,7 @@ Result<void> writePicture(Connection& connection, const ProxyFiles::Missing& mis
     if (!bytes.ok()) {
         return bytes.error();
     }
-    if (const Result<void> allowed =
+    if (Result<void> allowed =
             PackageFiles::mayBeWritten(connection.packagePath(), missing.relativePath);
         !allowed.ok()) {
         return allowed;

@@ -87,8 +87,8 @@ Result<void> copyDatabases(const QString& copy, const QString& staging)
         }
         const QString to = staging + u'/' + part;
         const QString folder = QFileInfo(to).path();
-        const Result<void> copied =
-            QDir().mkpath(folder) ? Backup::copyFile(copy + u'/' + part, to)
+        Result<void> copied = QDir().mkpath(folder)
+                                  ? Backup::copyFile(copy + u'/' + part, to)
                                   : AtomicFile::errorFromErrno(errno, u"make the folder"_s, folder);
         if (!copied.ok()) {
             return copied;

@@ -67,9 +67,9 @@ std::optional<RowIdSet> RowIdSet::fromBlob(const QByteArray& blob)
 
 QByteArray RowIdSet::toBlob() const
 {
-    constexpr std::size_t kMostBytesOfChunk = 5UL * kWords + 12UL;
+    constexpr qsizetype kMostBytesOfChunk = qsizetype{5} * kWords + 12;
     QByteArray bytes;
-    bytes.reserve(static_cast<qsizetype>(m_chunks.size() * kMostBytesOfChunk));
+    bytes.reserve(std::ssize(m_chunks) * kMostBytesOfChunk);
     appendLeb128(bytes, kFormat);
     appendLeb128(bytes, 0);
     appendLeb128(bytes, static_cast<quint64>(m_chunks.size()));

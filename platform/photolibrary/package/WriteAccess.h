@@ -178,7 +178,7 @@ Result<void> WriteAccess::synchronise(Connection& connection, Follow&& follow)
     if (changes.isEmpty()) {
         return m_shutDown ? Result<void>() : clearJournal();
     }
-    if (const Result<void> ready = readyToFollow(connection, changes); !ready.ok()) {
+    if (Result<void> ready = readyToFollow(connection, changes); !ready.ok()) {
         return ready;
     }
     Changes left = changes;
