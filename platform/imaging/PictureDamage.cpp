@@ -210,10 +210,9 @@ bool PictureDamage::areEdgesOfScene(const std::vector<double>& places,
         return false;
     }
     const QRectF& area = match.overlay.first;
-    const auto [picture, expected] =
-        SceneComparison::laidOver(decoded, shown, match.overlay, kEdgeGrid);
+    const auto both = SceneComparison::laidOver(decoded, shown, match.overlay, kEdgeGrid);
     return std::ranges::all_of(places, [&](double place) {
-        return isEdgeInBoth((place - area.top()) / area.height(), picture, expected);
+        return isEdgeInBoth((place - area.top()) / area.height(), both.first, both.second);
     });
 }
 
