@@ -24,6 +24,9 @@ constexpr double kSlopeHold = 0.27;
 constexpr double kGainHold = 0.1;
 constexpr double kSaturationHold = 0.33;
 constexpr double kStopsHold = 0.02;
+/// What blown places are shown as counts as much, however few they are: nothing else tells how
+/// white full light is.
+constexpr double kFullLightHold = 0.5;
 
 /// The distance of colours (that of CIE94) at which most places show that no rendition of the photo
 /// is what the picture shows. Measured: true previews 1 to 4.
@@ -44,6 +47,7 @@ public:
         : m_samples(std::move(samples))
         , m_colors(colors)
     {
+        addFullLight();
     }
 
     /// Nothing where most places stay far off.
@@ -66,6 +70,36 @@ public:
 
 private:
     [[nodiscard]] std::size_t rows() const { return 3 * m_samples.size() + kHolds; }
+
+    /// One more sample, of light that clips in all channels, as the places that do are shown.
+    void addFullLight()
+    {
+        constexpr float kNearlyFull = 0.995F;
+        constexpr float kMuch = 1e3F;
+        const Parts parts = partsOf(std::vector<double>(kNumbers, 0.0), m_colors);
+        const float white = whiteOfSensor() * kNearlyFull;
+        int count = 0;
+        float lightness = 0.0F;
+        for (const ColorSample& sample : m_samples) {
+            const bool isFull =
+                std::ranges::equal(sample.light, parts.balance, [white](float light, double gain) {
+                    return light * static_cast<float>(gain) >= white;
+                });
+            count += isFull ? 1 : 0;
+            lightness += isFull ? sample.shown.lightness : 0.0F;
+        }
+        if (count > 0) {
+            const double weight = kFullLightHold * std::sqrt(static_cast<double>(m_samples.size()));
+            m_samples.push_back({.light = {kMuch, kMuch, kMuch},
+                                 .shown = {lightness / static_cast<float>(count), 0.0F, 0.0F},
+                                 .weight = static_cast<float>(weight)});
+        }
+    }
+
+    [[nodiscard]] float whiteOfSensor() const
+    {
+        return static_cast<float>(m_colors.sensor ? m_colors.sensor->white : 1.0);
+    }
 
     /// What brings the middle of the photo's light to the middle of what is shown.
     [[nodiscard]] double startingStops() const
@@ -99,7 +133,7 @@ private:
         toFloats(m_colors.sensor ? multiplied(scaled.matrix, m_colors.toSrgb) : scaled.matrix, m);
         std::array<float, 3> balance{};
         toFloats(parts.balance, balance);
-        const auto white = static_cast<float>(m_colors.sensor ? m_colors.sensor->white : 1.0);
+        const float white = whiteOfSensor();
         const double share = 1.0 / std::sqrt(static_cast<double>(m_samples.size()));
         double* next = into.data();
         for (const ColorSample& sample : m_samples) {

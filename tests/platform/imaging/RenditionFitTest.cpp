@@ -92,6 +92,27 @@ TEST(RenditionFitTest, exposureAndCurveAreFound)
     }
 }
 
+TEST(RenditionFitTest, fullLightIsAsWhiteAsTheFewPlacesShowItThatAreBlown)
+{
+    const QRect lamp(40, 30, 8, 6);
+    Bitmap light = photo();
+    for (int y = lamp.top(); y <= lamp.bottom(); ++y) {
+        std::fill_n(light.row(y).begin() + 3 * lamp.left(), 3 * lamp.width(), 65535);
+    }
+    // What else the photo holds says that full light is a light grey.
+    constexpr ToneCurve::Slopes kShoulder{0.4, 1.6, 1.4, 0.9, 0.5, 0.4};
+    QImage shown = shownBy(Rendition(kIdentityMatrix, 1.0, ToneCurve(kShoulder)), light);
+    const QPoint middle = lamp.center();
+    ASSERT_LT(qGray(shown.pixel(middle)), 235);
+    for (int y = lamp.top(); y <= lamp.bottom(); ++y) {
+        for (int x = lamp.left(); x <= lamp.right(); ++x) {
+            shown.setPixel(x, y, qRgb(255, 255, 255));
+        }
+    }
+    const Rendition rendition = RenditionFit::of(light, {}, {shown});
+    EXPECT_GT(rendition.tone(65535) / 257, 249);
+}
+
 TEST(RenditionFitTest, gainsAreFoundInTheColoursOfTheSensor)
 {
     const SensorColors colors{.toSrgb = {1.6, -0.5, -0.1, -0.2, 1.5, -0.3, 0.0, -0.5, 1.5},
