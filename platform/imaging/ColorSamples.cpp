@@ -61,13 +61,12 @@ QPointF placeIn(const QRectF& area, double x, double y)
     return {area.left() + x * area.width(), area.top() + y * area.height()};
 }
 
-bool isClippedInPart(Light light, const std::array<double, 3>& balance)
+Light balanced(Light light, const std::array<double, 3>& balance)
 {
     std::ranges::transform(light, balance, light.begin(), [](float value, double gain) {
         return value * static_cast<float>(gain);
     });
-    const auto [least, most] = std::ranges::minmax(light);
-    return most >= kClipped && least < kSafe;
+    return light;
 }
 
 /// The change of lightness from pixel to pixel about a place.
@@ -95,14 +94,16 @@ std::vector<ColorSample> ColorSamples::of(const Bitmap& photo,
             const double x = (column + 0.5) / kGrid;
             const double y = (row + 0.5) / kGrid;
             const Light light = lightAt(photo, placeIn(overlay.first, x, y));
-            if (isClippedInPart(light, balance)) {
+            const auto [least, most] = std::ranges::minmax(balanced(light, balance));
+            if (most >= kClipped && least < kSafe) { // clipped in part
                 continue;
             }
             const QPointF place = unturned(placeIn(overlay.second, x, y), overlay.turns);
             const float edge = edgeAt(shown, place) / kEdge;
             samples.push_back({.light = light,
                                .shown = CieLab::of(lightAt(shown, place)),
-                               .weight = 1.0F / (1.0F + edge * edge)});
+                               .weight = 1.0F / (1.0F + edge * edge),
+                               .isFull = least >= kClipped});
         }
     }
     return samples;

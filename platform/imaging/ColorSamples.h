@@ -12,6 +12,7 @@ struct ColorSample {
     std::array<float, 3> light{}; ///< the photo's, linear R, G, B, 0..1
     CieLab shown;                 ///< the picture's colour
     float weight{1.0F};           ///< how much it can be trusted, 0..1
+    bool isFull{false};           ///< all of the photo's channels are clipped
 };
 
 namespace ColorSamples

@@ -39,8 +39,8 @@ void logTooMany(const QString& block,
 {
     if (!parts.isEmpty()) {
         systemLog(
-            u"The %1 metadata of %2 has more than %3 properties, or as many fields in its structures; left out: %4"_s
-                .arg(block, name, QString::number(most), listed(parts)));
+            u"The %1 metadata of %2 has more than %3 properties, or as many fields in its "
+            "structures; left out: %4"_s.arg(block, name, QString::number(most), listed(parts)));
     }
 }
 

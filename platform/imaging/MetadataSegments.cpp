@@ -83,9 +83,8 @@ constexpr qsizetype kLargestXmp = 65502;
 void appendXmp(ImageProperties::Content& content, QSize pixels, QList<JpegSegment>& segments)
 {
     if (content.isExtendedXmpLost) {
-        systemLog(
-            u"The second part of the XMP metadata of %1 is not whole, or too much to read; left out"_s
-                .arg(content.name));
+        systemLog(u"The second part of the XMP metadata of %1 is not whole, or too much to read; "
+                  "left out"_s.arg(content.name));
     }
     if (content.isXmpUnread) {
         systemLog(u"The XMP metadata of %1 is too much to read; left out"_s.arg(content.name));

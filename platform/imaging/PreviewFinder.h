@@ -29,8 +29,8 @@ using Predicate = std::function<bool(const QImage& preview, const SmallPicture& 
 /// The largest preview that is wanted, as it lies in the file, of those that decode whole and show
 /// something; where none of the six largest is wanted, the largest; nothing where there is none.
 /// Looked for where LibRaw knows of one and in the file's own TIFF directories. A large one is
-/// averaged down, to no less than kLongestSide. `isWanted` is asked of the
-/// largest first, and of none after it held.
+/// averaged down, to no less than kLongestSide. `isWanted` is asked of the largest first, and of
+/// none after it held.
 [[nodiscard]] std::optional<Preview> largest(const QByteArray& bytes, const Predicate& isWanted);
 
 /// A preview that is a JPEG file, averaged down like others, as it lies there; null where not all

@@ -27,8 +27,9 @@ public:
     /// complains of), Unsupported, OutOfSpace; they name no file.
     [[nodiscard]] std::optional<Error> unpackSensor();
 
-    /// The sensor's data in the area that is the picture. After unpackSensor() and before anything is made of
-    /// them; nothing where they are of a kind that cannot be judged. They live as long as this.
+    /// The sensor's data in the area that is the picture. After unpackSensor() and before anything
+    /// is made of them; nothing where they are of a kind that cannot be judged. They live as long
+    /// as this.
     [[nodiscard]] std::optional<SensorValues> sensorValues() const;
 
     /// The sensor's data where they lie in plain cells of red, green and blue, as the camera's

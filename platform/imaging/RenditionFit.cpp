@@ -24,7 +24,7 @@ constexpr double kSlopeHold = 0.27;
 constexpr double kGainHold = 0.1;
 constexpr double kSaturationHold = 0.33;
 constexpr double kStopsHold = 0.02;
-/// What blown places are shown as counts as much, however few they are: nothing else tells how
+/// How blown places are shown counts as much as this, however few they are: nothing else tells how
 /// white full light is.
 constexpr double kFullLightHold = 0.5;
 
@@ -71,34 +71,23 @@ public:
 private:
     [[nodiscard]] std::size_t rows() const { return 3 * m_samples.size() + kHolds; }
 
-    /// One more sample, of light that clips in all channels, as the places that do are shown.
+    /// One more sample: light that is full in all channels is shown as the places where it is.
     void addFullLight()
     {
-        constexpr float kNearlyFull = 0.995F;
-        constexpr float kMuch = 1e3F;
-        const Parts parts = partsOf(std::vector<double>(kNumbers, 0.0), m_colors);
-        const float white = whiteOfSensor() * kNearlyFull;
+        constexpr float kMuch = 1e3F; // clipped to what the sensor holds
         int count = 0;
         float lightness = 0.0F;
         for (const ColorSample& sample : m_samples) {
-            const bool isFull =
-                std::ranges::equal(sample.light, parts.balance, [white](float light, double gain) {
-                    return light * static_cast<float>(gain) >= white;
-                });
-            count += isFull ? 1 : 0;
-            lightness += isFull ? sample.shown.lightness : 0.0F;
+            count += sample.isFull ? 1 : 0;
+            lightness += sample.isFull ? sample.shown.lightness : 0.0F;
         }
         if (count > 0) {
             const double weight = kFullLightHold * std::sqrt(static_cast<double>(m_samples.size()));
             m_samples.push_back({.light = {kMuch, kMuch, kMuch},
                                  .shown = {lightness / static_cast<float>(count), 0.0F, 0.0F},
-                                 .weight = static_cast<float>(weight)});
+                                 .weight = static_cast<float>(weight),
+                                 .isFull = true});
         }
-    }
-
-    [[nodiscard]] float whiteOfSensor() const
-    {
-        return static_cast<float>(m_colors.sensor ? m_colors.sensor->white : 1.0);
     }
 
     /// What brings the middle of the photo's light to the middle of what is shown.
@@ -133,7 +122,7 @@ private:
         toFloats(m_colors.sensor ? multiplied(scaled.matrix, m_colors.toSrgb) : scaled.matrix, m);
         std::array<float, 3> balance{};
         toFloats(parts.balance, balance);
-        const float white = whiteOfSensor();
+        const auto white = static_cast<float>(m_colors.sensor ? m_colors.sensor->white : 1.0);
         const double share = 1.0 / std::sqrt(static_cast<double>(m_samples.size()));
         double* next = into.data();
         for (const ColorSample& sample : m_samples) {

@@ -119,7 +119,7 @@ void TiffStructure::Reader::readDirectory(quint64 offset, TiffStructure& into)
     quint64 count = at<quint16>(offset);
     const quint64 entries = offset + 2;
     if (!holds(entries, count * kEntryBytes)) {
-        // Others read those that are there.
+        // Exiv2 reads those that are there.
         into.m_beyondEnd = true;
         count = (static_cast<quint64>(m_bytes.size()) - entries) / kEntryBytes;
     }

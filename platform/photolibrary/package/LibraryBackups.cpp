@@ -202,10 +202,7 @@ QStringList clearAway(const Places& places, const Result<QStringList>& lagging)
     if (!forgotten.ok()) {
         undone << forgotten.error().message;
     } else if (lagging.value().isEmpty()) {
-        if (const QString marked = LibraryRestore::followed(places.package, places.state);
-            !marked.isNull()) {
-            undone << marked;
-        }
+        undone += LibraryRestore::followed(places.package, places.state);
     }
     return undone;
 }

@@ -191,10 +191,7 @@ openForWriting(std::unique_ptr<Connection> connection,
     }
     if (LibraryRestore::isInPlace(places.package, places.state) &&
         (followed.ok() || LibraryErrors::isLeftAlone(followed))) {
-        if (const QString marked = LibraryRestore::followed(places.package, places.state);
-            !marked.isNull()) {
-            lasting << marked;
-        }
+        lasting += LibraryRestore::followed(places.package, places.state);
     }
     library->setWarnings(lasting);
     return library;

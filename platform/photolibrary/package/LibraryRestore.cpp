@@ -258,14 +258,14 @@ QList<JournaledTurn> LibraryRestore::turns(const QString& package, const QString
     return turns;
 }
 
-QString LibraryRestore::followed(const QString& package, const QString& stateFolder)
+QStringList LibraryRestore::followed(const QString& package, const QString& stateFolder)
 {
     QFile mark(markIn(package));
     if (mark.exists() && !mark.remove()) {
-        return u"\"%1\", the mark of a restore that is finished, cannot be removed (%2): remove "
-               u"it. "
-               "Until then each run that writes makes the catalogues anew."_s.arg(
-                   mark.fileName(), mark.errorString());
+        return {
+            u"\"%1\", the mark of a restore that is finished, cannot be removed (%2): remove it. "
+            "Until then each run that writes makes the catalogues anew."_s.arg(mark.fileName(),
+                                                                               mark.errorString())};
     }
     dropNote(package, stateFolder);
     return {};

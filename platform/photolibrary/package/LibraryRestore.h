@@ -42,7 +42,7 @@ stage(const QString& package, const QString& stateFolder, const QString& copy);
 /// it any more: nothing isInPlace() from now on, and the note goes unless something is to be swept.
 /// Where the mark cannot be removed all stays as it is, they follow once more at the next run, and
 /// a sentence that says so is returned, else nothing.
-[[nodiscard]] QString followed(const QString& package, const QString& stateFolder);
+[[nodiscard]] QStringList followed(const QString& package, const QString& stateFolder);
 
 /// Where a kill between two renames left a library without its databases, the second is made good.
 /// For every opening, also one that only reads: like SQLite's own undoing of what a crash cut off.

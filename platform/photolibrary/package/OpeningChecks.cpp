@@ -1,6 +1,7 @@
 #include "OpeningChecks.h"
 
 #include "AdminData.h"
+#include "DatabaseFiles.h"
 #include "PropertyList.h"
 #include "Queries.h"
 #include "Schema.h"
@@ -71,9 +72,10 @@ QStringList writtenPlaces()
     }
     places << u"/Database/apdb"_s << u"/Database/Albums"_s << u"/Database/Folders"_s
            << u"/iLifeShared"_s;
-    places << u"/Database/apdb/Library.apdb"_s << u"/Database/apdb/Properties.apdb"_s
-           << u"/Database/apdb/ImageProxies.apdb"_s << u"/AlbumData.xml"_s
-           << u"/iLifeShared/AlbumData2.xml"_s;
+    for (const QLatin1StringView database : DatabaseFiles::kTogether) {
+        places << "/Database/apdb/"_L1 + database;
+    }
+    places << u"/AlbumData.xml"_s << u"/iLifeShared/AlbumData2.xml"_s;
     return places;
 }
 

@@ -121,8 +121,8 @@ private:
     }
 
     /// Where the row of a keyword is gone, this sidecar may be the last that tells its name. Where
-    /// rows bear too many of the names that it tells, a lost one has been defined anew since, which
-    /// of them nobody knows.
+    /// rows bear too many of the names that it tells, a lost one may have been defined anew since,
+    /// which of them nobody knows: then all stay.
     void keepLostKeywords()
     {
         const qsizetype lost = LooseRows::lostKeywords(m_connection, m_version);

@@ -76,9 +76,12 @@ TEST(ColorSamplesTest, placesClippedInSomeChannelsAreLeftOut)
     EXPECT_FALSE(samples.empty());
     EXPECT_TRUE(std::ranges::all_of(
         samples, [](const ColorSample& sample) { return sample.light[1] < 0.9F; }));
+    EXPECT_TRUE(std::ranges::none_of(samples, &ColorSample::isFull));
     // All clipped is white, which is a colour.
     const Bitmap white = ImageBuilder::flat(kSampledSize, 65535, Transfer::Linear);
-    EXPECT_GT(ColorSamples::of(white, white, {}).size(), samples.size());
+    const auto full = ColorSamples::of(white, white, {});
+    EXPECT_GT(full.size(), samples.size());
+    EXPECT_TRUE(std::ranges::all_of(full, &ColorSample::isFull));
 }
 
 TEST(ColorSamplesTest, edgesWeighLessThanAreas)

@@ -241,11 +241,11 @@ TEST_F(LibraryRestoreTest, theNoteGoesOnlyWhenTheMarkIsGoneForGood)
         EXPECT_TRUE(isNoted());
         return !mayFlush;
     });
-    EXPECT_EQ(LibraryRestore::followed(package(), m_state), QString());
+    EXPECT_EQ(LibraryRestore::followed(package(), m_state), QStringList());
     EXPECT_EQ(withoutMark, 1);
     EXPECT_TRUE(isNoted());
     mayFlush = true;
-    EXPECT_EQ(LibraryRestore::followed(package(), m_state), QString());
+    EXPECT_EQ(LibraryRestore::followed(package(), m_state), QStringList());
     EXPECT_EQ(withoutMark, 2);
     EXPECT_FALSE(isNoted());
 }
@@ -257,7 +257,7 @@ TEST_F(LibraryRestoreTest, theNoteStaysBesideAMarkThatCannotBeRemovedAndThatIsTo
     const OrdinaryUser user({folder()});
     {
         const WithPermissions closed(package() + u"/Database"_s, 0555);
-        const QString told = LibraryRestore::followed(package(), m_state);
+        const QString told = LibraryRestore::followed(package(), m_state).join(u'\n');
         EXPECT_TRUE(told.contains(mark())) << told.toStdString();
     }
     EXPECT_TRUE(LibraryRestore::isInPlace(package(), m_state));
