@@ -1,10 +1,14 @@
 #include "ColorSamples.h"
 
+#include "RenditionNumbers.h"
+
 #include <QPointF>
 #include <QRectF>
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <numeric>
 
 namespace
 {
@@ -12,9 +16,13 @@ namespace
 /// Places a side of the grid.
 constexpr int kGrid = 40;
 
-/// From here on a sensor's channel counts as clipped, and below here as not.
+/// From this part of white on a channel counts as clipped, and below this as not.
 constexpr float kClipped = 0.98F;
 constexpr float kSafe = 0.9F;
+
+/// How far off the picture may show a place, as a part of its longer side: cameras mend what their
+/// lenses bend.
+constexpr double kShift = 0.015;
 
 /// The change of lightness between neighbours that halves a place's weight, in L*.
 constexpr float kEdge = 12.0F;
@@ -61,12 +69,13 @@ QPointF placeIn(const QRectF& area, double x, double y)
     return {area.left() + x * area.width(), area.top() + y * area.height()};
 }
 
-Light balanced(Light light, const std::array<double, 3>& balance)
+/// The least and the most of a place's channels, as parts of white.
+std::ranges::minmax_result<float> channelsOf(Light light, const ColorClipping& clipping)
 {
-    std::ranges::transform(light, balance, light.begin(), [](float value, double gain) {
-        return value * static_cast<float>(gain);
+    std::ranges::transform(light, clipping.balance, light.begin(), [&](float value, double gain) {
+        return value * static_cast<float>(gain / clipping.white);
     });
-    return light;
+    return std::ranges::minmax(light);
 }
 
 /// The change of lightness from pixel to pixel about a place.
@@ -80,31 +89,63 @@ float edgeAt(const Bitmap& shown, QPointF place)
            2.0F;
 }
 
+/// L* of the lightest pixel about a place: nothing is lighter than what clips, however far off the
+/// picture shows that.
+float lightestNear(const Bitmap& shown, QPointF place)
+{
+    const int wide = shown.pixelsWide();
+    const int high = shown.pixelsHigh();
+    const int shift = static_cast<int>(std::ceil(kShift * std::max(wide, high)));
+    const int left = static_cast<int>(place.x() * wide);
+    const int top = static_cast<int>(place.y() * high);
+    double most = 0.0;
+    for (int y = std::max(0, top - shift); y <= std::min(high - 1, top + shift); ++y) {
+        const auto row = shown.row(y);
+        for (int x = std::max(0, left - shift); x <= std::min(wide - 1, left + shift); ++x) {
+            most = std::max(most,
+                            std::inner_product(RenditionNumbers::kLuminance.begin(),
+                                               RenditionNumbers::kLuminance.end(),
+                                               row.begin() + 3 * static_cast<std::ptrdiff_t>(x),
+                                               0.0));
+        }
+    }
+    const auto grey = static_cast<float>(most / 65535.0);
+    return CieLab::of(std::array{grey, grey, grey}).lightness;
+}
+
 } // namespace
 
-std::vector<ColorSample> ColorSamples::of(const Bitmap& photo,
-                                          const Bitmap& shown,
-                                          const SceneComparison::Overlay& overlay,
-                                          const std::array<double, 3>& balance)
+ColorSamples ColorSamples::of(const Bitmap& photo,
+                              const Bitmap& shown,
+                              const SceneComparison::Overlay& overlay,
+                              const ColorClipping& clipping)
 {
-    std::vector<ColorSample> samples;
-    samples.reserve(std::size_t{kGrid} * kGrid);
+    ColorSamples found;
+    found.samples.reserve(std::size_t{kGrid} * kGrid);
+    float fullLight = 0.0F;
+    int full = 0;
     for (int row = 0; row < kGrid; ++row) {
         for (int column = 0; column < kGrid; ++column) {
             const double x = (column + 0.5) / kGrid;
             const double y = (row + 0.5) / kGrid;
             const Light light = lightAt(photo, placeIn(overlay.first, x, y));
-            const auto [least, most] = std::ranges::minmax(balanced(light, balance));
+            const auto [least, most] = channelsOf(light, clipping);
             if (most >= kClipped && least < kSafe) { // clipped in part
                 continue;
             }
             const QPointF place = unturned(placeIn(overlay.second, x, y), overlay.turns);
             const float edge = edgeAt(shown, place) / kEdge;
-            samples.push_back({.light = light,
-                               .shown = CieLab::of(lightAt(shown, place)),
-                               .weight = 1.0F / (1.0F + edge * edge),
-                               .isFull = least >= kClipped});
+            found.samples.push_back({.light = light,
+                                     .shown = CieLab::of(lightAt(shown, place)),
+                                     .weight = 1.0F / (1.0F + edge * edge)});
+            if (least >= kClipped) {
+                fullLight += lightestNear(shown, place);
+                ++full;
+            }
         }
     }
-    return samples;
+    if (full > 0) {
+        found.fullLight = fullLight / static_cast<float>(full);
+    }
+    return found;
 }

@@ -43,11 +43,13 @@ constexpr double kChromaShare = 0.045;
 class Fit final
 {
 public:
-    Fit(std::vector<ColorSample> samples, const SensorColors& colors)
-        : m_samples(std::move(samples))
+    Fit(ColorSamples found, const SensorColors& colors)
+        : m_samples(std::move(found.samples))
         , m_colors(colors)
     {
-        addFullLight();
+        if (found.fullLight) {
+            addFullLight(*found.fullLight);
+        }
     }
 
     /// Nothing where most places stay far off.
@@ -71,23 +73,14 @@ public:
 private:
     [[nodiscard]] std::size_t rows() const { return 3 * m_samples.size() + kHolds; }
 
-    /// One more sample: light that is full in all channels is shown as the places where it is.
-    void addFullLight()
+    /// One more sample: light that is clipped in all channels.
+    void addFullLight(float lightness)
     {
         constexpr float kMuch = 1e3F; // clipped to what the sensor holds
-        int count = 0;
-        float lightness = 0.0F;
-        for (const ColorSample& sample : m_samples) {
-            count += sample.isFull ? 1 : 0;
-            lightness += sample.isFull ? sample.shown.lightness : 0.0F;
-        }
-        if (count > 0) {
-            const double weight = kFullLightHold * std::sqrt(static_cast<double>(m_samples.size()));
-            m_samples.push_back({.light = {kMuch, kMuch, kMuch},
-                                 .shown = {lightness / static_cast<float>(count), 0.0F, 0.0F},
-                                 .weight = static_cast<float>(weight),
-                                 .isFull = true});
-        }
+        const double weight = kFullLightHold * std::sqrt(static_cast<double>(m_samples.size()));
+        m_samples.push_back({.light = {kMuch, kMuch, kMuch},
+                             .shown = {lightness, 0.0F, 0.0F},
+                             .weight = static_cast<float>(weight)});
     }
 
     /// What brings the middle of the photo's light to the middle of what is shown.
@@ -213,13 +206,14 @@ fitted(const Bitmap& light, const SensorColors& colors, const QImage& reference)
     // A small preview has averaged what the photo still has apart.
     const Bitmap alike =
         ReducedPicture::of(light, std::max(shown.pixelsWide(), shown.pixelsHigh()));
-    std::vector<ColorSample> samples = ColorSamples::of(
-        alike,
-        shown,
-        match.overlay,
-        colors.sensor ? colors.sensor->balance : std::array<double, 3>{1.0, 1.0, 1.0});
-    return samples.size() < kFewestSamples ? std::nullopt
-                                           : Fit(std::move(samples), colors).result();
+    ColorSamples found =
+        ColorSamples::of(alike,
+                         shown,
+                         match.overlay,
+                         colors.sensor ? ColorClipping{colors.sensor->balance, colors.sensor->white}
+                                       : ColorClipping());
+    return found.samples.size() < kFewestSamples ? std::nullopt
+                                                 : Fit(std::move(found), colors).result();
 }
 
 } // namespace
