@@ -19,13 +19,18 @@ constexpr quint16 kTileWidth = 0x0142;
 constexpr quint16 kTileLength = 0x0143;
 constexpr quint64 kLossyJpeg = 34892;
 
+/// The side up to which a tile may be larger than its picture, in pixels; those of cameras have 256
+/// to 512.
+constexpr quint64 kLargestFilledUp = 1024;
+
 /// The least work; all data are read and judged nevertheless.
 constexpr int kReduction = 8;
 
 /// How the picture lies in its strips or tiles.
 struct TileLayout {
-    quint64 count{0};  ///< those that the picture needs
-    quint64 pixels{0}; ///< the most that one has
+    quint64 count{0}; ///< those that the picture needs
+    quint64 width{0}; ///< of the largest that one may be, in pixels
+    quint64 height{0};
 };
 
 /// What is not stated is one of the picture's size, as LibRaw takes it.
@@ -40,7 +45,9 @@ TileLayout layoutOf(const TiffDirectory& raw)
     const quint64 across = stated(kTileWidth, width);
     // Strips end with the picture, tiles are filled up.
     const quint64 down = stated(kTileLength, std::min(stated(kRowsPerStrip, length), length));
-    return {((width - 1) / across + 1) * ((length - 1) / down + 1), across * down};
+    return {((width - 1) / across + 1) * ((length - 1) / down + 1),
+            std::min(across, std::max(width, kLargestFilledUp)),
+            std::min(down, std::max(length, kLargestFilledUp))};
 }
 
 /// The `count` first ones that are stated, each from its begin to that of the next one, or to the
@@ -63,11 +70,12 @@ QList<QByteArrayView> tilesOf(const TiffDirectory& raw, QByteArrayView file, qui
     return tiles;
 }
 
-/// What is wrong with one that may have so many pixels and no more.
-std::optional<Error> failureOf(QByteArrayView tile, quint64 mostPixels)
+/// What is wrong with one, which may be as large as its place and no larger.
+std::optional<Error> failureOf(QByteArrayView tile, const TileLayout& layout)
 {
     const QSize size = JpegDecoder::size(tile).value_or(QSize(0, 0));
-    if (static_cast<quint64>(size.width()) * static_cast<quint64>(size.height()) > mostPixels) {
+    if (static_cast<quint64>(size.width()) > layout.width ||
+        static_cast<quint64>(size.height()) > layout.height) {
         return Error{ErrorCode::Damaged,
                      QStringLiteral("a tile of its picture says that it is larger than its place")};
     }
@@ -86,7 +94,7 @@ std::optional<Error> LossyTiles::failure(QByteArrayView file)
     }
     const TileLayout layout = layoutOf(*raw);
     for (const QByteArrayView tile : tilesOf(*raw, file, layout.count)) {
-        if (auto failure = failureOf(tile, layout.pixels)) {
+        if (auto failure = failureOf(tile, layout)) {
             return failure;
         }
     }

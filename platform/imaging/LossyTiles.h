@@ -11,9 +11,9 @@
 namespace LossyTiles
 {
 
-/// What is wrong with the first of them that does not decode without complaint, or has more pixels
-/// than its place; nothing where all are right, and for files of any other kind. Those that the
-/// picture's size does not need are left alone, so that the work is bounded by it. Errors as
+/// What is wrong with the first of them that does not decode without complaint, or is wider or
+/// higher than its place; nothing where all are right, and for files of any other kind. Those that
+/// the picture's size does not need are left alone, so that the work is bounded by it. Errors as
 /// JpegDecoder's; they name no file.
 [[nodiscard]] std::optional<Error> failure(QByteArrayView file);
 

@@ -230,7 +230,8 @@ QList<ByteRange> TiffDirectory::pictureRanges() const
 
 QList<quint64> TiffDirectory::pictureOffsets() const
 {
-    return numbers.value(kStripOffsets) + numbers.value(kTileOffsets);
+    const QList<quint64> tiles = numbers.value(kTileOffsets);
+    return tiles.isEmpty() ? numbers.value(kStripOffsets) : tiles;
 }
 
 bool TiffDirectory::isRaw() const

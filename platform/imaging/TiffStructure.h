@@ -30,7 +30,8 @@ struct TiffDirectory {
     [[nodiscard]] QList<double> values(quint16 tag) const;
     /// The strips or tiles that hold the picture; of a JPEG preview its one range.
     [[nodiscard]] QList<ByteRange> pictureRanges() const;
-    /// Where the strips and tiles begin, also those without a length.
+    /// Where the tiles begin, or the strips of a picture without tiles, also those without a
+    /// length.
     [[nodiscard]] QList<quint64> pictureOffsets() const;
     /// Whether the picture is sensor data: a colour filter array or linear RAW.
     [[nodiscard]] bool isRaw() const;

@@ -2,6 +2,7 @@
 
 #include "ImageBuilder.h"
 #include "JpegEncoder.h"
+#include "LossyTiles.h"
 #include "SensorGaps.h"
 
 #include <QtEndian>
@@ -171,6 +172,29 @@ TEST(RawFileTest, aLossyTileThatStatesMorePixelsThanItsPlaceIsDamaged)
     const auto failure = failureOfLossy(lossyTile({kSensorSize.width(), kSensorSize.height() + 8}));
     ASSERT_TRUE(failure.has_value());
     EXPECT_EQ(failure->code, ErrorCode::Damaged);
+}
+
+TEST(RawFileTest, aLossyTileThatIsWiderThanItsPlaceIsDamagedHoweverLowItIs)
+{
+    const auto failure = failureOfLossy(lossyTile({kSensorSize.width() + 8, 8}));
+    ASSERT_TRUE(failure.has_value());
+    EXPECT_TRUE(failure->message.contains(u"larger than its place"));
+}
+
+TEST(RawFileTest, aLossyTileMayBeLargerThanThePictureOnlyAsFarAsItIsFilledUp)
+{
+    // Its width stays the picture's, its height is stated to be nearly any.
+    const auto failureOf = [](int height) {
+        const QByteArray strips = QByteArray("\x16\x01\x04\0\x01\0\0\0", 8);
+        const QByteArray tiles = QByteArray("\x43\x01\x04\0\x01\0\0\0", 8);
+        return LossyTiles::failure(replaced(lossyDng(lossyTile({kSensorSize.width(), height})),
+                                            strips + little(kSensorSize.height()),
+                                            tiles + little(65000)));
+    };
+    EXPECT_FALSE(failureOf(512).has_value());
+    const auto failure = failureOf(1032);
+    ASSERT_TRUE(failure.has_value());
+    EXPECT_TRUE(failure->message.contains(u"larger than its place"));
 }
 
 TEST(RawFileTest, lossyTilesThatThePictureDoesNotNeedAreNotDecoded)
