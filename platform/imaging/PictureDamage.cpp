@@ -142,16 +142,19 @@ bool differsInPlaces(const SmallPicture& decoded, const SmallPicture& shown)
 /// The grid in whose rows edges are looked for.
 constexpr QSize kEdgeGrid(16, 64);
 
-/// Whether lightness changes near a place, 0..1 of the height, alike in both.
+/// Whether lightness changes near a place, 0..1 of the height of what both show, alike in both.
 bool isEdgeInBoth(double place, const SmallPicture& picture, const SmallPicture& expected)
 {
     constexpr int kNear = 3;
+    constexpr double kBeyond = static_cast<double>(kNear) / kEdgeGrid.height();
+    if (place < -kBeyond || place > 1.0 + kBeyond) {
+        return false;
+    }
     constexpr auto kChanges = static_cast<float>(2 * kNear * kEdgeGrid.width());
     constexpr float kVisible = 0.01F;
     constexpr float kSameChange = 0.5F;
-    const int row = std::clamp(static_cast<int>(std::clamp(place, 0.0, 1.0) * kEdgeGrid.height()),
-                               kNear,
-                               kEdgeGrid.height() - kNear - 1);
+    const int row = std::clamp(
+        static_cast<int>(place * kEdgeGrid.height()), kNear, kEdgeGrid.height() - kNear - 1);
     float squares = 0.0F;
     float products = 0.0F;
     for (int y = row - kNear; y < row + kNear; ++y) {

@@ -21,7 +21,8 @@ namespace PictureDamage
 complaint(const SmallPicture& decoded, const SmallPicture& shown, const QImage& preview);
 
 /// Whether all breaks in the picture's rows, at `places` (0..1 of the height, from the top), are
-/// edges of the scene: such in what is shown, too. False where the two do not show the same.
+/// edges of the scene: such in what is shown, too. False where the two do not show the same, and
+/// for those that lie beyond what is shown.
 [[nodiscard]] bool areEdgesOfScene(const std::vector<double>& places,
                                    const SmallPicture& decoded,
                                    const SmallPicture& shown);

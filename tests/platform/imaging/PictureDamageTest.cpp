@@ -291,3 +291,15 @@ TEST(PictureDamageTest, anEvenQuarterIsDamageWhereThePreviewShowsSomething)
         }
     }
 }
+
+TEST(PictureDamageTest, aBreakBeyondWhatThePreviewShowsIsNoEdgeOfTheScene)
+{
+    const Bitmap picture = landscape(120); // a horizon at 0.15 of the height
+    const auto shown = SmallPicture::of(croppedBy(picture, {0.0, 0.12, 0.0, 0.12}));
+    const auto areEdges = [&](double place) {
+        return PictureDamage::areEdgesOfScene({place}, SmallPicture::of(picture), shown);
+    };
+    EXPECT_TRUE(areEdges(0.15));
+    EXPECT_TRUE(areEdges(0.11)); // as near as the preview is known to lie
+    EXPECT_FALSE(areEdges(0.02));
+}
