@@ -29,7 +29,7 @@ struct ImageProperties::Content {
     QString name{QStringLiteral("the data")};
     /// A part of the file's metadata is damaged, and is not here.
     bool isReadInPart{false};
-    /// Its XMP is not here, since reading it would take too long.
+    /// Its XMP is not here, since reading it would take too long, or there are several packets.
     bool isXmpUnread{false};
     /// The XMP packet notes a second part that is not whole, or would take too long to read.
     bool isExtendedXmpLost{false};

@@ -87,7 +87,8 @@ void appendXmp(ImageProperties::Content& content, QSize pixels, QList<JpegSegmen
                   "left out"_s.arg(content.name));
     }
     if (content.isXmpUnread) {
-        systemLog(u"The XMP metadata of %1 is too much to read; left out"_s.arg(content.name));
+        systemLog(u"The XMP metadata of %1 is too much to read, or several packets; left out"_s.arg(
+            content.name));
     }
     MetadataPruning::makeXmpTrue(content, pixels);
     const XmpPackets::Packets packets =

@@ -264,8 +264,8 @@ QStringList LibraryRestore::followed(const QString& package, const QString& stat
     if (mark.exists() && !mark.remove()) {
         return {
             u"\"%1\", the mark of a restore that is finished, cannot be removed (%2): remove it. "
-            "Until then each run that writes makes the catalogues anew."_s.arg(mark.fileName(),
-                                                                               mark.errorString())};
+            "Until then each run that writes makes the catalogues anew, and what a crash leaves "
+            "may stay."_s.arg(mark.fileName(), mark.errorString())};
     }
     dropNote(package, stateFolder);
     return {};
