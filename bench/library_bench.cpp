@@ -59,7 +59,9 @@ Result<QStringList> measureReading(const QString& package)
     QStringList guids;
     const qsizetype distance = std::max<qsizetype>(1, photos.value().size() / kLookUps);
     for (qsizetype index = 0; index < photos.value().size(); index += distance) {
-        guids += photos.value().at(index).guid;
+        if (const PhotoFacts& photo = photos.value().at(index); !photo.hidden) { // of a roll
+            guids += photo.guid;
+        }
     }
     return guids;
 }
