@@ -13,13 +13,21 @@ target_compile_definitions(corvane_options INTERFACE
     QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_CAST_FROM_BYTEARRAY QT_NO_URL_CAST_FROM_STRING
     QT_NO_FOREACH QT_NO_NARROWING_CONVERSIONS_IN_CONNECT QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 
-# corvane_add_library(NAME SOURCES file... PUBLIC target... PRIVATE target...)
-# A static library of one folder: its headers are included by their bare names.
+# corvane_add_library(NAME [MOC] SOURCES file... PUBLIC target... PRIVATE target... PRECOMPILED header...)
+# A static library of one folder: its headers are included by their bare names. MOC: Qt's meta-object
+# compiler reads them, as it has to where Q_OBJECT or the like stands in one. PRECOMPILED: of its own,
+# where those of corvane_foundation are not for its options, or not enough.
 function(corvane_add_library name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+    cmake_parse_arguments(ARG "MOC" "" "SOURCES;PUBLIC;PRIVATE;PRECOMPILED" ${ARGN})
     add_library(${name} STATIC ${ARG_SOURCES})
+    set_target_properties(${name} PROPERTIES AUTOMOC ${ARG_MOC})
     target_include_directories(${name} PUBLIC "${CMAKE_CURRENT_SOURCE_DIR}")
     target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE corvane_options ${ARG_PRIVATE})
+    if(ARG_PRECOMPILED)
+        corvane_precompile(${name} ${ARG_PRECOMPILED})
+    else()
+        corvane_precompile(${name} FROM corvane_foundation)
+    endif()
 endfunction()
 
 # Every function that the program calls of a library is looked up when it starts, none at its first
