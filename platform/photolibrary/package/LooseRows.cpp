@@ -139,7 +139,8 @@ void LooseRows::mend(Writer& writer)
 
 qsizetype LooseRows::lostKeywords(Connection& connection, qint64 version)
 {
-    const std::string ofOne = std::string(RowQuestions::kLostKeywords) + " AND k.versionId = ?";
+    const std::string ofOne =
+        std::string(RowQuestions::kLostKeywords).append(" AND k.versionId = ?");
     return Sql::integers(connection, ofOne.c_str(), version).size();
 }
 
