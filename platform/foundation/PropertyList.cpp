@@ -6,16 +6,45 @@
 #include <QStringList>
 
 #include <limits>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
-Result<QVariant> PropertyList::parse(const QByteArray& bytes)
+namespace
 {
-    if (bytes.startsWith("bplist")) {
-        return PropertyListForms::readBinary(bytes);
+
+/// For readers that keep all.
+void giveAway(QVariant& root, const PropertyList::GivenEntries& given)
+{
+    QVariantMap content = root.toMap();
+    const auto entries = content.find(given.key);
+    if (!given.taken || entries == content.end() || entries->typeId() != QMetaType::QVariantMap) {
+        return;
     }
-    std::optional<QVariant> plain = PropertyListForms::readPlainXml(bytes);
-    return plain ? Result<QVariant>(*std::move(plain)) : PropertyListForms::readXml(bytes);
+    const QVariantMap taken = entries->toMap();
+    for (auto entry = taken.begin(); entry != taken.end(); ++entry) {
+        given.taken(entry.key(), entry.value());
+    }
+    *entries = QVariantMap();
+    root = std::move(content);
+}
+
+} // namespace
+
+Result<QVariant> PropertyList::parse(const QByteArray& bytes, const GivenEntries& given)
+{
+    const bool isBinary = bytes.startsWith("bplist");
+    if (!isBinary) {
+        if (std::optional<QVariant> plain = PropertyListForms::readPlainXml(bytes, given)) {
+            return *std::move(plain);
+        }
+    }
+    Result<QVariant> whole =
+        isBinary ? PropertyListForms::readBinary(bytes) : PropertyListForms::readXml(bytes);
+    if (whole.ok()) {
+        giveAway(whole.value(), given);
+    }
+    return whole;
 }
 
 Result<QVariant> PropertyList::read(const QString& path, qint64 mostBytes)

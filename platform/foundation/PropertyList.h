@@ -4,7 +4,10 @@
 
 #include <QByteArray>
 #include <QMetaType>
+#include <QString>
 #include <QVariant>
+
+#include <functional>
 
 /// Apple property lists, XML and binary. Every number and date is kept to its last bit in the
 /// binary form; the XML form tells dates to the second and has no control characters.
@@ -33,9 +36,18 @@ inline constexpr qint64 kMostBytes = qint64{64} * 1024 * 1024;
 /// The same of a catalogue of a whole library, which takes about a kilobyte a photo.
 inline constexpr qint64 kMostBytesOfCatalogue = qint64{2} * 1024 * 1024 * 1024;
 
-/// Parses either form (recognised by its content).
+/// Entries that are too many to keep all at once.
+struct GivenEntries {
+    QString key; ///< of the dictionary that holds them, itself an entry of the list's own one
+    /// Takes one. They come in any order, and some twice where a list turns out not to be as
+    /// programs write it; what was taken counts only when the whole was read.
+    std::function<void(const QString& key, const QVariant& value)> taken;
+};
+
+/// Parses either form (recognised by its content). What is `given` is not kept: an empty dictionary
+/// stands in its place.
 /// Errors: Damaged for bytes that are no property list; never crashes on hostile input.
-[[nodiscard]] Result<QVariant> parse(const QByteArray& bytes);
+[[nodiscard]] Result<QVariant> parse(const QByteArray& bytes, const GivenEntries& given = {});
 /// As parse(), of a whole file of at most `mostBytes`. Errors: NotFound, Unreadable, Damaged; the
 /// message names the file.
 [[nodiscard]] Result<QVariant> read(const QString& path, qint64 mostBytes = kMostBytes);

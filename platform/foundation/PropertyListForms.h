@@ -20,8 +20,10 @@ inline constexpr quint64 kMaximumValues = 10'000'000;
 [[nodiscard]] Result<QVariant> readXml(const QByteArray& bytes);
 /// As readXml(), several times as fast and without a copy of the whole text, for lists as programs
 /// write them: nothing but elements and blanks, and neither dates nor data. Nothing for any other
-/// list, be it damaged or only unusual: readXml() tells.
-[[nodiscard]] std::optional<QVariant> readPlainXml(const QByteArray& bytes);
+/// list, be it damaged or only unusual: readXml() tells. Some entries may have been given away
+/// then.
+[[nodiscard]] std::optional<QVariant> readPlainXml(const QByteArray& bytes,
+                                                   const PropertyList::GivenEntries& given = {});
 [[nodiscard]] Result<QByteArray> writeBinary(const QVariant& root);
 [[nodiscard]] Result<QByteArray> writeXml(const QVariant& root);
 

@@ -47,8 +47,10 @@ bool isPlain(QByteArrayView bytes)
 class PlainReader final
 {
 public:
-    explicit PlainReader(QByteArrayView bytes)
+    /// `given`: the entries that are not kept.
+    PlainReader(QByteArrayView bytes, const PropertyList::GivenEntries& given)
         : m_rest(bytes)
+        , m_given(given)
     {
     }
 
@@ -151,6 +153,17 @@ private:
     [[nodiscard]] bool readDictionary(QVariant& value, int depth)
     {
         QVariantMap entries;
+        const bool isRead = readEntries(depth, [&](const QString& key, QVariant&& entry) {
+            entries.insert(key, std::move(entry));
+        });
+        value = std::move(entries);
+        return isRead;
+    }
+
+    /// Gives each entry to `taken`.
+    template <typename Taken>
+    [[nodiscard]] bool readEntries(int depth, const Taken& taken)
+    {
         for (skipBlanks(); !take("</dict>"); skipBlanks()) {
             const std::optional<QByteArrayView> key =
                 take("<key>") ? takeUntil("</key>") : std::nullopt;
@@ -160,12 +173,17 @@ private:
             }
             skipBlanks();
             QVariant entry;
-            if (!readValue(entry, depth + 1)) {
+            const QString name = keyOf(*key);
+            if (depth == 0 && m_given.taken && name == m_given.key && take("<dict>")) {
+                entry = QVariantMap();
+                if (!readEntries(depth + 1, m_given.taken)) {
+                    return false;
+                }
+            } else if (!readValue(entry, depth + 1)) {
                 return false;
             }
-            entries.insert(keyOf(*key), std::move(entry));
+            taken(name, std::move(entry));
         }
-        value = std::move(entries);
         return true;
     }
 
@@ -260,12 +278,14 @@ private:
     }
 
     QByteArrayView m_rest;
+    const PropertyList::GivenEntries& m_given;
     QHash<QByteArrayView, QString> m_keys; ///< of what is read, which outlives the reader
 };
 
 } // namespace
 
-std::optional<QVariant> PropertyListForms::readPlainXml(const QByteArray& bytes)
+std::optional<QVariant> PropertyListForms::readPlainXml(const QByteArray& bytes,
+                                                        const PropertyList::GivenEntries& given)
 {
-    return isPlain(bytes) ? PlainReader(bytes).read() : std::nullopt;
+    return isPlain(bytes) ? PlainReader(bytes, given).read() : std::nullopt;
 }

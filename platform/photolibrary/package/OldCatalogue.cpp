@@ -47,14 +47,14 @@ CatalogueAlbumSettings settingsOf(const QVariantMap& album)
 OldCatalogue OldCatalogue::parse(const QByteArray& bytes)
 {
     OldCatalogue catalogue;
-    const Result<QVariant> parsed = PropertyList::parse(bytes);
-    if (!parsed.ok() || parsed.value().typeId() != QMetaType::QVariantMap) {
-        return catalogue;
-    }
-    const QVariantMap content = parsed.value().toMap();
-    const QVariant images = content.value(u"Master Image List"_s);
-    if (images.typeId() != QMetaType::QVariantMap) {
-        return catalogue;
+    const QString images = u"Master Image List"_s;
+    const Result<QVariant> parsed = PropertyList::parse(
+        bytes, {.key = images, .taken = [&catalogue](const QString& id, const QVariant& image) {
+                    catalogue.addImage(id.toLongLong(), image.toMap());
+                }});
+    const QVariantMap content = parsed.ok() ? parsed.value().toMap() : QVariantMap();
+    if (content.value(images).typeId() != QMetaType::QVariantMap) {
+        return {};
     }
     catalogue.m_read = true;
     for (auto entry = content.begin(); entry != content.end(); ++entry) {
@@ -63,7 +63,6 @@ OldCatalogue OldCatalogue::parse(const QByteArray& bytes)
         }
     }
     catalogue.m_faces = content.value(u"List of Faces"_s).toMap();
-    catalogue.readImages(images.toMap());
     const QVariantList albums = content.value(u"List of Albums"_s).toList();
     for (const QVariant& item : albums) {
         const QVariantMap album = item.toMap();
@@ -81,19 +80,16 @@ OldCatalogue OldCatalogue::parse(const QByteArray& bytes)
     return catalogue;
 }
 
-void OldCatalogue::readImages(const QVariantMap& images)
+void OldCatalogue::addImage(qint64 id, const QVariantMap& image)
 {
-    for (auto entry = images.begin(); entry != images.end(); ++entry) {
-        const QVariantMap image = entry.value().toMap();
-        const std::optional<double> offset = offsetOf(image);
-        m_images.insert(entry.key().toLongLong(),
-                        {offset,
-                         image.value(u"ImagePath"_s).toString(),
-                         image.value(u"OriginalPath"_s).toString(),
-                         image.value(u"Faces"_s).toList()});
-        if (offset) {
-            m_offset = offset;
-        }
+    const std::optional<double> offset = offsetOf(image);
+    m_images.insert(id,
+                    {offset,
+                     image.value(u"ImagePath"_s).toString(),
+                     image.value(u"OriginalPath"_s).toString(),
+                     image.value(u"Faces"_s).toList()});
+    if (offset) {
+        m_offset = offset;
     }
 }
 

@@ -51,7 +51,7 @@ public:
     [[nodiscard]] std::optional<double> offset() const { return m_offset; }
 
 private:
-    void readImages(const QVariantMap& images);
+    void addImage(qint64 id, const QVariantMap& image);
 
     bool m_read{false};
     QVariantMap m_texts;

@@ -428,3 +428,41 @@ TEST(PropertyList, listsOfARealLibraryComeThroughUnchanged)
 }
 
 } // namespace
+
+TEST(PropertyList, entriesThatAreGivenAwayAreThoseOfTheListWhateverItsForm)
+{
+    const QVariantMap images{{u"1"_s, QVariantMap{{u"Caption"_s, u"one"_s}}},
+                             {u"2"_s, QVariantMap{{u"Caption"_s, u"two"_s}}}};
+    // A dictionary of that name deeper down is kept.
+    const QVariantMap list{{u"Images"_s, images},
+                           {u"Others"_s, QVariantMap{{u"Images"_s, images}}},
+                           {u"Path"_s, u"/P"_s}};
+    QVariantMap left = list;
+    left.insert(u"Images"_s, QVariantMap());
+    const QByteArray plain = PropertyList::toXml(list).value();
+    const QByteArray unusual = QByteArray(plain).replace("\n", "\r\n");
+    for (const QByteArray& form : {plain, unusual, PropertyList::toBinary(list).value()}) {
+        QVariantMap taken;
+        const Result<QVariant> read = PropertyList::parse(
+            form, {.key = u"Images"_s, .taken = [&](const QString& key, const QVariant& value) {
+                       taken.insert(key, value);
+                   }});
+        ASSERT_TRUE(read.ok());
+        EXPECT_EQ(read.value(), QVariant(left));
+        EXPECT_EQ(taken, images);
+    }
+}
+
+TEST(PropertyList, whatIsToBeGivenAwayAndIsNoDictionaryIsKept)
+{
+    const QVariantMap list{{u"Images"_s, QVariantList{u"one"_s}}};
+    for (const QByteArray& form :
+         {PropertyList::toXml(list).value(), PropertyList::toBinary(list).value()}) {
+        int taken = 0;
+        const Result<QVariant> read = PropertyList::parse(
+            form, {.key = u"Images"_s, .taken = [&](const QString&, const QVariant&) { ++taken; }});
+        ASSERT_TRUE(read.ok());
+        EXPECT_EQ(read.value(), QVariant(list));
+        EXPECT_EQ(taken, 0);
+    }
+}
