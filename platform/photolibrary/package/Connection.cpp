@@ -36,8 +36,11 @@ int openFlags(Connection::Mode mode)
 {
     // Also reading opens for writing where the file allows it: only then can SQLite undo what a
     // crash left half-done. Where it does not, SQLite itself falls back to reading.
-    return mode == Connection::Mode::Create ? SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE
-                                            : SQLite::OPEN_READWRITE;
+    const int flags = mode == Connection::Mode::Create
+                          ? SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE
+                          : SQLite::OPEN_READWRITE;
+    // Each thread has a connection of its own, so none need be locked for each value that is read.
+    return flags | SQLite::OPEN_NOMUTEX;
 }
 
 Result<void> isThere(const QString& packagePath, QLatin1StringView file)
