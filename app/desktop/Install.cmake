@@ -1,7 +1,8 @@
 # The desktop program and what makes it known to the desktop. The icon is compiled in too, for a
 # program that is not installed.
 if(TARGET corvane)
-    target_sources(corvane PRIVATE "${CMAKE_SOURCE_DIR}/resources/icons/corvane_icons.qrc")
+    qt_add_resources(icons_source "${CMAKE_SOURCE_DIR}/resources/icons/corvane_icons.qrc")
+    target_sources(corvane PRIVATE ${icons_source})
 
     set(application io.github.corvane.Corvane)
     set(desktop "${CMAKE_SOURCE_DIR}/resources/desktop")

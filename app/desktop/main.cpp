@@ -54,6 +54,7 @@ int main(int argc, char** argv)
     Interruption interruption;
     const SignalWatcher watcher(interruption);
     const QApplication application(argc, argv);
+    Q_INIT_RESOURCE(corvane_icons); // without them this does not link
     QGuiApplication::setDesktopFileName(applicationId());
     QGuiApplication::setWindowIcon(QIcon::fromTheme(
         applicationId(), QIcon(QStringLiteral(":/corvane/icons/%1.svg").arg(applicationId()))));
