@@ -19,9 +19,9 @@ constexpr quint16 kTileWidth = 0x0142;
 constexpr quint16 kTileLength = 0x0143;
 constexpr quint64 kLossyJpeg = 34892;
 
-/// The side up to which a tile may be larger than its picture, in pixels; those of cameras have 256
-/// to 512.
-constexpr quint64 kLargestFilledUp = 1024;
+/// By how much a side of a tile may be longer than that of its picture, in pixels; cameras' tiles
+/// have sides of 256 to 512.
+constexpr quint64 kMostFilledUp = 1024;
 
 /// The least work; all data are read and judged nevertheless.
 constexpr int kReduction = 8;
@@ -46,8 +46,8 @@ TileLayout layoutOf(const TiffDirectory& raw)
     // Strips end with the picture, tiles are filled up.
     const quint64 down = stated(kTileLength, std::min(stated(kRowsPerStrip, length), length));
     return {((width - 1) / across + 1) * ((length - 1) / down + 1),
-            std::min(across, std::max(width, kLargestFilledUp)),
-            std::min(down, std::max(length, kLargestFilledUp))};
+            std::min(across, width + kMostFilledUp),
+            std::min(down, length + kMostFilledUp)};
 }
 
 /// The `count` first ones that are stated, each from its begin to that of the next one, or to the

@@ -191,10 +191,27 @@ TEST(RawFileTest, aLossyTileMayBeLargerThanThePictureOnlyAsFarAsItIsFilledUp)
                                             strips + little(kSensorSize.height()),
                                             tiles + little(65000)));
     };
-    EXPECT_FALSE(failureOf(512).has_value());
-    const auto failure = failureOf(1032);
+    EXPECT_FALSE(failureOf(kSensorSize.height() + 1024).has_value());
+    const auto failure = failureOf(kSensorSize.height() + 1032);
     ASSERT_TRUE(failure.has_value());
     EXPECT_TRUE(failure->message.contains(u"larger than its place"));
+}
+
+TEST(RawFileTest, ofStripsAndTilesInOneDirectoryTheTilesAreJudged)
+{
+    const QByteArray good = lossyTile();
+    QByteArray damaged = good;
+    damaged.replace(damaged.size() / 2, 200, QByteArray(200, '\0'));
+    const auto failureOf = [](const QByteArray& strip, const QByteArray& tile) {
+        const QByteArray dng = lossyDng(strip);
+        const QByteArray one = QByteArray("\x04\0\x01\0\0\0", 6);
+        const QByteArray rows = QByteArray("\x16\x01", 2) + one + little(kSensorSize.height());
+        const QByteArray tiles =
+            QByteArray("\x44\x01", 2) + one + little(static_cast<quint32>(dng.size()));
+        return LossyTiles::failure(replaced(dng, rows, tiles) + tile);
+    };
+    EXPECT_FALSE(failureOf(damaged, good).has_value());
+    EXPECT_TRUE(failureOf(good, damaged).has_value());
 }
 
 TEST(RawFileTest, lossyTilesThatThePictureDoesNotNeedAreNotDecoded)
