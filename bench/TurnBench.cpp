@@ -122,7 +122,7 @@ Result<TurnBench::Figures> TurnBench::run(const QString& package, int turns, con
     if (!library.ok()) {
         return library.error();
     }
-    opening.print(name + "opening for writing, with the check",
+    opening.print(name + "opening for writing, as this program left it",
                   {.cpuSeconds = 3.0, .megabytes = 600.0});
     try {
         const Figures figures = turnsOf(*library.value(), turns, jpeg);
