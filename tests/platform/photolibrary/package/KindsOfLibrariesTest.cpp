@@ -296,6 +296,15 @@ TEST_F(KindsOfLibraries, anAlbumInAFolderIsOneOfTheUsersOwn)
     expectSound();
 }
 
+TEST_F(KindsOfLibraries, albumsOfAPhotoAreNamedInOrderWhateverTheirLetters)
+{
+    const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
+    for (const QString& name : {u"beach"_s, u"Alps"_s, u"cars"_s, u"Attic"_s}) {
+        m_builder.addAlbum(name, {id});
+    }
+    EXPECT_EQ(shown(id).albums, QStringList({u"Alps"_s, u"Attic"_s, u"beach"_s, u"cars"_s}));
+}
+
 TEST_F(KindsOfLibraries, anAlbumInAFolderThatIsInTheTrashIsNoneOfTheUsersOwn)
 {
     const qint64 id = m_builder.addPhoto(u"A.JPG"_s, u"Trip"_s);
