@@ -18,11 +18,6 @@ namespace LibraryReader
 /// Photos in the trash; `bytes` is what emptying it frees: both masters of a pair, no referenced
 /// one.
 [[nodiscard]] QList<PhotoFacts> trashedPhotos(Connection& connection);
-/// The ids of the user's regular albums, in the order of their making: none of the library's fixed
-/// ones, not hidden, not in the trash nor in a folder that is, not published to a service.
-[[nodiscard]] QList<qint64> regularAlbums(Connection& connection);
-/// Whether the album is one of them.
-[[nodiscard]] bool isRegularAlbum(Connection& connection, qint64 id);
 /// Counts, and what the integrity check finds.
 [[nodiscard]] LibrarySummary summary(Connection& connection, const NamedFiles& namedFiles);
 

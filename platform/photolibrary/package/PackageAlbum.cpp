@@ -1,8 +1,8 @@
 #include "PackageAlbum.h"
 
-#include "LibraryReader.h"
 #include "PackagePhoto.h"
 #include "Queries.h"
+#include "RegularAlbums.h"
 
 using namespace Qt::StringLiterals;
 
@@ -31,7 +31,7 @@ QString PackageAlbum::name()
 quint32 PackageAlbum::type()
 {
     const bool regular = m_library->read(
-        [this](Connection& connection) { return LibraryReader::isRegularAlbum(connection, m_id); });
+        [this](Connection& connection) { return RegularAlbums::holds(connection, m_id); });
     return regular ? kRegularAlbumType : kOtherAlbumType;
 }
 
@@ -80,7 +80,7 @@ void PackageAlbum::importFrom(const QString& path, bool forceCopy, const AlbumPt
     if (target) {
         const qint64 id = target->id();
         const bool regular = m_library->read(
-            [id](Connection& connection) { return LibraryReader::isRegularAlbum(connection, id); });
+            [id](Connection& connection) { return RegularAlbums::holds(connection, id); });
         album = regular ? std::optional<qint64>(id) : std::nullopt;
     }
     m_library->importPicture(path, album);

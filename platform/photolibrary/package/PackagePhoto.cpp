@@ -1,12 +1,12 @@
 #include "PackagePhoto.h"
 
 #include "AlbumRows.h"
-#include "LibraryReader.h"
 #include "LooseRows.h"
 #include "PackageAlbum.h"
 #include "PathMapping.h"
 #include "PhotoRows.h"
 #include "Queries.h"
+#include "RegularAlbums.h"
 #include "TrashRows.h"
 #include "Volumes.h"
 
@@ -339,7 +339,7 @@ void PackagePhoto::addTo(const AlbumPtr& album)
     }
     const qint64 id = album->id();
     m_library->write([&](Writer& writer) {
-        if (LibraryReader::isRegularAlbum(writer.connection, id)) {
+        if (RegularAlbums::holds(writer.connection, id)) {
             AlbumRows::addPhotos(writer, id, {m_id});
         }
     });

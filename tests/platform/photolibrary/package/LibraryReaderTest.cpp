@@ -8,6 +8,7 @@
 #include "PathMapping.h"
 #include "PhotoRows.h"
 #include "QtPrinters.h"
+#include "RegularAlbums.h"
 
 #include <QDir>
 #include <QFile>
@@ -252,8 +253,8 @@ TEST_F(LibraryReaderTest, onlyRegularAlbumsOfTheUserCount)
     AlbumRows::addPhotos(to, lastImport, {photo.visible});
     EXPECT_EQ(albumsOf(photo.visible), QStringList{u"Kept"_s});
     EXPECT_EQ(summary().albums, 1);
-    EXPECT_EQ(LibraryReader::regularAlbums(connection()).size(), 1);
-    EXPECT_FALSE(LibraryReader::isRegularAlbum(connection(), lastImport));
+    EXPECT_EQ(RegularAlbums::ids(connection()).size(), 1);
+    EXPECT_FALSE(RegularAlbums::holds(connection(), lastImport));
 }
 
 TEST_F(LibraryReaderTest, anOriginalThatMayNotBeReadIsNotMissing)
