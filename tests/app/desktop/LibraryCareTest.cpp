@@ -90,6 +90,7 @@ protected:
         }));
         scan->start();
         EXPECT_TRUE(waitUntil([&scan] { return scan->isFinished(); }));
+        EXPECT_TRUE(scan->wait()); // what it did is to be seen from now on
         return refused;
     }
 

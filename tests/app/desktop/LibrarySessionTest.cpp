@@ -48,6 +48,7 @@ protected:
         const std::unique_ptr<QThread> thread(QThread::create(std::move(work)));
         thread->start();
         ASSERT_TRUE(waitUntil([&thread] { return thread->isFinished(); }));
+        ASSERT_TRUE(thread->wait()); // what it did is to be seen from now on
     }
 
     [[nodiscard]] PhotoApplicationPtr application()
