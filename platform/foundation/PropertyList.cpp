@@ -26,7 +26,7 @@ void giveAway(QVariant& root, const PropertyList::GivenEntries& given)
         given.taken(entry.key(), entry.value());
     }
     *entries = QVariantMap();
-    root = std::move(content);
+    root = content;
 }
 
 } // namespace

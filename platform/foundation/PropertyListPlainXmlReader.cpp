@@ -146,17 +146,16 @@ private:
             }
             items.append(std::move(item));
         }
-        value = std::move(items);
+        value = items;
         return true;
     }
 
     [[nodiscard]] bool readDictionary(QVariant& value, int depth)
     {
         QVariantMap entries;
-        const bool isRead = readEntries(depth, [&](const QString& key, QVariant&& entry) {
-            entries.insert(key, std::move(entry));
-        });
-        value = std::move(entries);
+        const bool isRead = readEntries(
+            depth, [&](const QString& key, const QVariant& entry) { entries.insert(key, entry); });
+        value = entries;
         return isRead;
     }
 
@@ -182,7 +181,7 @@ private:
             } else if (!readValue(entry, depth + 1)) {
                 return false;
             }
-            taken(name, std::move(entry));
+            taken(name, entry);
         }
         return true;
     }
@@ -195,7 +194,7 @@ private:
         if (known != m_keys.cend()) {
             return *known;
         }
-        const QString key = QString::fromUtf8(bytes);
+        QString key = QString::fromUtf8(bytes);
         if (m_keys.size() < kKinds) {
             m_keys.insert(bytes, key);
         }

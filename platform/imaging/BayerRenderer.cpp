@@ -139,6 +139,23 @@ double sumOf(const float* values, int count)
     return static_cast<double>(sum);
 }
 
+/// Adds up a row's blocks of cells from the one at `left` on, as many as there are sums.
+void addBlocks(const BayerKernels::Cells& cells,
+               int left,
+               int block,
+               std::vector<std::array<double, 3>>& sums)
+{
+    int place = left;
+    for (std::array<double, 3>& sum : sums) {
+        sum[0] += sumOf(cells.red + place, block);
+        sum[1] +=
+            (sumOf(cells.firstGreen + place, block) + sumOf(cells.secondGreen + place, block)) /
+            2.0;
+        sum[2] += sumOf(cells.blue + place, block);
+        place += block;
+    }
+}
+
 } // namespace
 
 BayerRenderer::BayerRenderer(const BayerMosaic& mosaic, const ColorMatrix& toSrgb)
@@ -250,15 +267,7 @@ Bitmap BayerRenderer::reduced() const
                 const int row = 2 * (top + y * block + line);
                 rows.prepare(row);
                 rows.prepare(row + 1);
-                const BayerKernels::Cells cells = cellsOf(rows.row(row), rows.row(row + 1));
-                for (std::size_t i = 0; i < sums.size(); ++i) {
-                    const int place = left + static_cast<int>(i) * block;
-                    sums[i][0] += sumOf(cells.red + place, block);
-                    sums[i][1] += (sumOf(cells.firstGreen + place, block) +
-                                   sumOf(cells.secondGreen + place, block)) /
-                                  2.0;
-                    sums[i][2] += sumOf(cells.blue + place, block);
-                }
+                addBlocks(cellsOf(rows.row(row), rows.row(row + 1)), left, block, sums);
             }
             quint16* value = picture.row(y).data();
             for (const auto& sum : sums) {

@@ -30,7 +30,7 @@ void BayerRows::prepare(int y)
     Row& row = m_rows[static_cast<std::size_t>(y) % kKeptRows];
     const int source = reflected(m_mosaic.kept.top() + y, m_mosaic.visible.height());
     const int left = m_mosaic.kept.left() - 2 * kMargin;
-    const auto parity = static_cast<std::size_t>(2 * (source & 1));
+    const auto parity = 2 * static_cast<std::size_t>(source & 1);
     const auto even = parity + static_cast<std::size_t>(left & 1);
     const auto odd = parity + static_cast<std::size_t>(1 - (left & 1));
     const BayerKernels::Light first = lightOf(even);
@@ -38,7 +38,7 @@ void BayerRows::prepare(int y)
     const quint16* const values = m_mosaic.values + source * m_mosaic.stride;
     const int begin = std::clamp((1 - left) / 2, 0, m_pairs);
     const int end = std::clamp((m_mosaic.visible.width() - left) / 2, begin, m_pairs);
-    BayerKernels::prepare(values + left + 2 * begin,
+    BayerKernels::prepare(values + left + std::ptrdiff_t{2} * begin,
                           end - begin,
                           first,
                           second,

@@ -70,7 +70,7 @@ const std::vector<QPoint>& stepsAround()
 
 std::size_t valueAt(int x, int y)
 {
-    return static_cast<std::size_t>(y * kValuesASide + x);
+    return static_cast<std::size_t>(y) * kValuesASide + static_cast<std::size_t>(x);
 }
 
 /// The root of the mean square of a part of the detail.
@@ -114,6 +114,7 @@ ComparedPlaces::Detail ComparedPlaces::detailOf(const SmallPicture& lightness)
 std::vector<ComparedPlace> ComparedPlaces::places() const
 {
     std::vector<ComparedPlace> all;
+    all.reserve(std::size_t{kPlaces} * kPlaces);
     for (int index = 0; index < kPlaces * kPlaces; ++index) {
         all.push_back(at(index % kPlaces, index / kPlaces));
     }

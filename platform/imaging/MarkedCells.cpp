@@ -22,16 +22,19 @@ int MarkedCells::largestPatch() const
 
 int MarkedCells::takePatch(int first, int width, std::vector<bool>& marks)
 {
-    std::vector<int> found;
+    int found = 0;
+    std::vector<int> next; // cells whose neighbours are not looked at yet
     const auto take = [&](int cell) {
         if (cell >= 0 && cell < std::ssize(marks) && marks[static_cast<std::size_t>(cell)]) {
             marks[static_cast<std::size_t>(cell)] = false;
-            found.push_back(cell);
+            next.push_back(cell);
+            ++found;
         }
     };
     take(first);
-    for (std::size_t next = 0; next < found.size(); ++next) {
-        const int cell = found[next];
+    while (!next.empty()) {
+        const int cell = next.back();
+        next.pop_back();
         take(cell - width);
         take(cell + width);
         if (cell % width > 0) {
@@ -41,5 +44,5 @@ int MarkedCells::takePatch(int first, int width, std::vector<bool>& marks)
             take(cell + 1);
         }
     }
-    return static_cast<int>(found.size());
+    return found;
 }

@@ -24,7 +24,7 @@ inline constexpr qint64 kMaximumPixels = 256LL * 1024 * 1024;
 inline constexpr qint64 kMaximumPixelsOfByte = 1024;
 
 /// The same of a PNG, whose compression (RFC 1951) makes 1032 bytes of one, each of 8 pixels.
-inline constexpr qint64 kMaximumPixelsOfPngByte = 8 * 1032;
+inline constexpr qint64 kMaximumPixelsOfPngByte = qint64{8} * 1032;
 
 /// Whether so many bytes can hold that picture at all.
 [[nodiscard]] constexpr bool

@@ -15,10 +15,10 @@ namespace
 
 /// Rows of one kind.
 struct Loose {
-    const char* table;
-    const char* ids;      ///< asks for them
-    const char* sentence; ///< %1 is the first id, %2 how many there are
-    Schema::Database database;
+    const char* table{nullptr};
+    const char* ids{nullptr};      ///< asks for them
+    const char* sentence{nullptr}; ///< %1 is the first id, %2 how many there are
+    Schema::Database database{Schema::Database::Library};
     bool isTie{true}; ///< tells of nothing but what is gone
 };
 

@@ -14,7 +14,7 @@ namespace
 
 struct AttachedDatabase {
     QLatin1StringView schema;
-    Schema::Database database;
+    Schema::Database database{Schema::Database::Library};
 };
 
 constexpr std::array kDatabases{AttachedDatabase{"main"_L1, Schema::Database::Library},

@@ -66,7 +66,7 @@ QString originalOf(const ProxiedPhoto& photo, ProxyFiles::Kind kind)
 QList<ProxyFiles::Missing> ProxyFiles::missing(Connection& connection)
 {
     struct Column {
-        Kind kind;
+        Kind kind{Kind::Preview};
         QLatin1StringView folder;
     };
 
