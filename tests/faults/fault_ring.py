@@ -52,7 +52,7 @@ def walk_share(share, options, folder, results):
         first, end = (len(trials) * part // options.jobs for part in (share, share + 1))
         for kind, number in trials[first:end]:  # in a row: what they leave is alike
             results.put(("trial", kind, number, walk.attempt(kind, number), walk.points[number - 1], walk.told))
-        results.put(("judged", len(walk.judged)))
+        results.put(("judged", len(walk.recovered), len(walk.judged)))
     except BaseException:
         results.put(("broken", traceback.format_exc()))
     results.put(("end",))
@@ -63,7 +63,8 @@ def describe(kind, point):
 
 
 def collect(results, jobs, options):
-    walked, failed, judged, running, broken = collections.Counter(), 0, 0, jobs, False
+    walked, failed, recovered, judged = collections.Counter(), 0, 0, 0
+    running, broken = jobs, False
     told = open(options.told, "w") if options.told else None
     while running:
         what, *result = results.get()
@@ -73,7 +74,8 @@ def collect(results, jobs, options):
             print(result[0], flush=True)
             broken = True
         elif what == "judged":
-            judged += result[0]
+            recovered += result[0]
+            judged += result[1]
         elif what == "points":
             print(f"{result[0]} points, {result[1]} trials of them", flush=True)
         else:
@@ -89,7 +91,8 @@ def collect(results, jobs, options):
             if sum(walked.values()) % TRIALS_BETWEEN_LINES == 0:
                 print(f"{sum(walked.values())} trials, {failed} failed", file=sys.stderr, flush=True)
     print("walked:", ", ".join(f"{kind} {count}" for kind, count in walked.items()))
-    print(f"{sum(walked.values())} trials, {failed} failed; {judged} libraries left by them were judged")
+    print(f"{sum(walked.values())} trials, {failed} failed; of {recovered} disks left by them that differ, recovery "
+          f"made {judged} libraries, which were judged")
     return failed == 0 and not broken and sum(walked.values()) > 0
 
 

@@ -6,6 +6,7 @@ import json
 import os
 import re
 import shutil
+import stat
 import subprocess
 import time
 from pathlib import Path
@@ -65,24 +66,26 @@ class Slot:
         self.disk.mkdir()
         self.hit.unlink(missing_ok=True)
 
-    def fingerprint(self, read_backups):
+    def fingerprint(self, read_backups=None):
         """Of all on the disk that a later run can go by. Of locks that is how many lines they have, of
-        backups which there are but for those that are read, of other files also whether they were
-        written since they were laid out."""
+        backups, where it is told which are read, only the names of the others, of other files also
+        whether they were written since they were laid out."""
         found = hashlib.sha256()
-        for path in sorted(self.disk.rglob("*")):
-            name = CHANCE.sub("", str(path.relative_to(self.disk)))
-            if OF_BACKUP.search(name) and read_backups.isdisjoint(path.parents):
+        for path in sorted(paths_below(self.disk)):
+            name = CHANCE.sub("", path.removeprefix(f"{self.disk}/"))
+            unread = read_backups is not None and OF_BACKUP.search(name)
+            if unread and read_backups.isdisjoint(Path(path).parents):
                 continue
-            status, content, written = path.lstat(), b"", False
-            if path.is_symlink():
+            status, content, written = os.lstat(path), b"", False
+            if stat.S_ISLNK(status.st_mode):
                 content = os.fsencode(os.readlink(path))
-            elif path.is_file() and path.name.endswith("lock"):
-                content = path.read_bytes().count(b"\n")
-            elif path.is_file():
-                content = path.read_bytes()
-                written = status.st_mtime != MOMENT
-            found.update(repr((name, status.st_mode, written, content)).encode())
+            elif stat.S_ISREG(status.st_mode):
+                with open(path, "rb") as file:
+                    content, written = file.read(), status.st_mtime != MOMENT
+            if path.endswith("lock"):
+                content, written = b"\n" * content.count(b"\n"), False
+            found.update(repr((name, status.st_mode, written, len(content))).encode())
+            found.update(content)
         return found.digest()
 
     def run(self, *arguments, faults=None):
@@ -134,3 +137,12 @@ class Slot:
     def finished_backups(self):
         return sorted(path for path in (self.disk / "state" / "corvane").glob("backups/*/*")
                       if not path.name.endswith(".unfinished"))
+
+
+def paths_below(folder):
+    """Of everything below a folder, whatever it is."""
+    with os.scandir(folder) as entries:
+        for entry in entries:
+            yield entry.path
+            if entry.is_dir(follow_symlinks=False):
+                yield from paths_below(entry.path)

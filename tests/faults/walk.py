@@ -41,6 +41,7 @@ class Walk:
         self.known_problems = frozenset(self._soundness(self.before))  # the files that are not the program's
         self.points = self._record()
         self.player, self.played, self.seen = None, 0, set()
+        self.recovered = {}  # of what a disturbed run left, by its fingerprint: what recover() tells of it
         self.judged = {}  # of what a recovery left, by its fingerprint: what judge() tells of it
 
     def restore(self):
@@ -133,20 +134,28 @@ class Walk:
         return self.afterwards(says_done=False)
 
     def afterwards(self, says_done):
-        """Opens the library again, looks at it, and lets a second run finish the work."""
+        """What is wrong with what the disturbed run left, and with what comes of it."""
+        left = self.slot.fingerprint()
+        if left not in self.recovered:
+            self.recovered[left] = self.recover()
+        problems, is_done = self.recovered[left]
+        wrong_word = ["the run ended with 0, but the work is not done"] if says_done and not is_done else []
+        return problems + wrong_word
+
+    def recover(self):
+        """Opens the library again, looks at it, and lets a second run finish the work: what is wrong then,
+        and whether the work was done before the second run."""
         problems = [f"before recovery, info: {problem}" for problem in self.slot.soundness()
                     if LEFT_FOR_RECOVERY not in problem]
         recovery = self.slot.recover()
         if recovery.returncode != 0:
-            return [*problems, f"recovery ends with {recovery.returncode}: {recovery.stderr.strip()}"]
+            return [*problems, f"recovery ends with {recovery.returncode}: {recovery.stderr.strip()}"], False
         problems += self.backups()
         left = self.slot.fingerprint(self.earlier_backups)
         if left not in self.judged:
             self.judged[left] = self.judge()
         later, is_done = self.judged[left]
-        if says_done and not is_done:
-            problems.append("the run ended with 0, but the work is not done")
-        return problems + later
+        return problems + later, is_done
 
     def judge(self):
         """What is wrong with the library after recovery and after a second run, and whether the work was
