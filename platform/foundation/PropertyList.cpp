@@ -16,9 +16,12 @@ namespace
 /// For readers that keep all.
 void giveAway(QVariant& root, const PropertyList::GivenEntries& given)
 {
+    if (!given.taken) {
+        return;
+    }
     QVariantMap content = root.toMap();
     const auto entries = content.find(given.key);
-    if (!given.taken || entries == content.end() || entries->typeId() != QMetaType::QVariantMap) {
+    if (entries == content.end() || entries->typeId() != QMetaType::QVariantMap) {
         return;
     }
     const QVariantMap taken = entries->toMap();

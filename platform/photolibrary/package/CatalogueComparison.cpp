@@ -103,9 +103,9 @@ class Differences final
 {
 public:
     /// `images`: those that there should be, by id.
-    Differences(QString file, const QVariantMap& images)
+    Differences(QString file, QVariantMap images)
         : m_file(std::move(file))
-        , m_images(images)
+        , m_images(std::move(images))
     {
     }
 

@@ -38,7 +38,7 @@ QString damageOf(const QString& path, const QByteArray& bytes, const OldCatalogu
 /// Read in pieces: a large library's catalogue has a hundred megabytes.
 bool holds(const QString& path, const QByteArray& bytes)
 {
-    constexpr qsizetype kPiece = 1024 * 1024;
+    constexpr qsizetype kPiece = qsizetype{1024} * 1024;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly) || file.size() != bytes.size()) {
         return false;

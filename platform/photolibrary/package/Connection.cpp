@@ -181,6 +181,7 @@ void Connection::beginImmediate()
 {
     resetStatements();
     m_database.exec("BEGIN IMMEDIATE");
+    m_changesBefore = m_database.getTotalChanges();
 }
 
 void Connection::commit()
@@ -203,6 +204,11 @@ bool Connection::inTransaction() const
     return sqlite3_get_autocommit(m_database.getHandle()) == 0;
 }
 
+bool Connection::hasUncommittedChanges() const
+{
+    return inTransaction() && m_database.getTotalChanges() != m_changesBefore;
+}
+
 Connection::Snapshot::Snapshot(Connection& connection)
     : m_connection(connection)
     , m_isOwn(!connection.inTransaction())
@@ -212,6 +218,7 @@ Connection::Snapshot::Snapshot(Connection& connection)
     }
     m_connection.resetStatements();
     m_connection.database().exec("BEGIN");
+    m_connection.m_changesBefore = m_connection.database().getTotalChanges();
     try {
         // A commit takes the databases in their order. Whoever holds the first one for reading
         // keeps it from beginning, so that the other two belong to the same moment.
@@ -230,25 +237,35 @@ Connection::Snapshot::~Snapshot()
     }
 }
 
-Connection::Interruptible::Interruptible(Connection& connection, std::function<bool()> shouldStop)
-    : m_connection(connection)
-    , m_shouldStop(std::move(shouldStop))
+void Connection::ask(std::function<bool()> shouldStop)
 {
     constexpr int kInstructions = 10000; // of SQLite's machine; about a millisecond
-    const auto ask = [](void* self) {
-        return static_cast<Interruptible*>(self)->m_shouldStop() ? 1 : 0;
+    m_shouldStop = std::move(shouldStop);
+    const auto asked = [](void* self) {
+        return static_cast<Connection*>(self)->m_shouldStop() ? 1 : 0;
     };
-    if (m_shouldStop && m_shouldStop()) { // short requests would not ask
+    if (m_shouldStop) {
+        sqlite3_progress_handler(m_database.getHandle(), kInstructions, asked, this);
+    } else {
+        sqlite3_progress_handler(m_database.getHandle(), 0, nullptr, nullptr);
+    }
+}
+
+Connection::Interruptible::Interruptible(Connection& connection, std::function<bool()> shouldStop)
+    : m_connection(connection)
+    , m_outer(connection.shouldStop())
+{
+    if (shouldStop && shouldStop()) { // short requests would not ask
         throw SQLite::Exception("interrupted", SQLITE_INTERRUPT);
     }
-    if (m_shouldStop) {
-        sqlite3_progress_handler(m_connection.database().getHandle(), kInstructions, ask, this);
+    if (shouldStop) {
+        connection.ask(std::move(shouldStop));
     }
 }
 
 Connection::Interruptible::~Interruptible()
 {
-    sqlite3_progress_handler(m_connection.database().getHandle(), 0, nullptr, nullptr);
+    m_connection.ask(std::move(m_outer));
 }
 
 namespace Sql

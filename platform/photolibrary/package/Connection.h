@@ -65,6 +65,8 @@ public:
     /// Nothing happens outside a transaction.
     void rollback() noexcept;
     [[nodiscard]] bool inTransaction() const;
+    /// Whether rows were changed since beginImmediate(): no other connection sees that yet.
+    [[nodiscard]] bool hasUncommittedChanges() const;
 
     /// While it lives, all reads see the three databases as they were at one moment: wholly before
     /// or wholly after any transaction of another connection. Others may begin a transaction
@@ -85,7 +87,7 @@ public:
 
     /// While it lives, requests are given up with SQLITE_INTERRUPT soon after `shouldStop`, which
     /// any number of requests ask, has answered yes; raised at once where it does already. An empty
-    /// one changes nothing. For reads only.
+    /// one changes nothing; of several that live the last one is asked. For reads only.
     class Interruptible final
     {
     public:
@@ -96,17 +98,24 @@ public:
 
     private:
         Connection& m_connection;
-        std::function<bool()> m_shouldStop;
+        std::function<bool()> m_outer; ///< what was asked before
     };
+
+    /// What the Interruptible that lives asks; empty without one.
+    [[nodiscard]] const std::function<bool()>& shouldStop() const { return m_shouldStop; }
 
 private:
     Connection(QString packagePath, Mode mode, int busyMilliseconds);
     /// Opens the database of that index; the first one is open already. In their order.
     void prepare(std::size_t index, Mode mode);
+    /// From now on; an empty one lets requests run to their end.
+    void ask(std::function<bool()> shouldStop);
 
     QString m_packagePath;
     QMap<QString, QString> m_volumeFolders;
+    std::function<bool()> m_shouldStop;
     SQLite::Database m_database;
+    int m_changesBefore{0}; ///< rows changed before the last transaction began
     std::unordered_map<std::string, std::unique_ptr<SQLite::Statement>> m_statements;
 };
 

@@ -6,25 +6,48 @@
 #include "ProxyFiles.h"
 #include "Queries.h"
 #include "RoomyCache.h"
+#include "RowIdCollection.h"
 #include "RowIdIndexes.h"
 #include "RowQuestions.h"
 #include "Schema.h"
 #include "StrayFiles.h"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
+#include <exception>
 #include <string>
-#include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
 namespace
 {
 
+using IntegrityCheck::Depth;
+
+/// Those of DatabaseFiles::kTogether, in the order of Connection::kSchemas.
+constexpr std::array kTogether{
+    Schema::Database::Library, Schema::Database::Properties, Schema::Database::ImageProxies};
+
+QList<Finding> damageOf(Connection& connection, Schema::Database database, Depth depth)
+{
+    const auto* const place = std::ranges::find(kTogether, database);
+    const auto index = static_cast<std::size_t>(place - kTogether.begin());
+    const std::string check = depth == Depth::Rows ? ".quick_check(1)" : ".integrity_check(1)";
+    const std::string sql = std::string("PRAGMA ") + Connection::kSchemas.at(index) + check;
+    const QString found = Sql::firstText(connection, sql.c_str());
+    if (found == "ok"_L1) {
+        return {};
+    }
+    return {{u"A database is damaged: %1."_s.arg(found), Schema::filePath(database), false}};
+}
+
 /// A question whose first column names what is wrong, and the sentence that it goes into.
 struct Question {
-    const char* sql;
-    const char* sentence;  ///< %1 is the first finding, %2 how many there are
-    bool isDerived{false}; ///< it follows from other rows
+    const char* sql{nullptr};
+    const char* sentence{nullptr}; ///< %1 is the first finding, %2 how many there are
+    bool isDerived{false};         ///< it follows from other rows
     Schema::Database database{Schema::Database::Library};
 };
 
@@ -82,17 +105,15 @@ constexpr Question kQuestions[] = {
      true},
 };
 
-void askQuestions(Connection& connection, QList<Finding>& findings)
+QList<Finding> asked(Connection& connection, const Question& question)
 {
-    for (const Question& question : kQuestions) {
-        const QStringList found = Sql::texts(connection, question.sql);
-        if (!found.isEmpty()) {
-            findings.append({QString::fromLatin1(question.sentence)
-                                 .arg(found.first(), QString::number(found.size())),
-                             Schema::filePath(question.database),
-                             question.isDerived});
-        }
+    const QStringList found = Sql::texts(connection, question.sql);
+    if (found.isEmpty()) {
+        return {};
     }
+    const QString sentence =
+        QString::fromLatin1(question.sentence).arg(found.first(), QString::number(found.size()));
+    return {{sentence, Schema::filePath(question.database), question.isDerived}};
 }
 
 /// The database that a table is in, or that a sentence tells of.
@@ -107,8 +128,9 @@ QString databaseOf(const QString& table)
                                          : Schema::Database::Library);
 }
 
-void checkCounters(Connection& connection, QList<Finding>& findings)
+QList<Finding> laggingCounters(Connection& connection)
 {
+    QList<Finding> findings;
     const Connection::Snapshot snapshot(connection);
     const QList<ModelIds::Lagging> tables = ModelIds::lagging(connection);
     for (const ModelIds::Lagging& table : tables) {
@@ -116,6 +138,31 @@ void checkCounters(Connection& connection, QList<Finding>& findings)
             findings.append({ModelIds::describeCounter(table),
                              Schema::filePath(Schema::Database::Library),
                              true});
+        }
+    }
+    return findings;
+}
+
+QList<Finding> mismatchesOf(Connection& connection, const RowIdCollection::Source& source)
+{
+    QList<Finding> findings;
+    const QStringList mismatches = RowIdIndexes::mismatches(connection, source);
+    for (const QString& mismatch : mismatches) {
+        findings.append({mismatch, databaseOf(mismatch), true});
+    }
+    return findings;
+}
+
+/// About the rows of whole databases.
+void addQuestionsOfRows(Connection& connection, std::vector<ParallelQuestions::Question>& questions)
+{
+    for (const Question& question : kQuestions) {
+        questions.emplace_back([&question](Connection& by) { return asked(by, question); });
+    }
+    questions.emplace_back(laggingCounters);
+    if (Schema::mismatches(connection).isEmpty()) { // older schemas lack columns that are indexed
+        for (const RowIdCollection::Source& source : RowIdCollection::sources()) {
+            questions.emplace_back([&source](Connection& by) { return mismatchesOf(by, source); });
         }
     }
 }
@@ -171,42 +218,48 @@ QStringList looseEnds(Connection& connection, const NamedFiles& namedFiles)
 
 QList<Finding> IntegrityCheck::ofForm(Connection& connection, Depth depth)
 {
-    const std::string check = depth == Depth::Rows ? ".quick_check(1)" : ".integrity_check(1)";
-    constexpr std::array kDatabases{
-        Schema::Database::Library, Schema::Database::Properties, Schema::Database::ImageProxies};
-    QList<Finding> findings;
-    for (std::size_t i = 0; i < Connection::kSchemas.size(); ++i) {
-        const std::string sql = std::string("PRAGMA ") + Connection::kSchemas[i] + check;
-        const QString found = Sql::firstText(connection, sql.c_str());
-        if (found != "ok"_L1) {
-            findings.append({u"A database is damaged: %1."_s.arg(found),
-                             Schema::filePath(kDatabases[i]),
-                             false});
-        }
+    QList<Finding> damages;
+    for (const Schema::Database database : kTogether) {
+        damages += damageOf(connection, database, depth);
     }
-    return findings;
+    return damages;
 }
 
-QList<Finding> IntegrityCheck::ofRows(Connection& connection)
+IntegrityCheck::FormAndRows IntegrityCheck::ofFormAndRows(
+    Connection& connection, Depth depth, const std::vector<ParallelQuestions::Question>& more)
 {
-    QList<Finding> findings;
-    askQuestions(connection, findings);
-    checkCounters(connection, findings);
-    if (Schema::mismatches(connection).isEmpty()) { // older schemas lack columns that are indexed
-        const QStringList mismatches = RowIdIndexes::mismatches(connection);
-        for (const QString& mismatch : mismatches) {
-            findings.append({mismatch, databaseOf(mismatch), true});
-        }
+    std::vector<ParallelQuestions::Question> questions;
+    for (const Schema::Database database : kTogether) {
+        questions.emplace_back(
+            [database, depth](Connection& by) { return damageOf(by, database, depth); });
     }
-    return findings;
+    addQuestionsOfRows(connection, questions);
+    questions.insert(questions.end(), more.begin(), more.end());
+    const std::vector<ParallelQuestions::Answer> answers =
+        ParallelQuestions::ask(connection, questions, kTogether.size());
+
+    FormAndRows told;
+    const auto firstOfRows = answers.begin() + kTogether.size();
+    for (auto answer = answers.begin(); answer != firstOfRows; ++answer) {
+        told.findings += answer->findings;
+    }
+    told.isWhole = told.findings.isEmpty();
+    if (!told.isWhole) {
+        return told;
+    }
+    for (const ParallelQuestions::Answer& answer : answers) {
+        if (answer.failure) {
+            std::rethrow_exception(answer.failure);
+        }
+        told.findings += answer.findings;
+    }
+    return told;
 }
 
 QStringList IntegrityCheck::ofDatabases(Connection& connection, Depth depth)
 {
     const RoomyCache cache(connection);
-    const QList<Finding> damages = ofForm(connection, depth);
-    // What a damaged database says of the rest proves nothing.
-    return sentencesOf(damages.isEmpty() ? ofRows(connection) : damages);
+    return sentencesOf(ofFormAndRows(connection, depth).findings);
 }
 
 QStringList IntegrityCheck::ofCrash(Connection& connection, const NamedFiles& namedFiles)
@@ -225,9 +278,10 @@ QStringList IntegrityCheck::ofCrash(Connection& connection, const NamedFiles& na
 QStringList IntegrityCheck::problems(Connection& connection, const NamedFiles& namedFiles)
 {
     const RoomyCache cache(connection);
-    QStringList problems = sentencesOf(ofForm(connection));
-    if (problems.isEmpty()) {
-        problems << sentencesOf(ofRows(connection)) << looseEnds(connection, namedFiles);
+    const FormAndRows databases = ofFormAndRows(connection, Depth::Indexes);
+    QStringList problems = sentencesOf(databases.findings);
+    if (databases.isWhole) {
+        problems << looseEnds(connection, namedFiles);
     }
     tellDamagedCatalogue(connection, problems);
     return problems;

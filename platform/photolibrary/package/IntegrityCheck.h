@@ -3,12 +3,14 @@
 #include "Connection.h"
 #include "Finding.h"
 #include "NamedFiles.h"
+#include "ParallelQuestions.h"
 
 #include <QList>
 #include <QString>
 #include <QStringList>
 
 #include <cstdint>
+#include <vector>
 
 /// Whether a library's databases agree with themselves and with the files in the package.
 namespace IntegrityCheck
@@ -25,9 +27,19 @@ enum class Depth : std::uint8_t {
 
 /// Whether the databases are whole, as SQLite sees them.
 [[nodiscard]] QList<Finding> ofForm(Connection& connection, Depth depth = Depth::Indexes);
-/// What is wrong with the rows of whole databases: counts, indexes, id counters, and rows that
-/// contradict each other.
-[[nodiscard]] QList<Finding> ofRows(Connection& connection);
+
+struct FormAndRows {
+    bool isWhole{true}; ///< as SQLite sees the databases
+    QList<Finding> findings;
+};
+
+/// What is wrong with the databases' form or, where nothing is, with their rows: counts, indexes,
+/// id counters, rows that contradict each other, and what `more` questions tell. What a damaged
+/// database says of the rest proves nothing. Two connections are asked at a time (see
+/// ParallelQuestions).
+[[nodiscard]] FormAndRows ofFormAndRows(Connection& connection,
+                                        Depth depth,
+                                        const std::vector<ParallelQuestions::Question>& more = {});
 
 /// What is wrong with the databases themselves: their form, counts, indexes, id counters, and rows
 /// that contradict each other. A library with any of that is not written to. Looks at no other

@@ -19,14 +19,14 @@ struct LibraryBackup {
 };
 
 /// The dated copies of a library that lie outside of its package, for the faces: made, listed and
-/// restored without the library being open. Any thread. Every error's message names the path and
-/// the remedy.
+/// restored without the library being open. `path`, if nothing else is said: the package's. Any
+/// thread. Every error's message names the path and the remedy.
 namespace LibraryBackups
 {
 
 /// The folder below which the copies of a library lie, whether or not there is one yet. Errors:
 /// NotFound, Unsupported, NotWritable (it is not known where), Unreadable.
-[[nodiscard]] Result<QString> folder(const QString& package);
+[[nodiscard]] Result<QString> folder(const QString& path);
 /// The copy that lies at `path`, which make() or the library told.
 [[nodiscard]] LibraryBackup at(const QString& path);
 
@@ -42,15 +42,15 @@ struct Restored {
 };
 
 /// Makes one. Errors: NotFound, Unsupported, InUse, NotWritable, OutOfSpace, Unreadable, Damaged.
-[[nodiscard]] Result<LibraryBackup> make(const QString& package);
+[[nodiscard]] Result<LibraryBackup> make(const QString& path);
 
 /// The oldest first; also of a library whose databases are damaged or gone. Errors: NotFound,
 /// Unsupported for what never was a library.
-[[nodiscard]] Result<QList<LibraryBackup>> list(const QString& package);
+[[nodiscard]] Result<QList<LibraryBackup>> list(const QString& path);
 
 /// What a person should know before a restore: signs that another program uses the library. A
 /// sentence or two each, often none.
-[[nodiscard]] QStringList warnings(const QString& package);
+[[nodiscard]] QStringList warnings(const QString& path);
 
 /// Puts databases, sidecars and catalogues of a copy in place of those that are there, all at once:
 /// a kill at any moment leaves the library as it was or as it is to be. A copy of what is there is
@@ -59,7 +59,6 @@ struct Restored {
 /// not close the library, or has it open on another machine.
 /// Errors: NotFound (no such copy, or more than one), InUse, NotClosed, NotWritable, OutOfSpace,
 /// Unreadable, Damaged (the copy); nothing is changed by a failed restore.
-[[nodiscard]] Result<Restored>
-restore(const QString& package, const QString& date, bool afterCrash);
+[[nodiscard]] Result<Restored> restore(const QString& path, const QString& date, bool afterCrash);
 
 } // namespace LibraryBackups

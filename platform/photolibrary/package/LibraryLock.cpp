@@ -128,9 +128,11 @@ Result<std::unique_ptr<LibraryLock>> LibraryLock::take(const QString& package,
     if (!file->isOpen()) {
         return StateFolder::unusable(AtomicFile::errorFromErrno(errno, u"write"_s, path), package);
     }
-    if (const int error = takeLock(file->number()); error == EWOULDBLOCK) {
+    const int error = takeLock(file->number());
+    if (error == EWOULDBLOCK) {
         return heldBy(package, holderIn(file->number()));
-    } else if (error != 0) {
+    }
+    if (error != 0) {
         const Error cause = AtomicFile::errorFromErrno(error, u"lock"_s, path);
         return StateFolder::unusable({ErrorCode::NotWritable, cause.message}, package);
     }

@@ -99,12 +99,12 @@ QList<Finding> LibraryVerification::findings(Connection& connection,
         }
     };
     goOn(Stage::Databases);
-    QList<Finding> findings = IntegrityCheck::ofForm(connection);
-    if (!findings.isEmpty()) {
+    IntegrityCheck::FormAndRows databases = IntegrityCheck::ofFormAndRows(
+        connection, IntegrityCheck::Depth::Indexes, {&LooseRows::findings, &DerivedRows::findings});
+    QList<Finding> findings = std::move(databases.findings);
+    if (!databases.isWhole) {
         return findings;
     }
-    findings << IntegrityCheck::ofRows(connection) << LooseRows::findings(connection)
-             << DerivedRows::findings(connection);
     if (Schema::mismatches(connection).isEmpty()) { // of older ones sidecars look otherwise
         goOn(Stage::Sidecars);
         tellAllSidecars(connection, findings, [&goOn](qint64 done, qint64 total) {

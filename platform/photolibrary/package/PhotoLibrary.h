@@ -26,7 +26,8 @@ struct OpenOptions {
     /// passes and nothing else is found that a crash may have left (IntegrityCheck::ofCrash).
     bool afterCrash{false};
     /// Asked now and then while the databases are checked, which takes long for a large library;
-    /// yes ends the opening with Interrupted. Called on the thread that opens; may be empty.
+    /// yes ends the opening with Interrupted. Called on the thread that opens and on another beside
+    /// it; may be empty.
     std::function<bool()> shouldStop{};
     /// Where disks are here that referenced masters lie on: absolute folders by the name of the
     /// disk on the Mac, its own by "/". Masters on others are offline.

@@ -2,10 +2,14 @@
 
 #include <QHash>
 
+#include <sqlite3.h>
+
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -59,63 +63,118 @@ public:
         : m_rows(rows)
         , m_sets(sets)
     {
-        for (int i = 1; i < rows.getColumnCount(); ++i) {
-            m_columns.push_back({QString::fromLatin1(rows.getColumnName(i)), nullptr, {}, {}});
-        }
     }
 
     /// Of the row that the query stands at.
     void collect()
     {
-        if (m_rows.getColumn(0).isNull()) {
+        if (!m_id) {
+            findColumns();
+        }
+        if (m_id->isNull()) {
             return; // a property that is a number has no string
         }
-        const auto id = static_cast<qint64>(m_rows.getColumn(0).getInt64());
+        const auto id = static_cast<qint64>(m_id->getInt64());
         bool isOriginal = false;
-        for (std::size_t i = 0; i < m_columns.size(); ++i) {
-            const SQLite::Column value = m_rows.getColumn(static_cast<int>(i) + 1);
-            const QString& name = m_columns[i].name;
-            if (name == "mainRating"_L1) {
-                addRating(id, value, isOriginal);
-                continue;
+        for (Column& column : m_columns) {
+            switch (column.kind) {
+            case Kind::Rating:
+                addRating(id, column.value, isOriginal);
+                break;
+            case Kind::FolderPath:
+                addClosures(id, Sql::value(column.value).toString());
+                break;
+            case Kind::IsOriginal:
+                isOriginal = column.value.getInt64() != 0;
+                [[fallthrough]];
+            case Kind::Plain:
+                setOf(column).insert(id);
+                break;
             }
-            if (name == "folderPath"_L1) {
-                addClosures(id, Sql::value(value).toString());
-                continue;
-            }
-            if (name == "isOriginal"_L1) {
-                isOriginal = value.getInt64() != 0;
-            }
-            setOf(m_columns[i], value).insert(id);
         }
     }
 
 private:
+    enum class Kind : quint8 {
+        Plain,
+        IsOriginal, ///< before the rating
+        Rating,
+        FolderPath,
+    };
+
     struct Column {
         QString name;
+        Kind kind;
+        SQLite::Column value; ///< in whichever row the query stands at
         RowIdSet* ofNothing{nullptr};
         QHash<qint64, RowIdSet*> ofNumbers;
+        /// Of the first texts: most columns have few, which are found without hashing.
+        std::vector<std::pair<QByteArray, RowIdSet*>> ofFirstTexts;
         QHash<QByteArray, RowIdSet*> ofTexts;
     };
 
-    RowIdSet& setOf(Column& column, const SQLite::Column& value)
+    static Kind kindOf(const QString& name)
     {
+        if (name == "mainRating"_L1) {
+            return Kind::Rating;
+        }
+        if (name == "folderPath"_L1) {
+            return Kind::FolderPath;
+        }
+        return name == "isOriginal"_L1 ? Kind::IsOriginal : Kind::Plain;
+    }
+
+    /// With the first row: without one a query has no values.
+    void findColumns()
+    {
+        m_id = m_rows.getColumn(0);
+        for (int i = 1; i < m_rows.getColumnCount(); ++i) {
+            const QString name = QString::fromLatin1(m_rows.getColumnName(i));
+            m_columns.push_back({name, kindOf(name), m_rows.getColumn(i), nullptr, {}, {}, {}});
+        }
+    }
+
+    RowIdSet& setOf(Column& column)
+    {
+        const SQLite::Column& value = column.value;
         const auto found = [&] { return &m_sets[{column.name, valueText(Sql::value(value))}]; };
-        if (value.isInteger() || value.isNull()) {
-            RowIdSet*& set = value.isNull() ? column.ofNothing : column.ofNumbers[value.getInt64()];
+        switch (value.getType()) {
+        case SQLITE_NULL:
+            column.ofNothing = column.ofNothing == nullptr ? found() : column.ofNothing;
+            return *column.ofNothing;
+        case SQLITE_INTEGER: {
+            RowIdSet*& set = column.ofNumbers[value.getInt64()];
             set = set == nullptr ? found() : set;
             return *set;
         }
-        if (!value.isText()) {
+        case SQLITE_TEXT:
+            return setOfText(column, found);
+        default:
             return *found();
         }
-        const char* const characters = value.getText();
-        const auto raw = QByteArray::fromRawData(characters, value.getBytes());
+    }
+
+    template <typename Found>
+    static RowIdSet& setOfText(Column& column, const Found& found)
+    {
+        constexpr std::size_t kFirst = 16;
+        const char* const characters = column.value.getText();
+        const auto raw = QByteArray::fromRawData(characters, column.value.getBytes());
+        for (const auto& [text, set] : column.ofFirstTexts) {
+            if (text == raw) {
+                return *set;
+            }
+        }
         if (RowIdSet* const set = column.ofTexts.value(raw)) {
             return *set;
         }
         RowIdSet* const set = found();
-        column.ofTexts.insert(QByteArray(raw.constData(), raw.size()), set);
+        const QByteArray text(raw.constData(), raw.size());
+        if (column.ofFirstTexts.size() < kFirst) {
+            column.ofFirstTexts.emplace_back(text, set);
+        } else {
+            column.ofTexts.insert(text, set);
+        }
         return *set;
     }
 
@@ -157,6 +216,7 @@ private:
 
     SQLite::Statement& m_rows;
     Sets& m_sets; ///< which stay where they are when others join them
+    std::optional<SQLite::Column> m_id;
     std::vector<Column> m_columns;
     QHash<int, std::vector<RowIdSet*>> m_ofRatings;
 };

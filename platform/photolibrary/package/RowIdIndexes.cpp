@@ -2,7 +2,6 @@
 
 #include "Queries.h"
 #include "RowIdBlob.h"
-#include "RowIdCollection.h"
 
 #include <QSet>
 
@@ -261,9 +260,16 @@ QStringList RowIdIndexes::mismatches(Connection& connection)
 {
     QStringList lines;
     for (const Source& source : sources()) {
-        for (const Mismatch& mismatch : compare(connection, source)) {
-            lines.append(describe(source, mismatch));
-        }
+        lines += mismatches(connection, source);
+    }
+    return lines;
+}
+
+QStringList RowIdIndexes::mismatches(Connection& connection, const Source& source)
+{
+    QStringList lines;
+    for (const Mismatch& mismatch : compare(connection, source)) {
+        lines.append(describe(source, mismatch));
     }
     return lines;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "RowIdCollection.h"
 #include "Writer.h"
 
 #include <QList>
@@ -55,5 +56,7 @@ void mend(Writer& writer);
 /// string ids, and of albums and folders below a folder, may hold more than needed: the application
 /// leaves stale ids there.
 [[nodiscard]] QStringList mismatches(Connection& connection);
+/// Those of one table.
+[[nodiscard]] QStringList mismatches(Connection& connection, const RowIdCollection::Source& source);
 
 } // namespace RowIdIndexes

@@ -34,7 +34,7 @@ QDateTime WallClock::of(double date, const QString& zone)
     if (!(std::abs(unix) < kFarthest)) {
         return {};
     }
-    const QDateTime moment = QDateTime::fromMSecsSinceEpoch(
+    QDateTime moment = QDateTime::fromMSecsSinceEpoch(
         static_cast<qint64>(std::floor(unix * kMilliseconds)), Qt::UTC);
     if (zone.isEmpty() || zone == "GMT"_L1 || !isNameOfZone(zone)) {
         return moment;

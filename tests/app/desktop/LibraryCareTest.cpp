@@ -6,11 +6,9 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QThread>
 
 #include <SQLiteCpp/Database.h>
 
-#include <memory>
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -80,17 +78,14 @@ protected:
     QString makeAlbum(const QString& name)
     {
         QString refused;
-        const std::unique_ptr<QThread> scan(QThread::create([this, &name, &refused] {
+        runAsScan([this, &name, &refused] {
             try {
                 m_session.applicationWithBundleIdentifier(u"com.apple.iPhoto"_s)
                     ->newAlbumName(name);
             } catch (const ScriptingException& exception) {
                 refused = exception.reason();
             }
-        }));
-        scan->start();
-        EXPECT_TRUE(waitUntil([&scan] { return scan->isFinished(); }));
-        EXPECT_TRUE(scan->wait()); // what it did is to be seen from now on
+        });
         return refused;
     }
 

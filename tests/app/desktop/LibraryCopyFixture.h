@@ -4,10 +4,13 @@
 
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <memory>
+#include <utility>
 
 /// A copy of a small sample library for each test: two RAW photos and three JPEG ones.
 class LibraryCopyFixture : public testing::Test
@@ -51,6 +54,16 @@ protected:
     [[nodiscard]] static bool waitUntil(Condition condition)
     {
         return QTest::qWaitFor(condition, kPatience);
+    }
+
+    /// Runs it as a scan does: on a thread of its own, while the main thread serves its events.
+    template <typename Work>
+    static void runAsScan(Work work)
+    {
+        const std::unique_ptr<QThread> thread(QThread::create(std::move(work)));
+        thread->start();
+        EXPECT_TRUE(waitUntil([&thread] { return thread->isFinished(); }));
+        EXPECT_TRUE(thread->wait()); // what it did is to be seen from now on
     }
 
     QTemporaryDir m_folder;

@@ -8,9 +8,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QStringList>
-#include <QThread>
 
-#include <memory>
 #include <thread>
 
 using namespace Qt::StringLiterals;
@@ -39,16 +37,6 @@ protected:
     {
         m_session.open(library());
         ASSERT_TRUE(waitUntil([this] { return !m_session.isBusy(); }));
-    }
-
-    /// Runs it as a scan does: on a thread of its own, while the main thread serves its events.
-    template <typename Work>
-    void runAsScan(Work work)
-    {
-        const std::unique_ptr<QThread> thread(QThread::create(std::move(work)));
-        thread->start();
-        ASSERT_TRUE(waitUntil([&thread] { return thread->isFinished(); }));
-        ASSERT_TRUE(thread->wait()); // what it did is to be seen from now on
     }
 
     [[nodiscard]] PhotoApplicationPtr application()

@@ -171,6 +171,17 @@ TEST_F(OpenedLibrary, anIndexThatLacksARowIsDamageHoweverTheLibraryWasClosed)
     EXPECT_FALSE(summary.value().writable);
 }
 
+TEST_F(OpenedLibrary, nothingIsToldOfTheRowsOfADatabaseThatIsDamaged)
+{
+    importOne(u"IMG_1.JPG"_s);
+    change("UPDATE RKFolder SET versionCount=7 WHERE folderType=2 AND isMagic=0");
+    EXPECT_EQ(problems().size(), 1);
+    loseARowInAnIndex();
+    ASSERT_EQ(problems().size(), 1);
+    EXPECT_TRUE(problems().first().contains("A database is damaged"_L1));
+    expectSays(refusal(ErrorCode::Damaged), {"1 problem,"});
+}
+
 TEST_F(OpenedLibrary, databasesAsThisProgramLeftThemAreNotReadWholeAgainForTheirIndexes)
 {
     importOne(u"IMG_1.JPG"_s);

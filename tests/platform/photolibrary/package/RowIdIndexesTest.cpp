@@ -113,6 +113,31 @@ TEST_F(RowIdIndexesTest, rowsWithoutAValueAreASetOfTheirOwn)
               u"<*null*>"_s);
 }
 
+TEST_F(RowIdIndexesTest, eachOfManyValuesHasASetOfItsOwn)
+{
+    constexpr int kValues = 40;
+    for (int id = 1; id <= 2 * kValues; ++id) {
+        const int value = id % kValues;
+        Sql::execute(connection(),
+                     "INSERT INTO RKMaster(modelId,uuid,fileVolumeUuid,faceDetectionState,type)"
+                     " VALUES(?,?,?,?,NULL)",
+                     id,
+                     u"m%1"_s.arg(id),
+                     u"volume %1"_s.arg(value),
+                     value);
+    }
+    const RowIdCollection::Sets sets =
+        RowIdCollection::ofTable(connection(), RowIdCollection::sourceOf("RKMaster"));
+    for (int value = 0; value < kValues; ++value) {
+        const QList<qint64> rows = value == 0
+                                       ? QList<qint64>{kValues, 2LL * kValues}
+                                       : QList<qint64>{value, static_cast<qint64>(value) + kValues};
+        EXPECT_EQ(sets.value({u"fileVolumeUuid"_s, u"volume %1"_s.arg(value)}).ids(), rows);
+        EXPECT_EQ(sets.value({u"faceDetectionState"_s, QString::number(value)}).ids(), rows);
+    }
+    EXPECT_EQ(sets.value({u"type"_s, u"<*null*>"_s}).ids().size(), 2 * kValues);
+}
+
 TEST_F(RowIdIndexesTest, aSetThatCannotBeReadIsNeverWrittenOver)
 {
     Writer to = writer();

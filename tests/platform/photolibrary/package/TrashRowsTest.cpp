@@ -142,7 +142,8 @@ TEST_F(TrashRowsTest, ofTwoPhotosOfOneMasterEachGoesAndComesBackByItself)
 {
     const auto contradictions = [this] {
         qsizetype found = 0;
-        for (const Finding& finding : IntegrityCheck::ofRows(connection())) {
+        const auto told = IntegrityCheck::ofFormAndRows(connection(), IntegrityCheck::Depth::Rows);
+        for (const Finding& finding : told.findings) {
             found += finding.what.contains(u"contradict"_s) ? 1 : 0;
         }
         return found;
