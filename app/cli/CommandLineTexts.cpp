@@ -166,8 +166,10 @@ QString CommandLineTexts::stoppedWhileAsking()
 QString CommandLineTexts::askToEmpty(qint64 photos, qint64 bytes)
 {
     return counted(photos,
-                   "%1 photo (%2) will be deleted for good. Type yes to go on:",
-                   "%1 photos (%2) will be deleted for good. Type yes to go on:")
+                   "%1 photo (%2) will be deleted for good. Have a copy of the whole library on "
+                   "another disk first. Type yes to go on:",
+                   "%1 photos (%2) will be deleted for good. Have a copy of the whole library on "
+                   "another disk first. Type yes to go on:")
         .arg(TextLayout::megabytes(bytes));
 }
 

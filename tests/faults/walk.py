@@ -139,17 +139,18 @@ class Walk:
         if left not in self.recovered:
             self.recovered[left] = self.recover()
         problems, is_done = self.recovered[left]
-        wrong_word = ["the run ended with 0, but the work is not done"] if says_done and not is_done else []
-        return problems + wrong_word
+        if says_done and is_done is False:
+            return [*problems, "the run ended with 0, but the work is not done"]
+        return problems
 
     def recover(self):
         """Opens the library again, looks at it, and lets a second run finish the work: what is wrong then,
-        and whether the work was done before the second run."""
+        and whether the work was done before the second run; None where it cannot be told."""
         problems = [f"before recovery, info: {problem}" for problem in self.slot.soundness()
                     if LEFT_FOR_RECOVERY not in problem]
         recovery = self.slot.recover()
         if recovery.returncode != 0:
-            return [*problems, f"recovery ends with {recovery.returncode}: {recovery.stderr.strip()}"], False
+            return [*problems, f"recovery ends with {recovery.returncode}: {recovery.stderr.strip()}"], None
         problems += self.backups()
         left = self.slot.fingerprint(self.earlier_backups)
         if left not in self.judged:

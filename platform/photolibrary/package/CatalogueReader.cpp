@@ -96,7 +96,8 @@ double offsetOfImports(Connection& connection)
     return 0.0;
 }
 
-/// An event without a name is shown as its day.
+/// An event without a name is shown as its day; that the day's text is this one everywhere is
+/// concluded from one library.
 QString dayText(double date)
 {
     return QLocale::c().toString(WallClock::of(date), u"MMM d, yyyy"_s);

@@ -20,7 +20,9 @@ struct Event {
     QVariant createDate;
 };
 
-/// The photos of an event: shown ones count, hidden ones keep it out of the trash.
+/// The photos of an event: shown ones count, hidden ones keep it out of the trash. No library with
+/// a hidden photo was at hand: that the application does not count them is concluded from its not
+/// showing them.
 struct Census {
     qint64 shown{0};
     qint64 present{0};
@@ -75,8 +77,9 @@ QString zoneOf(Connection& connection, const QString& event, const QVariant& dat
 
 /// The signs in what follows keep SQLite to the index of the uuid: it takes that of the trash to be
 /// as good, by which it would look at nearly every photo.
-/// A key photo that is no longer shown gives way to the earliest one that is. An event without any
-/// keeps its own for the day they come back.
+/// A key photo that is no longer shown gives way to the earliest one that is: that the application
+/// takes the earliest is concluded from one event. An event without any keeps its own for the day
+/// they come back.
 void updatePoster(Writer& writer, const Event& event)
 {
     const bool isShown =

@@ -5,6 +5,9 @@
 
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
+#include <unistd.h>
+
+#include <ctime>
 
 using namespace Qt::StringLiterals;
 
@@ -58,6 +61,27 @@ QList<qint64> FileLocks::holders(Kind kind, const QStringList& paths)
         }
     }
     return processes;
+}
+
+QDateTime FileLocks::startOf(qint64 process)
+{
+    // proc(5): the fields after the name, which stands in parentheses and may hold any character,
+    // begin with the third; the 22nd is the start in clock ticks since the system booted.
+    constexpr qsizetype kThird = 3;
+    constexpr qsizetype kStart = 22;
+    const QString stat = contentOfSystemFile(u"/proc/%1/stat"_s.arg(process));
+    const QStringList fields =
+        stat.sliced(stat.lastIndexOf(u')') + 1).split(u' ', Qt::SkipEmptyParts);
+    const long ticks = ::sysconf(_SC_CLK_TCK);
+    timespec sinceBoot{};
+    if (fields.size() <= kStart - kThird || ticks <= 0 ||
+        ::clock_gettime(CLOCK_BOOTTIME, &sinceBoot) != 0) {
+        return {};
+    }
+    constexpr qint64 kMilliseconds = 1000;
+    const qint64 started = fields.at(kStart - kThird).toLongLong() * kMilliseconds / ticks;
+    const qint64 now = qint64{sinceBoot.tv_sec} * kMilliseconds + sinceBoot.tv_nsec / 1'000'000;
+    return QDateTime::currentDateTime().addMSecs(started - now);
 }
 
 QString FileLocks::nameOf(qint64 process)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -16,6 +17,9 @@ enum class Kind : quint8 {
 
 /// Ids of the other processes that hold a lock of that kind on one of the files.
 [[nodiscard]] QList<qint64> holders(Kind kind, const QStringList& paths);
+
+/// When a process began, to about a hundredth of a second; invalid when the system does not tell.
+[[nodiscard]] QDateTime startOf(qint64 process);
 
 /// What the system calls a process, such as "corvane-cli"; empty when it does not tell.
 [[nodiscard]] QString nameOf(qint64 process);

@@ -169,6 +169,7 @@ void insertVersions(const Import& import)
     const PreparedPicture& picture = import.picture;
     const bool isUpright = picture.preview.isEmpty();
     constexpr int kFullTurn = 360;
+    // As photos at hand have them; what they mean is not known.
     constexpr int kRenderVersionShown = 3;
     constexpr int kTurnedByFile = 4;
     versionRow(import)

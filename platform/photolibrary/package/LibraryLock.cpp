@@ -26,17 +26,20 @@ constexpr mode_t kPrivate = 0600;
 constexpr int kLongestHolder = 512;
 
 /// "process 4711 on host ".
-QString ownProcess()
+QString onThisHost(qint64 process)
 {
-    return u"process %1 on %2 "_s.arg(QCoreApplication::applicationPid())
-        .arg(QSysInfo::machineHostName());
+    return u"process %1 on %2 "_s.arg(process).arg(QSysInfo::machineHostName());
 }
 
 /// "process 4711 on host since 2026-11-21 10:00:00".
+QString since(qint64 process, const QDateTime& moment)
+{
+    return onThisHost(process) + "since "_L1 + moment.toString(u"yyyy-MM-dd HH:mm:ss"_s);
+}
+
 QByteArray ownName()
 {
-    const QString now = QDateTime::currentDateTime().toString(u"yyyy-MM-dd HH:mm:ss"_s);
-    return (ownProcess() + "since "_L1 + now).toUtf8();
+    return since(QCoreApplication::applicationPid(), QDateTime::currentDateTime()).toUtf8();
 }
 
 QString holderIn(int descriptor)
@@ -82,13 +85,16 @@ std::unique_ptr<FileDescriptor> openedFolder(const QString& package)
         ::open(QFile::encodeName(package).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
-/// Who has locked the package's folder, where the system tells.
+/// Who has locked the package's folder, where the system tells, and since when it runs: when it
+/// took the lock is told in a file that this user may not read.
 QString lockerOf(const QString& package)
 {
     const QList<qint64> holders = FileLocks::holders(FileLocks::Kind::Flock, {package});
-    return holders.isEmpty()
-               ? u"unknown"_s
-               : u"process %1 on %2"_s.arg(holders.first()).arg(QSysInfo::machineHostName());
+    if (holders.isEmpty()) {
+        return u"unknown"_s;
+    }
+    const QDateTime start = FileLocks::startOf(holders.first());
+    return start.isValid() ? since(holders.first(), start) : onThisHost(holders.first()).trimmed();
 }
 
 /// Whether somebody writes; a lock that this look takes itself goes with the descriptor.
@@ -154,7 +160,8 @@ QString LibraryLock::holder(const QString& package, const QString& stateFolder)
         ::open(QFile::encodeName(stateFolder + "/lock"_L1).constData(), O_RDONLY | O_CLOEXEC));
     if (isLocked(file)) {
         QString holder = holderIn(file.number());
-        return holder.startsWith(ownProcess()) ? QString() : holder;
+        return holder.startsWith(onThisHost(QCoreApplication::applicationPid())) ? QString()
+                                                                                 : holder;
     }
     return isLocked(*openedFolder(package)) ? lockerOf(package) : QString();
 }

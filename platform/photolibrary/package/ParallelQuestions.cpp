@@ -28,20 +28,22 @@ public:
     {
     }
 
-    /// Asks until no question is left that nobody asks. Errors: SQLITE_INTERRUPT where it is to
-    /// stop before the first.
+    /// Asks until no question is left that nobody asks.
     void askBy(Connection& connection)
     {
-        const Connection::Interruptible interruptible(
-            connection, [this] { return m_isDecided || (m_shouldStop && m_shouldStop()); });
-        for (std::size_t i = m_next++; i < m_questions.size() && !m_isDecided; i = m_next++) {
+        for (std::size_t i = m_next++; i < m_questions.size() && !isGivenUp(i); i = m_next++) {
             try {
+                const Connection::Interruptible interruptible(
+                    connection, [this, i] { return isGivenUp(i) || isStopped(); });
                 m_answers[i].findings = m_questions[i](connection);
             } catch (...) {
-                m_answers[i].failure = std::current_exception();
+                if (!isGivenUp(i)) {
+                    m_answers[i].failure = std::current_exception();
+                    (i < m_decisive ? m_allEnd : m_othersEnd) = true;
+                }
             }
             if (i < m_decisive && !m_answers[i].findings.isEmpty()) {
-                m_isDecided = true;
+                m_othersEnd = true;
             }
         }
     }
@@ -55,23 +57,27 @@ public:
             return;
         }
         opened.value()->setVolumeFolders(first.volumeFolders());
-        try {
-            const RoomyCache cache(*opened.value());
-            askBy(*opened.value());
-        } catch (const SQLite::Exception&) {
-            return; // before the first question: the other connection is asked
-        }
+        const RoomyCache cache(*opened.value());
+        askBy(*opened.value());
     }
 
     [[nodiscard]] std::vector<Answer> take() { return std::move(m_answers); }
 
 private:
+    [[nodiscard]] bool isGivenUp(std::size_t question) const
+    {
+        return m_allEnd || (question >= m_decisive && m_othersEnd);
+    }
+
+    [[nodiscard]] bool isStopped() const { return m_shouldStop && m_shouldStop(); }
+
     const std::vector<Question>& m_questions;
     const std::size_t m_decisive;
     const std::function<bool()> m_shouldStop;
     std::atomic<std::size_t> m_next{0};
-    std::atomic<bool> m_isDecided{false};
-    std::vector<Answer> m_answers; ///< each written by one thread
+    std::atomic<bool> m_allEnd{false};    ///< a decisive question failed
+    std::atomic<bool> m_othersEnd{false}; ///< decided, or another question failed
+    std::vector<Answer> m_answers;        ///< each written by one thread
 };
 
 } // namespace

@@ -53,7 +53,8 @@ Error noMemory()
     return {ErrorCode::OutOfSpace, u"memory is too short"_s};
 }
 
-/// The picture, its longest side at most `side`; never made larger.
+/// The picture, its longest side at most `side`; never made larger, which the application's own
+/// thumbnails of small pictures were not at hand to tell.
 Result<QImage> reduced(const QImage& picture, int side)
 {
     const QSize size = picture.size().scaled(side, side, Qt::KeepAspectRatio);

@@ -83,8 +83,13 @@ withChunk(const QByteArray& blob, quint64 number, const RowIdSet& ids, Change ch
         return made; // the whole of it
     }
     const quint64 chunks = place->chunks - (isThere ? 1 : 0) + (chunk->isEmpty() ? 0 : 1);
-    return headOf(chunks) + blob.sliced(place->first, place->begin - place->first) +
-           made.sliced(headOf(1).size()) + blob.sliced(place->end);
+    const QByteArrayView stored(blob);
+    QByteArray result = headOf(chunks);
+    result.reserve(result.size() + blob.size() + made.size());
+    result.append(stored.sliced(place->first, place->begin - place->first));
+    result.append(QByteArrayView(made).sliced(headOf(1).size()));
+    result.append(stored.sliced(place->end));
+    return result;
 }
 
 std::optional<QByteArray> changed(const QByteArray& blob, const RowIdSet& ids, Change change)

@@ -11,7 +11,8 @@
 
 /// The library's own indexes: for each value of certain columns, the set of rows that have it
 /// (tables X_RidIndexes). The application answers smart albums, trash and filters from them, so
-/// every change of such a column is followed here.
+/// every change of such a column is followed here. (Whether it would make them anew if they were
+/// wrong is not known; it is taken to rely on them.)
 ///
 /// Tables: RKVersion, RKMaster, RKAlbum, RKFolder (modelIds), RKAlbumVersion, RKImageProxyState
 /// (their versionIds), RKIptcProperty, RKOtherProperty, RKExifStringProperty (their

@@ -101,7 +101,8 @@ TEST_F(TrashCommandTest, onATerminalOnlyYesDeletes)
     EXPECT_EQ(run({u"trash"_s, library(), u"--empty"_s}), 0);
     EXPECT_EQ(m_err,
               "1 photo (" + size() +
-                  ") will be deleted for good. Type yes to go on:\nNothing was deleted.\n");
+                  ") will be deleted for good. Have a copy of the whole library on another disk "
+                  "first. Type yes to go on:\nNothing was deleted.\n");
     EXPECT_TRUE(QFile::exists(m_lake.originalPath));
     EXPECT_EQ(run({u"trash"_s, library(), u"--empty"_s}), 0);
     EXPECT_FALSE(QFile::exists(m_lake.originalPath));

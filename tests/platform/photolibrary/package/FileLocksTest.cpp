@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -77,6 +78,25 @@ TEST_F(FileLocksTest, nobodyIsToldOfALockOfOnesOwnNorOfAFileThatIsMissing)
     const FileDescriptor file(opened());
     ASSERT_TRUE(lock(file, Kind::Posix));
     EXPECT_TRUE(FileLocks::holders(Kind::Posix, {m_path, u"/nowhere"_s}).isEmpty());
+}
+
+TEST_F(FileLocksTest, aProcessHasTheStartThatTheSystemKnows)
+{
+    constexpr qint64 kSlack = 2000; // milliseconds
+    const QDateTime before = QDateTime::currentDateTime();
+    QProcess child;
+    child.start(u"cat"_s, QStringList());
+    ASSERT_TRUE(child.waitForStarted());
+    const QDateTime after = QDateTime::currentDateTime();
+    const QDateTime start = FileLocks::startOf(child.processId());
+    EXPECT_GE(start, before.addMSecs(-kSlack));
+    EXPECT_LE(start, after.addMSecs(kSlack));
+    const QDateTime own = FileLocks::startOf(QCoreApplication::applicationPid());
+    EXPECT_TRUE(own.isValid());
+    EXPECT_LE(own, start);
+    EXPECT_FALSE(FileLocks::startOf(0).isValid());
+    child.closeWriteChannel();
+    EXPECT_TRUE(child.waitForFinished());
 }
 
 TEST_F(FileLocksTest, aProcessHasTheNameThatTheSystemKnows)
