@@ -92,12 +92,12 @@ bool isSafeRedirect(const QUrl& from, const QUrl& to)
 
 } // namespace
 
-CrashReportConnection::CrashReportConnection(QNetworkRequest request,
+CrashReportConnection::CrashReportConnection(const QNetworkRequest& request,
                                              QByteArray body,
                                              std::chrono::milliseconds patience,
                                              QObject* parent)
     : QObject(parent)
-    , m_request(std::move(request))
+    , m_request(request)
     , m_body(std::move(body))
 {
     m_request.setTransferTimeout(static_cast<int>(patience.count()));

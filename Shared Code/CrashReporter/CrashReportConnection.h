@@ -29,7 +29,7 @@ class CrashReportConnection final : public QObject
     Q_DISABLE_COPY_MOVE(CrashReportConnection)
 public:
     /// `patience`: how long nothing may move in either direction before it counts as failed.
-    CrashReportConnection(QNetworkRequest request,
+    CrashReportConnection(const QNetworkRequest& request,
                           QByteArray body,
                           std::chrono::milliseconds patience,
                           QObject* parent = nullptr);

@@ -303,16 +303,15 @@ void ZTBCrashReporterWindowController::acceptReport()
 
 void ZTBCrashReporterWindowController::connectionDidFailWithError(const CrashReportError& error)
 {
-    const CrashReportError kept = error;
-    releaseConnection();
     const QPointer<ZTBCrashReporterWindowController> self(this);
-    performOnMainThread(
-        [self, kept] {
-            if (self) {
-                self->showSubmissionFailedSheet(kept);
-            }
-        },
-        Wait::No);
+    // The error may not outlive the connection that told it.
+    const auto showSheet = [self, kept = error] {
+        if (self) {
+            self->showSubmissionFailedSheet(kept);
+        }
+    };
+    releaseConnection();
+    performOnMainThread(showSheet, Wait::No);
 }
 
 void ZTBCrashReporterWindowController::showSubmissionSucceededSheet()

@@ -109,7 +109,7 @@ void Documents::writeList(const QString& library,
                           const QList<PhotoFacts>& photos,
                           const std::function<void(const QByteArray&)>& write)
 {
-    constexpr qsizetype kPiece = 64 * 1024;
+    constexpr qsizetype kPiece = qsizetype{64} * 1024;
     constexpr QByteArrayView kOpening("\n    \"photos\": [\n"); // no text holds a line end
     const QByteArray empty =
         text({{u"library"_s, library}, {u"version"_s, version}, {u"photos"_s, QJsonArray()}});

@@ -237,7 +237,7 @@ bool DesktopProgram::isToldToStop()
         QEventLoop loop;
         connect(asked, &QDialog::finished, &loop, &QEventLoop::quit);
         loop.exec();
-        return asked && saysStop(*asked);
+        return asked != nullptr && saysStop(*asked);
     }
     QMessageBox box(QMessageBox::Question,
                     tr("Corvane"),

@@ -11,6 +11,18 @@
 struct LibraryLookup::Mailbox {
     std::mutex mutex;
     LibraryLookup* reader{nullptr}; ///< none any more once it is gone
+
+    /// Any thread.
+    void leave(qsizetype place, const QStringList& libraries)
+    {
+        const std::lock_guard guard(mutex);
+        if (reader != nullptr) {
+            QMetaObject::invokeMethod(
+                reader,
+                [to = reader, place, libraries] { to->take(place, libraries); },
+                Qt::QueuedConnection);
+        }
+    }
 };
 
 LibraryLookup::LibraryLookup(Test isLibrary, QObject* parent)
@@ -45,14 +57,7 @@ void LibraryLookup::look(std::function<QStringList()> task)
     try {
         std::thread([place, task = std::move(task), mailbox = m_mailbox] {
             const AlternateSignalStack signalStack;
-            const QStringList libraries = task();
-            const std::lock_guard guard(mailbox->mutex);
-            if (LibraryLookup* const reader = mailbox->reader) {
-                QMetaObject::invokeMethod(
-                    reader,
-                    [reader, place, libraries] { reader->take(place, libraries); },
-                    Qt::QueuedConnection);
-            }
+            mailbox->leave(place, task());
         }).detach();
     } catch (const std::system_error&) {
         // The system has no thread to give: then this is not offered, and can still be opened.

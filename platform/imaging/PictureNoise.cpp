@@ -65,11 +65,13 @@ public:
     {
         const SrgbTransfer& tables = SrgbTransfer::tables();
         const bool isLinear = bitmap.transfer() == Transfer::Linear;
-        m_values.reserve(static_cast<std::size_t>(m_size.width() * m_size.height()));
+        m_values.reserve(static_cast<std::size_t>(m_size.width()) *
+                         static_cast<std::size_t>(m_size.height()));
         for (int y = area.top(); y <= area.bottom(); ++y) {
             const quint16* value = &bitmap.row(y)[3 * static_cast<std::size_t>(area.left()) + 1];
             for (int x = 0; x < m_size.width(); ++x, value += 3) {
-                m_values.push_back((isLinear ? tables.encoded(*value) : *value) / 65535.0F);
+                const int green = isLinear ? tables.encoded(*value) : *value;
+                m_values.push_back(static_cast<float>(green) / 65535.0F);
             }
         }
     }
@@ -114,7 +116,8 @@ private:
 
     [[nodiscard]] float at(int x, int y) const
     {
-        return m_values[static_cast<std::size_t>(y * m_size.width() + x)];
+        const int place = y * m_size.width() + x;
+        return m_values[static_cast<std::size_t>(place)];
     }
 
     QSize m_size;

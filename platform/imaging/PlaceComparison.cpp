@@ -64,7 +64,8 @@ bool isUnlikeLine(const std::vector<Place>& places, int first, int step)
     constexpr int kFewestShaped = 4;
     int shaped = 0;
     for (int i = 0; i < kPlaces; ++i) {
-        const Place& place = places[static_cast<std::size_t>(first + i * step)];
+        const int number = first + i * step;
+        const Place& place = places[static_cast<std::size_t>(number)];
         if (place.shownDetail >= kDetail && place.likeness >= kNearly &&
             place.pictureDetail >= kNothing) {
             return false;

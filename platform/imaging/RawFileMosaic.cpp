@@ -68,7 +68,7 @@ std::optional<BayerMosaic> RawFile::mosaic()
                          pattern == (pattern & 0xFFU) * kEachRow && names.colors == 3 &&
                          names.is_foveon == 0 && sizes.pixel_aspect == 1.0 &&
                          libraw_internal_data.internal_output_params.fuji_width == 0 &&
-                         !is_phaseone_compressed() && imgdata.color.phase_one_data.format == 0;
+                         is_phaseone_compressed() == 0 && imgdata.color.phase_one_data.format == 0;
     const auto gains = multipliers();
     if (!isPlain || !isVisibleAreaHeld(1) || !gains) {
         return std::nullopt;

@@ -50,7 +50,7 @@ bool RawFile::isVisibleAreaHeld(int valuesOfPixel) const
 {
     const auto& sizes = imgdata.sizes;
     return sizes.top_margin + sizes.height <= sizes.raw_height &&
-           (sizes.left_margin + sizes.width) * static_cast<unsigned>(valuesOfPixel) *
+           (sizes.left_margin + sizes.width) * static_cast<std::size_t>(valuesOfPixel) *
                    sizeof(quint16) <=
                sizes.raw_pitch;
 }

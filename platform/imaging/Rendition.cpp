@@ -107,7 +107,7 @@ Rendition::Rendition(const ColorMatrix& matrix, double stops, const ToneCurve& c
         const double encoded =
             std::lerp(tables.encoded(below), tables.encoded(above), wanted - below);
         const auto tone = static_cast<double>(toneOf.at(static_cast<float>(encoded / kFullTone)));
-        m_tones[light] = static_cast<quint16>(std::clamp(tone, 0.0, 1.0) * kFullTone + 0.5);
+        m_tones[light] = static_cast<quint16>(std::lround(std::clamp(tone, 0.0, 1.0) * kFullTone));
     }
 }
 

@@ -73,7 +73,7 @@ public:
     [[nodiscard]] QImage toned(const Bitmap& light) const;
 
 private:
-    ColorMatrix m_matrix;
+    ColorMatrix m_matrix{};
     std::optional<std::array<double, 3>> m_balance;
     std::vector<quint16> m_tones;
 };

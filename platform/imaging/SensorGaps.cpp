@@ -82,6 +82,7 @@ bool SensorGaps::isFoundIn(const SensorValues& values)
     std::vector<bool> marks;
     for (int row = 0; row < kRows; ++row) {
         std::vector<CellState> cells;
+        cells.reserve(kColumns);
         for (int column = 0; column < kColumns; ++column) {
             cells.push_back(stateOf(values, column, row));
         }

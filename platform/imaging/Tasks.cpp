@@ -17,16 +17,17 @@ void Tasks::run(int count, const std::function<void(int number)>& task)
             failures[static_cast<std::size_t>(number)] = std::current_exception();
         }
     };
+    const auto runElsewhere = [&runOne](int number) {
+        const AlternateSignalStack signalStack;
+        runOne(number);
+    };
     {
         std::vector<std::jthread> others;
         others.reserve(static_cast<std::size_t>(count));
         int number = 1;
         try {
             for (; number < count; ++number) {
-                others.push_back(std::jthread([&runOne, number] {
-                    const AlternateSignalStack signalStack;
-                    runOne(number);
-                }));
+                others.emplace_back(runElsewhere, number);
             }
         } catch (const std::system_error&) {
             // The system has no more threads: this one does what is left.

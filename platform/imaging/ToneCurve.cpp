@@ -24,7 +24,7 @@ ToneCurve::ToneCurve(const Slopes& slopes)
 double ToneCurve::at(double x) const
 {
     const double inside = std::clamp(x, 0.0, 1.0);
-    const auto next = std::upper_bound(kKnots.begin() + 1, kKnots.end() - 1, inside);
+    const auto* const next = std::upper_bound(kKnots.begin() + 1, kKnots.end() - 1, inside);
     const auto piece = static_cast<std::size_t>(next - kKnots.begin()) - 1;
     const double length = kKnots.at(piece + 1) - kKnots.at(piece);
     const double t = (inside - kKnots.at(piece)) / length;

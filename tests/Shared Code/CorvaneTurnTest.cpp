@@ -230,7 +230,8 @@ TEST_F(TurnTest, aSourceThatFailedOnceFailsForTheRestOfThatScan)
     EXPECT_EQ(after(m_library.calls(), u"photo 1.longitude"_s),
               (QStringList{u"photo 1.originalPath"_s, u"photo 1.height"_s}));
     // It counts each time, and is said nowhere but in the outcomes.
-    EXPECT_EQ(alerts(), QStringList{u"alert All Done: "_s + Texts::finished(2 * kMegabyte, 0)});
+    EXPECT_EQ(alerts(),
+              QStringList{u"alert All Done: "_s + Texts::finished(qint64{2} * kMegabyte, 0)});
     EXPECT_EQ(m_log.entries(),
               (QStringList{u"iPhoto Version 9.6.1"_s,
                            u"Building Lists"_s,

@@ -72,7 +72,7 @@ Bitmap chequered()
 Bitmap dodged(Bitmap bitmap)
 {
     for (int y = 70; y < 110; ++y) {
-        for (quint16& value : bitmap.row(y).subspan(3 * 95, 3 * 50)) {
+        for (quint16& value : bitmap.row(y).subspan(std::size_t{3} * 95, std::size_t{3} * 50)) {
             value = static_cast<quint16>(value + 16000);
         }
     }

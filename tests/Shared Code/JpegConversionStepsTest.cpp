@@ -30,7 +30,11 @@ struct Calls {
     bool isEncoding{false};
 };
 
-Calls calls;
+Calls& calls()
+{
+    static Calls made;
+    return made;
+}
 
 Result<QByteArray> realEncode(const QImage& picture,
                               const ImageProperties& properties,
@@ -47,26 +51,26 @@ Result<Bitmap> scale(const Bitmap& bitmap,
 
 Result<QByteArray> encode(const QImage& picture, const ImageProperties& properties, double quality)
 {
-    calls.encoded.append(picture);
-    calls.qualities.append(quality);
-    if (calls.encodingsToFail > 0) {
-        --calls.encodingsToFail;
+    calls().encoded.append(picture);
+    calls().qualities.append(quality);
+    if (calls().encodingsToFail > 0) {
+        --calls().encodingsToFail;
         return Error{ErrorCode::Internal, u"the encoder gave up"_s};
     }
-    if (calls.jpeg) {
-        return calls.jpeg(picture);
+    if (calls().jpeg) {
+        return calls().jpeg(picture);
     }
-    calls.isEncoding = true;
+    calls().isEncoding = true;
     Result<QByteArray> jpeg = realEncode(picture, properties, quality);
-    calls.isEncoding = false;
+    calls().isEncoding = false;
     return jpeg;
 }
 
 Result<Bitmap> scale(const Bitmap& bitmap, QSize size)
 {
-    if (!calls.isEncoding) {
-        calls.scaledTo.append(size);
-        if (calls.isResamplerBroken) {
+    if (!calls().isEncoding) {
+        calls().scaledTo.append(size);
+        if (calls().isResamplerBroken) {
             return Error{ErrorCode::Internal, u"the resampler gave up"_s};
         }
     }
@@ -90,7 +94,7 @@ QByteArray plainJpeg(const Bitmap& bitmap)
 class JpegConversionStepsTest : public ScanFixture
 {
 public:
-    ~JpegConversionStepsTest() override { ConversionSteps::calls = {}; }
+    ~JpegConversionStepsTest() override { ConversionSteps::calls() = {}; }
 
     JpegConversionStepsTest(const JpegConversionStepsTest&) = delete;
     JpegConversionStepsTest& operator=(const JpegConversionStepsTest&) = delete;
@@ -98,12 +102,12 @@ public:
 protected:
     JpegConversionStepsTest()
     {
-        ConversionSteps::calls = {};
+        ConversionSteps::calls() = {};
         ImageBuilder::write(m_source, plainJpeg(ImageBuilder::scene(kSceneSize)));
         m_library.addPhotoFile(m_source, kSceneSize.width(), kSceneSize.height());
     }
 
-    [[nodiscard]] static ConversionSteps::Calls& calls() { return ConversionSteps::calls; }
+    [[nodiscard]] static ConversionSteps::Calls& calls() { return ConversionSteps::calls(); }
 
     [[nodiscard]] Result<ProvedJpeg> convert()
     {

@@ -14,7 +14,7 @@ namespace
 {
 
 /// Longer than any text that a library holds, but one.
-constexpr qsizetype kHuge = 300 * 1024;
+constexpr qsizetype kHuge = qsizetype{300} * 1024;
 
 enum Kind : quint8 {
     Null,

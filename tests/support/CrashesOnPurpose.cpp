@@ -12,7 +12,7 @@ namespace
 {
 
 /// Zero, but no compiler knows.
-volatile std::uintptr_t nothing = 0;
+const volatile std::uintptr_t nothing = 0;
 
 } // namespace
 
@@ -63,7 +63,8 @@ CORVANE_UNCHECKED void freeRubbish()
     volatile std::size_t* volatile before = block - 1;
     *before = 3; // the allocator's own note of its size
     std::free(const_cast<std::size_t*>(block));
-    nothing = 0; // something is left to do: the call is no jump, and stands in the stack
+    // Something is left to do: the call is no jump, and stands in the stack.
+    static_cast<void>(nothing);
 }
 } // extern "C"
 

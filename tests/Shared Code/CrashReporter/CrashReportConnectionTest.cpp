@@ -422,7 +422,7 @@ TEST_F(CrashReportConnectionTest, aCancelledConnectionTellsNothing)
 
 TEST_F(CrashReportConnectionTest, aBodyOfFiftyMegabytesArrivesWhole)
 {
-    QByteArray body(50 * 1024 * 1024, 'x');
+    QByteArray body(qsizetype{50} * 1024 * 1024, 'x');
     body.append("the end");
     m_server.setAnswer("ok\n");
     send(m_server.url(), body);

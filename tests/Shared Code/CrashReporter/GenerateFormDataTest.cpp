@@ -168,7 +168,7 @@ TEST_F(GenerateFormDataTest, aNameCannotBreakOutOfItsHeaderLine)
 
 TEST_F(GenerateFormDataTest, aLogOfFiftyMegabytesIsTakenWhole)
 {
-    const QByteArray content(50 * 1024 * 1024, 'x');
+    const QByteArray content(qsizetype{50} * 1024 * 1024, 'x');
     const QByteArray body = form({{u"crashLog"_s, makeFile(u"big.crash"_s, content)}});
     EXPECT_EQ(body.size(),
               form({{u"crashLog"_s, makeFile(u"big.crash"_s, "")}}).size() + content.size());

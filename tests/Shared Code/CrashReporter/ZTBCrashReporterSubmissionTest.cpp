@@ -294,7 +294,7 @@ TEST_F(ZTBCrashReporterSubmissionTest, anAnswerWithZeroBytesIsNotRecognized)
 
 TEST_F(ZTBCrashReporterSubmissionTest, anAnswerOfManyMegabytesIsNotRecognized)
 {
-    expectUnrecognized(QByteArray(20 * 1024 * 1024, 'o'));
+    expectUnrecognized(QByteArray(qsizetype{20} * 1024 * 1024, 'o'));
 }
 
 TEST_F(ZTBCrashReporterSubmissionTest, aFailureKeepsTheLogAndTheDateAndTheLogIsOfferedAgain)

@@ -14,7 +14,8 @@ inline void expectNothingIsCutOff(const QWidget& window)
     int looked = 0;
     for (const QWidget* const widget : widgets) {
         const auto* const label = qobject_cast<const QLabel*>(widget);
-        const bool isText = label != nullptr || qobject_cast<const QAbstractButton*>(widget);
+        const bool isText =
+            label != nullptr || qobject_cast<const QAbstractButton*>(widget) != nullptr;
         const QWidget* const around = widget->parentWidget();
         const bool scrolls = around != nullptr && around->inherits("QAbstractScrollArea");
         if (widget->window() != &window || !widget->isVisible() || !isText || scrolls ||

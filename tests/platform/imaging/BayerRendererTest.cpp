@@ -48,7 +48,7 @@ Bitmap shaded(const Shade& shade)
     for (int y = 0; y < kShaded; ++y) {
         for (int x = 0; x < kShaded; ++x) {
             const double light = 0.4 + 0.3 * shade(x, y);
-            std::fill_n(&picture.row(y)[static_cast<std::size_t>(3 * x)],
+            std::fill_n(&picture.row(y)[3 * static_cast<std::size_t>(x)],
                         3,
                         static_cast<quint16>(std::lround(light * 65535.0)));
         }
@@ -81,7 +81,7 @@ Deviations deviationsOf(const Shade& shade)
     Deviations found;
     double count = 0.0;
     for (int y = kRim; y < kShaded - kRim; ++y) {
-        for (std::size_t i = 3 * kRim; i < 3 * (kShaded - kRim); ++i) {
+        for (std::size_t i = std::size_t{3} * kRim; i < std::size_t{3} * (kShaded - kRim); ++i) {
             const double deviation = std::abs(linear.row(y)[i] - picture.row(y)[i]) / 65535.0;
             found.largest = std::max(found.largest, deviation);
             found.mean += deviation;
@@ -124,7 +124,8 @@ TEST(BayerRendererTest, whatAFilterMeasuredIsWhatItsPixelHas)
     const Bitmap linear = BayerRenderer(sensor.mosaic(), kIdentityMatrix).linear();
     for (int y = 0; y < 48; ++y) {
         for (int x = 0; x < 64; ++x) {
-            const auto channel = static_cast<std::size_t>(3 * x + y % 2 + x % 2);
+            const int value = 3 * x + y % 2 + x % 2;
+            const auto channel = static_cast<std::size_t>(value);
             EXPECT_EQ(linear.row(y)[channel], scene.row(y)[channel]);
         }
     }

@@ -22,7 +22,7 @@ BayerSamples::BayerSamples(const Bitmap& picture, const Phase& phase)
             const auto channel = m_phase.at(static_cast<std::size_t>(2 * (y % 2) + x % 2));
             const int place = (y + kMargin) * (m_size.width() + 2 * kMargin) + x + kMargin;
             m_values[static_cast<std::size_t>(place)] =
-                picture.row(y)[static_cast<std::size_t>(3 * x + channel)];
+                picture.row(y)[3 * static_cast<std::size_t>(x) + channel];
         }
     }
 }
@@ -60,7 +60,7 @@ BayerMosaic BayerSamples::mosaic() const
 {
     const int stride = m_size.width() + 2 * kMargin;
     BayerMosaic mosaic;
-    mosaic.values = m_values.data() + kMargin * stride + kMargin;
+    mosaic.values = m_values.data() + std::ptrdiff_t{kMargin} * stride + kMargin;
     mosaic.stride = stride;
     mosaic.visible = m_size;
     mosaic.kept = QRect(QPoint(0, 0), m_size);

@@ -55,7 +55,7 @@ Bitmap overwritten(Bitmap light, const QRect& area, quint16 value = 0)
 {
     for (int y = area.top(); y <= area.bottom(); ++y) {
         const auto row = light.row(y);
-        std::fill_n(row.begin() + 3 * area.left(), 3 * area.width(), value);
+        std::fill_n(row.begin() + 3 * std::ptrdiff_t{area.left()}, 3 * area.width(), value);
     }
     return light;
 }

@@ -29,7 +29,7 @@ Bitmap DamageSamples::shifted(Bitmap picture, int from)
 {
     for (int y = from; y < picture.pixelsHigh(); ++y) {
         const auto row = picture.row(y);
-        std::ranges::rotate(row, row.end() - 3 * 300);
+        std::rotate(row.begin(), row.end() - std::ptrdiff_t{3} * 300, row.end());
     }
     return picture;
 }

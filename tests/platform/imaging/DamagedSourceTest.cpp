@@ -67,7 +67,7 @@ QByteArray destroyed(QByteArray bytes, const Range& range, Kind kind, std::mt199
     case Kind::Shifted: {
         // By a part of a row at least: less than that is a small step in the picture.
         const auto by = std::min<std::size_t>(data.size(), 2 * (60 + random() % 4000));
-        std::ranges::rotate(data, data.begin() + static_cast<std::ptrdiff_t>(by));
+        std::rotate(data.begin(), data.begin() + static_cast<std::ptrdiff_t>(by), data.end());
         break;
     }
     case Kind::Reversed:
@@ -139,7 +139,8 @@ protected:
                 std::mt19937 random(seed);
                 const qsizetype length = data.length * share / 100;
                 const qsizetype spare = data.length - length;
-                const qsizetype start = seed == 0 ? spare : spare * (random() % 100) / 100;
+                const qsizetype start =
+                    seed == 0 ? spare : spare * static_cast<qsizetype>(random() % 100) / 100;
                 ImageBuilder::write(
                     path, destroyed(file, {data.start + start, length}, GetParam(), random));
                 const QImage picture = pictureOf(path);

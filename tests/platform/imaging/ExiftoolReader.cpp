@@ -59,7 +59,7 @@ QList<Tags> tags(const QStringList& paths)
     const QJsonArray files = QJsonDocument::fromJson(exiftool.readAllStandardOutput()).array();
     EXPECT_EQ(files.size(), paths.size());
     QList<Tags> found;
-    for (const QJsonValue& file : files) {
+    for (const QJsonValue file : files) {
         found.append(tagsOf(file.toObject()));
     }
     return found;

@@ -119,8 +119,8 @@ TEST(ImageProperties, aFileInTheCurrentFolderNamedLikeStandardInputIsReadAsAFile
 
 TEST(ImageProperties, memoryThatIsTooShortIsNoMissingMetadata)
 {
-    EXPECT_THROW(static_cast<void>(MetadataAdapter::attempt([] { throw std::bad_alloc(); })),
-                 std::bad_alloc);
+    const auto fail = [] { throw std::bad_alloc(); };
+    EXPECT_THROW(static_cast<void>(MetadataAdapter::attempt(fail)), std::bad_alloc);
 }
 
 TEST(ImageProperties, aSouthernAndEasternPositionIsWrittenUnsignedWithItsReferences)

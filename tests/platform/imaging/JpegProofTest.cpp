@@ -164,7 +164,7 @@ TEST(JpegProofTest, aSingleWrongBlockOfALargePictureIsRefused)
         for (int y = corner.y(); y < std::min(corner.y() + 8, size.height()); ++y) {
             const auto row = wrong.row(y);
             for (int x = corner.x(); x < std::min(corner.x() + 8, size.width()); ++x) {
-                const auto at = static_cast<std::size_t>(3 * x);
+                const std::size_t at = 3 * static_cast<std::size_t>(x);
                 const quint16 other = row[at + 1] < 32768 ? 65535 : 0;
                 std::fill_n(&row[at], 3, other);
             }

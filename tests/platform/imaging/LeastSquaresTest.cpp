@@ -41,8 +41,8 @@ TEST(LeastSquaresTest, findsTheNumbersThatLeaveNothing)
 TEST(LeastSquaresTest, numbersWithoutAnyEffectAreLeftAlone)
 {
     const auto straight = [](std::span<const double> numbers, std::span<double> residuals) {
-        for (std::size_t i = 0; i < residuals.size(); ++i) {
-            residuals[i] = numbers[0] - 2.0;
+        for (double& residual : residuals) {
+            residual = numbers[0] - 2.0;
         }
     };
     const auto found = LeastSquares::minimised({0.0, 7.0}, 10, straight, 20);

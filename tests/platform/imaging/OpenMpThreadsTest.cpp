@@ -12,7 +12,7 @@ constexpr int kThreads = 3;
 /// Three threads, as the libraries see it.
 class OpenMpThreadsTest : public testing::Test
 {
-protected:
+public:
     OpenMpThreadsTest() { omp_set_num_threads(kThreads); }
 
     ~OpenMpThreadsTest() override { omp_set_num_threads(m_before); }

@@ -115,7 +115,7 @@ TEST(PictureDamageTest, aPictureThatShowsItsPreviewInAPartOnlyIsDamaged)
                 std::ranges::copy(from, below.row(y).begin());
             }
             std::ranges::copy(from.subspan(3 * static_cast<std::size_t>(good)),
-                              right.row(y).begin() + 3 * good);
+                              right.row(y).begin() + 3 * std::ptrdiff_t{good});
         }
         EXPECT_TRUE(complaint(below, preview).has_value()) << good;
         EXPECT_TRUE(complaint(right, preview).has_value()) << good;

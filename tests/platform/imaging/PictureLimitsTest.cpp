@@ -106,13 +106,13 @@ QByteArray pngOf(quint32 width, quint32 height, const QByteArray& chunks = {})
 QByteArray dngOf(quint32 width, quint32 height)
 {
     QByteArray bytes = ImageBuilder::dng(ImageBuilder::scene(kSmallLimit, Transfer::Linear));
-    const auto state = [&bytes](const char* tag, quint32 value) {
-        const qsizetype at = bytes.indexOf(QByteArray(tag, 2) + QByteArray("\x04\0\1\0\0\0", 6));
+    const auto state = [&bytes](const QByteArray& tag, quint32 value) {
+        const qsizetype at = bytes.indexOf(tag + QByteArray("\x04\0\1\0\0\0", 6));
         ASSERT_GE(at, 8);
         qToLittleEndian(value, bytes.data() + at + 8);
     };
-    state("\x00\x01", width);
-    state("\x01\x01", height);
+    state(QByteArray("\x00\x01", 2), width);
+    state(QByteArray("\x01\x01", 2), height);
     return bytes;
 }
 

@@ -81,7 +81,7 @@ TEST(PictureStructureTest, aGifEndsWithItsTrailer)
 
 TEST(PictureStructureTest, aTargaHasAllItsPixels)
 {
-    expectEveryByteNeeded(tga(2, QByteArray(4 * 2 * 3, 'p')));
+    expectEveryByteNeeded(tga(2, QByteArray(qsizetype{4} * 2 * 3, 'p')));
 }
 
 TEST(PictureStructureTest, aTargaOfRunsHasRunsForAllItsPixels)

@@ -97,7 +97,8 @@ TEST(RenditionFitTest, fullLightIsAsWhiteAsTheFewPlacesShowItThatAreBlown)
     const QRect lamp(40, 30, 8, 6);
     Bitmap light = photo();
     for (int y = lamp.top(); y <= lamp.bottom(); ++y) {
-        std::fill_n(light.row(y).begin() + 3 * lamp.left(), 3 * lamp.width(), 65535);
+        std::fill_n(
+            light.row(y).begin() + 3 * std::ptrdiff_t{lamp.left()}, 3 * lamp.width(), 65535);
     }
     // What else the photo holds says that full light is a light grey.
     constexpr ToneCurve::Slopes kShoulder{0.4, 1.6, 1.4, 0.9, 0.5, 0.4};

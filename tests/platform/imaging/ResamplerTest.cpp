@@ -32,9 +32,10 @@ constexpr quint16 kDark = 10000;
 Bitmap framed(QSize size, int frame, quint16 outside, quint16 inside)
 {
     Bitmap bitmap = ImageBuilder::flat(size, outside, Transfer::Linear);
+    const std::ptrdiff_t edge = 3 * std::ptrdiff_t{frame};
     for (int y = frame; y < size.height() - frame; ++y) {
         const auto row = bitmap.row(y);
-        std::fill(row.begin() + 3 * frame, row.end() - 3 * frame, inside);
+        std::fill(row.begin() + edge, row.end() - edge, inside);
     }
     return bitmap;
 }
@@ -45,7 +46,8 @@ double overshootOfLanczos()
 {
     const auto sinc = [](double x) { return x == 0.0 ? 1.0 : std::sin(M_PI * x) / (M_PI * x); };
     double highest = 0.0;
-    for (double place = 0.0; place < 1.0; place += 0.01) {
+    for (int hundredth = 0; hundredth < 100; ++hundredth) {
+        const double place = hundredth / 100.0;
         double sum = 0.0;
         double highestSum = 0.0;
         for (int pixel = -3; pixel < 3; ++pixel) {
@@ -128,7 +130,8 @@ TEST(ResamplerTest, lightBeyondBlackAndWhiteIsCutOffWithoutARim)
         const auto row = scaled.value().row(size.height() / 2);
         const int slack = static_cast<int>(overshootOfLanczos() * 65535.0);
         for (std::size_t i = 0; i < row.size(); ++i) {
-            const double place = (static_cast<double>(i / 3) + 0.5) / size.width() * 300.0;
+            const std::size_t pixel = i / 3;
+            const double place = (static_cast<double>(pixel) + 0.5) / size.width() * 300.0;
             const double reach = 2.0 * std::max(1.0, 300.0 / size.width());
             if (std::abs(place - 60.0) > reach && std::abs(place - 240.0) > reach) {
                 const bool isWhite = place < 60.0 || place > 240.0;

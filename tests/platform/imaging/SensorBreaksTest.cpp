@@ -46,7 +46,7 @@ public:
     /// From a place in a row on, as in files, `count` values become others.
     Exposure& change(QPoint place, int count, const std::function<int(int value)>& other)
     {
-        auto first = m_values.begin() + place.y() * kExposed.width() + place.x();
+        auto first = m_values.begin() + std::ptrdiff_t{place.y()} * kExposed.width() + place.x();
         std::transform(first, first + count, first, [&](quint16 value) {
             return static_cast<quint16>(other(value));
         });

@@ -51,7 +51,8 @@ QByteArray madeFrame()
     for (int y = 0; y < kSize.height(); ++y) {
         const auto row = light.row(y);
         for (std::size_t i = 0; i < row.size(); ++i) {
-            const auto x = static_cast<double>(i / 3);
+            const std::size_t pixel = i / 3;
+            const auto x = static_cast<double>(pixel);
             const double veins = 1.0 + 0.2 * std::sin(x * y / 1500.0);
             const bool isLamp = std::hypot(x - 900.0, y - 500.0) < kRadius;
             const double value = kNeutral.at(i % 3) * (isLamp ? kLamp : kExposure * veins * row[i]);

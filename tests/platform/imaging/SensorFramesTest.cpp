@@ -46,7 +46,7 @@ Bitmap cellsOf(const BayerMosaic& mosaic)
             }
             cell[BayerMosaic::Green] /= 2.0F;
             std::ranges::transform(
-                cell, &picture.row(y)[static_cast<std::size_t>(3 * x)], [](float light) {
+                cell, &picture.row(y)[3 * static_cast<std::size_t>(x)], [](float light) {
                     return static_cast<quint16>(std::lround(light));
                 });
         }
@@ -105,6 +105,28 @@ double closenessOf(Demosaicing::Interpolation interpolation, const Reference& re
                                   reference.balanced);
 }
 
+/// Pixels whose red and blue are at their ends.
+struct ClippedPixels {
+    double all{0.0};
+    double magenta{0.0};
+};
+
+ClippedPixels clippedPixelsOf(const Bitmap& frame)
+{
+    ClippedPixels clipped;
+    for (int y = 0; y < frame.pixelsHigh(); ++y) {
+        const auto row = frame.row(y);
+        for (std::size_t i = 0; i < row.size(); i += 3) {
+            if (row[i] == 65535 && row[i + 2] == 65535) {
+                clipped.all += 1.0;
+                // A mean of less green would be magenta.
+                clipped.magenta += row[i + 1] < 58000 ? 1.0 : 0.0;
+            }
+        }
+    }
+    return clipped;
+}
+
 } // namespace
 
 TEST(SensorFramesTest, coloursBetweenTheFiltersAreAsCloseAsPixelGroupingFindsThem)
@@ -132,19 +154,8 @@ TEST(SensorFramesTest, lightThatClippedHasNoColour)
     for (const QString& name : SensorFrames::names()) {
         const auto photo = RawPhoto::open(SensorFrames::read(name));
         ASSERT_TRUE(photo.ok()) << qPrintable(name);
-        const Bitmap frame = photo.value().linear();
-        double clipped = 0.0;
-        double magenta = 0.0;
-        for (int y = 0; y < frame.pixelsHigh(); ++y) {
-            const auto row = frame.row(y);
-            for (std::size_t i = 0; i < row.size(); i += 3) {
-                // Red and blue are at their ends: a mean of less green would be magenta.
-                if (row[i] == 65535 && row[i + 2] == 65535) {
-                    clipped += 1.0;
-                    magenta += row[i + 1] < 58000 ? 1.0 : 0.0;
-                }
-            }
-        }
-        EXPECT_LE(magenta, 0.02 * clipped + kSpecks) << qPrintable(name) << " of " << clipped;
+        const ClippedPixels clipped = clippedPixelsOf(photo.value().linear());
+        EXPECT_LE(clipped.magenta, 0.02 * clipped.all + kSpecks)
+            << qPrintable(name) << " of " << clipped.all;
     }
 }

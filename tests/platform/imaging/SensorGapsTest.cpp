@@ -31,7 +31,8 @@ public:
     Measured& fill(const QRect& area, quint16 value)
     {
         for (int y = area.top(); y <= area.bottom(); ++y) {
-            std::fill_n(m_values.begin() + y * kSensor.width() + area.left(), area.width(), value);
+            const auto row = m_values.begin() + std::ptrdiff_t{y} * kSensor.width();
+            std::fill_n(row + area.left(), area.width(), value);
         }
         return *this;
     }

@@ -28,7 +28,7 @@ std::optional<QString> thumbnailComplaint(const Bitmap& picture, const QImage& t
 Bitmap dodged(Bitmap picture)
 {
     for (int y = 120; y < 280; ++y) {
-        for (quint16& value : picture.row(y).subspan(3 * 480, 3 * 160)) {
+        for (quint16& value : picture.row(y).subspan(std::size_t{3} * 480, std::size_t{3} * 160)) {
             value = static_cast<quint16>(value / 2 + 32767);
         }
     }

@@ -68,6 +68,14 @@ std::string nameAt(const ElfImage& image, std::uintptr_t address)
     return std::string(image.symbolAt(address, buffer).name);
 }
 
+/// Whether the file has these bytes somewhere; true for none.
+template <typename Bytes>
+bool hasBytes(const std::vector<std::uint8_t>& file, const Bytes& bytes)
+{
+    return bytes.empty() ||
+           std::search(file.begin(), file.end(), bytes.begin(), bytes.end()) != file.end();
+}
+
 } // namespace
 
 TEST(ElfImage, functionsAreNamedWithTheirDistance)
@@ -178,9 +186,8 @@ TEST(ElfImage, damagedHeadersLeadNowhere)
         }
         const ElfImage image = imageOf(damaged);
         // Nothing is taken from beyond.
-        EXPECT_FALSE(std::ranges::search(damaged, buildIdOf(image)).empty() &&
-                     !buildIdOf(image).empty());
+        EXPECT_TRUE(hasBytes(damaged, buildIdOf(image)));
         const std::string name = nameAt(image, addressOf(damaged.data()) + below(damaged.size()));
-        EXPECT_FALSE(std::ranges::search(damaged, name).empty() && !name.empty());
+        EXPECT_TRUE(hasBytes(damaged, name));
     }
 }

@@ -8,6 +8,7 @@
 #include "TiffReader.h"
 
 #include <QFile>
+#include <QPoint>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -55,6 +56,23 @@ size_t indexOf(int x, int y, int width)
     return static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(x);
 }
 
+/// A tile's values to their places among rows of that size. What reaches beyond fills the tile up.
+void placeTile(const LosslessJpegReader& tile,
+               QPoint corner,
+               QSize size,
+               std::vector<quint16>& rows)
+{
+    for (int y = 0; y < tile.height; ++y) {
+        for (int x = 0; x < tile.width; ++x) {
+            const int column = corner.x() + x;
+            const int row = corner.y() + y;
+            if (column < size.width() && row < size.height()) {
+                rows[indexOf(column, row, size.width())] = tile.values[indexOf(x, y, tile.width)];
+            }
+        }
+    }
+}
+
 class DngWriterTest : public testing::Test
 {
 protected:
@@ -96,15 +114,8 @@ protected:
                 ADD_FAILURE() << "tile " << i << " does not decode";
                 return values;
             }
-            for (int y = 0; y < tile; ++y) {
-                for (int x = 0; x < tile; ++x) {
-                    const int column = i % tilesAcross * tile + x;
-                    const int row = i / tilesAcross * tile + y;
-                    if (column < width && row < height) {
-                        values[indexOf(column, row, width)] = decoded->values[indexOf(x, y, tile)];
-                    }
-                }
-            }
+            const QPoint corner(i % tilesAcross * tile, i / tilesAcross * tile);
+            placeTile(*decoded, corner, QSize(width, height), values);
         }
         return values;
     }

@@ -179,7 +179,8 @@ TEST_F(PhotoLibraryTurn, catalogueAndSidecarsAreWrittenOnceAfterAllTurns)
     ASSERT_TRUE(library->synchronise().ok());
     const auto after = catalogue();
     EXPECT_NE(after, before);
-    EXPECT_EQ(versionSidecars().size(), sidecars.size() + 3 * 3); // a master and two versions each
+    // A master and two versions each.
+    EXPECT_EQ(versionSidecars().size(), sidecars.size() + qsizetype{3} * 3);
     ASSERT_TRUE(library->synchronise().ok());
     EXPECT_EQ(catalogue(), after);
 }

@@ -58,8 +58,8 @@ TEST_F(PlainTablesTest, viewsThatDoubleEachOtherAreNotLookedInto)
     std::string sql = "CREATE VIEW v0 AS SELECT 1 AS a;";
     for (int i = 1; i < 50; ++i) {
         const std::string last = "v" + std::to_string(i - 1);
-        sql += "CREATE VIEW v" + std::to_string(i) + " AS SELECT a FROM " + last +
-               " UNION ALL SELECT a FROM " + last + ";";
+        sql += "CREATE VIEW v" + std::to_string(i) + " AS SELECT a FROM " + last;
+        sql += " UNION ALL SELECT a FROM " + last + ";";
     }
     change(u"Properties.apdb"_s, sql.c_str());
     expectRefused(u"Properties.apdb"_s, u"v0"_s);

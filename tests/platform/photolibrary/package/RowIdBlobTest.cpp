@@ -20,7 +20,7 @@ RowIdSet randomSet(std::mt19937& random, int most)
     constexpr unsigned kIds = 8 * 1024;
     RowIdSet set;
     for (auto left = static_cast<int>(random() % static_cast<unsigned>(most)); left > 0; --left) {
-        set.insert(kFirst + random() % kIds);
+        set.insert(static_cast<qint64>(kFirst + random() % kIds));
     }
     return set;
 }
