@@ -3,7 +3,7 @@
 there the call fails, the process is killed, or power is cut. Afterwards the library must be sound, each
 photo as before or as it is to be, and a second run must finish the work.
 
-fault_ring.py CORVANE_CLI SHIM [--work WORK] [--every K] [--all] [--jobs N] [--kind KIND [--at N]] [--librarycheck FILE]"""
+fault_ring.py CORVANE_CLI SHIM [--work WORK] [--every K] [--each-call KIND] [--all] [--jobs N] [--kind KIND [--at N]] [--librarycheck FILE]"""
 
 import argparse
 import collections
@@ -21,7 +21,7 @@ from pathlib import Path
 sys.dont_write_bytecode = True  # nothing is left among the sources
 
 from ring_slot import ROOTS, Slot
-from walk import KINDS, Walk
+from walk import FAILURES, KINDS, Walk
 from works import WORKS
 
 SHOWN = 8  # problems of a trial
@@ -47,6 +47,8 @@ def walk_share(share, options, folder, results):
         if share == 0:
             results.put(("points", len(walk.points), len(trials)))
         trials = trials[options.offset::options.every]
+        if options.each_call:
+            trials += walk.first_of_each_call(options.each_call)
         if options.at:
             trials = [trial for trial in trials if trial[1] == options.at]
         first, end = (len(trials) * part // options.jobs for part in (share, share + 1))
@@ -108,6 +110,8 @@ def main():
     parser.add_argument("--work", choices=WORKS, default="scan")
     parser.add_argument("--every", type=int, default=1, help="only each K-th trial")
     parser.add_argument("--offset", type=int, default=0, help="the first of these")
+    parser.add_argument("--each-call", choices=FAILURES, metavar="KIND",
+                        help="also the first point of each system call, for that kind")
     parser.add_argument("--all", action="store_true", help="also the midst of calls in a row on one file")
     parser.add_argument("--jobs", type=int, default=2)
     parser.add_argument("--kind", choices=KINDS)

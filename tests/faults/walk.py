@@ -94,6 +94,13 @@ class Walk:
                       and (kind != "torn" or can_be_torn(point))]
         return found
 
+    def first_of_each_call(self, kind):
+        """One trial for each system call that the work makes."""
+        first = {}
+        for point in self.points:
+            first.setdefault(point.call, (kind, point.number))
+        return list(first.values())
+
     def attempt(self, kind, number):
         """What is wrong after the trial; None where it was as another one before it."""
         self.told = ""

@@ -33,21 +33,27 @@ Result<void> copyShape(const QString& from, const QString& to)
 {
     const fs::path source(QFile::encodeName(from).toStdString());
     const fs::path target(QFile::encodeName(to).toStdString());
-    std::error_code error;
-    for (fs::directory_iterator entry(source, error); !error && entry != fs::directory_iterator();
-         entry.increment(error)) {
+    std::error_code unread;
+    fs::directory_iterator entry(source, unread);
+    if (unread == std::errc::no_such_file_or_directory) {
+        return {};
+    }
+    for (; !unread && entry != fs::directory_iterator(); entry.increment(unread)) {
         const fs::path place = target / entry->path().filename();
-        if (entry->is_symlink()) {
-            fs::copy_symlink(entry->path(), place, error);
+        std::error_code unmade; // not `unread`, which the next step sets anew
+        const fs::file_type type = entry->symlink_status(unmade).type();
+        if (type == fs::file_type::symlink) {
+            fs::copy_symlink(entry->path(), place, unmade);
             AtomicFile::giveToOwnerOfFolder(QFile::decodeName(place.c_str()));
-        } else if (entry->is_directory()) {
-            fs::create_directory(place, error);
+        } else if (type == fs::file_type::directory) {
+            fs::create_directory(place, unmade);
+        }
+        if (unmade) {
+            return AtomicFile::errorFromErrno(
+                unmade.value(), u"write"_s, QFile::decodeName(place.c_str()));
         }
     }
-    if (error && error != std::errc::no_such_file_or_directory) {
-        return AtomicFile::errorFromErrno(error.value(), u"write"_s, to);
-    }
-    return {};
+    return unread ? AtomicFile::errorFromErrno(unread.value(), u"read"_s, from) : Result<void>();
 }
 
 /// Whose the new entry is and who may read it follows from what it takes the place of, or from its
