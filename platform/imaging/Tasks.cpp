@@ -5,6 +5,7 @@
 #include <exception>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 void Tasks::run(int count, const std::function<void(int number)>& task)
@@ -27,7 +28,8 @@ void Tasks::run(int count, const std::function<void(int number)>& task)
         int number = 1;
         try {
             for (; number < count; ++number) {
-                others.emplace_back(runElsewhere, number);
+                auto other = std::jthread(runElsewhere, number);
+                others.push_back(std::move(other));
             }
         } catch (const std::system_error&) {
             // The system has no more threads: this one does what is left.
