@@ -3,7 +3,8 @@
 there the call fails, the process is killed, or power is cut. Afterwards the library must be sound, each
 photo as before or as it is to be, and a second run must finish the work.
 
-fault_ring.py CORVANE_CLI SHIM [--work WORK] [--every K] [--each-call KIND] [--all] [--jobs N] [--kind KIND [--at N]] [--librarycheck FILE]"""
+fault_ring.py CORVANE_CLI SHIM [--work WORK] [--every K] [--each-call KIND] [--all] [--jobs N]
+              [--kind KIND [--at N]] [--librarycheck FILE]"""
 
 import argparse
 import collections
