@@ -122,7 +122,9 @@ void removeUnfinishedSidecars(Connection& connection, const Changes& changes)
     for (const QString& name : {u"AlbumData.xml"_s, u"Info.plist"_s}) {
         PackageFiles::removeUnfinished(package, QString(), name);
     }
-    PackageFiles::removeUnfinished(package, u"iLifeShared"_s, u"AlbumData2.xml"_s);
+    for (const QString& name : {u"AlbumData2.xml"_s, u"ApertureDatabaseTimestamp"_s}) {
+        PackageFiles::removeUnfinished(package, u"iLifeShared"_s, name);
+    }
     for (const QString& name : {u"Keywords.plist"_s, u"DataModelVersion.plist"_s}) {
         PackageFiles::removeUnfinished(package, u"Database"_s, name);
     }

@@ -356,7 +356,8 @@ TEST_F(LibraryRestoreTest, cataloguesThatWereUnfinishedWhenItWasCutOffAreRemoved
 {
     const QStringList ours{u".AlbumData.xml.0abc123.corvane-new"_s,
                            u".Info.plist.0abc123.corvane-new"_s,
-                           u"iLifeShared/.AlbumData2.xml.0abc123.corvane-new"_s};
+                           u"iLifeShared/.AlbumData2.xml.0abc123.corvane-new"_s,
+                           u"iLifeShared/.ApertureDatabaseTimestamp.0abc123.corvane-new"_s};
     const QStringList others{u".picture.jpg.0abc123.corvane-new"_s,
                              u"iLifeShared/.picture.jpg.0abc123.corvane-new"_s};
     cutOffAfterTheExchange();
