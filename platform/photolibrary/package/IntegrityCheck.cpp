@@ -229,6 +229,7 @@ IntegrityCheck::FormAndRows IntegrityCheck::ofFormAndRows(
     Connection& connection, Depth depth, const std::vector<ParallelQuestions::Question>& more)
 {
     std::vector<ParallelQuestions::Question> questions;
+    questions.reserve(kTogether.size());
     for (const Schema::Database database : kTogether) {
         questions.emplace_back(
             [database, depth](Connection& by) { return damageOf(by, database, depth); });

@@ -29,6 +29,17 @@ Question saying(const QString& what)
     return [what](Connection&) { return QList<Finding>{{what, {}, false}}; };
 }
 
+/// The numbers from 0 on.
+std::vector<Question> sayingNumbers(int count)
+{
+    std::vector<Question> questions;
+    questions.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) {
+        questions.push_back(saying(QString::number(i)));
+    }
+    return questions;
+}
+
 /// Takes hours if nothing stops it.
 QList<Finding> countForHours(Connection& connection)
 {
@@ -97,10 +108,7 @@ protected:
 
 TEST_F(ParallelQuestionsTest, answersComeInTheOrderOfTheQuestions)
 {
-    std::vector<Question> questions;
-    for (int i = 0; i < 50; ++i) {
-        questions.push_back(saying(QString::number(i)));
-    }
+    const std::vector<Question> questions = sayingNumbers(50);
     const std::vector<Answer> answers = ask(questions);
     ASSERT_EQ(answers.size(), questions.size());
     for (int i = 0; i < 50; ++i) {
@@ -231,11 +239,7 @@ TEST_F(ParallelQuestionsTest, allOthersAreGivenUpOnceADecisiveOneHasToldSomethin
 
 TEST_F(ParallelQuestionsTest, allDecisiveOnesAreAskedWhateverOneOfThemTells)
 {
-    std::vector<Question> questions;
-    for (int i = 0; i < 20; ++i) {
-        questions.push_back(saying(QString::number(i)));
-    }
-    const std::vector<Answer> answers = ask(questions, 10);
+    const std::vector<Answer> answers = ask(sayingNumbers(20), 10);
     for (std::size_t i = 0; i < 10; ++i) {
         EXPECT_EQ(answers[i].findings.size(), 1) << i;
     }
