@@ -114,6 +114,11 @@ class Slot:
         return self.run("scan", str(self.package), "--raw", "--albums", "--tag", "--trash", "--quiet",
                         "--defaults", str(self.disk / "settings.plist"), faults=faults)
 
+    def must_scan(self):
+        finished = self.scan()
+        if finished.returncode != 0:
+            raise AssertionError(f"a scan ends with {finished.returncode}:\n{finished.stderr}")
+
     def recover(self):
         """Opens the library for writing and asks for nothing."""
         return self.run("trash", str(self.package), "--restore", "--id", NOBODY)

@@ -44,9 +44,7 @@ class _OfTrash:
     nothing_left = None
 
     def prepare(self, slot):
-        finished = slot.scan()
-        if finished.returncode != 0:
-            raise AssertionError(f"a scan ends with {finished.returncode}:\n{finished.stderr}")
+        slot.must_scan()
         slot.forget_state()
 
     def learn(self, before, after):
@@ -123,9 +121,7 @@ class GoBack:
         slot.must("backup", str(slot.package))
         self.then = LibraryState(slot.package)
         self.date = slot.finished_backups()[0].name
-        finished = slot.scan()
-        if finished.returncode != 0:
-            raise AssertionError(f"a scan ends with {finished.returncode}:\n{finished.stderr}")
+        slot.must_scan()
 
     def run(self, slot, faults=None):
         return slot.run("backup", str(slot.package), "--restore", self.date, faults=faults)
@@ -175,9 +171,7 @@ class Repair:
     nothing_left = None
 
     def prepare(self, slot):
-        finished = slot.scan()
-        if finished.returncode != 0:
-            raise AssertionError(f"a scan ends with {finished.returncode}:\n{finished.stderr}")
+        slot.must_scan()
         slot.forget_state()
         for name in FOREIGN_FOUND:
             (slot.package / name).unlink()
